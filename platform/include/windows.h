@@ -1,0 +1,337 @@
+// The Windows CE API, as far as the helper needs it.
+//
+// One declaration, two implementations: coredll.dll on a panel (platform/ce) and the simulated panel on Linux
+// (platform/panel). Names, types, constants and results are those of the public documentation of Windows CE 5.0; page
+// ids in brackets are those of its library. Every function is noexcept: an exception must not pass through the
+// platform's frames, so a callback (window procedure, thread entry) that lets one out ends the process.
+//
+// Widths: wchar_t has 16 bits on a panel and 32 on Linux; pointers, WPARAM and LPARAM follow the machine. All other
+// types have the width that they have on a panel.
+//
+// coredll.inc lists every function declared here, with what it answers when it fails.
+#pragma once
+
+#include <cstdarg>
+#include <cstddef>
+#include <cstdint>
+
+#define WINAPI
+#define CALLBACK
+
+using BOOL = int;
+using BYTE = unsigned char;
+using WORD = std::uint16_t;
+using DWORD = std::uint32_t;
+using LONG = std::int32_t;
+using UINT = std::uint32_t;
+using ATOM = WORD;
+using WCHAR = wchar_t;
+using LPVOID = void*;
+using LPCVOID = const void*;
+using LPWSTR = WCHAR*;
+using LPCWSTR = const WCHAR*;
+using WPARAM = std::uintptr_t;
+using LPARAM = std::intptr_t;
+using LRESULT = std::intptr_t;
+using HANDLE = void*;
+
+struct HWND__;
+struct HINSTANCE__;
+struct HMENU__;
+struct HICON__;
+struct HBRUSH__;
+using HWND = HWND__*;
+using HINSTANCE = HINSTANCE__*;
+using HMODULE = HINSTANCE;
+using HMENU = HMENU__*;
+using HICON = HICON__*;
+using HCURSOR = HICON;
+using HBRUSH = HBRUSH__*;
+
+inline constexpr BOOL FALSE = 0;
+inline constexpr BOOL TRUE = 1;
+
+// NOLINTNEXTLINE: a pointer with all bits set is no constant expression.
+#define INVALID_HANDLE_VALUE (reinterpret_cast<HANDLE>(static_cast<std::intptr_t>(-1)))
+
+inline constexpr DWORD MAX_PATH = 260; // characters, the terminating zero included
+
+// ---- Errors ---------------------------------------------------------------------------------------------------------
+
+inline constexpr DWORD ERROR_SUCCESS = 0;
+inline constexpr DWORD ERROR_FILE_NOT_FOUND = 2;
+inline constexpr DWORD ERROR_PATH_NOT_FOUND = 3;
+inline constexpr DWORD ERROR_ACCESS_DENIED = 5;
+inline constexpr DWORD ERROR_INVALID_HANDLE = 6;
+inline constexpr DWORD ERROR_NOT_ENOUGH_MEMORY = 8;
+inline constexpr DWORD ERROR_NOT_SAME_DEVICE = 17;
+inline constexpr DWORD ERROR_NO_MORE_FILES = 18;
+inline constexpr DWORD ERROR_GEN_FAILURE = 31;
+inline constexpr DWORD ERROR_SHARING_VIOLATION = 32;
+inline constexpr DWORD ERROR_FILE_EXISTS = 80;
+inline constexpr DWORD ERROR_INVALID_PARAMETER = 87;
+inline constexpr DWORD ERROR_NO_PROC_SLOTS = 89;
+inline constexpr DWORD ERROR_DISK_FULL = 112;
+inline constexpr DWORD ERROR_INVALID_NAME = 123;
+inline constexpr DWORD ERROR_DIR_NOT_EMPTY = 145;
+inline constexpr DWORD ERROR_ALREADY_EXISTS = 183;
+inline constexpr DWORD ERROR_BAD_EXE_FORMAT = 193;
+inline constexpr DWORD ERROR_FILENAME_EXCED_RANGE = 206;
+inline constexpr DWORD ERROR_NOT_OWNER = 288;
+inline constexpr DWORD ERROR_INVALID_WINDOW_HANDLE = 1400;
+inline constexpr DWORD ERROR_CANNOT_FIND_WND_CLASS = 1407;
+inline constexpr DWORD ERROR_CLASS_ALREADY_EXISTS = 1410;
+inline constexpr DWORD ERROR_CLASS_DOES_NOT_EXIST = 1411;
+inline constexpr DWORD ERROR_CLASS_HAS_WINDOWS = 1412;
+inline constexpr DWORD ERROR_NOT_ENOUGH_QUOTA = 1816;
+
+extern "C" {
+
+DWORD WINAPI GetLastError() noexcept; // of the calling thread
+
+// ---- Handles and waits ----------------------------------------------------------------------------------------------
+
+inline constexpr DWORD INFINITE = 0xFFFFFFFF;
+inline constexpr DWORD WAIT_OBJECT_0 = 0;
+inline constexpr DWORD WAIT_ABANDONED = 0x80;
+inline constexpr DWORD WAIT_TIMEOUT = 258;
+inline constexpr DWORD WAIT_FAILED = 0xFFFFFFFF;
+inline constexpr DWORD MAXIMUM_WAIT_OBJECTS = 64;
+
+BOOL WINAPI CloseHandle(HANDLE object) noexcept;
+DWORD WINAPI WaitForSingleObject(HANDLE object, DWORD milliseconds) noexcept;
+// waitAll must be FALSE; the smallest signalled index wins [aa450987].
+DWORD WINAPI WaitForMultipleObjects(DWORD count, const HANDLE* objects, BOOL waitAll, DWORD milliseconds) noexcept;
+
+// ---- Events and mutexes ---------------------------------------------------------------------------------------------
+
+struct SECURITY_ATTRIBUTES;
+
+inline constexpr DWORD EVENT_PULSE = 1; // operation codes of EventModify
+inline constexpr DWORD EVENT_RESET = 2;
+inline constexpr DWORD EVENT_SET = 3;
+inline constexpr DWORD EVENT_ALL_ACCESS = 0x1F0003;
+
+// An existing name gives a valid handle and ERROR_ALREADY_EXISTS [ms885181]; a new object leaves ERROR_SUCCESS.
+HANDLE WINAPI CreateEventW(SECURITY_ATTRIBUTES* security, BOOL manualReset, BOOL initialState, LPCWSTR name) noexcept;
+HANDLE WINAPI OpenEventW(DWORD access, BOOL inherit, LPCWSTR name) noexcept;
+BOOL WINAPI EventModify(HANDLE event, DWORD operation) noexcept;
+// An existing name: initialOwner is ignored [ms885181].
+HANDLE WINAPI CreateMutexW(SECURITY_ATTRIBUTES* security, BOOL initialOwner, LPCWSTR name) noexcept;
+// FALSE and ERROR_NOT_OWNER for a thread that does not own it.
+BOOL WINAPI ReleaseMutex(HANDLE mutex) noexcept;
+
+// ---- Critical sections ----------------------------------------------------------------------------------------------
+
+struct CRITICAL_SECTION {
+    LONG LockCount; // how often its owner has entered
+    DWORD OwnerThread; // 0: nobody
+    HANDLE hCrit;
+    DWORD needtrap;
+    DWORD dwContentions;
+};
+
+void WINAPI InitializeCriticalSection(CRITICAL_SECTION* section) noexcept;
+void WINAPI EnterCriticalSection(CRITICAL_SECTION* section) noexcept;
+// Does nothing for a thread that does not hold it.
+void WINAPI LeaveCriticalSection(CRITICAL_SECTION* section) noexcept;
+void WINAPI DeleteCriticalSection(CRITICAL_SECTION* section) noexcept;
+
+// ---- Threads, processes, modules ------------------------------------------------------------------------------------
+
+using LPTHREAD_START_ROUTINE = DWORD(WINAPI*)(LPVOID);
+
+struct PROCESS_INFORMATION {
+    HANDLE hProcess;
+    HANDLE hThread;
+    DWORD dwProcessId;
+    DWORD dwThreadId;
+};
+
+struct STARTUPINFOW { // 68 bytes on a panel
+    DWORD cb;
+    LPWSTR lpReserved;
+    LPWSTR lpDesktop;
+    LPWSTR lpTitle;
+    DWORD dwX;
+    DWORD dwY;
+    DWORD dwXSize;
+    DWORD dwYSize;
+    DWORD dwXCountChars;
+    DWORD dwYCountChars;
+    DWORD dwFillAttribute;
+    DWORD dwFlags;
+    WORD wShowWindow;
+    WORD cbReserved2;
+    BYTE* lpReserved2;
+    HANDLE hStdInput;
+    HANDLE hStdOutput;
+    HANDLE hStdError;
+};
+
+inline constexpr DWORD STILL_ACTIVE = 259;
+
+HANDLE WINAPI CreateThread(SECURITY_ATTRIBUTES* security, DWORD stackSize, LPTHREAD_START_ROUTINE entry,
+                           LPVOID parameter, DWORD flags, DWORD* threadId) noexcept;
+DWORD WINAPI GetCurrentThreadId() noexcept; // inline on a panel, hence not in coredll.inc
+// Without a module name the program is the command line's first word. Security, inheritance, environment and
+// directory must be null or FALSE [ms885182].
+BOOL WINAPI CreateProcessW(LPCWSTR module, LPWSTR commandLine, SECURITY_ATTRIBUTES* processSecurity,
+                           SECURITY_ATTRIBUTES* threadSecurity, BOOL inherit, DWORD flags, LPVOID environment,
+                           LPWSTR directory, STARTUPINFOW* startup, PROCESS_INFORMATION* information) noexcept;
+BOOL WINAPI GetExitCodeProcess(HANDLE process, DWORD* exitCode) noexcept; // STILL_ACTIVE while it runs
+HMODULE WINAPI GetModuleHandleW(LPCWSTR module) noexcept; // only null: the program itself
+// Characters written, without the zero; the path that the program was started by. 0 on failure.
+DWORD WINAPI GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD characters) noexcept;
+void WINAPI Sleep(DWORD milliseconds) noexcept;
+void WINAPI OutputDebugStringW(LPCWSTR text) noexcept;
+
+// ---- Time -----------------------------------------------------------------------------------------------------------
+
+struct SYSTEMTIME {
+    WORD wYear;
+    WORD wMonth; // 1 to 12
+    WORD wDayOfWeek; // 0: Sunday
+    WORD wDay;
+    WORD wHour;
+    WORD wMinute;
+    WORD wSecond;
+    WORD wMilliseconds;
+};
+
+struct FILETIME { // 100 ns since 1601-01-01 UTC
+    DWORD dwLowDateTime;
+    DWORD dwHighDateTime;
+};
+
+DWORD WINAPI GetTickCount() noexcept; // ms since boot, wraps after 49.7 days [ms885645]
+void WINAPI GetSystemTime(SYSTEMTIME* time) noexcept; // UTC
+
+// ---- Files ----------------------------------------------------------------------------------------------------------
+
+inline constexpr DWORD INVALID_FILE_ATTRIBUTES = 0xFFFFFFFF;
+inline constexpr DWORD FILE_ATTRIBUTE_READONLY = 0x1;
+inline constexpr DWORD FILE_ATTRIBUTE_DIRECTORY = 0x10;
+inline constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
+
+inline constexpr DWORD GENERIC_READ = 0x80000000;
+inline constexpr DWORD GENERIC_WRITE = 0x40000000;
+inline constexpr DWORD FILE_SHARE_READ = 1;
+inline constexpr DWORD FILE_SHARE_WRITE = 2;
+inline constexpr DWORD CREATE_NEW = 1;
+inline constexpr DWORD CREATE_ALWAYS = 2;
+inline constexpr DWORD OPEN_EXISTING = 3;
+inline constexpr DWORD OPEN_ALWAYS = 4;
+inline constexpr DWORD TRUNCATE_EXISTING = 5;
+inline constexpr DWORD FILE_BEGIN = 0;
+inline constexpr DWORD FILE_CURRENT = 1;
+inline constexpr DWORD FILE_END = 2;
+inline constexpr DWORD INVALID_SET_FILE_POINTER = 0xFFFFFFFF;
+
+struct WIN32_FIND_DATAW {
+    DWORD dwFileAttributes;
+    FILETIME ftCreationTime;
+    FILETIME ftLastAccessTime;
+    FILETIME ftLastWriteTime;
+    DWORD nFileSizeHigh;
+    DWORD nFileSizeLow;
+    DWORD dwOID;
+    WCHAR cFileName[MAX_PATH];
+};
+
+HANDLE WINAPI CreateFileW(LPCWSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security, DWORD disposition,
+                          DWORD attributes, HANDLE pattern) noexcept; // INVALID_HANDLE_VALUE on failure
+BOOL WINAPI ReadFile(HANDLE file, LPVOID buffer, DWORD bytes, DWORD* read, void* overlapped) noexcept;
+BOOL WINAPI WriteFile(HANDLE file, LPCVOID buffer, DWORD bytes, DWORD* written, void* overlapped) noexcept;
+DWORD WINAPI SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD origin) noexcept;
+BOOL WINAPI CopyFileW(LPCWSTR source, LPCWSTR destination, BOOL failIfExists) noexcept;
+BOOL WINAPI MoveFileW(LPCWSTR source, LPCWSTR destination) noexcept; // never replaces [ms891388]
+BOOL WINAPI DeleteFileW(LPCWSTR path) noexcept;
+BOOL WINAPI CreateDirectoryW(LPCWSTR path, SECURITY_ATTRIBUTES* security) noexcept;
+BOOL WINAPI RemoveDirectoryW(LPCWSTR path) noexcept; // empty ones only
+DWORD WINAPI GetFileAttributesW(LPCWSTR path) noexcept;
+BOOL WINAPI SetFileAttributesW(LPCWSTR path, DWORD attributes) noexcept;
+// "*" and "?" in the last component; no "." and ".."; INVALID_HANDLE_VALUE when nothing matches.
+HANDLE WINAPI FindFirstFileW(LPCWSTR pattern, WIN32_FIND_DATAW* data) noexcept;
+BOOL WINAPI FindNextFileW(HANDLE search, WIN32_FIND_DATAW* data) noexcept;
+BOOL WINAPI FindClose(HANDLE search) noexcept;
+BOOL WINAPI SHCreateShortcut(LPWSTR shortcut, LPWSTR target) noexcept; // FALSE if it exists [aa932552]
+
+// ---- Windows and messages -------------------------------------------------------------------------------------------
+
+using WNDPROC = LRESULT(CALLBACK*)(HWND, UINT, WPARAM, LPARAM);
+
+struct WNDCLASSW {
+    UINT style;
+    WNDPROC lpfnWndProc;
+    int cbClsExtra;
+    int cbWndExtra;
+    HINSTANCE hInstance;
+    HICON hIcon;
+    HCURSOR hCursor;
+    HBRUSH hbrBackground;
+    LPCWSTR lpszMenuName;
+    LPCWSTR lpszClassName;
+};
+
+struct CREATESTRUCTW {
+    LPVOID lpCreateParams; // CreateWindowExW's last argument
+    HINSTANCE hInstance;
+    HMENU hMenu;
+    HWND hwndParent;
+    int cy;
+    int cx;
+    int y;
+    int x;
+    LONG style;
+    LPCWSTR lpszName;
+    LPCWSTR lpszClass;
+    DWORD dwExStyle;
+};
+
+struct POINT {
+    LONG x;
+    LONG y;
+};
+
+struct MSG {
+    HWND hwnd;
+    UINT message;
+    WPARAM wParam;
+    LPARAM lParam;
+    DWORD time; // ticks
+    POINT pt;
+};
+
+inline constexpr UINT WM_NULL = 0x0000;
+inline constexpr UINT WM_CREATE = 0x0001;
+inline constexpr UINT WM_DESTROY = 0x0002;
+inline constexpr UINT WM_CLOSE = 0x0010;
+inline constexpr UINT WM_QUIT = 0x0012;
+inline constexpr UINT WM_GETMINMAXINFO = 0x0024;
+inline constexpr UINT WM_NCCREATE = 0x0081;
+inline constexpr UINT WM_NCDESTROY = 0x0082;
+inline constexpr UINT WM_NCCALCSIZE = 0x0083;
+inline constexpr int CW_USEDEFAULT = static_cast<int>(0x80000000U);
+inline constexpr int SM_CXSCREEN = 0; // pixels
+inline constexpr int SM_CYSCREEN = 1;
+
+// 0xC000 to 0xFFFF, the same for the same name in every process; 0 on failure [ms911004].
+UINT WINAPI RegisterWindowMessageW(LPCWSTR name) noexcept;
+ATOM WINAPI RegisterClassW(const WNDCLASSW* windowClass) noexcept;
+BOOL WINAPI UnregisterClassW(LPCWSTR className, HINSTANCE instance) noexcept;
+HWND WINAPI CreateWindowExW(DWORD extendedStyle, LPCWSTR className, LPCWSTR title, DWORD style, int x, int y, int width,
+                            int height, HWND parent, HMENU menu, HINSTANCE instance, LPVOID parameter) noexcept;
+BOOL WINAPI DestroyWindow(HWND window) noexcept; // only by the thread that made it
+LRESULT WINAPI DefWindowProcW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
+// TRUE: a posted message; FALSE: WM_QUIT; -1: failure. Runs the procedures of sent messages inside.
+BOOL WINAPI GetMessageW(MSG* message, HWND window, UINT first, UINT last) noexcept;
+BOOL WINAPI TranslateMessage(const MSG* message) noexcept;
+LRESULT WINAPI DispatchMessageW(const MSG* message) noexcept;
+BOOL WINAPI PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
+int WINAPI GetSystemMetrics(int index) noexcept;
+
+} // extern "C"
+
+// The program's entry; the platform calls it on the main thread. The instance handle is that of GetModuleHandleW(null).
+int WINAPI WinMain(HINSTANCE instance, HINSTANCE previous, LPWSTR commandLine, int show);

@@ -1,0 +1,111 @@
+// What a test or the panel command does with a panel that is on: starts programs, lets time pass, sends messages.
+//
+// The thread that makes the Driver is outside of the panel's time. In stepped mode panel time moves only while it waits
+// in one of these functions, and only when all threads of the panel wait. One Driver a process at a time. All failures
+// are std::runtime_error with a text for people.
+#pragma once
+
+#include "platform/panel/Panel.h"
+
+#include <functional>
+#include <optional>
+
+namespace panel {
+
+struct ProcessHandle {
+    std::string name; // "TarvexHelper.exe#2"
+    std::uint32_t handle = 0;
+    std::int32_t hostPid = 0;
+    bool aware = false; // takes part in the panel's clock
+};
+
+struct ProcessStatus {
+    std::string name;
+    std::string path;
+    std::string commandLine;
+    std::int32_t hostPid;
+    bool driver;
+    std::uint32_t threads;
+    std::uint32_t waiting; // of these threads
+};
+
+struct WindowStatus {
+    std::string className;
+    std::string process;
+    bool visible;
+};
+
+struct EndedStatus {
+    std::string name;
+    std::uint32_t exitCode;
+    std::uint64_t time; // panel ms
+};
+
+struct PanelStatus {
+    ClockMode mode;
+    double factor;
+    std::uint64_t time; // panel ms since boot
+    std::uint32_t ticks;
+    std::int64_t date; // ms since 1970 UTC
+    bool tracing;
+    std::vector<ProcessStatus> processes;
+    std::vector<EndedStatus> ended; // the last ones, oldest first
+    std::vector<WindowStatus> windows;
+};
+
+struct Fault {
+    std::string function;
+    std::string program; // file name; empty: every program
+    std::uint32_t start = 0; // which start of the program; 0: every
+    std::uint32_t thread = 0; // by order of creation; 0: every
+    std::uint32_t call = 1; // which call of the function in that thread
+    bool ever = false; // and all after it
+    FaultAction action = FaultAction::fail;
+    std::uint32_t hits = 0; // how often it was applied
+};
+
+class Driver {
+public:
+    explicit Driver(const Panel& panel, const std::string& countsAs = "\\Windows\\panel.exe");
+    ~Driver();
+    Driver(const Driver&) = delete;
+    Driver& operator=(const Driver&) = delete;
+
+    ProcessHandle start(const std::string& path, const std::string& commandLine = {});
+    // At most so many ms of panel time; empty: it still runs.
+    std::optional<std::uint32_t> waitForExit(const ProcessHandle& process, std::uint32_t limit);
+    std::optional<std::uint32_t> exitCode(const ProcessHandle& process);
+
+    void advance(std::uint64_t milliseconds);
+    // Until all threads of the panel wait; time does not move. Flowing time: returns at once.
+    void settle();
+    // True once the condition holds, looked at whenever all threads of the panel wait; false after so much panel time.
+    bool waitUntil(const std::function<bool()>& condition, std::uint64_t limit);
+
+    std::uint32_t findWindow(const std::string& className); // its number; 0: there is none
+    // The name is a registered message's, or a number ("0x10"). The window procedure's result; empty when the window
+    // went, or did not answer in so much panel time.
+    std::optional<std::int64_t> send(std::uint32_t window, const std::string& message, std::uint64_t wParam,
+                                     std::int64_t lParam, std::uint32_t limit);
+    void post(std::uint32_t window, const std::string& message, std::uint64_t wParam, std::int64_t lParam);
+
+    bool isOn(); // false once this very panel was switched off, also when it has been booted again since
+    PanelStatus status();
+    void setTicks(std::uint32_t ticks); // what the tick count is now
+    void setTracing(bool on); // keeps what the trace holds
+
+    void addFault(const Fault& fault);
+    std::vector<Fault> faults();
+    void clearFaults();
+
+    // Until the host's processes of programs that have ended are gone: their last words stand in run/output then.
+    void waitForLingering();
+
+private:
+    Image& image();
+    std::uint32_t messageNumber(const std::string& name);
+
+    Panel panel;
+};
+
+} // namespace panel

@@ -1,0 +1,124 @@
+#include "platform/panel/Gate.h"
+
+#include "platform/panel/Text.h"
+#include "platform/panel/Trace.h"
+#include "platform/panel/kernel/Clock.h"
+#include "platform/panel/kernel/Processes.h"
+#include "platform/panel/kernel/Scheduler.h"
+
+#include <csignal>
+#include <cstdio>
+
+namespace panel {
+
+namespace trace {
+
+void add(std::string& text, std::int64_t value) {
+    text += std::to_string(value);
+}
+
+void add(std::string& text, const wchar_t* value) {
+    if (!value)
+        text += "null";
+    else
+        text += '"' + toUtf8(value) + '"';
+}
+
+void addHandle(std::string& text, std::uintptr_t value) {
+    char number[24];
+    if (value == ~std::uintptr_t{0})
+        text += "-1";
+    else if (std::snprintf(number, sizeof number, "0x%llx", static_cast<unsigned long long>(value)) > 0)
+        text += value ? number : "null";
+}
+
+void addBytes(std::string& text, const void* bytes, std::size_t count) {
+    constexpr std::size_t shown = 64;
+    const auto* at = static_cast<const unsigned char*>(bytes);
+    char number[8];
+    text += '{';
+    for (std::size_t index = 0; index < count && index < shown; ++index) {
+        std::snprintf(number, sizeof number, index ? " %02x" : "%02x", at[index]);
+        text += number;
+    }
+    text += count > shown ? " ...}" : "}";
+}
+
+} // namespace trace
+
+Gate::Gate(Function called, Plain)
+    : runtime(Runtime::instance()),
+      thread(runtime.thread()),
+      function(called),
+      call(++thread.calls[static_cast<std::size_t>(called)]),
+      tracing(runtime.image().tracing.load(std::memory_order_relaxed)) {
+    if (runtime.image().faultCount.load(std::memory_order_relaxed))
+        applyFaults();
+    if (tracing) {
+        const Lock lock(runtime.image());
+        begun = clock::now(runtime.image());
+    }
+}
+
+void Gate::separate() {
+    if (!text.empty())
+        text += ", ";
+}
+
+void Gate::note(const char* what, DWORD value) {
+    if (tracing)
+        notes += what + std::to_string(value);
+}
+
+void Gate::applyFaults() {
+    Image& panel = runtime.image();
+    Lock lock(panel);
+    const ProcessRecord& self = runtime.processRecord();
+    for (FaultRecord& fault : panel.faults) {
+        const bool meant =
+            fault.action != FaultAction::none && fault.function == static_cast<std::uint32_t>(function) &&
+            (fault.program[0] == 0 || equalCaseBlind(fault.program, panel.programs[self.program].name)) &&
+            (fault.start == 0 || fault.start == self.start) && (fault.thread == 0 || fault.thread == thread.number) &&
+            (fault.ever ? call >= fault.call : call == fault.call);
+        if (!meant)
+            continue;
+        ++fault.hits;
+        if (fault.action == FaultAction::cut && !self.driver) {
+            processes::killAll(panel);
+            panel.on = 0;
+            lock.release();
+            raise(SIGKILL);
+        }
+        if (fault.action == FaultAction::fail) {
+            faultHit = true;
+            notes += " fault";
+        }
+    }
+}
+
+void Gate::deliverWakes() {
+    scheduler::deliverWakes(runtime.image());
+}
+
+Gate::~Gate() {
+    if (tracing) {
+        std::string name;
+        std::uint64_t ended = 0;
+        {
+            const Lock lock(runtime.image());
+            ended = clock::now(runtime.image());
+            name = processes::name(runtime.image(), runtime.processRecord());
+        }
+        if (ended != begun)
+            notes += " after " + std::to_string(ended - begun) + " ms";
+        char time[24];
+        std::snprintf(time, sizeof time, "%10llu ", static_cast<unsigned long long>(ended));
+        std::string line = time + name + " t" + std::to_string(thread.number) + ' ';
+        line += facts(function).name;
+        line += '[' + std::to_string(call) + "](" + text + ") = " + (result.empty() ? "void" : result) + notes + '\n';
+        writeTraceLine(runtime.directory(), line);
+    }
+    deliverWakes();
+}
+
+} // namespace panel

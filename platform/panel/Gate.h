@@ -1,0 +1,130 @@
+// The gate that every API function passes on entry and exit: it counts the call, applies the faults that were asked
+// for, writes the trace, and wakes whom the call has released.
+//
+//     BOOL ReleaseMutex(HANDLE mutex) noexcept {
+//         Gate gate(Function::ReleaseMutex, mutex);
+//         if (gate.faulted())
+//             return gate.fault<BOOL>();
+//         ...
+//         return gate.fails(FALSE, ERROR_NOT_OWNER);   or   return gate.done(TRUE);
+#pragma once
+
+#include "platform/panel/Functions.h"
+#include "platform/panel/Runtime.h"
+
+#include <windows.h>
+
+#include <string>
+#include <type_traits>
+
+namespace panel {
+
+namespace trace {
+
+void add(std::string& text, std::int64_t value);
+void add(std::string& text, const wchar_t* value); // in quotes
+void addHandle(std::string& text, std::uintptr_t value);
+void addBytes(std::string& text, const void* bytes, std::size_t count);
+
+struct Hex { // a number that is read better in hexadecimal
+    std::uint64_t value;
+};
+
+template<class Value>
+void addAny(std::string& text, const Value& value) {
+    if constexpr (std::is_same_v<Value, Hex>)
+        addHandle(text, static_cast<std::uintptr_t>(value.value));
+    else if constexpr (std::is_convertible_v<Value, const wchar_t*>)
+        add(text, static_cast<const wchar_t*>(value));
+    else if constexpr (std::is_pointer_v<Value>)
+        addHandle(text, reinterpret_cast<std::uintptr_t>(value));
+    else
+        add(text, static_cast<std::int64_t>(value));
+}
+
+} // namespace trace
+
+class Gate {
+public:
+    template<class... Arguments>
+    explicit Gate(Function called, const Arguments&... arguments) : Gate(called, Plain{}) {
+        if (tracing)
+            ((separate(), trace::addAny(text, arguments)), ...);
+    }
+    ~Gate();
+    Gate(const Gate&) = delete;
+    Gate& operator=(const Gate&) = delete;
+
+    // A fault was asked for here: the call must have no effect and answer fault().
+    bool faulted() const {
+        return faultHit;
+    }
+    template<class Result>
+    Result fault() {
+        const FunctionFacts& known = facts(function);
+        thread.lastError = known.lastError;
+        note(" error ", known.lastError);
+        if constexpr (std::is_pointer_v<Result>)
+            return done(reinterpret_cast<Result>(static_cast<std::intptr_t>(known.failure)));
+        else
+            return done(static_cast<Result>(known.failure));
+    }
+
+    // The call's result; for pointers the handle's number is what the trace shows.
+    template<class Result>
+    Result done(Result value) {
+        if (tracing)
+            trace::addAny(result, value);
+        return value;
+    }
+    template<class Result>
+    Result fails(Result value, DWORD error) {
+        thread.lastError = error;
+        note(" error ", error);
+        return done(value);
+    }
+    // A further argument that is known only now.
+    template<class Value>
+    void shows(const Value& value) {
+        if (tracing) {
+            separate();
+            trace::addAny(text, value);
+        }
+    }
+
+    Image& image() {
+        return runtime.image();
+    }
+    Slot slot() const {
+        return thread.slot;
+    }
+    Slot process() const {
+        return runtime.process();
+    }
+    void setLastError(DWORD error) {
+        thread.lastError = error;
+    }
+    // Wakes whom the call has released so far: before a callback of the program runs inside the call.
+    void deliverWakes();
+
+    Runtime& runtime;
+    ThreadContext& thread;
+
+private:
+    struct Plain {};
+    Gate(Function called, Plain);
+    void separate();
+    void note(const char* what, DWORD value);
+    void applyFaults();
+
+    Function function;
+    std::uint32_t call; // how many-th of this function in this thread
+    bool tracing;
+    bool faultHit = false;
+    std::uint64_t begun = 0; // panel time
+    std::string text; // arguments
+    std::string result;
+    std::string notes; // behind the result
+};
+
+} // namespace panel

@@ -1,0 +1,226 @@
+#include "platform/panel/Panel.h"
+
+#include "platform/panel/Runtime.h"
+#include "platform/panel/Text.h"
+#include "platform/panel/kernel/Clock.h"
+#include "platform/panel/kernel/Host.h"
+#include "platform/panel/kernel/Lock.h"
+#include "platform/panel/kernel/Processes.h"
+#include "platform/panel/kernel/Scheduler.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <chrono>
+#include <fcntl.h>
+#include <fstream>
+#include <stdexcept>
+#include <unistd.h>
+
+namespace panel {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::json;
+
+namespace {
+
+constexpr std::uint32_t imageMagic = 0x4C4E4150;
+
+Json readJson(const fs::path& path) {
+    std::ifstream file(path);
+    Json json = Json::parse(file, nullptr, false);
+    if (json.is_discarded())
+        throw std::runtime_error("not readable as JSON: " + path.string());
+    return json;
+}
+
+void writeJson(const fs::path& path, const Json& json) {
+    host::writeFile(path.string(), json.dump(2) + '\n');
+}
+
+// The mapped kernel file of a panel.
+class Mapping {
+public:
+    explicit Mapping(const fs::path& root) : image(mapImage((root / "run/kernel").string())) {}
+    ~Mapping() {
+        if (image)
+            unmapImage(image);
+    }
+    Mapping(const Mapping&) = delete;
+    Mapping& operator=(const Mapping&) = delete;
+
+    Image* const image;
+};
+
+void setVolumes(Image& image, const std::vector<Volume>& volumes) {
+    for (std::uint32_t index = 0; index < maxVolumes; ++index)
+        copyText(image.volumes[index], index < volumes.size() ? volumes[index].name : std::string());
+}
+
+bool isEmptyOrMissing(const fs::path& directory) {
+    return !fs::exists(directory) || (fs::is_directory(directory) && fs::is_empty(directory));
+}
+
+} // namespace
+
+Panel Panel::create(const fs::path& directory, const PanelOptions& options) {
+    if (!isEmptyOrMissing(directory))
+        throw std::runtime_error("there is something already: " + directory.string() + " (choose another directory)");
+    for (const char* folder : {"fs/MMCMemory", "fs/NANDFlash", "fs/Windows", "registry", "devices"})
+        fs::create_directories(directory / folder);
+    const auto hostDate =
+        std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::system_clock::now().time_since_epoch());
+    writeJson(directory / "devices/panel.json",
+              {{"screen", {{"width", options.screenWidth}, {"height", options.screenHeight}}},
+               {"date", options.date < 0 ? hostDate.count() : options.date}});
+    Panel panel(directory);
+    panel.saveVolumes({{"MMCMemory", false, false}, {"NANDFlash", false, false}});
+    return panel;
+}
+
+Panel::Panel(const fs::path& directory) : root(fs::absolute(directory).lexically_normal()) {
+    if (!fs::exists(root / "devices/panel.json"))
+        throw std::runtime_error("not a panel: " + directory.string() + " (panel create makes one)");
+}
+
+fs::path Panel::hostPath(std::string_view panelPath) const {
+    std::string relative(panelPath.substr(std::min(panelPath.find_first_not_of('\\'), panelPath.size())));
+    std::replace(relative.begin(), relative.end(), '\\', '/');
+    return relative.empty() ? root / "fs" : root / "fs" / relative;
+}
+
+PanelOptions Panel::options() const {
+    const Json facts = readJson(root / "devices/panel.json");
+    return {facts.at("screen").at("width"), facts.at("screen").at("height"), facts.at("date")};
+}
+
+bool Panel::isOn() const {
+    const Mapping kernel(root);
+    return kernel.image && kernel.image->on;
+}
+
+void Panel::initialise(Image& image, const BootOptions& options, std::int64_t date) const {
+    const Json facts = readJson(root / "devices/panel.json");
+    image.version = imageVersion;
+    image.clock.mode = options.mode;
+    image.clock.factor = static_cast<std::uint32_t>(options.factor * 1000);
+    image.clock.realBase = host::monotonicNanoseconds();
+    image.clock.bootDate = date;
+    image.clock.bootTicks = options.ticks;
+    image.screenWidth = facts.at("screen").at("width");
+    image.screenHeight = facts.at("screen").at("height");
+    setVolumes(image, volumes());
+    image.on = 1;
+    image.magic = imageMagic;
+}
+
+void Panel::boot(const BootOptions& options) {
+    if (!(options.factor >= 0.001 && options.factor <= 100000))
+        throw std::runtime_error("the clock's factor must be between 0.001 and 100000");
+    std::int64_t date = readJson(root / "devices/panel.json").at("date");
+    {
+        const Mapping former(root); // a panel whose power was cut by a fault has not stored its date
+        if (former.image && former.image->on)
+            throw std::runtime_error("the panel is on already (panel off switches it off)");
+        if (former.image)
+            date = std::max(date, clock::date(*former.image));
+    }
+    fs::remove_all(root / "run");
+    fs::create_directories(root / "run/output");
+    const std::string fresh = (root / "run/kernel.new").string();
+    const int file = open(fresh.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
+    const bool sized = file >= 0 && ftruncate(file, sizeof(Image)) == 0;
+    // mapImage wants the version in place
+    const bool marked = sized && pwrite(file, &imageVersion, sizeof imageVersion, offsetof(Image, version)) > 0;
+    if (file >= 0)
+        close(file);
+    Image* image = marked ? mapImage(fresh) : nullptr;
+    if (!image)
+        throw std::runtime_error("cannot make " + fresh);
+    initialise(*image, options, date);
+    unmapImage(image);
+    fs::rename(fresh, root / "run/kernel");
+}
+
+void Panel::stop() {
+    const Mapping kernel(root);
+    if (!kernel.image || !kernel.image->on)
+        throw std::runtime_error("the panel is off already");
+    Image& image = *kernel.image;
+    std::int64_t date = 0;
+    {
+        const Lock lock(image);
+        image.on = 0;
+        processes::killAll(image);
+        date = clock::date(image);
+    }
+    scheduler::deliverWakes(image);
+    saveDate(date);
+}
+
+void Panel::off() {
+    stop();
+}
+
+void Panel::cut() {
+    stop();
+}
+
+void Panel::saveDate(std::int64_t date) const {
+    Json facts = readJson(root / "devices/panel.json");
+    facts["date"] = date;
+    writeJson(root / "devices/panel.json", facts);
+}
+
+std::vector<Volume> Panel::volumes() const {
+    std::vector<Volume> result;
+    for (const Json& volume : readJson(root / "devices/volumes.json"))
+        result.push_back({volume.at("name"), volume.at("disk"), volume.at("inPlace")});
+    return result;
+}
+
+void Panel::saveVolumes(const std::vector<Volume>& volumes) const {
+    Json list = Json::array();
+    for (const Volume& volume : volumes)
+        list.push_back({{"name", volume.name}, {"disk", volume.disk}, {"inPlace", volume.inPlace}});
+    writeJson(root / "devices/volumes.json", list);
+    const Mapping kernel(root);
+    if (!kernel.image)
+        return;
+    const Lock lock(*kernel.image);
+    setVolumes(*kernel.image, volumes);
+}
+
+void Panel::plug(const fs::path& folder, const std::string& name, bool inPlace) {
+    if (!fs::is_directory(folder))
+        throw std::runtime_error("no such folder: " + folder.string());
+    if (name.empty() || name == "." || name == ".." || name.find_first_of("/\\:*?\"<>|") != std::string::npos)
+        throw std::runtime_error("not a name for a volume: \"" + name + "\"");
+    auto known = volumes();
+    if (known.size() == maxVolumes)
+        throw std::runtime_error("all block devices are taken (panel unplug frees one)");
+    for (const fs::directory_entry& entry : fs::directory_iterator(root / "fs"))
+        if (equalCaseBlind(entry.path().filename().string(), name))
+            throw std::runtime_error("the panel has a \"" + name + "\" already (panel unplug removes a disk)");
+    const fs::path place = root / "fs" / name;
+    if (inPlace)
+        fs::create_directory_symlink(fs::absolute(folder), place);
+    else
+        fs::copy(folder, place, fs::copy_options::recursive);
+    known.push_back({name, true, inPlace});
+    saveVolumes(known);
+}
+
+void Panel::unplug(const std::string& name) {
+    auto known = volumes();
+    const auto found = std::find_if(known.begin(), known.end(), [&](const Volume& volume) {
+        return volume.disk && equalCaseBlind(volume.name, name);
+    });
+    if (found == known.end())
+        throw std::runtime_error("no disk \"" + name + "\" is plugged");
+    fs::remove_all(root / "fs" / found->name); // of a folder in place only the link goes
+    known.erase(found);
+    saveVolumes(known);
+}
+
+} // namespace panel

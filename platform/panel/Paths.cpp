@@ -1,0 +1,126 @@
+#include "platform/panel/Paths.h"
+
+#include "platform/panel/Text.h"
+
+#include <windows.h>
+
+#include <dirent.h>
+#include <memory>
+#include <vector>
+
+namespace panel {
+
+namespace {
+
+std::vector<std::string_view> components(std::string_view path) {
+    std::vector<std::string_view> result;
+    while (!path.empty()) {
+        const auto end = path.find('\\');
+        if (end != 0)
+            result.push_back(path.substr(0, end));
+        path.remove_prefix(end == std::string_view::npos ? path.size() : end + 1);
+    }
+    return result;
+}
+
+bool isName(std::string_view text) {
+    return text != "." && text != ".." && text.find_first_of("/:*?\"<>|") == std::string_view::npos;
+}
+
+// The entry of a folder that has this name but for its case; empty if there is none.
+std::string entryNamed(const std::string& folder, std::string_view name) {
+    const std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir(folder.c_str()), closedir);
+    const std::string folded = fold(name);
+    while (const dirent* entry = directory ? readdir(directory.get()) : nullptr)
+        if (fold(entry->d_name) == folded)
+            return entry->d_name;
+    return {};
+}
+
+bool enter(Place& place, std::string_view name) {
+    const std::string folder = place.host;
+    place.host = folder + '/' + std::string(name);
+    place.exists = stat(place.host.c_str(), &place.status) == 0;
+    if (!place.exists) {
+        const std::string known = entryNamed(folder, name);
+        if (!known.empty()) {
+            place.host = folder + '/' + known;
+            place.exists = stat(place.host.c_str(), &place.status) == 0;
+        }
+    }
+    return place.exists;
+}
+
+} // namespace
+
+Place locate(const std::string& root, std::string_view panelPath) {
+    Place place;
+    place.host = root + "/fs";
+    if (panelPath.size() >= MAX_PATH) {
+        place.error = ERROR_FILENAME_EXCED_RANGE;
+        return place;
+    }
+    const auto names = components(panelPath);
+    if (panelPath.empty()) {
+        place.error = ERROR_PATH_NOT_FOUND;
+        return place;
+    }
+    place.exists = stat(place.host.c_str(), &place.status) == 0;
+    for (std::size_t index = 0; index < names.size(); ++index) {
+        const bool last = index + 1 == names.size();
+        if (!isName(names[index])) {
+            place.exists = false;
+            place.error = last ? ERROR_INVALID_NAME : ERROR_PATH_NOT_FOUND;
+            return place;
+        }
+        if (!enter(place, names[index]) || (!last && !S_ISDIR(place.status.st_mode))) {
+            place.exists = false;
+            place.error = last ? ERROR_FILE_NOT_FOUND : ERROR_PATH_NOT_FOUND;
+            return place;
+        }
+    }
+    return place;
+}
+
+std::string volumeOf(const Image& image, std::string_view panelPath) {
+    const auto names = components(panelPath);
+    for (const auto& volume : image.volumes)
+        if (volume[0] && !names.empty() && equalCaseBlind(volume, names.front()))
+            return volume;
+    return {};
+}
+
+bool matches(std::string_view pattern, std::string_view name) {
+    if (pattern == "*.*")
+        return true;
+    const std::string wanted = fold(pattern);
+    const std::string text = fold(name);
+    if (wanted.empty())
+        return false;
+    std::size_t at = 0;
+    std::size_t in = 0;
+    std::size_t star = std::string::npos; // where to go back to, and how far the star has eaten
+    std::size_t eaten = 0;
+    while (at < text.size()) {
+        if (in < wanted.size() && wanted[in] == '*') {
+            star = in++;
+            eaten = at;
+        } else if (in < wanted.size() && (wanted[in] == '?' || wanted[in] == text[at])) {
+            // a multi-byte character counts as one for "?"
+            ++at;
+            while (wanted[in] == '?' && at < text.size() && (text[at] & 0xC0) == 0x80)
+                ++at;
+            ++in;
+        } else if (star != std::string::npos) {
+            in = star + 1;
+            at = ++eaten;
+        } else {
+            return false;
+        }
+    }
+    while (in < wanted.size() && wanted[in] == '*')
+        ++in;
+    return in == wanted.size();
+}
+
+} // namespace panel

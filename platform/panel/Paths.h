@@ -1,0 +1,47 @@
+// Paths of the panel and where they lie on the host.
+//
+// A panel path has backslashes, with or without a leading one, no drive, no "." and ".."; names are case-blind and
+// case-keeping. The top folders that are volumes of their own (persistent storage, flash, plugged disks) are listed in
+// the kernel file.
+#pragma once
+
+#include "platform/panel/kernel/Image.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <sys/stat.h>
+
+namespace panel {
+
+struct Place {
+    std::string host; // where it lies, or would lie
+    bool exists = false;
+    std::uint32_t error = 0; // why not: ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND, ERROR_INVALID_NAME, ...
+    struct stat status {}; // if it exists
+
+    bool isDirectory() const {
+        return exists && S_ISDIR(status.st_mode);
+    }
+    bool isFile() const {
+        return exists && S_ISREG(status.st_mode);
+    }
+    bool isReadOnly() const {
+        return isFile() && !(status.st_mode & S_IWUSR);
+    }
+    // A file may be made here: the folder above exists, and the name is one.
+    bool canBeMade() const {
+        return !exists && error == 2;
+    }
+};
+
+// `root`: the panel's directory.
+Place locate(const std::string& root, std::string_view panelPath);
+
+// The name of the volume that the path lies on, as the kernel file has it; empty: the panel's own object store.
+std::string volumeOf(const Image& image, std::string_view panelPath);
+
+// Whether a name matches a pattern of "*" and "?"; "*.*" matches everything, an empty pattern nothing.
+bool matches(std::string_view pattern, std::string_view name);
+
+} // namespace panel

@@ -1,0 +1,172 @@
+#include "platform/panel/Program.h"
+
+#include "platform/panel/kernel/Host.h"
+#include "platform/panel/kernel/Processes.h"
+
+#include <windows.h>
+
+#include <cstring>
+#include <elf.h>
+#include <fcntl.h>
+#include <linux/futex.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace panel {
+
+namespace {
+
+template<class Record>
+bool readAt(int file, std::uint64_t offset, Record& record) {
+    return pread(file, &record, sizeof record, static_cast<off_t>(offset)) == static_cast<ssize_t>(sizeof record);
+}
+
+// Whether the program has the section that Runtime.cpp puts into every program of the panel.
+bool hasMarker(int file) {
+    Elf64_Ehdr header;
+    Elf64_Shdr names;
+    if (!readAt(file, 0, header) || header.e_ident[EI_CLASS] != ELFCLASS64 ||
+        !readAt(file, header.e_shoff + std::uint64_t{header.e_shentsize} * header.e_shstrndx, names))
+        return false;
+    for (unsigned index = 0; index < header.e_shnum; ++index) {
+        Elf64_Shdr section;
+        char name[16] = {};
+        if (readAt(file, header.e_shoff + std::uint64_t{header.e_shentsize} * index, section) &&
+            readAt(file, names.sh_offset + section.sh_name, name) && std::strcmp(name, ".panel_program") == 0)
+            return true;
+    }
+    return false;
+}
+
+// What the new process needs, made before the fork: after it, in a copy of a process that may have many threads, only
+// system calls are safe.
+struct Launch {
+    std::string program;
+    std::string output;
+    std::vector<std::string> texts;
+    std::vector<char*> arguments;
+    std::vector<char*> environment;
+    std::atomic<std::uint32_t>* released;
+    ProcessRecord* record;
+    pid_t starter;
+    bool watch; // stay, and note the exit code of a program that cannot do so itself
+};
+
+void waitForRelease(const Launch& launch) {
+    timespec moment{0, 100000000};
+    while (launch.released->load(std::memory_order_acquire) == 0 && getppid() == launch.starter)
+        syscall(SYS_futex, launch.released, FUTEX_WAIT, 0, &moment, nullptr, 0);
+}
+
+void execute(const Launch& launch) {
+    execve(launch.program.c_str(), launch.arguments.data(), launch.environment.data());
+    _exit(127);
+}
+
+[[noreturn]] void becomeProgram(const Launch& launch) {
+    setsid();
+    const int output = open(launch.output.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644);
+    const int input = open("/dev/null", O_RDONLY);
+    dup2(input, 0);
+    dup2(output, 1);
+    dup2(output, 2);
+    syscall(SYS_close_range, 3, ~0U, 0);
+    waitForRelease(launch);
+    if (launch.watch) {
+        const pid_t program = fork();
+        if (program > 0) {
+            int status = 0;
+            waitpid(program, &status, 0);
+            const auto code =
+                static_cast<std::uint32_t>(WIFEXITED(status) ? WEXITSTATUS(status) : processes::killedExitCode);
+            launch.record->exitCode.store(code, std::memory_order_relaxed);
+            launch.record->exitKnown.store(1, std::memory_order_release);
+            _exit(0);
+        }
+    }
+    execute(launch);
+    _exit(127);
+}
+
+void addWords(std::vector<std::string>& words, const std::string& text) {
+    std::size_t at = 0;
+    while ((at = text.find_first_not_of(' ', at)) != std::string::npos) {
+        const bool quoted = text[at] == '"';
+        at += quoted;
+        const std::size_t end = std::min(text.find(quoted ? '"' : ' ', at), text.size());
+        words.push_back(text.substr(at, end - at));
+        at = std::min(end + 1, text.size());
+    }
+}
+
+Launch prepare(Image& image, const std::string& root, const std::string& hostPath, Slot slot) {
+    ProcessRecord& record = processes::at(image, slot);
+    Launch launch{hostPath,     root + "/run/output/" + processes::name(image, record),
+                  {},           {},
+                  {},           &record.released,
+                  &record,      getpid(),
+                  !record.aware};
+    launch.texts.emplace_back(record.path);
+    addWords(launch.texts, record.commandLine);
+    const std::size_t arguments = launch.texts.size();
+    for (char** variable = environ; *variable; ++variable)
+        if (std::strncmp(*variable, "PANEL=", 6) != 0 && std::strncmp(*variable, "PANEL_PROCESS=", 14) != 0)
+            launch.texts.emplace_back(*variable);
+    launch.texts.push_back("PANEL=" + root);
+    launch.texts.push_back("PANEL_PROCESS=" + std::to_string(slot) + ':' + std::to_string(record.serial));
+    for (std::size_t index = 0; index < launch.texts.size(); ++index)
+        (index < arguments ? launch.arguments : launch.environment).push_back(launch.texts[index].data());
+    launch.arguments.push_back(nullptr);
+    launch.environment.push_back(nullptr);
+    return launch;
+}
+
+} // namespace
+
+ProgramKind kindOf(const std::string& hostPath) {
+    const int file = open(hostPath.c_str(), O_RDONLY | O_CLOEXEC);
+    if (file < 0)
+        return ProgramKind::none;
+    char start[4] = {};
+    const bool some = read(file, start, sizeof start) >= 2;
+    ProgramKind kind = ProgramKind::none;
+    if (some && std::memcmp(start, ELFMAG, SELFMAG) == 0)
+        kind = hasMarker(file) ? ProgramKind::native : ProgramKind::foreign;
+    else if (some && start[0] == '#' && start[1] == '!')
+        kind = ProgramKind::foreign;
+    close(file);
+    return kind;
+}
+
+Started startProgram(Image& image, const std::string& root, const std::string& path, const std::string& commandLine,
+                     Slot starter) {
+    const std::string full = path.starts_with('\\') ? path : '\\' + path;
+    const Place place = locate(root, full);
+    if (!place.isFile())
+        return {0, place.error ? place.error : ERROR_ACCESS_DENIED};
+    const ProgramKind kind = kindOf(place.host);
+    if (kind == ProgramKind::none)
+        return {0, ERROR_BAD_EXE_FORMAT};
+    if (!(place.status.st_mode & S_IXUSR)) // the panel has no such attribute
+        chmod(place.host.c_str(), place.status.st_mode | S_IXUSR | S_IXGRP | S_IXOTH);
+    const Slot slot = processes::make(
+        image, {full, commandLine, place.status.st_dev, place.status.st_ino, kind == ProgramKind::native}, starter);
+    if (!slot)
+        return {0, ERROR_NO_PROC_SLOTS};
+    const Launch launch = prepare(image, root, place.host, slot);
+    const pid_t pid = fork();
+    if (pid == 0)
+        becomeProgram(launch);
+    ProcessRecord& record = processes::at(image, slot);
+    if (pid < 0) {
+        processes::end(image, slot, 0);
+        return {0, ERROR_NOT_ENOUGH_MEMORY};
+    }
+    record.hostPid = pid;
+    record.hostStart = host::startTime(pid);
+    return {slot, 0};
+}
+
+} // namespace panel

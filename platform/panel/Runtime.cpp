@@ -1,0 +1,188 @@
+#include "platform/panel/Runtime.h"
+
+#include "platform/panel/Text.h"
+#include "platform/panel/kernel/Host.h"
+#include "platform/panel/kernel/Processes.h"
+#include "platform/panel/kernel/Scheduler.h"
+#include "platform/panel/kernel/Wait.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <stdexcept>
+#include <sys/mman.h>
+#include <unistd.h>
+
+namespace panel {
+
+namespace {
+
+// By this section in its file a program is known to take part in the panel's clock (see Program.cpp).
+[[gnu::section(".panel_program"), gnu::used]] const char programMarker[] = "panel program";
+
+Runtime* current = nullptr;
+thread_local ThreadContext context;
+
+// Registered before anything of the program, hence run after all of it, but before a sanitizer's own work at exit.
+[[gnu::constructor(101)]] void watchExit() {
+    on_exit([](int status, void*) { Runtime::endProcess(static_cast<std::uint32_t>(status)); }, nullptr);
+}
+
+} // namespace
+
+Image* mapImage(const std::string& path) {
+    const int file = open(path.c_str(), O_RDWR | O_CLOEXEC);
+    if (file < 0)
+        return nullptr;
+    void* address = mmap(nullptr, sizeof(Image), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
+    close(file);
+    if (address == MAP_FAILED)
+        return nullptr;
+    auto* image = static_cast<Image*>(address);
+    if (image->version == imageVersion)
+        return image;
+    unmapImage(image);
+    return nullptr;
+}
+
+void unmapImage(Image* image) {
+    munmap(image, sizeof(Image));
+}
+
+ThreadContext::~ThreadContext() {
+    if (!slot || processEnded)
+        return;
+    {
+        const Lock lock(*image);
+        const ThreadRecord& record = scheduler::at(*image, slot);
+        if (record.state != ThreadState::free && record.id == id) // else it ended with its process
+            processes::endThread(*image, slot);
+        scheduler::step(*image);
+    }
+    scheduler::deliverWakes(*image);
+}
+
+Runtime& Runtime::instance() {
+    if (!current) {
+        current = new Runtime; // lives as long as the process: threads that are still around at exit may use it
+        current->locals.resize(maxHandles);
+        current->attachProgram();
+    }
+    if (processEnded)
+        standStill();
+    return *current;
+}
+
+void Runtime::attachProgram() {
+    const char* directory = std::getenv("PANEL");
+    const char* place = std::getenv("PANEL_PROCESS"); // set by CreateProcessW: slot and serial
+    unsigned slot = 0;
+    unsigned serial = 0;
+    if (!directory || !place || std::sscanf(place, "%u:%u", &slot, &serial) != 2) {
+        std::fputs("This program runs on a simulated panel: start it with \"panel start\".\n", stderr);
+        _exit(127);
+    }
+    root = directory;
+    mapped = mapImage(root + "/run/kernel");
+    const bool mine = mapped && slot >= 1 && slot <= maxProcesses && processes::at(*mapped, slot).serial == serial &&
+                      processes::at(*mapped, slot).hostPid == getpid();
+    if (!mine) {
+        std::fputs("The panel has been switched off.\n", stderr);
+        _exit(127);
+    }
+    processSlot = slot;
+    part = Part::program;
+    adoptThread(processRecord().mainThread);
+}
+
+void Runtime::attachDriver(const std::string& directory, const std::string& path) {
+    Image* image = mapImage(directory + "/run/kernel");
+    if (!image || !image->on) {
+        if (image)
+            unmapImage(image);
+        throw std::runtime_error("the panel is off (panel boot switches it on): " + directory);
+    }
+    detachDriver();
+    Slot process = 0;
+    {
+        const Lock lock(*image);
+        processes::noticeDead(*image);
+        process = processes::makeDriver(*image, {path, "", 0, 0, true}, getpid());
+    }
+    if (!process)
+        throw std::runtime_error("the panel has no room for another process: " + directory);
+    if (!current) {
+        current = new Runtime;
+        current->locals.resize(maxHandles);
+    }
+    current->mapped = image;
+    current->part = Part::driver;
+    current->root = directory;
+    current->processSlot = process;
+    current->adoptThread(current->processRecord().mainThread);
+}
+
+void Runtime::detachDriver() {
+    if (!current || current->part != Part::driver)
+        return;
+    {
+        const Lock lock(*current->mapped);
+        context.slot = 0;
+        processes::end(*current->mapped, current->processSlot, 0);
+        scheduler::step(*current->mapped);
+    }
+    scheduler::deliverWakes(*current->mapped);
+    current->part = Part::none;
+}
+
+void Runtime::endProcess(std::uint32_t exitCode) {
+    if (!current || current->part != Part::program || processEnded.exchange(true))
+        return;
+    Image& image = *current->mapped;
+    {
+        const Lock lock(image);
+        ProcessRecord& process = current->processRecord();
+        image.lingering[image.nextLingering++ % maxLingering] = {process.hostPid, 0, process.hostStart};
+        processes::end(image, current->processSlot, exitCode);
+        scheduler::step(image);
+    }
+    scheduler::deliverWakes(image);
+}
+
+LocalObject& Runtime::local(std::uint32_t handle) {
+    return locals[handle >> 2 & (maxHandles - 1)];
+}
+
+void Runtime::adoptThread(Slot slot) {
+    context.image = mapped;
+    context.slot = slot;
+    context.id = scheduler::at(*mapped, slot).id;
+    context.number = scheduler::at(*mapped, slot).number;
+}
+
+std::uint32_t callingThreadNumber() {
+    return Runtime::instance().thread().number;
+}
+
+std::uint32_t callsMade(std::string_view function) {
+    const auto known = functionNamed(function);
+    return known ? Runtime::instance().thread().calls[static_cast<std::size_t>(*known)] : 0;
+}
+
+ThreadContext& Runtime::thread() {
+    if (!context.slot) {
+        Slot slot = 0;
+        {
+            const Lock lock(*mapped);
+            slot = processes::makeThread(*mapped, processSlot);
+        }
+        if (!slot) {
+            std::fputs("The panel has no room for another thread.\n", stderr);
+            std::abort();
+        }
+        adoptThread(slot);
+    }
+    return context;
+}
+
+} // namespace panel

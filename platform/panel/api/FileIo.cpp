@@ -1,0 +1,151 @@
+// Open files.
+#include "platform/panel/Gate.h"
+#include "platform/panel/Paths.h"
+#include "platform/panel/Text.h"
+#include "platform/panel/api/FileTimes.h"
+#include "platform/panel/api/Numbers.h"
+#include "platform/panel/kernel/Objects.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+using namespace panel;
+
+namespace {
+
+// Two openings of one file must grant each other what they want to do.
+bool sharingAllows(const Image& image, const struct stat& status, DWORD access, DWORD share) {
+    const auto granted = [](DWORD wanted, DWORD given) {
+        return (!(wanted & GENERIC_READ) || (given & FILE_SHARE_READ)) &&
+               (!(wanted & GENERIC_WRITE) || (given & FILE_SHARE_WRITE));
+    };
+    for (const ObjectRecord& other : image.objects)
+        if (other.type == ObjectType::file && other.device == status.st_dev && other.inode == status.st_ino &&
+            (!granted(access, other.share) || !granted(other.access, share)))
+            return false;
+    return !(access & GENERIC_WRITE) || objects::busy(image, status.st_dev, status.st_ino) != objects::Busy::running;
+}
+
+// Why the file cannot be opened so; 0 if it can.
+DWORD refusal(const Image& image, const Place& place, DWORD access, DWORD share, DWORD disposition) {
+    const bool makes = disposition == CREATE_NEW || disposition == CREATE_ALWAYS || disposition == OPEN_ALWAYS;
+    if (disposition < CREATE_NEW || disposition > TRUNCATE_EXISTING)
+        return ERROR_INVALID_PARAMETER;
+    if (!place.exists)
+        return makes && place.canBeMade() ? 0 : place.error;
+    if (disposition == CREATE_NEW)
+        return ERROR_FILE_EXISTS;
+    const bool changes = (access & GENERIC_WRITE) || disposition == CREATE_ALWAYS || disposition == TRUNCATE_EXISTING;
+    if (!place.isFile() || (changes && place.isReadOnly()))
+        return ERROR_ACCESS_DENIED;
+    return sharingAllows(image, place.status, access, share) ? 0 : ERROR_SHARING_VIOLATION;
+}
+
+int openOnHost(const Place& place, DWORD access, DWORD disposition) {
+    int flags = O_CLOEXEC | O_NOCTTY;
+    flags |= !(access & GENERIC_WRITE) ? O_RDONLY : access & GENERIC_READ ? O_RDWR : O_WRONLY;
+    if (!place.exists)
+        flags |= O_CREAT | O_EXCL;
+    else if (disposition == CREATE_ALWAYS || disposition == TRUNCATE_EXISTING)
+        flags |= O_TRUNC;
+    return open(place.host.c_str(), flags, 0644);
+}
+
+// The host's descriptor of an open file that allows this access; -1 if there is none. Wants the lock.
+int descriptor(Gate& gate, HANDLE file, DWORD access) {
+    const Slot slot = objects::resolve(gate.image(), gate.process(), numberOf(file));
+    if (!slot || objects::at(gate.image(), slot).type != ObjectType::file ||
+        (access && !(objects::at(gate.image(), slot).access & access)))
+        return -1;
+    return gate.runtime.local(numberOf(file)).file;
+}
+
+int lockedDescriptor(Gate& gate, HANDLE file, DWORD access) {
+    const Lock lock(gate.image());
+    return descriptor(gate, file, access);
+}
+
+} // namespace
+
+HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES*, DWORD disposition, DWORD,
+                   HANDLE) noexcept {
+    Gate gate(Function::CreateFileW, path, trace::Hex{access}, share, disposition);
+    if (gate.faulted())
+        return gate.fault<HANDLE>();
+    const std::string name = toUtf8(path);
+    if (name.ends_with(':')) // a device that this panel lacks
+        return gate.fails(INVALID_HANDLE_VALUE, ERROR_FILE_NOT_FOUND);
+    Image& image = gate.image();
+    const Lock lock(image);
+    const Place place = locate(gate.runtime.directory(), name);
+    if (const DWORD error = refusal(image, place, access, share, disposition))
+        return gate.fails(INVALID_HANDLE_VALUE, error);
+    const Slot object = objects::make(image, ObjectType::file);
+    const std::uint32_t handle = object ? objects::openHandle(image, gate.process(), object) : 0;
+    const int file = handle ? openOnHost(place, access, disposition) : -1;
+    struct stat status {};
+    if (file < 0 || fstat(file, &status) != 0) {
+        if (handle)
+            objects::closeHandle(image, gate.process(), handle);
+        else if (object)
+            objects::at(image, object).type = ObjectType::free;
+        return gate.fails(INVALID_HANDLE_VALUE, handle ? ERROR_ACCESS_DENIED : ERROR_NOT_ENOUGH_MEMORY);
+    }
+    ObjectRecord& record = objects::at(image, object);
+    record.access = access;
+    record.share = share;
+    record.device = status.st_dev;
+    record.inode = status.st_ino;
+    gate.runtime.local(handle).file = file;
+    if (!place.exists || disposition == CREATE_ALWAYS || disposition == TRUNCATE_EXISTING)
+        setWriteTime(image, file);
+    const bool existed = place.exists && (disposition == CREATE_ALWAYS || disposition == OPEN_ALWAYS);
+    gate.setLastError(existed ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
+    return gate.done(handleOf(handle));
+}
+
+BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD bytes, DWORD* count, void*) noexcept {
+    Gate gate(Function::ReadFile, file, bytes);
+    if (gate.faulted())
+        return gate.fault<BOOL>();
+    const int host = lockedDescriptor(gate, file, GENERIC_READ);
+    const ssize_t length = host < 0 ? -1 : read(host, buffer, bytes);
+    if (length < 0)
+        return gate.fails(FALSE, host < 0 ? ERROR_INVALID_HANDLE : ERROR_GEN_FAILURE);
+    *count = static_cast<DWORD>(length);
+    gate.shows(*count);
+    return gate.done(TRUE);
+}
+
+BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD bytes, DWORD* written, void*) noexcept {
+    Gate gate(Function::WriteFile, file, bytes);
+    if (gate.faulted())
+        return gate.fault<BOOL>();
+    const Lock lock(gate.image());
+    const int host = descriptor(gate, file, GENERIC_WRITE);
+    if (host < 0)
+        return gate.fails(FALSE, ERROR_INVALID_HANDLE);
+    const ssize_t length = write(host, buffer, bytes);
+    *written = length < 0 ? 0 : static_cast<DWORD>(length);
+    setWriteTime(gate.image(), host);
+    if (*written != bytes)
+        return gate.fails(FALSE, ERROR_DISK_FULL);
+    return gate.done(TRUE);
+}
+
+DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD origin) noexcept {
+    Gate gate(Function::SetFilePointer, file, distance, origin);
+    if (gate.faulted())
+        return gate.fault<DWORD>();
+    const int host = lockedDescriptor(gate, file, 0);
+    if (host < 0)
+        return gate.fails(INVALID_SET_FILE_POINTER, ERROR_INVALID_HANDLE);
+    if (origin > FILE_END || distanceHigh)
+        return gate.fails(INVALID_SET_FILE_POINTER, ERROR_INVALID_PARAMETER);
+    constexpr int origins[] = {SEEK_SET, SEEK_CUR, SEEK_END};
+    const auto position = lseek(host, distance, origins[origin]);
+    if (position < 0)
+        return gate.fails(INVALID_SET_FILE_POINTER, ERROR_INVALID_PARAMETER);
+    gate.setLastError(ERROR_SUCCESS);
+    return gate.done(static_cast<DWORD>(position));
+}

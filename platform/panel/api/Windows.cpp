@@ -1,0 +1,248 @@
+// Windows, window classes, messages.
+//
+// A window belongs to the thread that made it. Its procedure runs on that thread only: in DispatchMessageW for a posted
+// message, inside GetMessageW for one that another thread has sent.
+#include "platform/panel/Gate.h"
+#include "platform/panel/Text.h"
+#include "platform/panel/api/Numbers.h"
+#include "platform/panel/kernel/Clock.h"
+#include "platform/panel/kernel/Messages.h"
+#include "platform/panel/kernel/Scheduler.h"
+#include "platform/panel/kernel/Wait.h"
+
+#include <map>
+
+using namespace panel;
+
+namespace {
+
+struct WindowClass {
+    WNDPROC procedure;
+    ATOM atom;
+};
+
+// The classes of this process by folded name; touched under the kernel file's lock.
+std::map<std::string, WindowClass> classes;
+ATOM lastAtom = 0xBFFF;
+
+WNDPROC procedureOf(const WindowRecord& window) {
+    return reinterpret_cast<WNDPROC>(static_cast<std::uintptr_t>(window.procedure));
+}
+
+// What the program lets out of its procedure ends the process: foreign frames would not carry it.
+LRESULT callProcedure(WNDPROC procedure, std::uint32_t window, UINT message, std::uint64_t wParam,
+                      std::int64_t lParam) noexcept {
+    return procedure(windowOf(window), message, static_cast<WPARAM>(wParam), static_cast<LPARAM>(lParam));
+}
+
+// Calls the procedure of a window of this thread; 0 if there is none by now.
+LRESULT callWindow(Gate& gate, std::uint32_t window, UINT message, std::uint64_t wParam, std::int64_t lParam) {
+    WNDPROC procedure = nullptr;
+    {
+        const Lock lock(gate.image());
+        const WindowRecord* record = messages::window(gate.image(), window);
+        if (record && record->thread == gate.slot())
+            procedure = procedureOf(*record);
+    }
+    gate.deliverWakes();
+    return procedure ? callProcedure(procedure, window, message, wParam, lParam) : 0;
+}
+
+void destroy(Gate& gate, std::uint32_t window) {
+    callWindow(gate, window, WM_DESTROY, 0, 0);
+    callWindow(gate, window, WM_NCDESTROY, 0, 0);
+    const Lock lock(gate.image());
+    messages::removeWindow(gate.image(), window);
+}
+
+bool isOwn(Gate& gate, std::uint32_t window) {
+    const WindowRecord* record = messages::window(gate.image(), window);
+    return record && record->thread == gate.slot();
+}
+
+void answerSent(Gate& gate, const messages::Message& sent) {
+    const LRESULT result = callWindow(gate, sent.window, sent.message, sent.wParam, sent.lParam);
+    const Lock lock(gate.image());
+    messages::reply(gate.image(), sent, result);
+}
+
+} // namespace
+
+UINT RegisterWindowMessageW(LPCWSTR name) noexcept {
+    Gate gate(Function::RegisterWindowMessageW, name);
+    if (gate.faulted())
+        return gate.fault<UINT>();
+    const std::string text = toUtf8(name);
+    if (text.empty())
+        return gate.fails(UINT{0}, ERROR_INVALID_PARAMETER);
+    const Lock lock(gate.image());
+    const UINT number = messages::registerName(gate.image(), text);
+    return number ? gate.done(number) : gate.fails(number, ERROR_NOT_ENOUGH_MEMORY);
+}
+
+ATOM RegisterClassW(const WNDCLASSW* windowClass) noexcept {
+    Gate gate(Function::RegisterClassW, windowClass->lpszClassName);
+    if (gate.faulted())
+        return gate.fault<ATOM>();
+    const std::string name = fold(toUtf8(windowClass->lpszClassName));
+    if (name.empty() || !windowClass->lpfnWndProc)
+        return gate.fails(ATOM{0}, ERROR_INVALID_PARAMETER);
+    const Lock lock(gate.image());
+    const auto [entry, added] = classes.try_emplace(name, WindowClass{windowClass->lpfnWndProc, 0});
+    if (!added)
+        return gate.fails(ATOM{0}, ERROR_CLASS_ALREADY_EXISTS);
+    entry->second.atom = ++lastAtom;
+    return gate.done(entry->second.atom);
+}
+
+BOOL UnregisterClassW(LPCWSTR className, HINSTANCE) noexcept {
+    Gate gate(Function::UnregisterClassW, className);
+    if (gate.faulted())
+        return gate.fault<BOOL>();
+    const std::string name = toUtf8(className);
+    const Lock lock(gate.image());
+    const auto entry = classes.find(fold(name));
+    if (entry == classes.end())
+        return gate.fails(FALSE, ERROR_CLASS_DOES_NOT_EXIST);
+    for (const WindowRecord& window : gate.image().windows)
+        if (window.used && scheduler::at(gate.image(), window.thread).process == gate.process() &&
+            equalCaseBlind(window.className, name))
+            return gate.fails(FALSE, ERROR_CLASS_HAS_WINDOWS);
+    classes.erase(entry);
+    return gate.done(TRUE);
+}
+
+HWND CreateWindowExW(DWORD extendedStyle, LPCWSTR className, LPCWSTR title, DWORD style, int x, int y, int width,
+                     int height, HWND parent, HMENU menu, HINSTANCE instance, LPVOID parameter) noexcept {
+    Gate gate(Function::CreateWindowExW, className, title, trace::Hex{style});
+    if (gate.faulted())
+        return gate.fault<HWND>();
+    std::uint32_t window = 0;
+    {
+        const Lock lock(gate.image());
+        const std::string name = toUtf8(className);
+        const auto entry = classes.find(fold(name));
+        if (entry == classes.end())
+            return gate.fails(HWND{}, ERROR_CANNOT_FIND_WND_CLASS);
+        window = messages::makeWindow(gate.image(), gate.slot(), name,
+                                      reinterpret_cast<std::uintptr_t>(entry->second.procedure));
+        if (!window)
+            return gate.fails(HWND{}, ERROR_NOT_ENOUGH_MEMORY);
+        WindowRecord& record = *messages::window(gate.image(), window);
+        record.x = x == CW_USEDEFAULT ? 0 : x;
+        record.y = x == CW_USEDEFAULT ? 0 : y;
+        record.width = width == CW_USEDEFAULT ? 0 : width;
+        record.height = width == CW_USEDEFAULT ? 0 : height;
+    }
+    CREATESTRUCTW create{parameter, instance,  menu,         parent, height, width, y, x, static_cast<LONG>(style),
+                         title,     className, extendedStyle};
+    const auto creation = reinterpret_cast<std::intptr_t>(&create);
+    std::int32_t sizes[10] = {};
+    callWindow(gate, window, WM_GETMINMAXINFO, 0, reinterpret_cast<std::intptr_t>(sizes));
+    bool made = callWindow(gate, window, WM_NCCREATE, 0, creation) != 0;
+    if (made) {
+        callWindow(gate, window, WM_NCCALCSIZE, 0, reinterpret_cast<std::intptr_t>(sizes));
+        made = callWindow(gate, window, WM_CREATE, 0, creation) != -1;
+    }
+    if (!made) {
+        destroy(gate, window);
+        return gate.fails(HWND{}, ERROR_NOT_ENOUGH_MEMORY);
+    }
+    return gate.done(windowOf(window));
+}
+
+BOOL DestroyWindow(HWND window) noexcept {
+    Gate gate(Function::DestroyWindow, window);
+    if (gate.faulted())
+        return gate.fault<BOOL>();
+    {
+        const Lock lock(gate.image());
+        if (!messages::window(gate.image(), numberOf(window)))
+            return gate.fails(FALSE, ERROR_INVALID_WINDOW_HANDLE);
+        if (!isOwn(gate, numberOf(window)))
+            return gate.fails(FALSE, ERROR_ACCESS_DENIED);
+    }
+    destroy(gate, numberOf(window));
+    return gate.done(TRUE);
+}
+
+LRESULT DefWindowProcW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
+    Gate gate(Function::DefWindowProcW, window, trace::Hex{message}, wParam, trace::Hex{0});
+    static_cast<void>(lParam); // often an address
+    if (message == WM_CLOSE) {
+        bool own = false;
+        {
+            const Lock lock(gate.image());
+            own = isOwn(gate, numberOf(window));
+        }
+        if (own)
+            destroy(gate, numberOf(window));
+    }
+    return gate.done<LRESULT>(message == WM_NCCREATE ? 1 : 0);
+}
+
+BOOL GetMessageW(MSG* message, HWND window, UINT first, UINT last) noexcept {
+    Gate gate(Function::GetMessageW);
+    if (gate.faulted())
+        return gate.fault<BOOL>();
+    Lock lock(gate.image());
+    if (window && !isOwn(gate, numberOf(window)))
+        return gate.fails(-1, ERROR_INVALID_WINDOW_HANDLE);
+    for (;;) {
+        messages::Message taken;
+        if (messages::takeSent(gate.image(), gate.slot(), taken)) {
+            lock.release();
+            answerSent(gate, taken);
+            gate.deliverWakes();
+            lock.acquire();
+            continue;
+        }
+        if (messages::takePosted(gate.image(), gate.slot(), numberOf(window), first, last, taken)) {
+            *message = {windowOf(taken.window),
+                        taken.message,
+                        static_cast<WPARAM>(taken.wParam),
+                        static_cast<LPARAM>(taken.lParam),
+                        taken.time,
+                        {}};
+            gate.shows(message->hwnd);
+            gate.shows(trace::Hex{message->message});
+            gate.shows(message->wParam);
+            gate.shows(message->lParam);
+            return gate.done(message->message == WM_QUIT ? FALSE : TRUE);
+        }
+        scheduler::at(gate.image(), gate.slot()).waitKind = WaitKind::message;
+        block(lock, gate.image(), gate.slot(), never);
+    }
+}
+
+BOOL TranslateMessage(const MSG* message) noexcept {
+    Gate gate(Function::TranslateMessage, trace::Hex{message->message});
+    return gate.done(FALSE); // no keyboard: nothing to translate
+}
+
+LRESULT DispatchMessageW(const MSG* message) noexcept {
+    Gate gate(Function::DispatchMessageW, message->hwnd, trace::Hex{message->message});
+    return gate.done(callWindow(gate, numberOf(message->hwnd), message->message, message->wParam, message->lParam));
+}
+
+BOOL PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
+    Gate gate(Function::PostMessageW, window, trace::Hex{message}, wParam, lParam);
+    if (gate.faulted())
+        return gate.fault<BOOL>();
+    const Lock lock(gate.image());
+    const messages::Message posted{numberOf(window), message, wParam, lParam, 0, 0, 0};
+    if (!window) // to the thread itself
+        return messages::postToThread(gate.image(), gate.slot(), posted) ? gate.done(TRUE)
+                                                                         : gate.fails(FALSE, ERROR_NOT_ENOUGH_QUOTA);
+    if (!messages::window(gate.image(), numberOf(window)))
+        return gate.fails(FALSE, ERROR_INVALID_WINDOW_HANDLE);
+    return messages::post(gate.image(), posted) ? gate.done(TRUE) : gate.fails(FALSE, ERROR_NOT_ENOUGH_QUOTA);
+}
+
+int GetSystemMetrics(int index) noexcept {
+    Gate gate(Function::GetSystemMetrics, index);
+    const Lock lock(gate.image());
+    const bool known = index == SM_CXSCREEN || index == SM_CYSCREEN;
+    return gate.done(
+        known ? static_cast<int>(index == SM_CXSCREEN ? gate.image().screenWidth : gate.image().screenHeight) : 0);
+}

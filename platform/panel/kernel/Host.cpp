@@ -1,0 +1,98 @@
+#include "platform/panel/kernel/Host.h"
+
+#include <cerrno>
+#include <cstring>
+#include <ctime>
+#include <fcntl.h>
+#include <linux/futex.h>
+#include <poll.h>
+#include <stdexcept>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace panel::host {
+
+void futexWait(std::atomic<std::uint32_t>& word, std::uint32_t value, std::uint32_t milliseconds) {
+    timespec limit{static_cast<time_t>(milliseconds / 1000), static_cast<long>(milliseconds % 1000) * 1000000L};
+    syscall(SYS_futex, &word, FUTEX_WAIT, value, &limit, nullptr, 0);
+}
+
+void futexWake(std::atomic<std::uint32_t>& word, int count) {
+    syscall(SYS_futex, &word, FUTEX_WAKE, count, nullptr, nullptr, 0);
+}
+
+std::int32_t threadId() {
+    thread_local const auto id = static_cast<std::int32_t>(syscall(SYS_gettid));
+    return id;
+}
+
+std::int64_t monotonicNanoseconds() {
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<std::int64_t>(now.tv_sec) * 1000000000 + now.tv_nsec;
+}
+
+std::uint64_t startTime(std::int32_t pid) {
+    const int file = open(("/proc/" + std::to_string(pid) + "/stat").c_str(), O_RDONLY | O_CLOEXEC);
+    if (file < 0)
+        return 0;
+    char text[1024];
+    const auto length = read(file, text, sizeof text - 1);
+    close(file);
+    if (length <= 0)
+        return 0;
+    text[length] = 0;
+    const char* field = std::strrchr(text, ')'); // the name before it may hold anything
+    if (!field || field[1] != ' ' || field[2] == 'Z' || field[2] == 'X')
+        return 0;
+    field += 2;
+    for (int number = 3; number < 22; ++number) {
+        field = std::strchr(field, ' ');
+        if (!field)
+            return 0;
+        ++field;
+    }
+    return std::strtoull(field, nullptr, 10);
+}
+
+bool waitForEnd(std::int32_t pid, std::uint64_t start, std::uint32_t milliseconds) {
+    const int file = static_cast<int>(syscall(SYS_pidfd_open, pid, 0));
+    if (file < 0)
+        return !isAlive(pid, start);
+    bool ended = !isAlive(pid, start);
+    if (!ended) {
+        pollfd entry{file, POLLIN, 0};
+        ended = poll(&entry, 1, static_cast<int>(milliseconds)) > 0 || !isAlive(pid, start);
+    }
+    close(file);
+    return ended;
+}
+
+std::string readFile(const std::string& path) {
+    std::string content;
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (file < 0)
+        return content;
+    char block[16384];
+    for (ssize_t length; (length = read(file, block, sizeof block)) > 0;)
+        content.append(block, static_cast<std::size_t>(length));
+    close(file);
+    return content;
+}
+
+void writeFile(const std::string& path, const std::string& content) {
+    const std::string fresh = path + ".new";
+    const int file = open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+    const bool written =
+        file >= 0 && write(file, content.data(), content.size()) == static_cast<ssize_t>(content.size());
+    if (file >= 0)
+        close(file);
+    if (!written || rename(fresh.c_str(), path.c_str()) != 0) {
+        const int error = errno;
+        unlink(fresh.c_str());
+        throw std::runtime_error("cannot write " + path + ": " + std::strerror(error));
+    }
+}
+
+} // namespace panel::host

@@ -1,0 +1,31 @@
+// The few things that the simulated panel asks of the host.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+
+namespace panel::host {
+
+// Sleeps while the word holds the value, at most so many real milliseconds. May return early.
+void futexWait(std::atomic<std::uint32_t>& word, std::uint32_t value, std::uint32_t milliseconds);
+void futexWake(std::atomic<std::uint32_t>& word, int count = 1);
+
+std::int32_t threadId(); // of the calling thread
+std::int64_t monotonicNanoseconds();
+
+// The start time of a process or thread in the host's clock ticks; 0 if it is gone or only waits to be reaped.
+std::uint64_t startTime(std::int32_t pid);
+inline bool isAlive(std::int32_t pid, std::uint64_t start) {
+    return pid != 0 && startTime(pid) == start;
+}
+
+// Waits until the process is gone, at most so many real milliseconds; false if it still lives.
+bool waitForEnd(std::int32_t pid, std::uint64_t start, std::uint32_t milliseconds);
+
+// A whole file; empty if it cannot be read.
+std::string readFile(const std::string& path);
+// Writes a new file beside it and renames it into place; throws std::runtime_error naming the path.
+void writeFile(const std::string& path, const std::string& content);
+
+} // namespace panel::host

@@ -1,0 +1,51 @@
+#include "platform/panel/kernel/Lock.h"
+
+#include "platform/panel/kernel/Host.h"
+
+namespace panel {
+
+namespace {
+
+constexpr std::uint32_t sleepers = 0x80000000;
+constexpr std::uint32_t patience = 50; // real ms after which a waiter looks whether the owner still lives
+
+} // namespace
+
+void Lock::acquire() {
+    const auto me = static_cast<std::uint32_t>(host::threadId());
+    std::uint32_t value = 0;
+    if (word.compare_exchange_strong(value, me, std::memory_order_acquire)) {
+        held = true;
+        return;
+    }
+    // From here on the word is taken with the top bit set: others may sleep on it too.
+    for (;;) {
+        if (value == 0) {
+            if (word.compare_exchange_strong(value, me | sleepers, std::memory_order_acquire))
+                break;
+            continue;
+        }
+        if (!(value & sleepers)) {
+            if (!word.compare_exchange_strong(value, value | sleepers, std::memory_order_relaxed))
+                continue;
+            value |= sleepers;
+        }
+        host::futexWait(word, value, patience);
+        const std::uint32_t now = word.load(std::memory_order_relaxed);
+        if (now == value && host::startTime(static_cast<std::int32_t>(value & ~sleepers)) == 0) {
+            if (word.compare_exchange_strong(value, me | sleepers, std::memory_order_acquire))
+                break; // taken over from a dead owner
+            continue;
+        }
+        value = now;
+    }
+    held = true;
+}
+
+void Lock::release() {
+    held = false;
+    if (word.exchange(0, std::memory_order_release) & sleepers)
+        host::futexWake(word);
+}
+
+} // namespace panel

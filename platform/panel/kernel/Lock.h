@@ -1,0 +1,29 @@
+// The one lock of the kernel file: a futex word that names its owner by host thread id, so that whoever waits for it
+// can see that the owner has died, and take it over. Not recursive.
+#pragma once
+
+#include "platform/panel/kernel/Image.h"
+
+namespace panel {
+
+class Lock {
+public:
+    explicit Lock(Image& image) : word(image.lock) {
+        acquire();
+    }
+    ~Lock() {
+        if (held)
+            release();
+    }
+    Lock(const Lock&) = delete;
+    Lock& operator=(const Lock&) = delete;
+
+    void acquire();
+    void release();
+
+private:
+    std::atomic<std::uint32_t>& word;
+    bool held = false;
+};
+
+} // namespace panel

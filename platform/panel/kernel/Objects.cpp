@@ -1,0 +1,106 @@
+#include "platform/panel/kernel/Objects.h"
+
+#include <cstring>
+
+namespace panel::objects {
+
+namespace {
+
+// handle = serial, 9 bits of index, two zero bits: never 0 (serials start at 1), never 66 or -1 (not divisible by 4).
+constexpr std::uint32_t indexShift = 2;
+constexpr std::uint32_t serialShift = 11;
+static_assert(maxHandles == 1U << (serialShift - indexShift));
+
+} // namespace
+
+ObjectRecord& at(Image& image, Slot object) {
+    return image.objects[object - 1];
+}
+
+Slot make(Image& image, ObjectType type) {
+    for (std::uint32_t index = 0; index < maxObjects; ++index)
+        if (image.objects[index].type == ObjectType::free) {
+            image.objects[index] = {};
+            image.objects[index].type = type;
+            return index + 1;
+        }
+    return 0;
+}
+
+void hold(Image& image, Slot object) {
+    ++at(image, object).holders;
+}
+
+void drop(Image& image, Slot object) {
+    ObjectRecord& record = at(image, object);
+    if (--record.holders > 0)
+        return;
+    if (record.type == ObjectType::process && record.subject)
+        image.processes[record.subject - 1].object = 0;
+    if (record.type == ObjectType::thread && record.subject)
+        image.threads[record.subject - 1].object = 0;
+    record.type = ObjectType::free;
+}
+
+Slot findNamed(Image& image, ObjectType type, std::string_view name) {
+    for (std::uint32_t index = 0; index < maxObjects; ++index)
+        if (image.objects[index].type == type && image.objects[index].name == name)
+            return index + 1;
+    return 0;
+}
+
+std::uint32_t openHandle(Image& image, Slot process, Slot object) {
+    ProcessRecord& owner = image.processes[process - 1];
+    for (std::uint32_t tried = 0; tried < maxHandles; ++tried) {
+        const std::uint32_t index = (owner.nextHandle + tried) % maxHandles;
+        HandleRecord& entry = owner.handles[index];
+        if (entry.object)
+            continue;
+        owner.nextHandle = index + 1;
+        entry.object = object;
+        entry.serial = entry.serial % 0xFFFFF + 1;
+        hold(image, object);
+        return entry.serial << serialShift | index << indexShift;
+    }
+    return 0;
+}
+
+Slot resolve(Image& image, Slot process, std::uint32_t handle) {
+    const HandleRecord& entry = image.processes[process - 1].handles[handleIndex(handle)];
+    const bool whole = (handle & 3) == 0 && entry.serial == handle >> serialShift;
+    return whole ? entry.object : 0;
+}
+
+bool closeHandle(Image& image, Slot process, std::uint32_t handle) {
+    const Slot object = resolve(image, process, handle);
+    if (!object)
+        return false;
+    image.processes[process - 1].handles[handleIndex(handle)].object = 0;
+    drop(image, object);
+    return true;
+}
+
+void closeAllHandles(Image& image, Slot process) {
+    for (HandleRecord& entry : image.processes[process - 1].handles)
+        if (const Slot object = entry.object) {
+            entry.object = 0;
+            drop(image, object);
+        }
+}
+
+std::uint32_t handleIndex(std::uint32_t handle) {
+    return handle >> indexShift & (maxHandles - 1);
+}
+
+Busy busy(const Image& image, std::uint64_t device, std::uint64_t inode) {
+    for (const ProcessRecord& process : image.processes)
+        if (process.state != ProcessState::free && !process.driver && process.device == device &&
+            process.inode == inode)
+            return Busy::running;
+    for (const ObjectRecord& object : image.objects)
+        if (object.type == ObjectType::file && object.device == device && object.inode == inode)
+            return Busy::open;
+    return Busy::no;
+}
+
+} // namespace panel::objects

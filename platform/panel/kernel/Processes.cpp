@@ -1,0 +1,215 @@
+#include "platform/panel/kernel/Processes.h"
+
+#include "platform/panel/Text.h"
+#include "platform/panel/kernel/Clock.h"
+#include "platform/panel/kernel/Host.h"
+#include "platform/panel/kernel/Messages.h"
+#include "platform/panel/kernel/Objects.h"
+#include "platform/panel/kernel/Scheduler.h"
+
+#include <csignal>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace panel::processes {
+
+namespace {
+
+std::uint32_t programIndex(Image& image, std::string_view path) {
+    const std::string_view file = fileName(path);
+    for (std::uint32_t index = 0; index < maxPrograms; ++index) {
+        ProgramRecord& program = image.programs[index];
+        if (program.name[0] == 0)
+            copyText(program.name, file);
+        if (equalCaseBlind(program.name, file))
+            return index;
+    }
+    return maxPrograms - 1; // more programs than names: the last ones share an entry
+}
+
+Slot makeRecord(Image& image, const Program& program) {
+    for (Slot slot = 1; slot <= maxProcesses; ++slot) {
+        ProcessRecord& record = at(image, slot);
+        if (record.state != ProcessState::free)
+            continue;
+        const std::uint32_t program_ = programIndex(image, program.path);
+        record.hostPid = 0;
+        record.hostStart = 0;
+        ++record.serial;
+        record.program = program_;
+        record.start = ++image.programs[program_].starts;
+        record.aware = program.aware;
+        record.driver = 0;
+        record.starter = 0;
+        record.released.store(0, std::memory_order_relaxed);
+        record.exitKnown.store(0, std::memory_order_relaxed);
+        record.exitCode.store(0, std::memory_order_relaxed);
+        record.mainThread = 0;
+        record.object = 0;
+        record.threadsMade = 0;
+        record.device = program.device;
+        record.inode = program.inode;
+        copyText(record.path, program.path);
+        copyText(record.commandLine, program.commandLine);
+        return slot;
+    }
+    return 0;
+}
+
+Slot makeThreadRecord(Image& image, Slot process) {
+    for (Slot slot = 1; slot <= maxThreads; ++slot) {
+        ThreadRecord& record = scheduler::at(image, slot);
+        if (record.state != ThreadState::free)
+            continue;
+        ProcessRecord& owner = at(image, process);
+        record.process = process;
+        record.number = ++owner.threadsMade;
+        record.driver = owner.driver && record.number == 1;
+        record.object = 0;
+        record.wakeDue.store(0, std::memory_order_relaxed);
+        record.waitKind = WaitKind::none;
+        record.deadline = never;
+        record.replyFrom = 0;
+        record.id = 0x1000 + 4 * ++image.threadIds;
+        return slot;
+    }
+    return 0;
+}
+
+std::uint32_t codeOfDead(const ProcessRecord& process) {
+    if (process.exitKnown.load(std::memory_order_acquire))
+        return process.exitCode.load(std::memory_order_relaxed);
+    return killedExitCode;
+}
+
+} // namespace
+
+ProcessRecord& at(Image& image, Slot process) {
+    return image.processes[process - 1];
+}
+
+Slot make(Image& image, const Program& program, Slot starter) {
+    const Slot process = makeRecord(image, program);
+    if (!process)
+        return 0;
+    const Slot object = objects::make(image, ObjectType::process);
+    const Slot thread = program.aware && object ? makeThreadRecord(image, process) : 0;
+    if (!object || (program.aware && !thread)) {
+        if (object)
+            objects::at(image, object).type = ObjectType::free;
+        return 0;
+    }
+    ProcessRecord& record = at(image, process);
+    record.state = ProcessState::created;
+    record.starter = starter;
+    record.object = object;
+    record.mainThread = thread;
+    objects::at(image, object).subject = process;
+    if (thread)
+        scheduler::at(image, thread).state = ThreadState::waiting;
+    return process;
+}
+
+Slot makeDriver(Image& image, const Program& program, std::int32_t hostPid) {
+    const Slot process = makeRecord(image, program);
+    if (!process)
+        return 0;
+    ProcessRecord& record = at(image, process);
+    record.driver = 1;
+    const Slot thread = makeThreadRecord(image, process);
+    if (!thread)
+        return 0;
+    record.state = ProcessState::running;
+    record.hostPid = hostPid;
+    record.hostStart = host::startTime(hostPid);
+    record.mainThread = thread;
+    scheduler::at(image, thread).state = ThreadState::running;
+    return process;
+}
+
+Slot makeThread(Image& image, Slot process) {
+    const Slot thread = makeThreadRecord(image, process);
+    if (thread) {
+        scheduler::at(image, thread).state = ThreadState::running;
+        ++image.running;
+    }
+    return thread;
+}
+
+void endThread(Image& image, Slot thread) {
+    letStartedRun(image, thread);
+    scheduler::endThread(image, thread);
+    messages::removeThread(image, thread);
+}
+
+void letStartedRun(Image& image, Slot starter) {
+    for (ProcessRecord& process : image.processes) {
+        if (process.state != ProcessState::created || process.starter != starter)
+            continue;
+        process.state = ProcessState::running;
+        process.starter = 0;
+        if (process.mainThread)
+            scheduler::startsRunning(image, process.mainThread);
+        process.released.store(1, std::memory_order_release);
+        host::futexWake(process.released);
+    }
+}
+
+void end(Image& image, Slot process, std::uint32_t exitCode) {
+    ProcessRecord& record = at(image, process);
+    record.state = ProcessState::free;
+    if (!record.driver && record.hostPid)
+        image.ended[image.endedCount++ % maxEnded] = {record.program, record.start, exitCode, 0, clock::now(image)};
+    for (Slot thread = 1; thread <= maxThreads; ++thread)
+        if (scheduler::at(image, thread).state != ThreadState::free && scheduler::at(image, thread).process == process)
+            endThread(image, thread);
+    objects::closeAllHandles(image, process);
+    if (const Slot object = record.object) {
+        record.object = 0;
+        ObjectRecord& ended = objects::at(image, object);
+        ended.subject = 0;
+        ended.exitCode = exitCode;
+        ended.signalled = 1;
+        scheduler::serve(image, object);
+        if (ended.holders == 0)
+            ended.type = ObjectType::free;
+    }
+}
+
+void noticeDead(Image& image) {
+    const pid_t me = getpid();
+    for (Slot slot = 1; slot <= maxProcesses; ++slot) {
+        ProcessRecord& process = at(image, slot);
+        if (process.state == ProcessState::free || process.hostPid == me || process.hostPid == 0 ||
+            host::isAlive(process.hostPid, process.hostStart))
+            continue;
+        // What it had released, but not yet woken, is woken in its place.
+        for (ThreadRecord& thread : image.threads)
+            if (thread.state != ThreadState::free && thread.wakeDue.exchange(0, std::memory_order_relaxed)) {
+                thread.word.fetch_add(1, std::memory_order_release);
+                host::futexWake(thread.word);
+            }
+        if (!process.driver)
+            waitpid(process.hostPid, nullptr, WNOHANG); // reaped if it was this process's child
+        end(image, slot, codeOfDead(process));
+    }
+}
+
+void killAll(Image& image) {
+    for (Slot slot = 1; slot <= maxProcesses; ++slot) {
+        const ProcessRecord& process = at(image, slot);
+        if (process.state == ProcessState::free || process.driver)
+            continue;
+        if (process.hostPid != getpid() && host::isAlive(process.hostPid, process.hostStart)) {
+            kill(-process.hostPid, SIGKILL); // with what a script has started
+            kill(process.hostPid, SIGKILL);
+        }
+        end(image, slot, killedExitCode);
+    }
+}
+
+std::string name(const Image& image, const ProcessRecord& process) {
+    return std::string(image.programs[process.program].name) + "#" + std::to_string(process.start);
+}
+
+} // namespace panel::processes

@@ -1,0 +1,74 @@
+#include "platform/panel/kernel/Wait.h"
+
+#include "platform/panel/kernel/Clock.h"
+#include "platform/panel/kernel/Host.h"
+#include "platform/panel/kernel/Objects.h"
+#include "platform/panel/kernel/Processes.h"
+#include "platform/panel/kernel/Scheduler.h"
+
+#include <unistd.h>
+
+namespace panel {
+
+namespace {
+
+constexpr std::uint32_t waitTimeout = 258;
+// Real ms after which a sleeper looks for processes that were killed: the one who lets time pass looks more often.
+constexpr std::uint32_t driverPatience = 50;
+constexpr std::uint32_t patience = 500;
+
+} // namespace
+
+std::atomic<bool> processEnded{false};
+
+void standStill() {
+    for (;;)
+        pause();
+}
+
+std::uint32_t block(Lock& lock, Image& image, Slot thread, std::uint64_t deadline) {
+    ThreadRecord& record = scheduler::at(image, thread);
+    record.deadline = deadline;
+    record.waitOrder = ++image.waitOrder;
+    const std::uint32_t word = record.word.load(std::memory_order_relaxed);
+    processes::letStartedRun(image, thread);
+    scheduler::stopsRunning(image, thread);
+    scheduler::step(image);
+    while (record.word.load(std::memory_order_acquire) == word) {
+        const std::uint32_t real = clock::realUntil(image, deadline, record.driver ? driverPatience : patience);
+        lock.release();
+        scheduler::deliverWakes(image);
+        if (real > 0)
+            host::futexWait(record.word, word, real);
+        if (processEnded)
+            standStill();
+        lock.acquire();
+        if (record.word.load(std::memory_order_acquire) != word)
+            break;
+        if (real == driverPatience || real == patience)
+            processes::noticeDead(image);
+        if (image.clock.mode == ClockMode::flowing)
+            scheduler::releaseDue(image);
+        scheduler::step(image);
+    }
+    return record.waitResult;
+}
+
+std::uint32_t waitForObjects(Lock& lock, Image& image, Slot thread, const Slot* waited, std::uint32_t count,
+                             std::uint32_t milliseconds) {
+    for (std::uint32_t index = 0; index < count; ++index)
+        if (scheduler::ready(image, waited[index], thread))
+            return scheduler::take(image, waited[index], thread) + index;
+    if (milliseconds == 0)
+        return waitTimeout;
+    ThreadRecord& record = scheduler::at(image, thread);
+    record.waitKind = WaitKind::objects;
+    record.waitCount = count;
+    for (std::uint32_t index = 0; index < count; ++index) {
+        record.waitObjects[index] = waited[index];
+        objects::hold(image, waited[index]);
+    }
+    return block(lock, image, thread, clock::deadline(image, milliseconds));
+}
+
+} // namespace panel

@@ -1,0 +1,21 @@
+// How a thread waits. Wants the lock held; holds it again on return.
+#pragma once
+
+#include "platform/panel/kernel/Lock.h"
+
+namespace panel {
+
+// Set when this process has ended on the panel, while the host still runs its exit handlers: its other threads go on no
+// more. Whoever enters or leaves a platform call then stops here for ever.
+extern std::atomic<bool> processEnded;
+[[noreturn]] void standStill();
+
+// The thread's wait fields (kind, objects, key) are set; sleeps until it is released or the deadline (panel time) has
+// come, and answers the wait's result. Lets the programs begin that this thread has started.
+std::uint32_t block(Lock& lock, Image& image, Slot thread, std::uint64_t deadline);
+
+// A wait for so many objects, none of which is invalid. The platform's wait result.
+std::uint32_t waitForObjects(Lock& lock, Image& image, Slot thread, const Slot* waited, std::uint32_t count,
+                             std::uint32_t milliseconds);
+
+} // namespace panel

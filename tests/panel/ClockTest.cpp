@@ -1,0 +1,92 @@
+// Panel time in stepped mode, as seen through the platform's calls.
+#include "tests/support/TestPanel.h"
+
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <atomic>
+#include <vector>
+
+using namespace testing_panel;
+
+TEST(Clock, SleepTakesExactlyItsTime) {
+    const DWORD before = GetTickCount();
+    Sleep(1000);
+    EXPECT_EQ(GetTickCount() - before, 1000U);
+    advance(49);
+    EXPECT_EQ(GetTickCount() - before, 1049U);
+}
+
+TEST(Clock, TicksWrapAndDatesGoOn) {
+    setTicks(0xFFFFFF00);
+    SYSTEMTIME before{};
+    GetSystemTime(&before);
+    EXPECT_EQ(before.wYear, 2024);
+    EXPECT_EQ(before.wMonth, 3);
+    EXPECT_EQ(before.wDay, 7);
+    EXPECT_EQ(before.wDayOfWeek, 4);
+    EXPECT_EQ(before.wHour, 6);
+    EXPECT_EQ(before.wMinute, 5);
+    EXPECT_EQ(before.wSecond, 9);
+    Sleep(0x200);
+    EXPECT_EQ(GetTickCount(), 0x100U);
+    SYSTEMTIME after{};
+    GetSystemTime(&after);
+    EXPECT_EQ(after.wSecond * 1000 + after.wMilliseconds, 9512);
+}
+
+namespace {
+
+struct Sleeper {
+    DWORD milliseconds;
+    DWORD wokenAt = 0;
+};
+
+DWORD sleepOnce(LPVOID parameter) {
+    auto* sleeper = static_cast<Sleeper*>(parameter);
+    Sleep(sleeper->milliseconds);
+    sleeper->wokenAt = GetTickCount();
+    return 0;
+}
+
+} // namespace
+
+TEST(Clock, JumpsFromDeadlineToDeadline) {
+    Sleeper sleepers[] = {{3000}, {10}, {60000}, {3001}};
+    std::vector<HANDLE> threads;
+    const DWORD start = GetTickCount();
+    for (Sleeper& sleeper : sleepers)
+        threads.push_back(CreateThread(nullptr, 0, sleepOnce, &sleeper, 0, nullptr));
+    for (const HANDLE thread : threads)
+        EXPECT_EQ(WaitForSingleObject(thread, 100000), WAIT_OBJECT_0);
+    for (const Sleeper& sleeper : sleepers)
+        EXPECT_EQ(sleeper.wokenAt - start, sleeper.milliseconds);
+    EXPECT_EQ(GetTickCount() - start, 60000U);
+}
+
+TEST(Clock, StandsStillWhileAThreadRuns) {
+    static std::atomic<bool> go{false};
+    static std::atomic<DWORD> passed{1};
+    const HANDLE ended = CreateThread(
+        nullptr, 0,
+        [](LPVOID) -> DWORD {
+            const DWORD before = GetTickCount();
+            while (!go) { // runs, and does not wait in the platform
+            }
+            passed = GetTickCount() - before;
+            return 0;
+        },
+        nullptr, 0, nullptr);
+    const HANDLE sleeper = CreateThread(
+        nullptr, 0,
+        [](LPVOID) -> DWORD {
+            go = true; // before anything could wait for it
+            Sleep(5000);
+            return 0;
+        },
+        nullptr, 0, nullptr);
+    EXPECT_EQ(WaitForSingleObject(sleeper, INFINITE), WAIT_OBJECT_0);
+    EXPECT_EQ(WaitForSingleObject(ended, 0), WAIT_OBJECT_0); // ended before time could move
+    EXPECT_EQ(passed, 0U);
+    EXPECT_EQ(GetTickCount(), 5000U);
+}

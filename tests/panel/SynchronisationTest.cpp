@@ -1,0 +1,199 @@
+// Events, mutexes, critical sections, waits and handles, as the platform documents them.
+#include "tests/support/TestPanel.h"
+
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <atomic>
+#include <set>
+#include <string>
+#include <vector>
+
+using namespace testing_panel;
+
+namespace {
+
+HANDLE startThread(LPTHREAD_START_ROUTINE entry, void* parameter = nullptr) {
+    return CreateThread(nullptr, 0, entry, parameter, 0, nullptr);
+}
+
+} // namespace
+
+TEST(Events, ManualStaysAutoIsTakenByOneWait) {
+    const HANDLE manual = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    const HANDLE automatic = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    EXPECT_EQ(WaitForSingleObject(manual, 0), WAIT_TIMEOUT);
+    EXPECT_EQ(WaitForSingleObject(automatic, 250), WAIT_TIMEOUT);
+    EXPECT_EQ(GetTickCount(), 250U);
+    EventModify(manual, EVENT_SET);
+    EventModify(automatic, EVENT_SET);
+    EventModify(automatic, EVENT_SET); // collapses into the first
+    for (int round = 0; round < 2; ++round)
+        EXPECT_EQ(WaitForSingleObject(manual, 0), WAIT_OBJECT_0);
+    EXPECT_EQ(WaitForSingleObject(automatic, 0), WAIT_OBJECT_0);
+    EXPECT_EQ(WaitForSingleObject(automatic, 0), WAIT_TIMEOUT);
+    EventModify(manual, EVENT_RESET);
+    EXPECT_EQ(WaitForSingleObject(manual, 0), WAIT_TIMEOUT);
+}
+
+TEST(Events, SmallestSignalledIndexWins) {
+    HANDLE events[3];
+    for (HANDLE& event : events)
+        event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    EventModify(events[2], EVENT_SET);
+    EventModify(events[1], EVENT_SET);
+    EXPECT_EQ(WaitForMultipleObjects(3, events, FALSE, INFINITE), WAIT_OBJECT_0 + 1);
+    EXPECT_EQ(WaitForMultipleObjects(3, events, FALSE, INFINITE), WAIT_OBJECT_0 + 2);
+    EXPECT_EQ(WaitForMultipleObjects(3, events, FALSE, 5), WAIT_TIMEOUT);
+    EXPECT_EQ(WaitForMultipleObjects(3, events, TRUE, 5), WAIT_FAILED); // wait-all is refused
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+}
+
+TEST(Events, ASetReleasesOneWaiterFirstComeFirstServed) {
+    static HANDLE event;
+    static std::atomic<int> order;
+    static int turn[3];
+    event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    std::vector<HANDLE> threads;
+    static const int index[] = {0, 1, 2};
+    for (const int& each : index) {
+        threads.push_back(startThread(
+            [](LPVOID parameter) -> DWORD {
+                WaitForSingleObject(event, INFINITE);
+                turn[*static_cast<const int*>(parameter)] = ++order;
+                return 0;
+            },
+            const_cast<int*>(&each)));
+        driver().settle(); // it waits now, behind those before it
+    }
+    for (int round = 1; round <= 3; ++round) {
+        EventModify(event, EVENT_SET);
+        driver().settle();
+        EXPECT_EQ(order, round);
+    }
+    EXPECT_EQ(turn[0], 1);
+    EXPECT_EQ(turn[1], 2);
+    EXPECT_EQ(turn[2], 3);
+}
+
+TEST(Events, NamesAreSharedCaseSensitiveAndOnePerType) {
+    const HANDLE first = CreateEventW(nullptr, TRUE, FALSE, L"Name/one");
+    EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
+    const HANDLE again = CreateEventW(nullptr, TRUE, FALSE, L"Name/one");
+    EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
+    EXPECT_NE(first, again);
+    const HANDLE other = CreateEventW(nullptr, TRUE, FALSE, L"name/one");
+    EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
+    const HANDLE mutex = CreateMutexW(nullptr, FALSE, L"Name/one");
+    EXPECT_EQ(GetLastError(), ERROR_SUCCESS);
+    EXPECT_NE(mutex, nullptr);
+    const HANDLE opened = OpenEventW(EVENT_ALL_ACCESS, FALSE, L"Name/one");
+    EventModify(opened, EVENT_SET);
+    EXPECT_EQ(WaitForSingleObject(first, 0), WAIT_OBJECT_0);
+    EXPECT_EQ(WaitForSingleObject(again, 0), WAIT_OBJECT_0);
+    EXPECT_EQ(WaitForSingleObject(other, 0), WAIT_TIMEOUT);
+    for (const HANDLE handle : {first, again, opened})
+        EXPECT_TRUE(CloseHandle(handle));
+    EXPECT_EQ(OpenEventW(EVENT_ALL_ACCESS, FALSE, L"Name/one"), nullptr); // gone with its last holder
+    EXPECT_EQ(CreateEventW(nullptr, TRUE, FALSE, std::wstring(261, L'x').c_str()), nullptr);
+    EXPECT_EQ(CreateEventW(nullptr, TRUE, FALSE, L"with\\backslash"), nullptr);
+}
+
+TEST(Mutexes, BelongToOneThreadAndCountItsWaits) {
+    static HANDLE mutex;
+    mutex = CreateMutexW(nullptr, FALSE, L"m");
+    EXPECT_FALSE(ReleaseMutex(mutex)); // not owned by anyone
+    EXPECT_EQ(GetLastError(), ERROR_NOT_OWNER);
+    EXPECT_EQ(WaitForSingleObject(mutex, 0), WAIT_OBJECT_0);
+    EXPECT_EQ(WaitForSingleObject(mutex, 0), WAIT_OBJECT_0);
+    static std::atomic<DWORD> results[3];
+    const HANDLE thread = startThread([](LPVOID) -> DWORD {
+        results[0] = static_cast<DWORD>(ReleaseMutex(mutex));
+        results[1] = WaitForSingleObject(mutex, 10);
+        results[2] = WaitForSingleObject(mutex, INFINITE);
+        return 0; // ends with it
+    });
+    Sleep(20);
+    EXPECT_TRUE(ReleaseMutex(mutex));
+    EXPECT_TRUE(ReleaseMutex(mutex));
+    EXPECT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
+    EXPECT_EQ(results[0], 0U);
+    EXPECT_EQ(results[1], WAIT_TIMEOUT);
+    EXPECT_EQ(results[2], WAIT_OBJECT_0);
+    EXPECT_EQ(WaitForSingleObject(mutex, 0), WAIT_ABANDONED);
+    EXPECT_EQ(WaitForSingleObject(mutex, 0), WAIT_OBJECT_0);
+}
+
+TEST(CriticalSections, AreRecursiveExcludeOthersAndTolerateAStrayLeave) {
+    static CRITICAL_SECTION section;
+    static int counter;
+    InitializeCriticalSection(&section);
+    LeaveCriticalSection(&section); // held by nobody: nothing happens
+    EnterCriticalSection(&section);
+    EnterCriticalSection(&section);
+    std::vector<HANDLE> threads;
+    for (int index = 0; index < 4; ++index)
+        threads.push_back(startThread([](LPVOID) -> DWORD {
+            LeaveCriticalSection(&section); // held by another: nothing happens
+            for (int round = 0; round < 500; ++round) {
+                EnterCriticalSection(&section);
+                ++counter;
+                LeaveCriticalSection(&section);
+            }
+            return 0;
+        }));
+    driver().settle();
+    LeaveCriticalSection(&section);
+    driver().settle();
+    EXPECT_EQ(counter, 0);
+    LeaveCriticalSection(&section);
+    for (const HANDLE thread : threads)
+        EXPECT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
+    EXPECT_EQ(counter, 2000);
+    DeleteCriticalSection(&section);
+}
+
+TEST(Handles, AreNeverSpecialNumbersAndNotSoonUsedAgain) {
+    std::set<HANDLE> seen;
+    for (int round = 0; round < 2000; ++round) {
+        const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+        ASSERT_NE(event, nullptr);
+        EXPECT_NE(event, INVALID_HANDLE_VALUE);
+        EXPECT_NE(reinterpret_cast<std::uintptr_t>(event), 66U);
+        EXPECT_TRUE(seen.insert(event).second);
+        EXPECT_TRUE(CloseHandle(event));
+    }
+    EXPECT_FALSE(CloseHandle(*seen.begin()));
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+    EXPECT_FALSE(CloseHandle(INVALID_HANDLE_VALUE));
+    EXPECT_EQ(WaitForSingleObject(nullptr, INFINITE), WAIT_FAILED);
+}
+
+TEST(Handles, RunOutWithAnErrorNotWithACrash) {
+    std::vector<HANDLE> open;
+    for (;;) {
+        const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+        if (!event)
+            break;
+        open.push_back(event);
+    }
+    EXPECT_EQ(GetLastError(), ERROR_NOT_ENOUGH_MEMORY);
+    EXPECT_GE(open.size(), 500U);
+    EXPECT_TRUE(CloseHandle(open.back()));
+    EXPECT_NE(CreateEventW(nullptr, FALSE, FALSE, nullptr), nullptr);
+}
+
+TEST(Waits, ClosingAHandleWakesNobodyAndAWaitKeepsItsObject) {
+    static HANDLE event;
+    event = CreateEventW(nullptr, TRUE, FALSE, L"kept");
+    const HANDLE second = OpenEventW(EVENT_ALL_ACCESS, FALSE, L"kept");
+    const HANDLE thread = startThread([](LPVOID) -> DWORD {
+        WaitForSingleObject(event, INFINITE);
+        return 0;
+    });
+    driver().settle();
+    CloseHandle(event);
+    EXPECT_EQ(WaitForSingleObject(thread, 100), WAIT_TIMEOUT);
+    EventModify(second, EVENT_SET);
+    EXPECT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
+}
