@@ -1,4 +1,5 @@
-// What a test or the panel command does with a panel that is on: starts programs, lets time pass, sends messages.
+// What a test or the panel command does with a panel that is on: starts programs, lets time pass, asks for faults.
+// Client.h has the messages to windows.
 //
 // The thread that makes the Driver is outside of the panel's time. In stepped mode panel time moves only while it waits
 // in one of these functions, and only when all threads of the panel wait. One Driver a process at a time. All failures
@@ -82,13 +83,6 @@ public:
     // True once the condition holds, looked at whenever all threads of the panel wait; false after so much panel time.
     bool waitUntil(const std::function<bool()>& condition, std::uint64_t limit);
 
-    std::uint32_t findWindow(const std::string& className); // its number; 0: there is none
-    // The name is a registered message's, or a number ("0x10"). The window procedure's result; empty when the window
-    // went, or did not answer in so much panel time.
-    std::optional<std::int64_t> send(std::uint32_t window, const std::string& message, std::uint64_t wParam,
-                                     std::int64_t lParam, std::uint32_t limit);
-    void post(std::uint32_t window, const std::string& message, std::uint64_t wParam, std::int64_t lParam);
-
     bool isOn(); // false once this very panel was switched off, also when it has been booted again since
     PanelStatus status();
     void setTicks(std::uint32_t ticks); // what the tick count is now
@@ -102,9 +96,6 @@ public:
     void waitForLingering();
 
 private:
-    Image& image();
-    std::uint32_t messageNumber(const std::string& name);
-
     Panel panel;
 };
 

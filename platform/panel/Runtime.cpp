@@ -50,7 +50,7 @@ void unmapImage(Image* image) {
 }
 
 ThreadContext::~ThreadContext() {
-    if (!slot || processEnded)
+    if (!slot || number == 1 || processEnded) // the first thread ends with its process
         return;
     {
         const Lock lock(*image);

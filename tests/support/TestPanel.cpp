@@ -55,6 +55,14 @@ panel::Driver& driver() {
     return *attached;
 }
 
+fs::path panelDirectory() {
+    return current->directory();
+}
+
+fs::path programFile(std::string_view name) {
+    return fs::path(PANEL_PROGRAMS) / name;
+}
+
 fs::path hostPath(std::string_view panelPath) {
     return current->hostPath(panelPath);
 }

@@ -27,6 +27,10 @@ public:
 // The simulation's own interface: messages to windows, started programs, status.
 panel::Driver& driver();
 
+std::filesystem::path panelDirectory();
+// A program of this build ("TarvexHelper", "Tarvex", "Actor").
+std::filesystem::path programFile(std::string_view name);
+
 // Where a panel path lies on the host. The path is taken as it is written: no case-blind search.
 std::filesystem::path hostPath(std::string_view panelPath);
 

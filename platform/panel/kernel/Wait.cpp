@@ -33,6 +33,8 @@ std::uint32_t block(Lock& lock, Image& image, Slot thread, std::uint64_t deadlin
     const std::uint32_t word = record.word.load(std::memory_order_relaxed);
     processes::letStartedRun(image, thread);
     scheduler::stopsRunning(image, thread);
+    if (record.driver)
+        processes::noticeDead(image); // or time would pass by what a program's death sets off
     scheduler::step(image);
     while (record.word.load(std::memory_order_acquire) == word) {
         const std::uint32_t real = clock::realUntil(image, deadline, record.driver ? driverPatience : patience);

@@ -1,0 +1,278 @@
+// The panel's file system: as strict as the real one, or the code that copes with the real one is never run.
+#include "tests/support/TestPanel.h"
+
+#include <crt.h>
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+using namespace testing_panel;
+
+namespace {
+
+HANDLE openFile(const wchar_t* path, DWORD access, DWORD share, DWORD disposition) {
+    return CreateFileW(path, access, share, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+std::vector<std::wstring> find(const wchar_t* pattern) {
+    std::vector<std::wstring> names;
+    WIN32_FIND_DATAW data{};
+    const HANDLE search = FindFirstFileW(pattern, &data);
+    if (search == INVALID_HANDLE_VALUE)
+        return names;
+    do
+        names.emplace_back(data.cFileName);
+    while (FindNextFileW(search, &data));
+    EXPECT_EQ(GetLastError(), ERROR_NO_MORE_FILES);
+    EXPECT_TRUE(FindClose(search));
+    return names;
+}
+
+using Names = std::vector<std::wstring>;
+
+} // namespace
+
+TEST(Paths, AreCaseBlindAndCaseKeepingWithOrWithoutALeadingSeparator) {
+    writeFile("\\MMCMemory\\Mixed Case\\File.TXT", "x");
+    for (const wchar_t* path : {L"\\MMCMemory\\Mixed Case\\File.TXT", L"\\mmcmemory\\MIXED CASE\\file.txt",
+                                L"MMCMemory\\mixed case\\File.txt"})
+        EXPECT_EQ(GetFileAttributesW(path), FILE_ATTRIBUTE_NORMAL) << std::filesystem::path(path);
+    EXPECT_EQ(GetFileAttributesW(L"\\MMCMemory\\mixed case"), FILE_ATTRIBUTE_DIRECTORY);
+    EXPECT_TRUE(CreateDirectoryW(L"\\mmcmemory\\New \u00C4\u00E9", nullptr));
+    EXPECT_EQ(GetFileAttributesW(L"\\mmcmemory\\NEW \u00E4\u00C9"), FILE_ATTRIBUTE_DIRECTORY);
+    EXPECT_TRUE(exists("\\MMCMemory\\New \u00C4\u00E9"));
+}
+
+TEST(Paths, RefuseWhatThePlatformDoesNotKnow) {
+    writeFile("\\MMCMemory\\a\\b.txt", "x");
+    const struct {
+        const wchar_t* path;
+        DWORD error;
+    } cases[] = {
+        {L"", ERROR_PATH_NOT_FOUND},
+        {L"\\MMCMemory\\none", ERROR_FILE_NOT_FOUND},
+        {L"\\MMCMemory\\none\\b.txt", ERROR_PATH_NOT_FOUND},
+        {L"\\MMCMemory\\a\\b.txt\\c", ERROR_PATH_NOT_FOUND},
+        {L"\\MMCMemory\\a\\.", ERROR_INVALID_NAME},
+        {L"\\MMCMemory\\a\\..\\a\\b.txt", ERROR_PATH_NOT_FOUND},
+        {L"C:\\MMCMemory", ERROR_PATH_NOT_FOUND},
+        {L"\\MMCMemory\\a/b.txt", ERROR_INVALID_NAME},
+    };
+    for (const auto& each : cases) {
+        EXPECT_EQ(GetFileAttributesW(each.path), INVALID_FILE_ATTRIBUTES);
+        EXPECT_EQ(GetLastError(), each.error) << std::filesystem::path(each.path);
+    }
+    EXPECT_EQ(GetFileAttributesW((L"\\" + std::wstring(MAX_PATH, L'x')).c_str()), INVALID_FILE_ATTRIBUTES);
+    EXPECT_EQ(GetLastError(), ERROR_FILENAME_EXCED_RANGE);
+    EXPECT_EQ(openFile(L"BKL1:", GENERIC_WRITE, 0, OPEN_EXISTING), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
+}
+
+TEST(Files, SharingIsWhatBothOpeningsGrant) {
+    writeFile("\\MMCMemory\\f", "x");
+    constexpr DWORD both = FILE_SHARE_READ | FILE_SHARE_WRITE;
+    const struct {
+        DWORD access, share, secondAccess, secondShare;
+        bool works;
+    } cases[] = {
+        {GENERIC_READ, FILE_SHARE_READ, GENERIC_READ, FILE_SHARE_READ, true},
+        {GENERIC_READ, FILE_SHARE_READ, GENERIC_WRITE, both, false},
+        {GENERIC_WRITE, both, GENERIC_READ, FILE_SHARE_READ, false},
+        {GENERIC_WRITE, both, GENERIC_READ, both, true},
+        {GENERIC_READ, 0, GENERIC_READ, both, false},
+    };
+    for (const auto& each : cases) {
+        const HANDLE first = openFile(L"\\MMCMemory\\f", each.access, each.share, OPEN_EXISTING);
+        ASSERT_NE(first, INVALID_HANDLE_VALUE);
+        const HANDLE second = openFile(L"\\MMCMemory\\F", each.secondAccess, each.secondShare, OPEN_EXISTING);
+        EXPECT_EQ(second != INVALID_HANDLE_VALUE, each.works);
+        if (!each.works) {
+            EXPECT_EQ(GetLastError(), ERROR_SHARING_VIOLATION);
+        }
+        CloseHandle(second);
+        EXPECT_TRUE(CloseHandle(first));
+    }
+}
+
+TEST(Files, DispositionsDecideAboutWhatIsThere) {
+    const auto makes = [](const wchar_t* path, DWORD disposition) {
+        const HANDLE file = openFile(path, GENERIC_READ | GENERIC_WRITE, 0, disposition);
+        const DWORD error = GetLastError();
+        CloseHandle(file);
+        return file == INVALID_HANDLE_VALUE ? error : 0;
+    };
+    writeFile("\\MMCMemory\\there", "content");
+    EXPECT_EQ(makes(L"\\MMCMemory\\there", CREATE_NEW), ERROR_FILE_EXISTS);
+    EXPECT_EQ(makes(L"\\MMCMemory\\there", OPEN_ALWAYS), 0U);
+    EXPECT_EQ(readFile("\\MMCMemory\\there"), "content");
+    EXPECT_EQ(makes(L"\\MMCMemory\\there", CREATE_ALWAYS), 0U);
+    EXPECT_EQ(readFile("\\MMCMemory\\there"), "");
+    EXPECT_EQ(makes(L"\\MMCMemory\\missing", OPEN_EXISTING), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(makes(L"\\MMCMemory\\missing", TRUNCATE_EXISTING), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(makes(L"\\MMCMemory\\missing", CREATE_NEW), 0U);
+    EXPECT_TRUE(exists("\\MMCMemory\\missing"));
+    EXPECT_EQ(makes(L"\\MMCMemory\\no\\folder", CREATE_ALWAYS), ERROR_PATH_NOT_FOUND);
+    EXPECT_EQ(makes(L"\\MMCMemory", OPEN_EXISTING), ERROR_ACCESS_DENIED);
+}
+
+TEST(Files, InUseOrReadOnlyStayButCanBeRenamed) {
+    writeFile("\\MMCMemory\\d\\open", "x");
+    writeFile("\\MMCMemory\\d\\locked", "x");
+    writeFile("\\MMCMemory\\other", "new");
+    const HANDLE file = openFile(L"\\MMCMemory\\d\\open", GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING);
+    EXPECT_TRUE(SetFileAttributesW(L"\\MMCMemory\\d\\locked", FILE_ATTRIBUTE_READONLY));
+    EXPECT_EQ(GetFileAttributesW(L"\\MMCMemory\\d\\locked"), FILE_ATTRIBUTE_READONLY);
+    for (const wchar_t* path : {L"\\MMCMemory\\d\\open", L"\\MMCMemory\\d\\locked"}) {
+        EXPECT_FALSE(DeleteFileW(path));
+        EXPECT_FALSE(CopyFileW(L"\\MMCMemory\\other", path, FALSE));
+    }
+    EXPECT_EQ(openFile(L"\\MMCMemory\\d\\locked", GENERIC_WRITE, 0, OPEN_EXISTING), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    EXPECT_TRUE(MoveFileW(L"\\MMCMemory\\d\\open", L"\\MMCMemory\\d\\moved"));
+    EXPECT_TRUE(MoveFileW(L"\\MMCMemory\\d", L"\\MMCMemory\\e")); // its folder too
+    EXPECT_FALSE(DeleteFileW(L"\\MMCMemory\\e\\moved"));
+    EXPECT_EQ(GetLastError(), ERROR_SHARING_VIOLATION);
+    CloseHandle(file);
+    EXPECT_TRUE(DeleteFileW(L"\\MMCMemory\\e\\moved"));
+    EXPECT_TRUE(SetFileAttributesW(L"\\MMCMemory\\e\\locked", FILE_ATTRIBUTE_NORMAL));
+    EXPECT_TRUE(DeleteFileW(L"\\MMCMemory\\e\\locked"));
+}
+
+TEST(Files, MovesNeverReplaceAndFoldersStayOnTheirVolume) {
+    writeFile("\\MMCMemory\\from", "1");
+    writeFile("\\MMCMemory\\to", "2");
+    writeFile("\\MMCMemory\\folder\\f", "3");
+    EXPECT_FALSE(MoveFileW(L"\\MMCMemory\\from", L"\\MMCMemory\\TO"));
+    EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
+    EXPECT_FALSE(MoveFileW(L"\\MMCMemory\\folder", L"\\NANDFlash\\folder"));
+    EXPECT_EQ(GetLastError(), ERROR_NOT_SAME_DEVICE);
+    EXPECT_FALSE(MoveFileW(L"\\MMCMemory", L"\\Other"));
+    EXPECT_TRUE(MoveFileW(L"\\MMCMemory\\from", L"\\NANDFlash\\from"));
+    EXPECT_EQ(readFile("\\NANDFlash\\from"), "1");
+    EXPECT_FALSE(exists("\\MMCMemory\\from"));
+    EXPECT_TRUE(MoveFileW(L"\\MMCMemory\\to", L"\\MMCMemory\\To"));
+    EXPECT_EQ(find(L"\\MMCMemory\\*"), (Names{L"folder", L"To"}));
+    EXPECT_FALSE(RemoveDirectoryW(L"\\MMCMemory\\folder"));
+    EXPECT_EQ(GetLastError(), ERROR_DIR_NOT_EMPTY);
+    EXPECT_FALSE(RemoveDirectoryW(L"\\MMCMemory"));
+    EXPECT_TRUE(DeleteFileW(L"\\MMCMemory\\folder\\f"));
+    EXPECT_TRUE(RemoveDirectoryW(L"\\MMCMemory\\folder"));
+}
+
+TEST(Files, CopiesKeepAttributesAndWriteTime) {
+    writeFile("\\MMCMemory\\source", "content");
+    SetFileAttributesW(L"\\MMCMemory\\source", FILE_ATTRIBUTE_READONLY);
+    WIN32_FIND_DATAW before{};
+    FindClose(FindFirstFileW(L"\\MMCMemory\\source", &before));
+    advance(60000);
+    EXPECT_TRUE(CopyFileW(L"\\MMCMemory\\source", L"\\MMCMemory\\copy", TRUE));
+    EXPECT_FALSE(CopyFileW(L"\\MMCMemory\\source", L"\\MMCMemory\\copy", TRUE));
+    EXPECT_EQ(GetLastError(), ERROR_FILE_EXISTS);
+    WIN32_FIND_DATAW after{};
+    FindClose(FindFirstFileW(L"\\MMCMemory\\copy", &after));
+    EXPECT_EQ(after.dwFileAttributes, FILE_ATTRIBUTE_READONLY);
+    EXPECT_EQ(after.nFileSizeLow, 7U);
+    EXPECT_EQ(after.ftLastWriteTime.dwLowDateTime, before.ftLastWriteTime.dwLowDateTime);
+}
+
+TEST(Files, WriteTimesFollowThePanelsClock) {
+    const auto written = [](const wchar_t* path) {
+        std::fclose(_wfopen(path, L"w"));
+        WIN32_FIND_DATAW data{};
+        FindClose(FindFirstFileW(path, &data));
+        return static_cast<std::uint64_t>(data.ftLastWriteTime.dwHighDateTime) << 32 |
+               data.ftLastWriteTime.dwLowDateTime;
+    };
+    const auto first = written(L"\\MMCMemory\\1");
+    EXPECT_EQ(first, 133542651090000000U); // 2024-03-07 06:05:09 UTC
+    Sleep(1234);
+    EXPECT_EQ(written(L"\\MMCMemory\\2"), first + 12340000U);
+}
+
+TEST(Searches, MatchPatternsInTheOrderOfNames) {
+    for (const char* file : {"b.txt", "A.txt", "_rm_x", "_rm_1_x", "none"})
+        writeFile(std::string("\\MMCMemory\\s\\") + file, "");
+    CreateDirectoryW(L"\\MMCMemory\\s\\_RM_folder", nullptr);
+    EXPECT_EQ(find(L"\\MMCMemory\\s\\*"), (Names{L"_rm_1_x", L"_RM_folder", L"_rm_x", L"A.txt", L"b.txt", L"none"}));
+    EXPECT_EQ(find(L"\\MMCMemory\\s\\*.*").size(), 6U);
+    EXPECT_EQ(find(L"\\MMCMemory\\s\\_rm*"), (Names{L"_rm_1_x", L"_RM_folder", L"_rm_x"}));
+    EXPECT_EQ(find(L"\\MMCMemory\\s\\?.TXT"), (Names{L"A.txt", L"b.txt"}));
+    EXPECT_EQ(find(L"\\MMCMemory\\s\\none"), Names{L"none"});
+    EXPECT_EQ(find(L"\\MMCMemory\\s\\"), Names{}); // an empty pattern
+    EXPECT_EQ(find(L"\\MMCMemory\\missing\\*"), Names{});
+    EXPECT_EQ(find(L"\\*"), (Names{L"MMCMemory", L"NANDFlash", L"Windows"})); // no "." and ".."
+}
+
+TEST(Streams, GoThroughTheTracedCalls) {
+    startTrace();
+    std::FILE* file = _wfopen(L"\\MMCMemory\\stream", L"w");
+    ASSERT_NE(file, nullptr);
+    std::fputs("one\ntwo\n", file);
+    EXPECT_EQ(readFile("\\MMCMemory\\stream"), ""); // still in the program's buffer
+    EXPECT_EQ(std::fclose(file), 0);
+    EXPECT_EQ(readFile("\\MMCMemory\\stream"), "one\ntwo\n");
+    const auto lines = trace();
+    ASSERT_EQ(lines.size(), 3U);
+    EXPECT_EQ(lines[0].find("CreateFileW(\"\\MMCMemory\\stream\", 0x40000000, 3, 2) = 0x"), 0U) << lines[0];
+    EXPECT_EQ(lines[1].substr(0, 10), "WriteFile(");
+    EXPECT_EQ(lines[2].substr(0, 12), "CloseHandle(");
+}
+
+TEST(Streams, AppendSeekAndFail) {
+    writeFile("\\MMCMemory\\log", "12345");
+    std::FILE* first = _wfopen(L"\\MMCMemory\\log", L"a");
+    std::FILE* second = _wfopen(L"\\MMCMemory\\log", L"ab");
+    std::fputs("a", first);
+    std::fflush(first);
+    std::fputs("b", second);
+    std::fflush(second);
+    std::fputs("c", first);
+    std::fclose(first);
+    std::fclose(second);
+    EXPECT_EQ(readFile("\\MMCMemory\\log"), "12345abc");
+    std::FILE* reader = _wfopen(L"\\MMCMemory\\log", L"rb");
+    EXPECT_EQ(std::fseek(reader, 0, SEEK_END), 0);
+    EXPECT_EQ(std::ftell(reader), 8);
+    std::fclose(reader);
+    EXPECT_EQ(_wfopen(L"\\MMCMemory\\none", L"r"), nullptr);
+    EXPECT_EQ(_wfopen(L"\\MMCMemory", L"w"), nullptr);
+    failCall("WriteFile");
+    std::FILE* failing = _wfopen(L"\\MMCMemory\\full", L"w");
+    std::fputs("lost", failing);
+    EXPECT_NE(std::fclose(failing), 0);
+    EXPECT_EQ(readFile("\\MMCMemory\\full"), "");
+}
+
+TEST(Shortcuts, AreTextWithACountAndNeverReplaced) {
+    std::wstring path = L"\\Windows\\T.lnk";
+    std::wstring command = L"\"\\MMCMemory\\Tarvex.exe\" -x";
+    EXPECT_TRUE(SHCreateShortcut(path.data(), command.data()));
+    EXPECT_EQ(readFile("\\Windows\\T.lnk"), "26#\"\\MMCMemory\\Tarvex.exe\" -x");
+    EXPECT_FALSE(SHCreateShortcut(path.data(), command.data()));
+}
+
+TEST(WideText, FormattedCutComparedAndRead) {
+    const auto format = [](wchar_t* buffer, std::size_t count, const wchar_t* text, ...) {
+        std::va_list arguments;
+        va_start(arguments, text);
+        const int length = _vsnwprintf(buffer, count, text, arguments);
+        va_end(arguments);
+        return length;
+    };
+    wchar_t buffer[32] = {};
+    EXPECT_EQ(format(buffer, 32, L"%s|%5d|%-3u|%04x|%%|%c", L"wide \u20AC", -7, 8U, 255U, L'z'), 25);
+    EXPECT_STREQ(buffer, L"wide \u20AC|   -7|8  |00ff|%|z");
+    buffer[4] = L'!';
+    EXPECT_EQ(format(buffer, 4, L"12345"), -1); // cut, and not terminated
+    EXPECT_EQ(std::wstring(buffer, 5), L"1234!");
+    EXPECT_EQ(format(buffer, 4, L"1234"), 4);
+    EXPECT_EQ(_wcsicmp(L"\\A\u00C4b", L"\\a\u00E4B"), 0);
+    EXPECT_LT(_wcsicmp(L"a", L"B"), 0);
+    EXPECT_GT(_wcsicmp(L"ab", L"A"), 0);
+    EXPECT_EQ(_wtol(L"  -15.8"), -15);
+    EXPECT_EQ(_wtol(L"x1"), 0);
+}

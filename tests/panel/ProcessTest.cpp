@@ -1,0 +1,168 @@
+// Programs on the panel: how they start, end, and what stays of them.
+#include "platform/panel/kernel/Host.h"
+#include "tests/support/TestPanel.h"
+
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+using namespace testing_panel;
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* actor = "\\MMCMemory\\Actor.exe";
+
+void installActor(const char* path = actor) {
+    fs::create_directories(hostPath(path).parent_path());
+    fs::copy_file(programFile("Actor"), hostPath(path));
+}
+
+std::optional<std::uint32_t> run(const char* commandLine, const char* path = actor) {
+    return driver().waitForExit(driver().start(path, commandLine), 60000);
+}
+
+HANDLE create(const wchar_t* module, const wchar_t* commandLine = nullptr) {
+    std::wstring words = commandLine ? commandLine : L"";
+    PROCESS_INFORMATION information{};
+    STARTUPINFOW startup{};
+    const BOOL started = CreateProcessW(module, commandLine ? words.data() : nullptr, nullptr, nullptr, FALSE, 0,
+                                        nullptr, nullptr, &startup, &information);
+    return started ? information.hProcess : nullptr;
+}
+
+DWORD exitCode(HANDLE process) {
+    DWORD code = 0;
+    EXPECT_TRUE(GetExitCodeProcess(process, &code));
+    return code;
+}
+
+} // namespace
+
+TEST(Processes, RunAndLeaveTheirExitCode) {
+    installActor();
+    const HANDLE process = create(L"\\mmcmemory\\ACTOR.exe", L"sleep 500 exit 300");
+    ASSERT_NE(process, nullptr);
+    EXPECT_EQ(exitCode(process), STILL_ACTIVE);
+    EXPECT_EQ(WaitForSingleObject(process, 499), WAIT_TIMEOUT);
+    EXPECT_EQ(WaitForSingleObject(process, INFINITE), WAIT_OBJECT_0);
+    EXPECT_EQ(exitCode(process), 300U); // 32 bits, unlike the host's
+    EXPECT_EQ(GetTickCount(), 500U);
+    const HANDLE byName = create(nullptr, L"\"\\MMCMemory\\Actor.exe\" exit 7");
+    WaitForSingleObject(byName, INFINITE);
+    EXPECT_EQ(exitCode(byName), 7U);
+}
+
+TEST(Processes, RefuseWhatIsNoProgram) {
+    writeFile("\\MMCMemory\\text.exe", "no program");
+    const struct {
+        const wchar_t* path;
+        DWORD error;
+    } cases[] = {{L"\\MMCMemory\\text.exe", ERROR_BAD_EXE_FORMAT},
+                 {L"\\MMCMemory\\none.exe", ERROR_FILE_NOT_FOUND},
+                 {L"\\none\\none.exe", ERROR_PATH_NOT_FOUND},
+                 {L"\\MMCMemory", ERROR_ACCESS_DENIED}};
+    for (const auto& each : cases) {
+        EXPECT_EQ(create(each.path), nullptr);
+        EXPECT_EQ(GetLastError(), each.error);
+    }
+}
+
+TEST(Processes, AtMostThirtyTwo) {
+    installActor();
+    int started = 0;
+    while (create(L"\\MMCMemory\\Actor.exe", L"wait never"))
+        ++started;
+    EXPECT_EQ(GetLastError(), ERROR_NO_PROC_SLOTS);
+    EXPECT_EQ(started, 31); // and this test
+}
+
+TEST(Processes, StandStillUntilTheirStarterWaitsOrEnds) {
+    installActor();
+    create(L"\\MMCMemory\\Actor.exe", L"set begun");
+    const HANDLE begun = CreateEventW(nullptr, TRUE, FALSE, L"begun");
+    EXPECT_EQ(WaitForSingleObject(begun, 0), WAIT_TIMEOUT); // a poll is no wait
+    EXPECT_EQ(WaitForSingleObject(begun, INFINITE), WAIT_OBJECT_0);
+    // The starter's own end lets it begin too: the inner one is not held by anything afterwards.
+    EXPECT_EQ(run("start \\MMCMemory\\Actor.exe"), 0U);
+}
+
+TEST(Processes, TakeTheirObjectsWithThem) {
+    installActor();
+    EXPECT_EQ(run("lock m exit 5"), 5U);
+    EXPECT_EQ(run("lock m"), 0U); // gone at the moment its holder ended
+    const auto holder = driver().start(actor, "lock m hold \\MMCMemory\\file wait never");
+    writeFile("\\MMCMemory\\file", "x");
+    driver().settle();
+    EXPECT_EQ(run("lock m"), 183U);
+    EXPECT_FALSE(DeleteFileW(L"\\MMCMemory\\file"));
+    const auto born = panel::host::startTime(holder.hostPid);
+    kill(holder.hostPid, SIGKILL);
+    EXPECT_TRUE(panel::host::waitForEnd(holder.hostPid, born, 60000));
+    EXPECT_EQ(driver().waitForExit(holder, 60000), 0xC0000005U); // noticed, and cleared away
+    EXPECT_TRUE(DeleteFileW(L"\\MMCMemory\\file"));
+    EXPECT_EQ(run("lock m"), 0U);
+    EXPECT_EQ(run("crash"), 0xC0000005U);
+}
+
+TEST(Processes, KeepTheirFileBusyAndTheirPath) {
+    installActor("\\MMCMemory\\d\\Actor.exe");
+    const auto process = driver().start("MMCMemory\\D\\actor.EXE", "wait end");
+    driver().settle();
+    EXPECT_FALSE(DeleteFileW(L"\\MMCMemory\\d\\Actor.exe"));
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    writeFile("\\MMCMemory\\new", "new");
+    EXPECT_FALSE(CopyFileW(L"\\MMCMemory\\new", L"\\MMCMemory\\d\\Actor.exe", FALSE));
+    EXPECT_TRUE(MoveFileW(L"\\MMCMemory\\d", L"\\MMCMemory\\e"));
+    EXPECT_FALSE(DeleteFileW(L"\\MMCMemory\\e\\Actor.exe"));
+    EXPECT_EQ(driver().status().processes.at(0).path, "\\MMCMemory\\D\\actor.EXE");
+    EventModify(CreateEventW(nullptr, TRUE, FALSE, L"end"), EVENT_SET);
+    EXPECT_EQ(driver().waitForExit(process, 1000), 0U);
+    EXPECT_TRUE(DeleteFileW(L"\\MMCMemory\\e\\Actor.exe"));
+}
+
+TEST(Processes, ThatDoNotKnowThePanelDoNotHoldItsTime) {
+    writeFile("\\MMCMemory\\script.exe", "#!/bin/sh\necho \"$1\" > \"$PANEL/fs/MMCMemory/said\"\nexit 9\n");
+    const auto script = driver().start("\\MMCMemory\\script.exe", "hello");
+    EXPECT_EQ(driver().waitForExit(script, 60000), 9U);
+    EXPECT_EQ(readFile("\\MMCMemory\\said"), "hello\n");
+    EXPECT_EQ(GetTickCount(), 0U);
+    writeFile("\\MMCMemory\\endless.exe", "#!/bin/sh\nread forever < /dev/zero\nsleep 1000\n");
+    driver().start("\\MMCMemory\\endless.exe");
+    Sleep(100000); // passes in no time
+    EXPECT_EQ(GetTickCount(), 100000U);
+}
+
+TEST(Processes, TraceNamesStartsThreadsAndCalls) {
+    installActor();
+    driver().setTracing(true);
+    run("sleep 20");
+    run("sleep 30");
+    std::ifstream file(panelDirectory() / "run/trace");
+    std::vector<std::string> sleeps;
+    for (std::string line; std::getline(file, line);)
+        if (line.find("Sleep[") != std::string::npos)
+            sleeps.push_back(line);
+    ASSERT_EQ(sleeps.size(), 2U);
+    EXPECT_EQ(sleeps[0], "        20 Actor.exe#1 t1 Sleep[1](20) = void after 20 ms");
+    EXPECT_EQ(sleeps[1], "        50 Actor.exe#2 t1 Sleep[1](30) = void after 30 ms");
+}
+
+TEST(Faults, HitTheCallAskedForAndOthersNot) {
+    installActor();
+    writeFile("\\MMCMemory\\f", "x");
+    driver().addFault({"CreateFileW", "actor.exe", 2, 1, 1, false, panel::FaultAction::fail, 0});
+    EXPECT_EQ(run("hold \\MMCMemory\\f"), 0U);
+    EXPECT_EQ(run("hold \\MMCMemory\\f"), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(run("hold \\MMCMemory\\f"), 0U);
+    EXPECT_EQ(driver().faults().at(0).hits, 1U);
+    driver().clearFaults();
+    driver().addFault({"CreateFileW", "Actor.exe", 0, 0, 2, true, panel::FaultAction::fail, 0});
+    EXPECT_EQ(run("hold \\MMCMemory\\f hold \\MMCMemory\\g"), ERROR_ACCESS_DENIED);
+    EXPECT_THROW(driver().addFault({"Sleep", "", 0, 0, 1, false, panel::FaultAction::fail, 0}), std::runtime_error);
+    EXPECT_THROW(driver().addFault({"Slep", "", 0, 0, 1, false, panel::FaultAction::fail, 0}), std::runtime_error);
+}
