@@ -1,0 +1,224 @@
+#include "OrvaUtils/Concurrency/ISystem.h"
+
+#include <windows.h>
+
+#include <memory>
+#include <new>
+
+namespace OrvaUtils::Concurrency {
+
+namespace {
+
+// Deliberately neither locked nor atomic: the callers see to it that one thread asks at a time.
+bool tickCountInitialised = false;
+DWORD lastTickCount = 0;
+std::uint32_t tickCountWraps = 0;
+
+class WindowsCriticalSection : public ICriticalSection {
+public:
+    WindowsCriticalSection() {
+        InitializeCriticalSection(&section);
+    }
+    WindowsCriticalSection(const WindowsCriticalSection&) = delete;
+    WindowsCriticalSection& operator=(const WindowsCriticalSection&) = delete;
+
+    void enter() override {
+        EnterCriticalSection(&section);
+    }
+
+    void leave() override {
+        LeaveCriticalSection(&section);
+    }
+
+    ~WindowsCriticalSection() override {
+        DeleteCriticalSection(&section);
+    }
+
+private:
+    CRITICAL_SECTION section;
+};
+
+class WindowsEvent : public IEvent {
+public:
+    WindowsEvent() : handle(CreateEventW(nullptr, TRUE, FALSE, nullptr)) {}
+    WindowsEvent(const WindowsEvent&) = delete;
+    WindowsEvent& operator=(const WindowsEvent&) = delete;
+
+    DWORD wait(unsigned timeoutMilliseconds) override {
+        return WaitForSingleObject(handle, timeoutMilliseconds);
+    }
+
+    DWORD wait() override {
+        return WaitForSingleObject(handle, INFINITE);
+    }
+
+    bool set() override {
+        return EventModify(handle, EVENT_SET) != FALSE;
+    }
+
+    bool reset() override {
+        return EventModify(handle, EVENT_RESET) != FALSE;
+    }
+
+    ~WindowsEvent() override {
+        if (handle != nullptr) {
+            CloseHandle(handle);
+        }
+    }
+
+private:
+    HANDLE handle;
+};
+
+class WindowsProcess : public IProcess {
+public:
+    WindowsProcess(const std::wstring& programPath, const std::wstring& programArguments,
+                   const std::map<std::wstring, std::wstring>& programParameters)
+        : path(programPath), arguments(programArguments), parameters(programParameters) {}
+    WindowsProcess(const WindowsProcess&) = delete;
+    WindowsProcess& operator=(const WindowsProcess&) = delete;
+
+    HANDLE start() override {
+        process = nullptr;
+        thread = nullptr;
+        // The platform may write into the command line.
+        std::unique_ptr<wchar_t[]> commandLine;
+        if (!arguments.empty()) {
+            commandLine.reset(new (std::nothrow) wchar_t[arguments.size() + 1]());
+            if (commandLine == nullptr) {
+                return nullptr;
+            }
+            arguments.copy(commandLine.get(), arguments.size());
+        }
+        STARTUPINFOW startupInfo{};
+        startupInfo.cb = sizeof startupInfo;
+        PROCESS_INFORMATION processInformation{};
+        if (CreateProcessW(path.empty() ? nullptr : path.c_str(), commandLine.get(), nullptr, nullptr, FALSE, 0,
+                           nullptr, nullptr, &startupInfo, &processInformation)) {
+            process = processInformation.hProcess;
+            thread = processInformation.hThread;
+        }
+        return process;
+    }
+
+    HANDLE getHandle() override {
+        return process;
+    }
+
+    std::uint32_t getExitCode() override {
+        DWORD exitCode = 0;
+        if (process != nullptr) {
+            GetExitCodeProcess(process, &exitCode);
+        }
+        return exitCode;
+    }
+
+    bool getParameter(const std::wstring& name, std::wstring& value) override {
+        const auto found = parameters.find(name);
+        if (found == parameters.end()) {
+            return false;
+        }
+        value = found->second;
+        return true;
+    }
+
+    ~WindowsProcess() override {
+        if (process != nullptr) {
+            CloseHandle(process);
+        }
+        if (thread != nullptr) {
+            CloseHandle(thread);
+        }
+    }
+
+private:
+    std::wstring path;
+    std::wstring arguments;
+    std::map<std::wstring, std::wstring> parameters;
+    HANDLE process = nullptr;
+    HANDLE thread = nullptr;
+};
+
+DWORD WINAPI runRunnable(LPVOID argument) {
+    static_cast<IRunnable*>(argument)->run();
+    return 0;
+}
+
+class WindowsThread : public IThread {
+public:
+    WindowsThread() = default;
+    WindowsThread(const WindowsThread&) = delete;
+    WindowsThread& operator=(const WindowsThread&) = delete;
+
+    HANDLE start(IRunnable* runnableToStart) override {
+        runnable = runnableToStart;
+        handle = CreateThread(nullptr, 0, runRunnable, runnable, 0, &threadId);
+        return handle;
+    }
+
+    DWORD stop() override {
+        runnable->stop();
+        return WaitForSingleObject(handle, INFINITE);
+    }
+
+    ~WindowsThread() override {
+        if (handle != nullptr) {
+            CloseHandle(handle);
+        }
+    }
+
+private:
+    HANDLE handle = nullptr;
+    DWORD threadId = 0;
+    IRunnable* runnable = nullptr;
+};
+
+class WindowsSystem : public ISystem {
+public:
+    std::uint64_t getTickCount64() override {
+        if (!tickCountInitialised) {
+            tickCountInitialised = true;
+            lastTickCount = GetTickCount();
+        }
+        const DWORD now = GetTickCount();
+        if (lastTickCount > now) {
+            ++tickCountWraps;
+        }
+        lastTickCount = now;
+        return static_cast<std::uint64_t>(tickCountWraps) << 32 | now;
+    }
+
+    void sleep(unsigned milliseconds) override {
+        Sleep(milliseconds);
+    }
+
+    ICriticalSection* createCriticalSection() override {
+        return new (std::nothrow) WindowsCriticalSection;
+    }
+
+    IEvent* createEvent() override {
+        return new (std::nothrow) WindowsEvent;
+    }
+
+    IProcess* createProcess(const std::wstring& path, const std::wstring& arguments,
+                            const std::map<std::wstring, std::wstring>& parameters) override {
+        try {
+            return new WindowsProcess(path, arguments, parameters);
+        } catch (const std::bad_alloc&) {
+            return nullptr;
+        }
+    }
+
+    IThread* createThread() override {
+        return new (std::nothrow) WindowsThread;
+    }
+};
+
+} // namespace
+
+ISystem& getSystem() {
+    static const std::unique_ptr<ISystem> system(new WindowsSystem);
+    return *system;
+}
+
+} // namespace OrvaUtils::Concurrency

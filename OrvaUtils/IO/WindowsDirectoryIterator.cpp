@@ -1,0 +1,45 @@
+#include "OrvaUtils/IO/WindowsDirectoryIterator.h"
+
+namespace OrvaUtils::IO {
+
+WindowsDirectoryIterator::WindowsDirectoryIterator(const std::wstring& pathPattern)
+    : search(FindFirstFileW(pathPattern.c_str(), &found)) {
+    if (search != INVALID_HANDLE_VALUE) {
+        take();
+    }
+}
+
+WindowsDirectoryIterator::~WindowsDirectoryIterator() {
+    close();
+}
+
+bool WindowsDirectoryIterator::atEnd() const {
+    return search == INVALID_HANDLE_VALUE;
+}
+
+const DirectoryEntry& WindowsDirectoryIterator::current() const {
+    return entry;
+}
+
+void WindowsDirectoryIterator::advance() {
+    if (FindNextFileW(search, &found)) {
+        take();
+    } else {
+        close();
+    }
+}
+
+void WindowsDirectoryIterator::take() {
+    entry.name = found.cFileName;
+    entry.kind = (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? DirectoryEntry::Kind::Directory
+                                                                          : DirectoryEntry::Kind::File;
+}
+
+void WindowsDirectoryIterator::close() {
+    if (search != INVALID_HANDLE_VALUE) {
+        FindClose(search);
+        search = INVALID_HANDLE_VALUE;
+    }
+}
+
+} // namespace OrvaUtils::IO

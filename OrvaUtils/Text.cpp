@@ -1,0 +1,69 @@
+#include "OrvaUtils/Text.h"
+
+#include <crt.h>
+
+#include <iterator>
+#include <utf8.h>
+
+namespace OrvaUtils {
+
+namespace {
+
+constexpr std::uint32_t REPLACEMENT = 0xFFFD;
+
+bool isHighSurrogate(std::uint32_t unit) {
+    return unit >= 0xD800 && unit <= 0xDBFF;
+}
+
+bool isLowSurrogate(std::uint32_t unit) {
+    return unit >= 0xDC00 && unit <= 0xDFFF;
+}
+
+} // namespace
+
+std::wstring toWide(std::string_view utf8) {
+    std::string valid;
+    utf8::replace_invalid(utf8.begin(), utf8.end(), std::back_inserter(valid), REPLACEMENT);
+    std::wstring text;
+    if constexpr (sizeof(wchar_t) == 2) {
+        utf8::unchecked::utf8to16(valid.begin(), valid.end(), std::back_inserter(text));
+    } else {
+        utf8::unchecked::utf8to32(valid.begin(), valid.end(), std::back_inserter(text));
+    }
+    return text;
+}
+
+std::string toUtf8(std::wstring_view text) {
+    std::string utf8;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        auto point = static_cast<std::uint32_t>(text[i]);
+        if constexpr (sizeof(wchar_t) == 2) {
+            if (isHighSurrogate(point) && i + 1 < text.size() && isLowSurrogate(text[i + 1])) {
+                point = 0x10000 + ((point - 0xD800) << 10) + (static_cast<std::uint32_t>(text[++i]) - 0xDC00);
+            }
+        }
+        if (isHighSurrogate(point) || isLowSurrogate(point) || point > 0x10FFFF) {
+            point = REPLACEMENT;
+        }
+        utf8::unchecked::append(point, std::back_inserter(utf8));
+    }
+    return utf8;
+}
+
+std::wstring widen(std::string_view bytes) {
+    std::wstring text;
+    for (const char byte : bytes) {
+        text += static_cast<wchar_t>(static_cast<unsigned char>(byte));
+    }
+    return text;
+}
+
+std::wstring decimal(std::int64_t number) {
+    return widen(std::to_string(number));
+}
+
+bool equalIgnoringCase(const std::wstring& first, const std::wstring& second) {
+    return first.size() == second.size() && _wcsicmp(first.c_str(), second.c_str()) == 0;
+}
+
+} // namespace OrvaUtils

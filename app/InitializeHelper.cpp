@@ -1,0 +1,59 @@
+#include "app/InitializeHelper.h"
+
+#include "OrvaUtils/Concurrency/ISystem.h"
+#include "OrvaUtils/IO/IFileSystem.h"
+#include "app/FailureReport.h"
+#include "app/HelperSettings.h"
+#include "app/Launch.h"
+#include "app/Paths.h"
+#include "app/StartupSequence.h"
+#include "app/log/Logger.h"
+
+namespace {
+
+constexpr unsigned HAND_OVER_PAUSE = 1000; // milliseconds, for this instance to be gone
+
+void configureLog() {
+    OrvaUtils::IO::IFileSystem& files = OrvaUtils::IO::getFileSystem();
+    if (!files.isDirectory(Paths::INSTALLATION_DIRECTORY)) {
+        files.createDirectory(Paths::INSTALLATION_DIRECTORY);
+    }
+    Logger& log = Logger::instance();
+    log.setDirectory(Paths::INSTALLATION_DIRECTORY);
+    log.setBaseName(L"helper_log");
+    log.setMaxFiles(2);
+    log.setMaxFileSize(102400);
+    log.setToConsole(false);
+    log.setToDebugger(false);
+    log.setToFile(true);
+}
+
+void handOver(HANDLE& mutexHandle) {
+    Logger::instance().writeParts(LogLevel::Info, {L"Restart from right path needed"});
+    HelperSettings::instance().save();
+    // Deliberate: the lock is released but not closed; it goes with this process.
+    if (mutexHandle != nullptr) {
+        ReleaseMutex(mutexHandle);
+    }
+    mutexHandle = nullptr;
+    OrvaUtils::Concurrency::getSystem().sleep(HAND_OVER_PAUSE);
+    startInstalledHelper();
+}
+
+} // namespace
+
+bool InitializeHelper(HANDLE& mutexHandle) {
+    try {
+        configureLog();
+        Logger::instance().writeParts(LogLevel::Info, {L"Init of Helper"});
+        StartupContext context;
+        RunStartupSequence(context);
+        if (context.restartNeeded) {
+            handOver(mutexHandle);
+        }
+        return !context.restartNeeded;
+    } catch (...) {
+        reportFailure();
+        return false;
+    }
+}

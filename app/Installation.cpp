@@ -1,0 +1,117 @@
+#include "app/Installation.h"
+
+#include "OrvaUtils/Exception.h"
+#include "OrvaUtils/IO/IFileSystem.h"
+#include "OrvaUtils/Text.h"
+#include "app/HelperSettings.h"
+#include "app/Paths.h"
+#include "app/log/Logger.h"
+
+#include <vector>
+
+using OrvaUtils::Exception;
+using OrvaUtils::IO::getFileSystem;
+using OrvaUtils::IO::IFileSystem;
+
+namespace {
+
+constexpr wchar_t FIRST_DISK[] = L"Hard Disk";
+constexpr wchar_t SECOND_DISK[] = L"Hard Disk2";
+constexpr wchar_t FIRST_DISK_ROOT[] = L"\\Hard Disk";
+constexpr wchar_t SECOND_DISK_ROOT[] = L"\\Hard Disk2";
+constexpr wchar_t LEGACY_DIRECTORY[] = L"\\MMCMemory\\ORVATarvex";
+
+std::wstring applicationFolder(const std::wstring& disk) {
+    return getFileSystem().combinePath(disk, Paths::APPLICATION_NAME);
+}
+
+bool isOnExternalDisk(const std::wstring& directory) {
+    IFileSystem& files = getFileSystem();
+    return files.isSubPath(FIRST_DISK_ROOT, directory) || files.isSubPath(SECOND_DISK_ROOT, directory);
+}
+
+bool hasLeftovers(const std::wstring& directory) {
+    return !directory.empty() && !getFileSystem().createDirectoryIterator(directory, L"_rm*")->atEnd();
+}
+
+} // namespace
+
+std::wstring startLocation() {
+    std::wstring path = Paths::runningExecutable();
+    if (path.empty()) {
+        throw Exception();
+    }
+    return path;
+}
+
+bool diskHoldsApplication(const std::wstring& disk) {
+    IFileSystem& files = getFileSystem();
+    return files.isFile(files.combinePath(applicationFolder(disk), Paths::APPLICATION_FILE_NAME));
+}
+
+bool anyDiskHoldsApplication() {
+    return diskHoldsApplication(FIRST_DISK) || diskHoldsApplication(SECOND_DISK);
+}
+
+std::wstring findApplicationSource() {
+    for (const wchar_t* disk : {FIRST_DISK, SECOND_DISK}) {
+        if (diskHoldsApplication(disk)) {
+            return applicationFolder(disk);
+        }
+    }
+    throw Exception(L"Tarvex not found in any external disk");
+}
+
+void installApplication() {
+    IFileSystem& files = getFileSystem();
+    if (!files.isFile(Paths::APPLICATION) && anyDiskHoldsApplication()) {
+        files.copyDirectory(Paths::INSTALLATION_DIRECTORY, findApplicationSource(), false, L"*");
+    } else {
+        copyHelperFile(startLocation(), Paths::HELPER);
+    }
+}
+
+void copyHelperFile(const std::wstring& source, const std::wstring& destination) {
+    IFileSystem& files = getFileSystem();
+    if (!files.isFile(source)) {
+        throw Exception(L"Cannot find " + source + L" to copy");
+    }
+    const std::wstring directory = files.getDirectoryPart(destination);
+    if (!files.isDirectory(directory)) {
+        files.createDirectory(directory);
+    }
+    if (!files.copyFile(source, destination, true) || !files.isFile(destination)) {
+        throw Exception(L"Cannot copy " + source + L" to " + destination);
+    }
+}
+
+void registerStartLocationForCleanup() {
+    IFileSystem& files = getFileSystem();
+    const std::wstring executable = startLocation();
+    const std::wstring directory = files.getDirectoryPart(executable);
+    std::wstring leftoversIn = directory;
+    if (OrvaUtils::equalIgnoringCase(directory, LEGACY_DIRECTORY) || isOnExternalDisk(directory)) {
+        files.deleteDirectoryOrRename(directory);
+        leftoversIn = files.getDirectoryPart(directory);
+    } else {
+        files.deleteOrRenameFile(executable);
+    }
+    HelperSettings::instance().cleanupDirectories.push_back(leftoversIn);
+}
+
+void cleanupRegisteredDirectories() {
+    std::vector<std::wstring>& registered = HelperSettings::instance().cleanupDirectories;
+    const std::vector<std::wstring> directories = registered;
+    std::vector<std::wstring> kept;
+    for (const std::wstring& directory : directories) {
+        getFileSystem().cleanupDirectory(directory);
+        if (hasLeftovers(directory)) {
+            kept.push_back(directory);
+        }
+    }
+    registered.clear();
+    for (const std::wstring& directory : kept) {
+        Logger::instance().writeParts(LogLevel::Info, {L"Path ", directory, L" not cleaned up"});
+        registered.push_back(directory);
+    }
+}

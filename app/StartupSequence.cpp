@@ -1,0 +1,46 @@
+#include "app/StartupSequence.h"
+
+#include "OrvaUtils/IO/IFileSystem.h"
+#include "OrvaUtils/Text.h"
+#include "app/HelperSettings.h"
+#include "app/Installation.h"
+#include "app/Launch.h"
+#include "app/Paths.h"
+#include "app/log/Logger.h"
+
+namespace {
+
+void runInstalled() {
+    cleanupRegisteredDirectories();
+    HelperSettings::instance().save();
+    if (HelperSettings::instance().requestInProgress() != nullptr) {
+        Logger::instance().writeParts(LogLevel::Info, {L"Follow up needed"});
+        startApplication();
+    }
+}
+
+void installFrom(const std::wstring& executable, StartupContext& context) {
+    Logger& log = Logger::instance();
+    OrvaUtils::IO::IFileSystem& files = OrvaUtils::IO::getFileSystem();
+    if (log.admits(LogLevel::Info)) {
+        log.writeParts(LogLevel::Info,
+                       {L"I am not executing from the right path (", files.getDirectoryPart(executable), L")"});
+    }
+    if (!files.isFile(Paths::HELPER)) {
+        log.writeParts(LogLevel::Info, {L"Installing tarvex in the right path"});
+        installApplication();
+    }
+    registerStartLocationForCleanup();
+    context.restartNeeded = true;
+}
+
+} // namespace
+
+void RunStartupSequence(StartupContext& context) {
+    const std::wstring executable = startLocation();
+    if (OrvaUtils::equalIgnoringCase(executable, Paths::HELPER)) {
+        runInstalled();
+    } else {
+        installFrom(executable, context);
+    }
+}

@@ -1,0 +1,286 @@
+#include "app/log/Logger.h"
+
+#include "app/Paths.h"
+
+#include <crt.h>
+#include <windows.h>
+
+#include <algorithm>
+#include <cstdarg>
+#include <iterator>
+#include <optional>
+#include <utility>
+
+namespace {
+
+constexpr std::size_t FORMATTED_LENGTH = 512;
+
+const char* levelName(std::int32_t level) {
+    switch (level) {
+    case LogLevel::Display:
+        return "DISPLAY";
+    case LogLevel::Error:
+        return "ERROR";
+    case LogLevel::Info:
+        return "INFO";
+    case LogLevel::Debug:
+        return "DEBUG";
+    default:
+        return "UNKNOWN";
+    }
+}
+
+std::wstring linePrefix(std::int32_t level) {
+    SYSTEMTIME time;
+    GetSystemTime(&time);
+    char text[64];
+    std::snprintf(text, sizeof text, "%04u-%02u-%02u %02u:%02u:%02u,%lu;%s;", unsigned{time.wYear},
+                  unsigned{time.wMonth}, unsigned{time.wDay}, unsigned{time.wHour}, unsigned{time.wMinute},
+                  unsigned{time.wSecond}, static_cast<unsigned long>(GetTickCount()), levelName(level));
+    return std::wstring(text, text + std::char_traits<char>::length(text));
+}
+
+std::string oneByteEach(const std::wstring& line) {
+    std::string bytes;
+    for (const wchar_t character : line) {
+        const auto code = static_cast<std::uint32_t>(character);
+        bytes += code <= 0xFF ? static_cast<char>(code) : '?';
+    }
+    return bytes;
+}
+
+bool isLater(const FILETIME& time, const FILETIME& other) {
+    return time.dwHighDateTime != other.dwHighDateTime ? time.dwHighDateTime > other.dwHighDateTime
+                                                       : time.dwLowDateTime > other.dwLowDateTime;
+}
+
+// The number that the text begins with, if that is below the limit.
+std::optional<std::int32_t> leadingNumber(std::wstring_view text, std::int32_t limit) {
+    std::int64_t number = -1;
+    for (const wchar_t digit : text) {
+        if (digit < L'0' || digit > L'9') {
+            break;
+        }
+        number = std::max<std::int64_t>(number, 0) * 10 + (digit - L'0');
+        if (number >= limit) {
+            return std::nullopt;
+        }
+    }
+    return number < 0 ? std::nullopt : std::optional(static_cast<std::int32_t>(number));
+}
+
+// In bytes; 0 for a file that cannot be read.
+std::uint32_t sizeOfFile(const std::wstring& path) {
+    std::FILE* measured = _wfopen(path.c_str(), L"rb");
+    if (measured == nullptr) {
+        return 0;
+    }
+    const long end = std::fseek(measured, 0, SEEK_END) == 0 ? std::ftell(measured) : 0;
+    std::fclose(measured);
+    return end > 0 ? static_cast<std::uint32_t>(end) : 0;
+}
+
+} // namespace
+
+Logger::~Logger() {
+    for (const std::wstring& line : pending) {
+        output(line);
+    }
+    if (file != nullptr) {
+        std::fclose(file);
+    }
+}
+
+Logger& Logger::instance() {
+    static Logger logger;
+    return logger;
+}
+
+bool Logger::isEnabled() const {
+    return toConsole || toDebugger || toFile || !listeners.empty();
+}
+
+std::int32_t Logger::threshold() const {
+    return highestLevel;
+}
+
+bool Logger::admits(std::int32_t level) const {
+    return isEnabled() && threshold() >= level;
+}
+
+void Logger::write(std::wstring_view message, std::int32_t level) {
+    if (level > highestLevel) {
+        return;
+    }
+    std::wstring line = linePrefix(level);
+    line.append(message) += L'\n';
+    if (immediate) {
+        output(line);
+    } else {
+        pending.push_back(std::move(line));
+    }
+    if (!listeners.empty()) {
+        const LogRecord record{std::wstring(message), level};
+        for (LogListener* listener : listeners) {
+            listener->receive(record);
+        }
+    }
+}
+
+void Logger::write(std::string_view message, std::int32_t level) {
+    std::wstring wide;
+    for (const char byte : message) {
+        wide += static_cast<wchar_t>(static_cast<unsigned char>(byte));
+    }
+    write(wide, level);
+}
+
+void Logger::writeParts(std::int32_t level, std::initializer_list<std::wstring_view> parts) {
+    if (!admits(level)) {
+        return;
+    }
+    std::wstring message;
+    for (const std::wstring_view part : parts) {
+        message += part;
+    }
+    write(message, level);
+}
+
+void Logger::writeFormatted(const wchar_t* format, ...) {
+    wchar_t buffer[FORMATTED_LENGTH] = {};
+    std::va_list arguments;
+    va_start(arguments, format);
+    _vsnwprintf(buffer, FORMATTED_LENGTH, format, arguments);
+    va_end(arguments);
+    // Text that was cut fills the buffer and has no terminating zero.
+    const wchar_t* end = std::find(buffer, std::end(buffer), L'\0');
+    write(std::wstring_view(buffer, static_cast<std::size_t>(end - buffer)), LogLevel::Info);
+}
+
+void Logger::addListener(LogListener* listener) {
+    listeners.push_back(listener);
+}
+
+void Logger::output(const std::wstring& line) {
+    if (toConsole) {
+        std::fputs(oneByteEach(line).c_str(), stdout);
+    }
+    if (toDebugger) {
+        OutputDebugStringW(line.c_str());
+    }
+    if (toFile) {
+        outputToFile(line);
+    }
+}
+
+void Logger::outputToFile(const std::wstring& line) {
+    std::wstring path = currentPath();
+    if (file == nullptr && !open(path, L"ab")) {
+        return;
+    }
+    if (maxFileSize != 0 && sizeOfFile(path) > maxFileSize) {
+        if (++currentIndex >= maxFiles) {
+            currentIndex = 0;
+        }
+        path = currentPath();
+        if (!open(path, L"wb")) {
+            return;
+        }
+    }
+    const std::string bytes = oneByteEach(line);
+    std::fwrite(bytes.data(), 1, bytes.size(), file);
+    std::fflush(file);
+}
+
+bool Logger::open(const std::wstring& path, const wchar_t* mode) {
+    if (file != nullptr) {
+        std::fclose(file);
+    }
+    file = _wfopen(path.c_str(), mode);
+    return file != nullptr;
+}
+
+std::wstring Logger::currentPath() {
+    if (!filePath.empty()) {
+        return filePath;
+    }
+    if (directory.empty()) {
+        const std::wstring program = Paths::runningExecutable();
+        directory = program.substr(0, program.rfind(L'\\'));
+    }
+    if (currentIndex == -1) {
+        currentIndex = newestIndex();
+    }
+    char index[16];
+    std::snprintf(index, sizeof index, "%ld", static_cast<long>(currentIndex));
+    std::wstring path = directory + L'\\' + baseName;
+    path.append(index, index + std::char_traits<char>::length(index));
+    return path + extension;
+}
+
+std::int32_t Logger::newestIndex() const {
+    std::int32_t newest = 0;
+    std::optional<FILETIME> newestTime;
+    WIN32_FIND_DATAW found;
+    const HANDLE search = FindFirstFileW((directory + L"\\*").c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE) {
+        return newest;
+    }
+    do {
+        const std::wstring_view name = found.cFileName;
+        if (!name.starts_with(baseName) || !name.ends_with(extension)) {
+            continue;
+        }
+        const std::optional<std::int32_t> index = leadingNumber(name.substr(baseName.size()), maxFiles);
+        if (index && (!newestTime || isLater(found.ftLastWriteTime, *newestTime))) {
+            newest = *index;
+            newestTime = found.ftLastWriteTime;
+        }
+    } while (FindNextFileW(search, &found));
+    FindClose(search);
+    return newest;
+}
+
+void Logger::setToConsole(bool on) {
+    toConsole = on;
+}
+
+void Logger::setToDebugger(bool on) {
+    toDebugger = on;
+}
+
+void Logger::setToFile(bool on) {
+    toFile = on;
+}
+
+void Logger::setImmediate(bool on) {
+    immediate = on;
+}
+
+void Logger::setFilePath(std::wstring path) {
+    filePath = std::move(path);
+}
+
+void Logger::setDirectory(std::wstring path) {
+    directory = std::move(path);
+}
+
+void Logger::setBaseName(std::wstring name) {
+    baseName = std::move(name);
+}
+
+void Logger::setExtension(std::wstring text) {
+    extension = std::move(text);
+}
+
+void Logger::setMaxFiles(std::int32_t count) {
+    maxFiles = count;
+}
+
+void Logger::setMaxFileSize(std::uint32_t bytes) {
+    maxFileSize = bytes;
+}
+
+void Logger::setThreshold(std::int32_t level) {
+    highestLevel = level;
+}

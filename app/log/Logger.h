@@ -1,0 +1,100 @@
+#pragma once
+
+#include "app/log/LogListener.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <initializer_list>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// A lower level is more important.
+namespace LogLevel {
+inline constexpr std::int32_t Display = 0;
+inline constexpr std::int32_t Error = 1;
+inline constexpr std::int32_t Info = 2;
+inline constexpr std::int32_t Debug = 3;
+} // namespace LogLevel
+
+// The log: one line a message, to up to three outputs.
+//
+//     2024-03-07 06:05:09,8532110;INFO;Init of Helper
+//
+// The time is UTC; the number after the comma is the tick count since the system started, deliberately the whole of it.
+// The outputs are a set of rotating files, the debugger and the standard output. A file holds one byte a character;
+// characters that need more become "?".
+//
+// The log never fails towards its callers: a line that cannot be written to the file is lost there. It takes no lock:
+// lines of several threads may interleave, and it is set up before other threads write.
+class Logger {
+public:
+    // A log with the defaults below. The program uses the one of `instance`.
+    Logger() = default;
+    Logger(const Logger&) = delete;
+    Logger& operator=(const Logger&) = delete;
+    // Outputs what is queued.
+    ~Logger();
+
+    // The log of the process, made at the first call and destroyed at the process's exit.
+    static Logger& instance();
+
+    // Whether there is any output or listener.
+    bool isEnabled() const;
+    // The least important level that is written.
+    std::int32_t threshold() const;
+    // Whether a message of this level is worth building: isEnabled() and threshold() >= level.
+    bool admits(std::int32_t level) const;
+
+    // Writes a line if its level is at most the threshold. The second form widens each byte to one character.
+    void write(std::wstring_view message, std::int32_t level);
+    void write(std::string_view message, std::int32_t level);
+    // Joins the parts and writes them; nothing is built unless the level is admitted.
+    void writeParts(std::int32_t level, std::initializer_list<std::wstring_view> parts);
+    // Formats up to 512 characters and writes them at Info; the rest is cut.
+    void writeFormatted(const wchar_t* format, ...);
+
+    // Listeners are not owned and are called in the order of their registration.
+    void addListener(LogListener* listener);
+
+    void setToConsole(bool on); // off
+    void setToDebugger(bool on); // off
+    void setToFile(bool on); // on
+    // Off: lines are kept in memory until the log is destroyed. On by default.
+    void setImmediate(bool on);
+    // The complete path of the one file; empty, the default: the files are named by the following settings.
+    void setFilePath(std::wstring path);
+    // It is not created here. Empty, the default: that of the running program.
+    void setDirectory(std::wstring path);
+    // A file is called base name, index, extension: "log", 0 to maxFiles - 1, ".txt". Writing goes on in the file that
+    // was written last.
+    void setBaseName(std::wstring name);
+    void setExtension(std::wstring text);
+    void setMaxFiles(std::int32_t count); // 1
+    // In bytes: when the file has become larger, the next line starts the next file anew. 0, the default: no limit.
+    void setMaxFileSize(std::uint32_t bytes);
+    void setThreshold(std::int32_t level); // Info
+
+private:
+    void output(const std::wstring& line);
+    void outputToFile(const std::wstring& line);
+    bool open(const std::wstring& path, const wchar_t* mode);
+    std::wstring currentPath();
+    std::int32_t newestIndex() const;
+
+    bool toConsole = false;
+    bool toDebugger = false;
+    bool toFile = true;
+    bool immediate = true;
+    std::wstring filePath;
+    std::wstring directory;
+    std::wstring baseName = L"log";
+    std::wstring extension = L".txt";
+    std::int32_t maxFiles = 1;
+    std::uint32_t maxFileSize = 0;
+    std::int32_t highestLevel = LogLevel::Info;
+    std::FILE* file = nullptr;
+    std::int32_t currentIndex = -1; // not yet determined
+    std::vector<std::wstring> pending;
+    std::vector<LogListener*> listeners;
+};

@@ -1,0 +1,31 @@
+#include "ipc/CommandLog.h"
+
+#include "OrvaUtils/Text.h"
+#include "app/log/Logger.h"
+
+namespace CommandLog {
+
+namespace {
+
+std::wstring decimalCode(WPARAM command) {
+    return OrvaUtils::decimal(static_cast<DWORD>(command));
+}
+
+} // namespace
+
+void received(const std::wstring& handler, WPARAM command) {
+    Logger& log = Logger::instance();
+    if (log.admits(LogLevel::Info)) {
+        log.writeParts(LogLevel::Info, {handler, L";message received ", decimalCode(command)});
+    }
+}
+
+void handled(const std::wstring& handler, WPARAM command, std::uint32_t result) {
+    Logger& log = Logger::instance();
+    if (log.admits(LogLevel::Info)) {
+        log.writeParts(LogLevel::Info,
+                       {handler, L";message handled ", decimalCode(command), L" result: ", OrvaUtils::decimal(result)});
+    }
+}
+
+} // namespace CommandLog

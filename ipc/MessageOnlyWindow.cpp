@@ -1,0 +1,30 @@
+#include "ipc/MessageOnlyWindow.h"
+
+#include "ipc/MessageOnlyWindowImplementation.h"
+
+MessageOnlyWindow::MessageOnlyWindow() : implementation(std::make_shared<Implementation>(this)) {}
+
+MessageOnlyWindow::~MessageOnlyWindow() {
+    implementation->close();
+}
+
+void MessageOnlyWindow::create(const std::wstring& className) {
+    implementation->create(className);
+}
+
+void MessageOnlyWindow::registerHandler(UINT message, indev::MESSAGEHANDLER* handler) {
+    implementation->registerHandler(message, handler);
+}
+
+void MessageOnlyWindow::clearHandlers() {
+    implementation->clearHandlers();
+}
+
+void MessageOnlyWindow::run() {
+    const std::shared_ptr<Implementation> kept = implementation;
+    kept->run();
+}
+
+void MessageOnlyWindow::stop() {
+    implementation->stop();
+}

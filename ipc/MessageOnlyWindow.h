@@ -1,0 +1,47 @@
+#pragma once
+
+#include "ipc/MessageHandler.h"
+
+#include <windows.h>
+
+#include <memory>
+#include <string>
+
+// A hidden window of a named class, found by that name from other processes, and the message loop of its thread.
+//
+// `create`, `run` and the destructor belong on one thread: the platform hands a window's messages only to the thread
+// that made it, and only that one can destroy it. `registerHandler`, `clearHandlers` and `stop` may be called from any
+// thread. Handlers run on the loop's thread, one at a time, and never while another thread registers.
+//
+// Failures are standard exceptions: "Failed to register message only window class", "Failed to create message only
+// window", "Message loop already running". An exception that leaves a handler ends `run` and comes out of it, also when
+// the message was sent by another thread or process, which then receives 0.
+class MessageOnlyWindow {
+public:
+    MessageOnlyWindow();
+    MessageOnlyWindow(const MessageOnlyWindow&) = delete;
+    MessageOnlyWindow& operator=(const MessageOnlyWindow&) = delete;
+    // Stops a loop that still runs, as `stop` does, then destroys the window and its class.
+    ~MessageOnlyWindow();
+
+    // Registers the class and makes the window, once: a second call does nothing, whatever its name. After a failure
+    // there is neither, and it may be called again.
+    void create(const std::wstring& className);
+    // Binds a message to a handler, which is not owned; an earlier handler of that message is replaced.
+    void registerHandler(UINT message, indev::MESSAGEHANDLER* handler);
+    // Forgets all handlers: the platform's default procedure answers every message from now on.
+    void clearHandlers();
+    // Serves all windows of the calling thread until this one was asked to close, the thread is asked to quit or an
+    // exception ends it; can be called again afterwards. Makes the window, with a class name of its own, if `create`
+    // has not.
+    void run();
+    // Asks the loop to end. From another thread it returns when the loop has ended; on the loop's own thread at once,
+    // and the loop ends when it comes to the request.
+    void stop();
+
+private:
+    class Implementation;
+
+    // Shared with a `run` that has yet to return when another thread destroys this.
+    std::shared_ptr<Implementation> implementation;
+};

@@ -1,0 +1,195 @@
+#include "ipc/MessageOnlyWindowImplementation.h"
+
+#include "OrvaUtils/Text.h"
+
+#include <map>
+#include <stdexcept>
+#include <utility>
+
+namespace {
+
+std::atomic<std::uint32_t> automaticClassNames = 0;
+
+} // namespace
+
+// Deliberately no entry is ever removed: that of a window whose owner is gone has expired and counts as none.
+struct MessageOnlyWindow::Implementation::WindowMap {
+    std::unique_ptr<indev::ICriticalSection> lock = indev::createCriticalSection();
+    std::map<HWND, std::weak_ptr<Implementation>> entries;
+
+    static WindowMap& instance() {
+        static WindowMap& map = *new WindowMap; // windows may still get messages while the process ends
+        return map;
+    }
+};
+
+MessageOnlyWindow::Implementation::Implementation(MessageOnlyWindow* windowOwner)
+    : owner(windowOwner), loopDone(CreateEventW(nullptr, TRUE, TRUE, nullptr)) {}
+
+void MessageOnlyWindow::Implementation::create(const std::wstring& name) {
+    const indev::CriticalSectionGuard guard(*creationLock);
+    if (created) {
+        return;
+    }
+    created = true;
+    try {
+        registerClass(name);
+        createWindow();
+    } catch (...) {
+        destroy();
+        throw;
+    }
+}
+
+void MessageOnlyWindow::Implementation::registerClass(const std::wstring& name) {
+    className = name;
+    WNDCLASSW windowClass{};
+    windowClass.lpfnWndProc = staticProcedure;
+    windowClass.hInstance = GetModuleHandleW(nullptr);
+    windowClass.lpszClassName = className.c_str();
+    if (RegisterClassW(&windowClass) == 0) {
+        className.clear();
+        throw std::runtime_error("Failed to register message only window class");
+    }
+}
+
+void MessageOnlyWindow::Implementation::createWindow() {
+    window = CreateWindowExW(0, className.c_str(), nullptr, 0, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT,
+                             CW_USEDEFAULT, nullptr, nullptr, nullptr, this);
+    if (window == nullptr) {
+        throw std::runtime_error("Failed to create message only window");
+    }
+}
+
+void MessageOnlyWindow::Implementation::destroy() {
+    if (window != nullptr) {
+        DestroyWindow(window);
+    }
+    if (!className.empty()) {
+        UnregisterClassW(className.c_str(), GetModuleHandleW(nullptr));
+    }
+    created = false;
+}
+
+void MessageOnlyWindow::Implementation::registerHandler(UINT message, indev::MESSAGEHANDLER* handler) {
+    const indev::CriticalSectionGuard guard(*dispatchLock);
+    handlers[message] = handler;
+}
+
+void MessageOnlyWindow::Implementation::clearHandlers() {
+    const indev::CriticalSectionGuard guard(*dispatchLock);
+    handlers.clear();
+}
+
+LRESULT CALLBACK MessageOnlyWindow::Implementation::staticProcedure(HWND receiver, UINT message, WPARAM wParam,
+                                                                    LPARAM lParam) {
+    std::shared_ptr<Implementation> implementation;
+    {
+        WindowMap& map = WindowMap::instance();
+        const indev::CriticalSectionGuard guard(*map.lock);
+        if (message == WM_CREATE) {
+            const auto* creation = reinterpret_cast<const CREATESTRUCTW*>(lParam);
+            map.entries[receiver] = static_cast<Implementation*>(creation->lpCreateParams)->weak_from_this();
+        }
+        if (const auto found = map.entries.find(receiver); found != map.entries.end()) {
+            implementation = found->second.lock();
+        }
+    }
+    if (implementation == nullptr) {
+        return DefWindowProcW(receiver, message, wParam, lParam);
+    }
+    try {
+        return implementation->procedure(receiver, message, wParam, lParam);
+    } catch (...) {
+        // The platform's frames below must not see it: the loop, woken by the null message, throws it again.
+        if (implementation->failure == nullptr) {
+            implementation->failure = std::current_exception();
+        }
+        PostMessageW(implementation->window, WM_NULL, 0, 0);
+        return 0;
+    }
+}
+
+LRESULT MessageOnlyWindow::Implementation::procedure(HWND receiver, UINT message, WPARAM wParam, LPARAM lParam) {
+    const indev::CriticalSectionGuard guard(*dispatchLock);
+    if (window == nullptr) {
+        window = receiver; // CreateWindowExW has yet to return it
+    }
+    const auto found = handlers.find(message);
+    if (found == handlers.end()) {
+        return DefWindowProcW(receiver, message, wParam, lParam);
+    }
+    indev::MESSAGEHANDLER* handler = found->second; // it may empty the table
+    return handler->handleMessage(window, message, wParam, lParam);
+}
+
+void MessageOnlyWindow::Implementation::run() {
+    {
+        const indev::CriticalSectionGuard guard(*loopLock);
+        if (running) {
+            throw std::runtime_error("Message loop already running");
+        }
+        running = true;
+        EventModify(loopDone, EVENT_RESET);
+    }
+    const LoopEnd end(*this);
+    // Before the loop has a thread id: `close` holds the creation lock while it waits for the loop.
+    if (!created) {
+        create(L"iMOW" + OrvaUtils::decimal(++automaticClassNames));
+    }
+    loopThreadId = GetCurrentThreadId();
+    loop();
+}
+
+void MessageOnlyWindow::Implementation::loop() {
+    for (;;) {
+        MSG message;
+        const BOOL received = GetMessageW(&message, nullptr, 0, 0);
+        rethrowFailure(); // of a sent message
+        if (received <= 0) {
+            return;
+        }
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+        rethrowFailure();
+        if (message.message == WM_CLOSE && message.hwnd == window) {
+            return;
+        }
+    }
+}
+
+void MessageOnlyWindow::Implementation::rethrowFailure() {
+    if (failure != nullptr) {
+        std::rethrow_exception(std::exchange(failure, nullptr));
+    }
+}
+
+MessageOnlyWindow::Implementation::LoopEnd::~LoopEnd() {
+    ended.loopThreadId = 0;
+    EventModify(ended.loopDone, EVENT_SET);
+    ended.running = false;
+    // Deliberate: released once more than entered, which the lock tolerates.
+    ended.loopLock->leave();
+}
+
+void MessageOnlyWindow::Implementation::stop() {
+    PostMessageW(window, WM_CLOSE, 0, 0);
+    const DWORD looping = loopThreadId;
+    if (looping != 0 && looping != GetCurrentThreadId()) {
+        WaitForSingleObject(loopDone, INFINITE);
+    }
+}
+
+void MessageOnlyWindow::Implementation::close() {
+    const indev::CriticalSectionGuard creation(*creationLock);
+    const indev::CriticalSectionGuard looping(*loopLock);
+    if (running) {
+        stop();
+    }
+    if (created) {
+        destroy();
+    }
+    if (loopDone != nullptr) {
+        CloseHandle(loopDone);
+    }
+}

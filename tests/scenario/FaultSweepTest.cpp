@@ -1,0 +1,157 @@
+// Every platform call of a start-up fails in turn, once: the helper ends or reaches its loop, and one clean start later
+// the panel is as if nothing had happened, except for what stands in KnownLosses.h.
+//
+// PANEL_SWEEP=all takes every call; otherwise a sample. The calls are dealt out to several tests that can run at once.
+#include "platform/panel/Functions.h"
+#include "tests/scenario/KnownLosses.h"
+#include "tests/support/ScenarioPanel.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <set>
+#include <sstream>
+
+namespace {
+
+constexpr std::size_t shards = 4;
+constexpr std::size_t sampleStep = 9;
+
+using Tree = std::map<std::string, std::string>;
+
+struct Call {
+    std::string function;
+    std::uint32_t start = 0; // of the helper
+    std::uint32_t thread = 0;
+    std::uint32_t call = 0;
+    std::string arguments;
+    std::uint32_t occurrence = 1; // among the calls with the same arguments
+};
+
+// "      1000 TarvexHelper.exe#1 t1 Sleep[1](1000) = void after 1000 ms"
+Call parse(const std::string& line) {
+    Call call;
+    char function[64] = {};
+    if (std::sscanf(line.c_str(), " %*u TarvexHelper.exe#%u t%u %63[A-Za-z][%u]", &call.start, &call.thread, function,
+                    &call.call) != 4)
+        return {};
+    call.function = function;
+    call.arguments = line.substr(line.find('(') + 1);
+    call.arguments.resize(call.arguments.rfind(") = "));
+    return call;
+}
+
+bool canFail(const Call& call) {
+    const auto function = panel::functionNamed(call.function);
+    return function && panel::facts(*function).canFail;
+}
+
+void prepare(ScenarioPanel& panel, Start start) {
+    if (start == Start::fromDisk) {
+        panel.plugDisk("Hard Disk");
+        return;
+    }
+    panel.install();
+    panel.write("\\MMCMemory\\_rm_old.exe", "left behind");
+    panel.write("\\MMCMemory\\Tarvex\\config.xml",
+                R"(<?xml version="1.0" encoding="UTF-8"?><OrvaTarvex Version="1"><Settings><Parameters LogLevel="3"/>)"
+                R"(<CleanupDirectories><Directory Name="\MMCMemory"/></CleanupDirectories></Settings></OrvaTarvex>)");
+}
+
+void startAsBefore(ScenarioPanel& panel, Start start) {
+    const char* disk = "\\Hard Disk\\Tarvex\\TarvexHelper.exe";
+    const bool again = start == Start::fromDisk && panel.exists(disk);
+    if (again || panel.exists(ScenarioPanel::helper))
+        panel.driver().start(again ? disk : ScenarioPanel::helper);
+}
+
+void endRun(ScenarioPanel& panel, bool listens = true) {
+    if (panel.settlesInLoop() && listens)
+        panel.terminate();
+    for (const panel::EndedStatus& ended : panel.driver().status().ended)
+        EXPECT_LE(ended.exitCode, 1U) << ended.name;
+}
+
+Tree endState(ScenarioPanel& panel, Start start) {
+    panel.reboot();
+    startAsBefore(panel, start);
+    endRun(panel);
+    return panel.tree("\\");
+}
+
+std::string differences(const Tree& expected, const Tree& found) {
+    std::ostringstream text;
+    for (const auto& [name, content] : expected)
+        if (!found.contains(name))
+            text << '-' << name << ' ';
+        else if (found.at(name) != content)
+            text << '~' << name << ' ';
+    for (const auto& [name, content] : found)
+        if (!expected.contains(name))
+            text << '+' << name << ' ';
+    std::string result = text.str();
+    if (!result.empty())
+        result.pop_back();
+    return result;
+}
+
+std::vector<Call> recordedCalls(Start start, Tree& undisturbed) {
+    ScenarioPanel panel;
+    prepare(panel, start);
+    panel.driver().setTracing(true);
+    startAsBefore(panel, start);
+    EXPECT_TRUE(panel.reachesLoop());
+    std::vector<Call> calls;
+    std::map<std::string, std::string> files; // handle to path: what is read, written and listed is known by its name
+    for (const std::string& line : panel.trace()) {
+        Call call = parse(line);
+        const std::string handle = call.arguments.substr(0, call.arguments.find(','));
+        if (call.function == "CreateFileW" || call.function == "FindFirstFileW")
+            files[line.substr(line.rfind("= ") + 2)] = handle;
+        else if (files.contains(handle))
+            call.arguments.replace(0, handle.size(), files.at(handle));
+        if (!canFail(call))
+            continue;
+        for (const Call& former : calls)
+            call.occurrence +=
+                former.function == call.function && former.start == call.start && former.arguments == call.arguments;
+        calls.push_back(call);
+    }
+    panel.terminate();
+    EXPECT_EQ(panel.errors(), std::vector<std::string>{});
+    undisturbed = endState(panel, start);
+    return calls;
+}
+
+} // namespace
+
+class FaultSweep : public testing::TestWithParam<std::tuple<Start, std::size_t>> {};
+
+INSTANTIATE_TEST_SUITE_P(Startup, FaultSweep,
+                         testing::Combine(testing::Values(Start::fromDisk, Start::inPlace),
+                                          testing::Range(std::size_t{0}, shards)));
+
+TEST_P(FaultSweep, AnyFailingCallIsSurvived) {
+    const auto [start, shard] = GetParam();
+    const char* mode = std::getenv("PANEL_SWEEP");
+    const std::size_t step = mode && std::string(mode) == "all" ? 1 : sampleStep;
+    Tree undisturbed;
+    const std::vector<Call> calls = recordedCalls(start, undisturbed);
+    ASSERT_GT(calls.size(), 30U);
+    for (std::size_t index = shard * step; index < calls.size(); index += shards * step) {
+        const Call& call = calls[index];
+        SCOPED_TRACE("{Start::" + std::string(start == Start::fromDisk ? "fromDisk" : "inPlace") + ", " +
+                     std::to_string(call.start) + ", \"" + call.function + "\", R\"(" + call.arguments + ")\", call " +
+                     std::to_string(call.call));
+        ScenarioPanel panel;
+        prepare(panel, start);
+        panel.driver().addFault({call.function, "TarvexHelper.exe", call.start, call.thread, call.call, false,
+                                 panel::FaultAction::fail, 0});
+        startAsBefore(panel, start);
+        endRun(panel, call.function != "RegisterWindowMessageW"); // it then knows no message that ends it
+        EXPECT_EQ(panel.driver().faults().at(0).hits, 1U);
+        EXPECT_LE(panel.errors().size(), 1U);
+        EXPECT_EQ(differences(undisturbed, endState(panel, start)),
+                  knownLoss(start, call.start, call.function, call.arguments, call.occurrence));
+    }
+}

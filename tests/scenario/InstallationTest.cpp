@@ -1,0 +1,201 @@
+// The helper from its start on a disk, or elsewhere, to its installed copy.
+#include "tests/support/ScenarioPanel.h"
+
+#include <gtest/gtest.h>
+
+using Lines = std::vector<std::string>;
+
+namespace {
+
+constexpr const char* emptySettings = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                                      "<OrvaTarvex Version=\"1\">\n"
+                                      "    <Settings>\n"
+                                      "        <Parameters LogLevel=\"2\"/>\n"
+                                      "        <CleanupDirectories/>\n"
+                                      "    </Settings>\n"
+                                      "</OrvaTarvex>\n";
+
+std::string settingsWith(const std::string& directory) {
+    std::string text = emptySettings;
+    const std::string none = "<CleanupDirectories/>";
+    return text.replace(text.find(none), none.size(),
+                        "<CleanupDirectories>\n            <Directory Name=\"" + directory +
+                            "\"/>\n        </CleanupDirectories>");
+}
+
+Lines installedLines() {
+    return {"INFO;Init of Helper", "INFO;Module manager initialization"};
+}
+
+Lines handOverLines(const std::string& from, bool installs) {
+    Lines lines{"INFO;Init of Helper", "INFO;I am not executing from the right path (" + from + ")"};
+    if (installs)
+        lines.push_back("INFO;Installing tarvex in the right path");
+    lines.push_back("INFO;Restart from right path needed");
+    for (const std::string& line : installedLines())
+        lines.push_back(line);
+    return lines;
+}
+
+void expectNormalEnd(ScenarioPanel& panel) {
+    EXPECT_EQ(panel.command(0), 1);
+    EXPECT_EQ(panel.terminate(), 0U);
+    const Lines lines = panel.log();
+    ASSERT_GE(lines.size(), 2U);
+    EXPECT_EQ(lines[lines.size() - 2], "INFO;Module manager terminated");
+    EXPECT_EQ(lines[lines.size() - 1], "INFO;Helper terminated");
+}
+
+} // namespace
+
+class FromADisk : public testing::TestWithParam<const char*> {};
+
+INSTANTIATE_TEST_SUITE_P(Installation, FromADisk, testing::Values("Hard Disk", "Hard Disk2"));
+
+TEST_P(FromADisk, InstallsTheFolderHandsOverAndStays) {
+    ScenarioPanel panel;
+    const std::string disk = GetParam();
+    panel.plugDisk(disk);
+    const auto source = panel.tree("\\" + disk + "\\Tarvex");
+    EXPECT_EQ(panel.run("\\" + disk + "\\Tarvex\\TarvexHelper.exe"), 0U);
+    ASSERT_TRUE(panel.reachesLoop());
+    EXPECT_EQ(panel.log(), handOverLines("\\" + disk + "\\Tarvex", true));
+    EXPECT_TRUE(panel.isRunning("TarvexHelper.exe#2"));
+
+    auto installed = panel.tree("\\MMCMemory\\Tarvex");
+    // Nothing of the disk's folder was deletable but for the helper itself, which is gone now, too.
+    EXPECT_EQ(installed.extract("config.xml").mapped(), emptySettings);
+    EXPECT_EQ(installed, source);
+    EXPECT_EQ(panel.tree("\\" + disk), (std::map<std::string, std::string>{}));
+    EXPECT_FALSE(panel.exists("\\MMCMemory\\Tarvex\\Tarvex.started")); // no restore is in progress
+    expectNormalEnd(panel);
+}
+
+TEST(Installation, PrefersTheFirstDiskAndKeepsWhatIsThere) {
+    ScenarioPanel panel;
+    panel.plugDisk("Hard Disk2");
+    panel.plugDisk("Hard Disk");
+    panel.write("\\MMCMemory\\Tarvex\\data\\deep\\table.bin", "own");
+    EXPECT_EQ(panel.run("\\Hard Disk2\\Tarvex\\TarvexHelper.exe"), 0U);
+    ASSERT_TRUE(panel.reachesLoop());
+    EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\readme.txt"), "from Hard Disk");
+    EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\data\\deep\\table.bin"), "own");
+    EXPECT_TRUE(panel.exists("\\Hard Disk\\Tarvex\\Tarvex.exe")); // only the folder it was started from goes
+}
+
+TEST(Installation, CopiesOnlyItselfWithoutADiskThatHoldsTheApplication) {
+    struct {
+        bool application; // installed already
+        bool disk;
+    } cases[] = {{false, false}, {true, false}, {true, true}};
+    for (const auto& each : cases) {
+        ScenarioPanel panel;
+        panel.put("\\Temp\\Helper2.exe", helperFile());
+        panel.write("\\Temp\\other.txt", "stays");
+        if (each.application)
+            panel.put(ScenarioPanel::application, programFile("Tarvex"));
+        if (each.disk)
+            panel.plugDisk("Hard Disk");
+        EXPECT_EQ(panel.run("\\Temp\\Helper2.exe"), 0U);
+        ASSERT_TRUE(panel.reachesLoop());
+        EXPECT_EQ(panel.log(), handOverLines("\\Temp", true));
+        EXPECT_EQ(panel.exists(ScenarioPanel::application), each.application);
+        EXPECT_FALSE(panel.exists("\\MMCMemory\\Tarvex\\readme.txt"));
+        EXPECT_EQ(panel.tree("\\Temp"), (std::map<std::string, std::string>{{"other.txt", "stays"}}));
+        expectNormalEnd(panel);
+    }
+}
+
+TEST(Installation, OnlyHandsOverToAnInstalledHelper) {
+    ScenarioPanel panel;
+    panel.install();
+    panel.plugDisk("Hard Disk");
+    EXPECT_EQ(panel.run("\\Hard Disk\\Tarvex\\TarvexHelper.exe"), 0U);
+    ASSERT_TRUE(panel.reachesLoop());
+    EXPECT_EQ(panel.log(), handOverLines("\\Hard Disk\\Tarvex", false));
+    EXPECT_FALSE(panel.exists("\\MMCMemory\\Tarvex\\readme.txt"));
+    EXPECT_EQ(panel.tree("\\Hard Disk"), (std::map<std::string, std::string>{}));
+}
+
+TEST(Installation, RunsInPlaceWhateverTheCaseOfItsPath) {
+    ScenarioPanel panel;
+    panel.install();
+    panel.driver().start("\\mmcMEMORY\\tarvex\\TARVEXhelper.EXE");
+    ASSERT_TRUE(panel.reachesLoop());
+    EXPECT_EQ(panel.log(), installedLines());
+    EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), emptySettings);
+    expectNormalEnd(panel);
+}
+
+TEST(Installation, DeletesAnOlderInstallationExceptWhatIsBusy) {
+    ScenarioPanel panel;
+    const std::string legacy = "\\MMCMemory\\ORVATarvex";
+    panel.put(legacy + "\\TarvexHelper.exe", helperFile());
+    panel.put(legacy + "\\sub\\Actor.exe", programFile("Actor"));
+    panel.write(legacy + "\\old.txt", "old");
+    panel.driver().start(legacy + "\\sub\\Actor.exe", "wait end-of-actor");
+    EXPECT_EQ(panel.run(legacy + "\\TarvexHelper.exe"), 0U);
+    ASSERT_TRUE(panel.reachesLoop());
+    // The folder was renamed away with the two busy programs in it; the next start can delete the helper's file, but
+    // not the other program's.
+    EXPECT_FALSE(panel.exists(legacy));
+    EXPECT_TRUE(panel.exists("\\MMCMemory\\_rm_ORVATarvex\\_rm_sub\\_rm_Actor.exe"));
+    EXPECT_FALSE(panel.exists("\\MMCMemory\\_rm_ORVATarvex\\_rm_TarvexHelper.exe"));
+    EXPECT_EQ(panel.log().at(5), "INFO;Path \\MMCMemory not cleaned up");
+    EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), settingsWith("\\MMCMemory"));
+    panel.reboot(); // which ends the busy program
+    panel.driver().start(ScenarioPanel::helper);
+    ASSERT_TRUE(panel.reachesLoop());
+    EXPECT_FALSE(panel.exists("\\MMCMemory\\_rm_ORVATarvex"));
+    EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), emptySettings);
+}
+
+TEST(Installation, SavesTheOldPlaceBeforeItHandsOver) {
+    ScenarioPanel panel;
+    panel.put("\\Temp\\TarvexHelper.exe", helperFile());
+    panel.put(ScenarioPanel::helper, programFile("Actor")); // stands in: notes nothing, cleans nothing
+    EXPECT_EQ(panel.run("\\Temp\\TarvexHelper.exe"), 0U);
+    EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), settingsWith("\\Temp"));
+    EXPECT_TRUE(panel.exists("\\Temp\\_rm_TarvexHelper.exe"));
+}
+
+TEST(Installation, FailuresEndInOneErrorLineAndExitCodeOne) {
+    struct {
+        const char* what;
+        const char* function;
+        std::uint32_t call;
+        bool ever;
+        const char* line;
+    } cases[] = {
+        {"the copy", "CopyFileW", 1, false,
+         "ERROR;Exception OrvaUtils::Exception: Cannot copy \\Temp\\TarvexHelper.exe to "
+         "\\MMCMemory\\Tarvex\\TarvexHelper.exe"},
+        {"the hand-over", "CreateProcessW", 1, false,
+         "ERROR;Exception OrvaUtils::Exception: Cannot start default helper"},
+    };
+    for (const auto& each : cases) {
+        ScenarioPanel panel;
+        panel.put("\\Temp\\TarvexHelper.exe", helperFile());
+        panel.driver().addFault(
+            {each.function, "TarvexHelper.exe", 1, 1, each.call, each.ever, panel::FaultAction::fail, 0});
+        EXPECT_EQ(panel.run("\\Temp\\TarvexHelper.exe"), 1U) << each.what;
+        EXPECT_EQ(panel.errors(), Lines{each.line}) << each.what;
+        EXPECT_NE(panel.log().back(), "INFO;Helper terminated") << each.what;
+        EXPECT_FALSE(panel.settlesInLoop());
+    }
+}
+
+TEST(Installation, FailsWhenTheDiskGoesBetweenTwoLooks) {
+    // The application is found on the disk, and then it is not.
+    ScenarioPanel panel;
+    panel.plugDisk("Hard Disk");
+    panel.driver().setTracing(true);
+    panel.put("\\Temp\\TarvexHelper.exe", helperFile());
+    for (const std::uint32_t disk : {1, 2}) {
+        // Looks in order: the folder of the log, the helper, the application, the disk; then the disks again.
+        panel.driver().addFault(
+            {"GetFileAttributesW", "TarvexHelper.exe", 1, 1, 4 + disk, false, panel::FaultAction::fail, 0});
+    }
+    EXPECT_EQ(panel.run("\\Temp\\TarvexHelper.exe"), 1U);
+    EXPECT_EQ(panel.errors(), Lines{"ERROR;Exception OrvaUtils::Exception: Tarvex not found in any external disk"});
+}

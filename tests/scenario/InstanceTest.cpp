@@ -1,0 +1,149 @@
+// One instance at a time, the hand-over in panel time, the follow-up of a restore, the end.
+#include "tests/support/ScenarioPanel.h"
+
+#include <gtest/gtest.h>
+
+using Lines = std::vector<std::string>;
+
+namespace {
+
+constexpr const char* restoring = R"(<?xml version="1.0" encoding="UTF-8"?>
+<OrvaTarvex Version="1">
+    <Settings>
+        <Parameters LogLevel="3"/>
+        <CleanupDirectories/>
+    </Settings>
+    <Restore InProgress="1" RepositoryPath="\Hard Disk\a.osr" Force="0">
+        <Components>
+            <Component Name="one"/>
+        </Components>
+    </Restore>
+</OrvaTarvex>
+)";
+
+// "      1000 TarvexHelper.exe#1 t1 Sleep[1](1000) = void" -> the function's name
+std::string functionOf(const std::string& line) {
+    const auto end = line.find('[');
+    const auto start = line.rfind(' ', end);
+    return line.substr(start + 1, end - start - 1);
+}
+
+std::string processOf(const std::string& line) {
+    const auto start = line.find_first_not_of(' ', 10);
+    return line.substr(start, line.find(' ', start) - start);
+}
+
+std::uint64_t timeOf(const std::string& line) {
+    return std::stoull(line);
+}
+
+} // namespace
+
+TEST(Instance, ASecondOneEndsAtOnceAndLogsNothing) {
+    ScenarioPanel panel;
+    panel.install();
+    panel.driver().start(ScenarioPanel::helper);
+    ASSERT_TRUE(panel.reachesLoop());
+    const Lines before = panel.log();
+    const auto files = panel.tree("\\");
+    panel.put("\\Temp\\TarvexHelper.exe", helperFile());
+    EXPECT_EQ(panel.run(ScenarioPanel::helper), 0U);
+    EXPECT_EQ(panel.run("\\Temp\\TarvexHelper.exe"), 0U);
+    EXPECT_EQ(panel.log(), before);
+    EXPECT_EQ(panel.terminate(), 0U);
+    panel.driver().start(ScenarioPanel::helper); // now that it is gone, the next one runs
+    EXPECT_TRUE(panel.reachesLoop());
+}
+
+TEST(Instance, HandsOverInOrderAndAfterExactlyOneSecond) {
+    for (const std::uint32_t ticks : {0U, 0xFFFFFFFFU - 499}) { // the second wraps in the middle of the pause
+        ScenarioPanel panel(ticks);
+        panel.plugDisk("Hard Disk");
+        panel.driver().setTracing(true);
+        EXPECT_EQ(panel.run("\\Hard Disk\\Tarvex\\TarvexHelper.exe"), 0U);
+        ASSERT_TRUE(panel.reachesLoop());
+        Lines last; // what the first process did from the saving of its settings on
+        std::uint64_t released = 0;
+        std::uint64_t started = 0;
+        for (const std::string& line : panel.trace()) {
+            const std::string function = functionOf(line);
+            const bool matters = function == "ReleaseMutex" || function == "Sleep" || function == "CreateProcessW" ||
+                                 line.find("config.xml") != std::string::npos;
+            if (processOf(line) != "TarvexHelper.exe#1" || !matters)
+                continue;
+            last.push_back(function);
+            if (function == "ReleaseMutex")
+                released = timeOf(line);
+            if (function == "CreateProcessW")
+                started = timeOf(line);
+        }
+        EXPECT_EQ(last, (Lines{"GetFileAttributesW", "CreateFileW", "ReleaseMutex", "Sleep", "CreateProcessW"}));
+        EXPECT_EQ(started - released, 1000U);
+        // The installed helper met no lock of its predecessor: it runs, and its stamps show the ticks of the panel.
+        const std::string stamps = panel.read("\\MMCMemory\\Tarvex\\helper_log0.txt");
+        EXPECT_EQ(stamps.find("2024-03-07 06:05:09," + std::to_string(ticks) + ";INFO;Init of Helper\n"), 0U);
+        EXPECT_NE(stamps.find("2024-03-07 06:05:10," + std::to_string(ticks + 1000) + ";INFO;Init of Helper\n"),
+                  std::string::npos);
+    }
+}
+
+TEST(Instance, StartsTheApplicationWhenARestoreIsInProgress) {
+    ScenarioPanel panel;
+    panel.install();
+    panel.write("\\MMCMemory\\Tarvex\\config.xml", restoring);
+    panel.driver().start(ScenarioPanel::helper);
+    ASSERT_TRUE(panel.reachesLoop());
+    EXPECT_EQ(panel.log(),
+              (Lines{"INFO;Init of Helper", "INFO;Follow up needed", "INFO;Module manager initialization"}));
+    EXPECT_TRUE(panel.driver().waitUntil([&] { return !panel.isRunning("Tarvex.exe#1"); }, 60000));
+    EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\Tarvex.started"), "-wait\n");
+    EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), restoring);
+    EXPECT_EQ(panel.terminate(), 0U);
+}
+
+TEST(Instance, FailsWithoutTheApplicationThatARestoreNeeds) {
+    ScenarioPanel panel;
+    panel.put(ScenarioPanel::helper, helperFile());
+    panel.write("\\MMCMemory\\Tarvex\\config.xml", restoring);
+    EXPECT_EQ(panel.run(ScenarioPanel::helper), 1U);
+    EXPECT_EQ(panel.log(), (Lines{"INFO;Init of Helper", "INFO;Follow up needed",
+                                  "ERROR;Exception OrvaUtils::Exception: Cannot start tarvex"}));
+}
+
+TEST(Instance, FailuresOfTheLoopEndInOneErrorLineAndExitCodeOne) {
+    struct {
+        const char* function;
+        const char* line;
+    } cases[] = {
+        {"RegisterClassW", "ERROR;Exception IPCDispatcherException: Failed to register message only window class"},
+        {"CreateWindowExW", "ERROR;Exception IPCDispatcherException: Failed to create message only window"},
+    };
+    for (const auto& each : cases) {
+        ScenarioPanel panel;
+        panel.install();
+        panel.driver().addFault({each.function, "TarvexHelper.exe", 1, 1, 1, false, panel::FaultAction::fail, 0});
+        EXPECT_EQ(panel.run(ScenarioPanel::helper), 1U);
+        EXPECT_EQ(panel.log(), (Lines{"INFO;Init of Helper", "INFO;Module manager initialization", each.line,
+                                      "INFO;Helper terminated"}));
+    }
+}
+
+TEST(Instance, AnswersEachOfTenThousandMessagesOfTwoClients) {
+    ScenarioPanel panel;
+    panel.install();
+    panel.put("\\Temp\\Actor.exe", programFile("Actor"));
+    panel.driver().start(ScenarioPanel::helper);
+    ASSERT_TRUE(panel.reachesLoop());
+    const std::string words = "ask ORVATarvexHelper ORVATarvexMsg 7 5000 1";
+    const auto first = panel.driver().start("\\Temp\\Actor.exe", words);
+    const auto second = panel.driver().start("\\Temp\\Actor.exe", words);
+    EXPECT_EQ(panel.driver().waitForExit(first, ScenarioPanel::limit), 0U);
+    EXPECT_EQ(panel.driver().waitForExit(second, ScenarioPanel::limit), 0U);
+    const Lines lines = panel.log(); // what rotation has left of them
+    ASSERT_GT(lines.size(), 1000U);
+    for (std::size_t index = 0; index < lines.size(); ++index)
+        EXPECT_TRUE(lines[index] == "INFO;IPCDispatcher;message received 7" ||
+                    lines[index] == "INFO;IPCDispatcher;message handled 7 result: 1")
+            << lines[index];
+    EXPECT_EQ(panel.terminate(), 0U);
+}

@@ -1,0 +1,93 @@
+// What one failing call of a start-up costs for good: no later start can know what was lost. docs/behaviours.md has the
+// same list in words.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+enum class Start { fromDisk, inPlace };
+
+struct KnownLoss {
+    Start start;
+    std::uint32_t process; // how many-th helper
+    std::string_view function;
+    std::string_view arguments; // what the call's arguments begin with
+    std::string_view loss; // of the end state: - missing, + left over, ~ other content
+    std::uint32_t occurrence = 0; // which of the calls with these arguments; 0: each
+};
+
+// The disk's folder is deleted whatever was copied; the leftovers on the disk are registered for cleanup in the
+// settings alone, by a helper that starts once.
+#define ON_DISK "+Hard Disk\\_rm_Tarvex\\ +Hard Disk\\_rm_Tarvex\\_rm_TarvexHelper.exe"
+#define SETTINGS "~MMCMemory\\Tarvex\\config.xml"
+#define DEEP "-MMCMemory\\Tarvex\\data\\deep\\ -MMCMemory\\Tarvex\\data\\deep\\table.bin"
+#define TABLE "-MMCMemory\\Tarvex\\data\\deep\\table.bin"
+#define DATA "-MMCMemory\\Tarvex\\data\\ " DEEP
+#define README "-MMCMemory\\Tarvex\\readme.txt"
+#define APPLICATION "-MMCMemory\\Tarvex\\Tarvex.exe"
+#define HELPER "-MMCMemory\\Tarvex\\TarvexHelper.exe " SETTINGS
+
+inline constexpr KnownLoss knownLosses[] = {
+    // Copying: what cannot be listed, made or copied is gone with the disk's folder.
+    {Start::fromDisk, 1, "GetFileAttributesW", R"("Hard Disk\Tarvex\Tarvex.exe")", APPLICATION " " DATA " " README, 1},
+    {Start::fromDisk, 1, "FindFirstFileW", R"("Hard Disk\Tarvex\*")",
+     APPLICATION " " HELPER " " DATA " " README " " ON_DISK},
+    {Start::fromDisk, 1, "FindFirstFileW", R"("Hard Disk\Tarvex\data\*")", DEEP},
+    {Start::fromDisk, 1, "FindFirstFileW", R"("Hard Disk\Tarvex\data\deep\*")", TABLE},
+    {Start::fromDisk, 1, "FindNextFileW", R"("Hard Disk\Tarvex\*", "readme.txt")",
+     APPLICATION " " HELPER " " README " " ON_DISK},
+    {Start::fromDisk, 1, "FindNextFileW", R"("Hard Disk\Tarvex\*", "Tarvex.exe")", APPLICATION " " HELPER " " ON_DISK},
+    {Start::fromDisk, 1, "FindNextFileW", R"("Hard Disk\Tarvex\*", "TarvexHelper.exe")", HELPER " " ON_DISK},
+    {Start::fromDisk, 1, "CreateDirectoryW", R"("\MMCMemory\Tarvex\data")", DATA},
+    {Start::fromDisk, 1, "CreateDirectoryW", R"("\MMCMemory\Tarvex\data\deep")", DEEP},
+    {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\data\deep\table.bin")", TABLE},
+    {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\readme.txt")", README},
+    {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\Tarvex.exe")", APPLICATION},
+    {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\TarvexHelper.exe")", HELPER " " ON_DISK},
+    // Renaming the disk's folder away: only direct entries of the disk with the prefix are cleaned up later.
+    {Start::fromDisk, 1, "MoveFileW", R"("\Hard Disk\Tarvex", )",
+     "+Hard Disk\\Tarvex\\ +Hard Disk\\Tarvex\\_rm_TarvexHelper.exe"},
+    // Writing the settings before the hand-over: what was registered for cleanup is forgotten; a file cut short reads
+    // as empty settings with log level 0.
+    {Start::fromDisk, 1, "CreateFileW", R"("\MMCMemory\Tarvex\config.xml", 0x40000000)", ON_DISK},
+    {Start::fromDisk, 1, "WriteFile", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS " " ON_DISK},
+    // Reading the settings: taken for missing, or for empty, and written back so.
+    {Start::fromDisk, 2, "GetFileAttributesW", R"("\MMCMemory\Tarvex\config.xml")", ON_DISK},
+    {Start::fromDisk, 2, "CreateFileW", R"("\MMCMemory\Tarvex\config.xml", 0x80000000)", SETTINGS " " ON_DISK},
+    {Start::fromDisk, 2, "SetFilePointer", R"("\MMCMemory\Tarvex\config.xml", 0, 2)", SETTINGS " " ON_DISK},
+    {Start::fromDisk, 2, "SetFilePointer", R"("\MMCMemory\Tarvex\config.xml", 0, 1)", SETTINGS " " ON_DISK},
+    {Start::fromDisk, 2, "SetFilePointer", R"("\MMCMemory\Tarvex\config.xml", 0, 0)", SETTINGS " " ON_DISK, 2},
+    {Start::fromDisk, 2, "ReadFile", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS " " ON_DISK},
+    {Start::inPlace, 1, "GetFileAttributesW", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS " +MMCMemory\\_rm_old.exe"},
+    {Start::inPlace, 1, "CreateFileW", R"("\MMCMemory\Tarvex\config.xml", 0x80000000)",
+     SETTINGS " +MMCMemory\\_rm_old.exe"},
+    {Start::inPlace, 1, "SetFilePointer", R"("\MMCMemory\Tarvex\config.xml", 0, 2)",
+     SETTINGS " +MMCMemory\\_rm_old.exe"},
+    {Start::inPlace, 1, "SetFilePointer", R"("\MMCMemory\Tarvex\config.xml", 0, 1)",
+     SETTINGS " +MMCMemory\\_rm_old.exe"},
+    {Start::inPlace, 1, "SetFilePointer", R"("\MMCMemory\Tarvex\config.xml", 0, 0)",
+     SETTINGS " +MMCMemory\\_rm_old.exe", 2},
+    {Start::inPlace, 1, "ReadFile", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS " +MMCMemory\\_rm_old.exe"},
+    // Writing them in place: the file is cut short.
+    {Start::fromDisk, 2, "WriteFile", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS},
+    {Start::inPlace, 1, "WriteFile", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS},
+};
+
+#undef ON_DISK
+#undef SETTINGS
+#undef DEEP
+#undef TABLE
+#undef DATA
+#undef README
+#undef APPLICATION
+#undef HELPER
+
+inline std::string knownLoss(Start start, std::uint32_t process, const std::string& function,
+                             const std::string& arguments, std::uint32_t occurrence) {
+    for (const KnownLoss& loss : knownLosses)
+        if (loss.start == start && loss.process == process && loss.function == function &&
+            arguments.starts_with(loss.arguments) && (loss.occurrence == 0 || loss.occurrence == occurrence))
+            return std::string(loss.loss);
+    return {};
+}

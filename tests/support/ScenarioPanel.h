@@ -1,0 +1,78 @@
+// A fresh simulated panel for tests that drive helper processes from outside, in stepped mode. Its destructor ends all
+// programs and fails the test if one of them left a sanitizer's report.
+#pragma once
+
+#include "platform/panel/Driver.h"
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// The helper under test, which PANEL_HELPER may name; otherwise that of this build.
+std::filesystem::path helperFile();
+std::filesystem::path programFile(std::string_view name);
+
+class ScenarioPanel {
+public:
+    static constexpr const char* helper = "\\MMCMemory\\Tarvex\\TarvexHelper.exe";
+    static constexpr const char* application = "\\MMCMemory\\Tarvex\\Tarvex.exe";
+    static constexpr std::uint32_t limit = 600000; // ms of panel time that nothing here may take
+
+    explicit ScenarioPanel(std::uint32_t ticks = 0);
+    ~ScenarioPanel();
+    ScenarioPanel(const ScenarioPanel&) = delete;
+    ScenarioPanel& operator=(const ScenarioPanel&) = delete;
+
+    // ---- what is on the panel
+
+    // A disk with the folder "Tarvex": helper, application, settings, a subfolder.
+    void plugDisk(const std::string& name, bool withApplication = true);
+    void put(std::string_view panelPath, const std::filesystem::path& file); // a copy
+    void install(); // helper and application in place
+    void write(std::string_view panelPath, std::string_view content);
+    std::string read(std::string_view panelPath) const;
+    bool exists(std::string_view panelPath) const;
+    // Every file and folder below it: relative path to content; folders end in "\". Logs are left out.
+    std::map<std::string, std::string> tree(std::string_view panelPath) const;
+
+    // ---- what happens on it
+
+    // Starts the program and waits until it ends; fails the test if it does not.
+    std::uint32_t run(const std::string& path, const std::string& commandLine = {});
+    // Waits until a helper's message loop runs; false if none gets there.
+    bool reachesLoop();
+    // Waits until the helper's loop runs or no helper is left; true: it runs.
+    bool settlesInLoop();
+    bool loopRuns();
+    std::optional<std::int64_t> command(std::uint64_t code); // "ORVATarvexMsg"
+    // Sends command 1 and waits for the end; the exit code.
+    std::uint32_t terminate();
+    std::uint32_t exitCodeOf(const std::string& process); // "TarvexHelper.exe#2", which has ended
+    bool isRunning(const std::string& process);
+
+    // The helper's log so far without the time stamps, oldest first: "INFO;Init of Helper".
+    std::vector<std::string> log() const;
+    std::vector<std::string> errors() const; // those lines of it
+    std::vector<std::string> trace() const;
+    void clearLog();
+    // Power off and on again; what was plugged stays.
+    void reboot();
+
+    panel::Panel& panel() {
+        return *simulated;
+    }
+    panel::Driver& driver() {
+        return *attached;
+    }
+
+private:
+    void attach();
+    void checkOutputs();
+
+    std::uint32_t bootTicks;
+    std::unique_ptr<panel::Panel> simulated;
+    std::unique_ptr<panel::Driver> attached;
+};

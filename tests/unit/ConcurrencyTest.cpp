@@ -1,0 +1,148 @@
+#include "OrvaUtils/Concurrency/ISystem.h"
+#include "OrvaUtils/Exception.h"
+#include "app/log/Logger.h"
+#include "tests/support/TestPanel.h"
+
+#include <atomic>
+#include <functional>
+#include <gtest/gtest.h>
+#include <memory>
+
+using namespace OrvaUtils::Concurrency;
+using namespace testing_panel;
+
+namespace {
+
+// Runs a function; `stop` sets an event that the function may wait for.
+struct Worker : IRunnable {
+    explicit Worker(std::function<void(IEvent& stopEvent)> body) : function(std::move(body)) {}
+    void run() override {
+        function(*stopped);
+    }
+    void stop() override {
+        stopped->set();
+    }
+    std::function<void(IEvent&)> function;
+    std::unique_ptr<IEvent> stopped{getSystem().createEvent()};
+};
+
+// Makes a program of the host, which knows nothing of panels, one of the panel.
+void installProgram(const char* hostProgram, const char* panelPath) {
+    std::filesystem::create_directories(hostPath(panelPath).parent_path());
+    std::filesystem::copy_file(hostProgram, hostPath(panelPath));
+}
+
+} // namespace
+
+TEST(Concurrency, EventStaysSetUntilReset) {
+    const std::unique_ptr<IEvent> event(getSystem().createEvent());
+    EXPECT_EQ(event->wait(0), WAIT_TIMEOUT);
+    EXPECT_EQ(event->wait(50), WAIT_TIMEOUT);
+    EXPECT_TRUE(event->set());
+    EXPECT_EQ(event->wait(0), WAIT_OBJECT_0);
+    EXPECT_EQ(event->wait(), WAIT_OBJECT_0);
+    EXPECT_TRUE(event->reset());
+    EXPECT_EQ(event->wait(0), WAIT_TIMEOUT);
+    failCall("CreateEventW");
+    const std::unique_ptr<IEvent> broken(getSystem().createEvent());
+    EXPECT_EQ(broken->wait(0), WAIT_FAILED);
+    EXPECT_EQ(broken->wait(), WAIT_FAILED);
+    EXPECT_FALSE(broken->set());
+    EXPECT_FALSE(broken->reset());
+}
+
+TEST(Concurrency, CriticalSectionIsLeftAsOftenAsEntered) {
+    const std::unique_ptr<ICriticalSection> section(getSystem().createCriticalSection());
+    std::atomic<bool> inside = false;
+    Worker worker([&](IEvent&) {
+        section->enter();
+        inside = true;
+        section->leave();
+    });
+    const std::unique_ptr<IThread> thread(getSystem().createThread());
+    section->enter();
+    section->enter();
+    ASSERT_NE(thread->start(&worker), nullptr);
+    section->leave();
+    getSystem().sleep(100);
+    EXPECT_FALSE(inside);
+    section->leave();
+    EXPECT_EQ(thread->stop(), WAIT_OBJECT_0);
+    EXPECT_TRUE(inside);
+}
+
+TEST(Concurrency, ThreadStopsWhenItsRunnableReturns) {
+    bool ended = false;
+    Worker worker([&](IEvent& stopEvent) {
+        stopEvent.wait();
+        getSystem().sleep(100);
+        ended = true;
+    });
+    std::unique_ptr<IThread> thread(getSystem().createThread());
+    const HANDLE handle = thread->start(&worker);
+    EXPECT_EQ(WaitForSingleObject(handle, 100), WAIT_TIMEOUT);
+    EXPECT_EQ(thread->stop(), WAIT_OBJECT_0);
+    EXPECT_TRUE(ended);
+    thread.reset();
+    EXPECT_EQ(WaitForSingleObject(handle, 0), WAIT_FAILED) << "closed";
+    EXPECT_EQ(worker.stopped->wait(0), WAIT_OBJECT_0) << "the runnable is its owner's";
+    failCall("CreateThread");
+    thread.reset(getSystem().createThread());
+    EXPECT_EQ(thread->start(&worker), nullptr);
+}
+
+TEST(Concurrency, CountsTicksPastTheWrap) {
+    setTicks(0xFFFFFFF0);
+    EXPECT_EQ(getSystem().getTickCount64(), 0xFFFFFFF0U);
+    EXPECT_EQ(getSystem().getTickCount64(), 0xFFFFFFF0U) << "the same tick is no wrap";
+    getSystem().sleep(0x20);
+    EXPECT_EQ(getSystem().getTickCount64(), 0x100000010U);
+    setTicks(5);
+    EXPECT_EQ(getSystem().getTickCount64(), 0x200000005U);
+}
+
+TEST(Concurrency, StartsProcesses) {
+    installProgram("/bin/false", "\\Windows\\one.exe");
+    installProgram("/bin/true", "\\Windows\\nil.exe");
+    const struct {
+        const wchar_t* path;
+        const wchar_t* arguments;
+        std::uint32_t exitCode;
+    } cases[] = {
+        {L"\\Windows\\one.exe", L"", 1},
+        {L"\\Windows\\nil.exe", L"-x", 0},
+        {L"", L"\\Windows\\one.exe -x", 1},
+    };
+    for (const auto& [path, arguments, exitCode] : cases) {
+        const std::unique_ptr<IProcess> process(getSystem().createProcess(path, arguments, {}));
+        EXPECT_EQ(process->getHandle(), nullptr);
+        EXPECT_EQ(process->getExitCode(), 0U);
+        const HANDLE handle = process->start();
+        ASSERT_NE(handle, nullptr);
+        EXPECT_EQ(process->getHandle(), handle);
+        EXPECT_EQ(process->getExitCode(), STILL_ACTIVE) << "it is loaded while its starter waits";
+        EXPECT_EQ(WaitForSingleObject(handle, INFINITE), WAIT_OBJECT_0);
+        EXPECT_EQ(process->getExitCode(), exitCode);
+        failCall("CreateProcessW");
+        EXPECT_EQ(process->start(), nullptr);
+        EXPECT_EQ(process->getHandle(), nullptr);
+        EXPECT_EQ(process->getExitCode(), 0U);
+    }
+    const std::unique_ptr<IProcess> missing(getSystem().createProcess(L"\\Windows\\missing.exe", L"", {}));
+    EXPECT_EQ(missing->start(), nullptr);
+    const std::unique_ptr<IProcess> nothing(getSystem().createProcess(L"", L"", {}));
+    EXPECT_EQ(nothing->start(), nullptr);
+}
+
+TEST(Concurrency, KeepsTheParametersOfAProcess) {
+    std::map<std::wstring, std::wstring> parameters{{L"a", L"1"}, {L"empty", L""}};
+    const std::unique_ptr<IProcess> process(getSystem().createProcess(L"\\a.exe", L"", parameters));
+    parameters[L"a"] = L"2";
+    std::wstring value = L"untouched";
+    EXPECT_FALSE(process->getParameter(L"A", value));
+    EXPECT_EQ(value, L"untouched");
+    EXPECT_TRUE(process->getParameter(L"a", value));
+    EXPECT_EQ(value, L"1");
+    EXPECT_TRUE(process->getParameter(L"empty", value));
+    EXPECT_EQ(value, L"");
+}

@@ -1,0 +1,199 @@
+#include "app/log/Logger.h"
+#include "tests/support/TestPanel.h"
+
+#include <crt.h>
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+using namespace testing_panel;
+
+namespace {
+
+const char* const LOG0 = "\\Log\\helper_log0.txt";
+const char* const LOG1 = "\\Log\\helper_log1.txt";
+
+// A log as the helper sets it up, in a folder of its own.
+struct HelperLog : Logger {
+    HelperLog() {
+        writeFile("\\Log\\unrelated", "");
+        setDirectory(L"\\Log");
+        setBaseName(L"helper_log");
+        setMaxFiles(2);
+        setMaxFileSize(102400);
+    }
+};
+
+// The lines of a file without their time stamps.
+std::string messages(const std::string& panelPath) {
+    std::string rest = readFile(panelPath);
+    std::string found;
+    for (std::size_t end; (end = rest.find('\n')) != std::string::npos; rest.erase(0, end + 1)) {
+        found += rest.substr(rest.find(';') + 1, end - rest.find(';'));
+    }
+    return found + rest;
+}
+
+// Makes a file through the platform, so that its time is the panel's.
+void touchFile(const wchar_t* path) {
+    CloseHandle(CreateFileW(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr));
+}
+
+struct RecordingListener : LogListener {
+    void receive(const LogRecord& record) override {
+        heard += record.message + L'/' + static_cast<wchar_t>(L'0' + record.level) + L' ';
+    }
+    std::wstring heard;
+};
+
+} // namespace
+
+TEST(Logger, WritesTimeLevelAndMessage) {
+    HelperLog log;
+    setTicks(8532110);
+    SYSTEMTIME now;
+    GetSystemTime(&now);
+    char expected[100];
+    std::snprintf(expected, sizeof expected, "%04d-%02d-%02d %02d:%02d:%02d,8532110;INFO;Init of Helper\n", now.wYear,
+                  now.wMonth, now.wDay, now.wHour, now.wMinute, now.wSecond);
+    log.write(L"Init of Helper", LogLevel::Info);
+    EXPECT_EQ(readFile(LOG0), expected);
+}
+
+TEST(Logger, NamesAndAdmitsLevels) {
+    HelperLog log;
+    for (const std::int32_t level : {0, 1, 2, 3, 7, -1}) {
+        log.write(L"two", level);
+        EXPECT_EQ(log.admits(level), level <= 2);
+    }
+    log.setThreshold(7);
+    for (const std::int32_t level : {3, 7, 8}) {
+        log.write(L"seven", level);
+    }
+    log.setThreshold(0);
+    log.write(L"zero", 1);
+    EXPECT_EQ(messages(LOG0), "DISPLAY;two\nERROR;two\nINFO;two\nUNKNOWN;two\nDEBUG;seven\nUNKNOWN;seven\n");
+}
+
+TEST(Logger, RotatesThroughItsFiles) {
+    writeFile(LOG0, std::string(102400, '-'));
+    HelperLog log;
+    log.write(L"full is not over", LogLevel::Info);
+    EXPECT_TRUE(readFile(LOG0).ends_with(";INFO;full is not over\n"));
+    EXPECT_GT(readFile(LOG0).size(), 102400U);
+
+    writeFile(LOG1, "of an earlier round\n");
+    log.write(L"first of the next", LogLevel::Info);
+    log.write(std::wstring(102400, L'x'), LogLevel::Info);
+    EXPECT_EQ(messages(LOG1), "INFO;first of the next\nINFO;" + std::string(102400, 'x') + "\n");
+
+    log.write(L"round again", LogLevel::Info);
+    EXPECT_EQ(messages(LOG0), "INFO;round again\n");
+}
+
+TEST(Logger, GrowsWithoutLimit) {
+    HelperLog log;
+    log.setMaxFileSize(0);
+    log.write(std::wstring(200000, L'x'), LogLevel::Info);
+    log.write(L"end", LogLevel::Info);
+    EXPECT_TRUE(readFile(LOG0).ends_with(";end\n"));
+    EXPECT_FALSE(exists(LOG1));
+}
+
+TEST(Logger, ContinuesTheFileWrittenLast) {
+    for (const wchar_t* last : {L"\\Log\\helper_log0.txt", L"\\Log\\helper_log1.txt"}) {
+        HelperLog log;
+        touchFile(L"\\Log\\helper_log0.txt");
+        touchFile(L"\\Log\\helper_log1.txt");
+        advance(5000);
+        touchFile(last);
+        log.write(L"here", LogLevel::Info);
+        EXPECT_EQ(messages(std::filesystem::path(last).string()), "INFO;here\n");
+    }
+}
+
+TEST(Logger, IgnoresOtherNames) {
+    HelperLog log;
+    touchFile(L"\\Log\\helper_log0.txt");
+    advance(5000);
+    for (const wchar_t* name : {L"helper_log5.txt", L"helper_log2.txt", L"helper_log.txt", L"helper_log1.bak",
+                                L"helper_logA1.txt", L"old_helper_log1.txt", L"helper_log-1.txt"}) {
+        touchFile((std::wstring(L"\\Log\\") + name).c_str());
+    }
+    log.write(L"here", LogLevel::Info);
+    EXPECT_EQ(messages(LOG0), "INFO;here\n");
+}
+
+TEST(Logger, LosesLinesButLivesOn) {
+    HelperLog log;
+    log.setDirectory(L"\\Log\\missing");
+    log.write(L"lost", LogLevel::Info);
+    EXPECT_FALSE(exists("\\Log\\missing"));
+    writeFile("\\Log\\missing\\folder", "");
+    log.write(L"with \u00E9, \u20AC and \U0001F600", LogLevel::Info);
+    // The next file cannot be opened: that line is lost, and the following one goes there.
+    log.write(std::wstring(102400, L'x'), LogLevel::Info);
+    failCall("CreateFileW", 2);
+    log.write(L"lost too", LogLevel::Info);
+    log.write(L"found", LogLevel::Info);
+    EXPECT_TRUE(messages("\\Log\\missing\\helper_log0.txt").starts_with("INFO;with \xE9, ? and ?\nINFO;xxx"));
+    EXPECT_EQ(messages("\\Log\\missing\\helper_log1.txt"), "INFO;found\n");
+    // A write that fails takes its own line with it and no other.
+    failCall("WriteFile");
+    log.write(L"lost as well", LogLevel::Info);
+    log.write(L"found again", LogLevel::Info);
+    EXPECT_EQ(messages("\\Log\\missing\\helper_log1.txt"), "INFO;found\nINFO;found again\n");
+}
+
+TEST(Logger, TellsItsListeners) {
+    HelperLog log;
+    EXPECT_TRUE(log.isEnabled());
+    log.setToFile(false);
+    EXPECT_FALSE(log.isEnabled());
+    EXPECT_FALSE(log.admits(LogLevel::Error));
+    RecordingListener listener;
+    log.addListener(&listener);
+    EXPECT_TRUE(log.isEnabled());
+    log.write(L"one", 1);
+    log.write(L"three", 3);
+    log.setImmediate(false);
+    log.write(L"two", 2);
+    EXPECT_EQ(listener.heard, L"one/1 two/2 ");
+    EXPECT_FALSE(exists(LOG0));
+}
+
+TEST(Logger, KeepsQueuedLinesUntilItsEnd) {
+    {
+        HelperLog log;
+        log.setImmediate(false);
+        setTicks(1000);
+        log.write(L"first", LogLevel::Info);
+        log.write(L"second", LogLevel::Info);
+        setTicks(9000);
+        EXPECT_FALSE(exists(LOG0));
+    }
+    EXPECT_EQ(messages(LOG0), "INFO;first\nINFO;second\n");
+    EXPECT_NE(readFile(LOG0).find(",1000;INFO;first\n"), std::string::npos);
+}
+
+TEST(Logger, FormatsUpTo512Characters) {
+    HelperLog log;
+    log.writeFormatted(L"%d of %s", 7, L"nine");
+    log.writeFormatted(L"%s", std::wstring(512, L'a').c_str());
+    log.writeFormatted(L"%s", std::wstring(513, L'b').c_str());
+    log.write("narrow \xE9", LogLevel::Error);
+    EXPECT_EQ(messages(LOG0), "INFO;7 of nine\nINFO;" + std::string(512, 'a') + "\nINFO;" + std::string(512, 'b') +
+                                  "\nERROR;narrow \xE9\n");
+}
+
+TEST(Logger, ChoosesItsPath) {
+    writeFile("\\MMCMemory\\Tarvex\\unrelated", "");
+    Logger byDefault;
+    byDefault.write(L"beside the program", LogLevel::Info);
+    EXPECT_EQ(messages("\\MMCMemory\\Tarvex\\log0.txt"), "INFO;beside the program\n");
+    HelperLog named;
+    named.setFilePath(L"\\Log\\one.log");
+    named.write(L"as told", LogLevel::Info);
+    EXPECT_EQ(messages("\\Log\\one.log"), "INFO;as told\n");
+    EXPECT_FALSE(exists(LOG0));
+}

@@ -1,0 +1,160 @@
+#include "OrvaUtils/IO/FileSystemException.h"
+#include "app/ExitCode.h"
+#include "app/FailureReport.h"
+#include "app/HelperSettings.h"
+#include "app/InitializeHelper.h"
+#include "app/Installation.h"
+#include "app/Paths.h"
+#include "app/log/Logger.h"
+#include "ipc/IPCDispatcherException.h"
+#include "tests/support/TestPanel.h"
+
+#include <functional>
+#include <gtest/gtest.h>
+#include <stdexcept>
+
+using namespace testing_panel;
+
+namespace {
+
+const char* const HELPER_LOG = "\\MMCMemory\\Tarvex\\helper_log0.txt";
+
+// The lines of the log without their time stamps.
+std::string logged(const char* panelPath = HELPER_LOG) {
+    std::string rest = readFile(panelPath);
+    std::string lines;
+    for (std::size_t end; (end = rest.find('\n')) != std::string::npos; rest.erase(0, end + 1)) {
+        lines += rest.substr(rest.find(';') + 1, end - rest.find(';'));
+    }
+    return lines;
+}
+
+std::wstring installationFailure(const std::function<void()>& operation) {
+    try {
+        operation();
+    } catch (const OrvaUtils::Exception& failure) {
+        return failure.message();
+    }
+    return L"none";
+}
+
+} // namespace
+
+TEST(Startup, ReportsFailuresByTheirClass) {
+    writeFile("\\Log\\unrelated", "");
+    Logger::instance().setFilePath(L"\\Log\\log.txt");
+    const std::function<void()> failures[] = {
+        [] { throw OrvaUtils::Exception(); },
+        [] { throw OrvaUtils::IO::FileSystemException(L"Invalid directory name"); },
+        [] { throw IPCDispatcherException(L"Failed to create message only window"); },
+        [] { throw std::runtime_error("hidden"); },
+        [] { throw 1; },
+    };
+    for (const auto& failure : failures) {
+        exitCode = 0;
+        try {
+            failure();
+        } catch (...) {
+            reportFailure();
+        }
+        EXPECT_EQ(exitCode, 1);
+    }
+    EXPECT_EQ(logged("\\Log\\log.txt"), "ERROR;Exception OrvaUtils::Exception: Generic Exception\n"
+                                        "ERROR;Exception OrvaUtils::IO::FileSystemException: Invalid directory name\n"
+                                        "ERROR;Exception IPCDispatcherException: Failed to create message only window\n"
+                                        "ERROR;Unexpected error\nERROR;Unexpected error\n");
+}
+
+TEST(Startup, TidiesUpInTheRightPath) {
+    writeFile("\\Old\\_rm_app.exe", "");
+    writeFile("\\Old\\kept", "");
+    writeFile("\\Busy\\_rm_dir\\file", "");
+    writeFile("\\MMCMemory\\Tarvex\\config.xml",
+              "<OrvaTarvex><Settings><CleanupDirectories><Directory Name='\\Busy'/><Directory Name='\\Old'/>"
+              "<Directory Name='\\Missing'/></CleanupDirectories></Settings></OrvaTarvex>");
+    const HANDLE busy = CreateFileW(L"\\Busy\\_rm_dir\\file", GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    HANDLE noLock = nullptr;
+    EXPECT_TRUE(InitializeHelper(noLock));
+    EXPECT_EQ(logged(), "INFO;Init of Helper\nINFO;Path \\Busy not cleaned up\n");
+    EXPECT_EQ(list("\\Old"), std::vector<std::string>{"kept"});
+    EXPECT_EQ(HelperSettings().cleanupDirectories, std::vector<std::wstring>{L"\\Busy"});
+    EXPECT_TRUE(CloseHandle(busy));
+}
+
+TEST(Startup, FailsWhenTheApplicationCannotFollowUp) {
+    writeFile("\\MMCMemory\\Tarvex\\config.xml",
+              "<OrvaTarvex><Restore InProgress='1' RepositoryPath='\\a.osr'><Components/></Restore></OrvaTarvex>");
+    HANDLE noLock = nullptr;
+    EXPECT_FALSE(InitializeHelper(noLock));
+    EXPECT_EQ(exitCode, 1);
+    EXPECT_EQ(logged(), "INFO;Init of Helper\nINFO;Follow up needed\n"
+                        "ERROR;Exception OrvaUtils::Exception: Cannot start tarvex\n");
+    EXPECT_NE(readFile("\\MMCMemory\\Tarvex\\config.xml").find("RepositoryPath=\"\\a.osr\" Force=\"0\""),
+              std::string::npos)
+        << "saved before";
+}
+
+TEST(Startup, FailsForACleanupDirectoryWithoutAName) {
+    const char* const document = "<OrvaTarvex><Settings><CleanupDirectories><Directory Name=''/></CleanupDirectories>"
+                                 "</Settings></OrvaTarvex>";
+    writeFile("\\MMCMemory\\Tarvex\\config.xml", document);
+    HANDLE noLock = nullptr;
+    EXPECT_FALSE(InitializeHelper(noLock));
+    EXPECT_EQ(logged(), "INFO;Init of Helper\n"
+                        "ERROR;Exception OrvaUtils::IO::FileSystemException: Invalid directory name\n");
+    EXPECT_EQ(readFile("\\MMCMemory\\Tarvex\\config.xml"), document);
+}
+
+TEST(Installation, FindsTheApplicationOnADisk) {
+    EXPECT_FALSE(anyDiskHoldsApplication());
+    EXPECT_EQ(installationFailure([] { findApplicationSource(); }), L"Tarvex not found in any external disk");
+    writeFile("\\Hard Disk\\Tarvex\\Tarvex.exe\\folder", "");
+    writeFile("\\Hard Disk2\\Tarvex\\Tarvex.exe", "");
+    EXPECT_FALSE(diskHoldsApplication(L"Hard Disk"));
+    EXPECT_TRUE(anyDiskHoldsApplication());
+    EXPECT_EQ(findApplicationSource(), L"Hard Disk2\\Tarvex");
+    std::filesystem::remove_all(hostPath("\\Hard Disk\\Tarvex\\Tarvex.exe"));
+    writeFile("\\Hard Disk\\Tarvex\\Tarvex.exe", "");
+    EXPECT_EQ(findApplicationSource(), L"Hard Disk\\Tarvex");
+}
+
+TEST(Installation, CopiesTheFolderFromADisk) {
+    writeFile("\\Hard Disk2\\Tarvex\\Tarvex.exe", "application");
+    writeFile("\\Hard Disk2\\Tarvex\\data\\file", "data");
+    writeFile("\\Hard Disk2\\Tarvex\\config.xml", "of the disk");
+    writeFile("\\MMCMemory\\Tarvex\\config.xml", "of the panel");
+    installApplication();
+    EXPECT_EQ(readFile(R"(\MMCMemory\Tarvex\Tarvex.exe)"), "application");
+    EXPECT_EQ(readFile(R"(\MMCMemory\Tarvex\data\file)"), "data");
+    EXPECT_EQ(readFile(R"(\MMCMemory\Tarvex\config.xml)"), "of the panel");
+}
+
+TEST(Installation, CopiesTheHelperFile) {
+    const auto copy = [](const wchar_t* source, const wchar_t* destination) {
+        return installationFailure([&] { copyHelperFile(source, destination); });
+    };
+    writeFile("\\S\\helper", "new");
+    writeFile("\\D\\old", "old");
+    writeFile("\\D\\locked", "old");
+    ASSERT_TRUE(SetFileAttributesW(L"\\D\\locked", FILE_ATTRIBUTE_READONLY));
+    EXPECT_EQ(copy(L"\\S\\missing", L"\\D\\x"), L"Cannot find \\S\\missing to copy");
+    EXPECT_EQ(copy(L"\\S", L"\\D\\x"), L"Cannot find \\S to copy");
+    EXPECT_EQ(copy(L"\\S\\helper", L"\\D\\locked"), L"Cannot copy \\S\\helper to \\D\\locked");
+    EXPECT_EQ(copy(L"\\S\\helper", L"\\E\\F\\x"), L"Cannot copy \\S\\helper to \\E\\F\\x") << "one level only";
+    EXPECT_EQ(copy(L"\\S\\helper", L"\\D\\old"), L"none");
+    EXPECT_EQ(readFile("\\D\\old"), "new");
+    EXPECT_EQ(copy(L"\\S\\helper", L"\\E\\x"), L"none");
+    EXPECT_EQ(readFile("\\E\\x"), "new");
+}
+
+TEST(Installation, RegistersWhereItStarted) {
+    const char* const helper = "\\MMCMemory\\Tarvex\\TarvexHelper.exe";
+    if (!exists(helper)) {
+        writeFile(helper, "");
+    }
+    writeFile("\\MMCMemory\\Tarvex\\other", "");
+    registerStartLocationForCleanup();
+    EXPECT_EQ(HelperSettings::instance().cleanupDirectories, std::vector<std::wstring>{L"\\MMCMemory\\Tarvex"});
+    EXPECT_FALSE(exists(helper));
+    EXPECT_TRUE(exists("\\MMCMemory\\Tarvex\\other"));
+}
