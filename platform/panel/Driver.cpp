@@ -44,6 +44,8 @@ const char* errorText(std::uint32_t error) {
         return "it is a folder";
     case 89:
         return "the panel runs as many programs as it can";
+    case 123:
+        return "that is no path of the panel (such as \\MMCMemory\\Tarvex\\Tarvex.exe)";
     case 193:
         return "it is no program (a program for the panel's simulation, or a script that begins with #!)";
     default:

@@ -87,6 +87,7 @@ void Gate::applyFaults() {
             processes::killAll(panel);
             panel.on = 0;
             lock.release();
+            scheduler::deliverWakes(panel);
             raise(SIGKILL);
         }
         if (fault.action == FaultAction::fail) {

@@ -1,6 +1,7 @@
 #include "platform/panel/kernel/Host.h"
 
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <ctime>
 #include <fcntl.h>
@@ -54,6 +55,10 @@ std::uint64_t startTime(std::int32_t pid) {
         ++field;
     }
     return std::strtoull(field, nullptr, 10);
+}
+
+bool exists(std::int32_t pid) {
+    return kill(pid, 0) == 0 || errno == EPERM;
 }
 
 bool waitForEnd(std::int32_t pid, std::uint64_t start, std::uint32_t milliseconds) {

@@ -20,6 +20,8 @@ inline bool isAlive(std::int32_t pid, std::uint64_t start) {
     return pid != 0 && startTime(pid) == start;
 }
 
+bool exists(std::int32_t pid); // cheap; true also for one that only waits to be reaped
+
 // Waits until the process is gone, at most so many real milliseconds; false if it still lives.
 bool waitForEnd(std::int32_t pid, std::uint64_t start, std::uint32_t milliseconds);
 

@@ -17,6 +17,17 @@ constexpr std::uint32_t waitTimeout = 258;
 thread_local Slot releasedHere[maxThreads];
 thread_local std::uint32_t releasedCount;
 
+// A killed driver does not leave time running behind it.
+bool aDriverWaits(Image& image) {
+    if (image.waitingDrivers == 0)
+        return false;
+    for (const ThreadRecord& thread : image.threads)
+        if (thread.state == ThreadState::waiting && thread.driver &&
+            host::exists(image.processes[thread.process - 1].hostPid))
+            return true;
+    return false;
+}
+
 } // namespace
 
 ThreadRecord& at(Image& image, Slot thread) {
@@ -123,7 +134,7 @@ void releaseDue(Image& image) {
 }
 
 void step(Image& image) {
-    while (image.clock.mode == ClockMode::stepped && image.running == 0 && image.waitingDrivers > 0) {
+    while (image.clock.mode == ClockMode::stepped && image.running == 0 && aDriverWaits(image)) {
         std::uint64_t nearest = never;
         for (const ThreadRecord& thread : image.threads)
             if (thread.state == ThreadState::waiting)

@@ -1,0 +1,20 @@
+// The commands of `panel`. Each function adds its commands to the application; both arguments live until it has run.
+//
+// A command that fails throws std::runtime_error with a text for people: what, and the remedy.
+#pragma once
+
+#include "platform/tool/Tool.h"
+
+namespace tool {
+
+void addPowerCommands(CLI::App& app, Tool& tool); // create, boot, off, cut, advance
+void addDiskCommands(CLI::App& app, Tool& tool); // plug, unplug
+void addStartCommand(CLI::App& app, Tool& tool);
+void addProcessCommands(CLI::App& app, Tool& tool); // ps, wait
+void addSendCommand(CLI::App& app, Tool& tool);
+void addStatusCommand(CLI::App& app, Tool& tool);
+void addLogCommand(CLI::App& app, Tool& tool);
+void addTraceCommands(CLI::App& app, Tool& tool);
+void addFaultCommands(CLI::App& app, Tool& tool);
+
+} // namespace tool

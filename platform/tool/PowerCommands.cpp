@@ -1,0 +1,113 @@
+#include "platform/tool/Commands.h"
+#include "platform/tool/Table.h"
+#include "platform/tool/Units.h"
+
+#include <cstdio>
+#include <memory>
+#include <stdexcept>
+
+namespace tool {
+
+namespace {
+
+struct CreateOptions {
+    std::string directory;
+    std::string screen = "800x480";
+    std::string date;
+};
+
+void create(const CreateOptions& options) {
+    panel::PanelOptions facts;
+    int used = 0;
+    if (std::sscanf(options.screen.c_str(), "%ux%u%n", &facts.screenWidth, &facts.screenHeight, &used) != 2 ||
+        static_cast<std::size_t>(used) != options.screen.size() || facts.screenWidth - 1 > 16383 ||
+        facts.screenHeight - 1 > 16383)
+        throw std::runtime_error("not a screen size: \"" + options.screen + "\" (such as 800x480)");
+    if (!options.date.empty())
+        facts.date = parseDate(options.date);
+    const auto made = panel::Panel::create(options.directory, facts);
+    std::printf("Made a panel in %s: screen %u x %u, %s\n", made.directory().c_str(), facts.screenWidth,
+                facts.screenHeight, formatDate(made.options().date).c_str());
+}
+
+void addCreate(CLI::App& app) {
+    auto* command = app.add_subcommand("create", "Make a new panel, switched off, in a directory of its own");
+    auto options = std::make_shared<CreateOptions>();
+    command->add_option("DIR", options->directory, "Its directory: new, or empty")->required();
+    command->add_option("--screen", options->screen, "Screen size in pixels")->type_name("WxH")->capture_default_str();
+    command->add_option("--date", options->date, "What its calendar clock shows (UTC); default: the date of today")
+        ->type_name("DATE");
+    command->callback([options] { create(*options); });
+}
+
+struct Boot {
+    bool stepped = false;
+    bool flowing = false;
+    double factor = 1;
+    std::string ticks = "0";
+};
+
+void boot(const panel::Panel& panel, const Boot& options) {
+    panel::BootOptions facts;
+    facts.mode = options.stepped ? panel::ClockMode::stepped : panel::ClockMode::flowing;
+    facts.factor = options.factor;
+    const std::int64_t ticks = parseNumber(options.ticks);
+    if (ticks < 0 || ticks > 0xFFFFFFFF)
+        throw std::runtime_error("the tick count has 32 bits: \"" + options.ticks + "\" is none");
+    facts.ticks = static_cast<std::uint32_t>(ticks);
+    panel::Panel(panel).boot(facts);
+    std::printf("The panel is %s, its time %s\n", toned("on", Tone::good).c_str(),
+                options.stepped ? "stands still until a command waits" : "flows");
+}
+
+void addBoot(CLI::App& app, Tool& tool) {
+    auto* command = app.add_subcommand("boot", "Switch the panel on");
+    auto options = std::make_shared<Boot>();
+    auto* flowing = command->add_flag("--flowing", options->flowing, "Panel time flows like real time (default)");
+    auto* stepped = command->add_flag("--stepped", options->stepped,
+                                      "Panel time stands still; it jumps from event to event while a command waits");
+    auto* factor = command->add_option("--factor", options->factor, "Panel seconds in a real second, with --flowing");
+    stepped->excludes(flowing)->excludes(factor);
+    command->add_option("--ticks", options->ticks, "The tick count at boot, ms; 0xFFFFF000 is shortly before its wrap")
+        ->type_name("N")
+        ->capture_default_str();
+    command->callback([options, &tool] { boot(tool.panel(), *options); });
+}
+
+void addOff(CLI::App& app, Tool& tool) {
+    app.add_subcommand("off", "Switch the panel off: all programs end")->callback([&tool] {
+        tool.panel().off();
+        std::printf("The panel is %s\n", toned("off", Tone::bad).c_str());
+    });
+    app.add_subcommand("cut", "Cut the panel's power: what programs have not written is lost")->callback([&tool] {
+        tool.panel().cut();
+        std::printf("The panel is %s, its power was cut\n", toned("off", Tone::bad).c_str());
+    });
+}
+
+void advance(const panel::Panel& panel, std::uint64_t duration) {
+    panel::Driver driver(panel);
+    if (driver.waitUntil([&] { return !driver.isOn(); }, duration))
+        throw std::runtime_error("the panel was switched off meanwhile");
+    const panel::PanelStatus status = driver.status();
+    std::printf("%llu ms since boot, %s\n", static_cast<unsigned long long>(status.time),
+                formatDate(status.date).c_str());
+}
+
+void addAdvance(CLI::App& app, Tool& tool) {
+    auto* command = app.add_subcommand("advance", "Let panel time pass, and print the new time");
+    auto duration = std::make_shared<std::string>();
+    command->add_option("DURATION", *duration, "1500, 1500ms, 5s, 2min, 1h")->required();
+    command->callback([duration, &tool] { advance(tool.panel(), parseDuration(*duration)); });
+}
+
+} // namespace
+
+void addPowerCommands(CLI::App& app, Tool& tool) {
+    addCreate(app);
+    addBoot(app, tool);
+    addOff(app, tool);
+    addAdvance(app, tool);
+}
+
+} // namespace tool

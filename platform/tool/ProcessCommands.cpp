@@ -1,0 +1,155 @@
+#include "platform/tool/Commands.h"
+#include "platform/tool/Table.h"
+#include "platform/tool/Units.h"
+
+#include "platform/panel/Client.h"
+#include "platform/panel/Text.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <stdexcept>
+
+namespace tool {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+std::string stateOf(const panel::ProcessStatus& process) {
+    if (process.threads == 0)
+        return "unknown"; // a program that knows nothing of the panel
+    return process.threads == process.waiting ? "waits" : "runs";
+}
+
+void printAsJson(const panel::PanelStatus& status, bool all) {
+    Json list = Json::array();
+    for (const auto& process : status.processes)
+        if (all || !process.driver)
+            list.push_back({{"name", process.name},
+                            {"path", process.path},
+                            {"arguments", process.commandLine},
+                            {"state", stateOf(process)},
+                            {"threads", process.threads},
+                            {"waiting", process.waiting},
+                            {"hostPid", process.hostPid}});
+    Json ended = Json::array();
+    for (const auto& process : status.ended)
+        ended.push_back({{"name", process.name}, {"exitCode", process.exitCode}, {"time", process.time}});
+    Json answer{{"processes", std::move(list)}};
+    if (all)
+        answer["ended"] = std::move(ended);
+    std::puts(answer.dump(2).c_str());
+}
+
+void list(const panel::Panel& panel, bool all, bool json) {
+    const panel::PanelStatus status = panel::Driver(panel).status();
+    if (json)
+        return printAsJson(status, all);
+    Table table({"NAME", "STATE", "THREADS", "PID", "PATH", "ARGUMENTS"});
+    for (const auto& process : status.processes)
+        if (all || !process.driver)
+            table.add({process.name, stateOf(process), std::to_string(process.threads), std::to_string(process.hostPid),
+                       process.path, process.commandLine});
+    if (all)
+        for (const auto& process : status.ended)
+            table.add({process.name, "ended, " + std::to_string(process.exitCode)});
+    table.print();
+    if (table.empty())
+        std::puts("No program runs on the panel.");
+}
+
+void addPs(CLI::App& app, Tool& tool) {
+    struct Options {
+        bool all = false;
+        bool json = false;
+    };
+    auto* command = app.add_subcommand("ps", "List the programs that run on the panel");
+    auto options = std::make_shared<Options>();
+    command->add_flag("--all", options->all, "With those that have ended, and their exit codes, and panel commands");
+    command->add_flag("--json", options->json, "Answer in JSON");
+    command->callback([options, &tool] { list(tool.panel(), options->all, options->json); });
+}
+
+struct WaitOptions {
+    std::string window;
+    std::string process;
+    bool json = false;
+    std::string limit = "1min";
+};
+
+// Whether a process is meant by "TarvexHelper.exe#2", or by "TarvexHelper.exe".
+bool isMeant(const std::string& wanted, const std::string& name) {
+    return panel::equalCaseBlind(wanted, name) || panel::equalCaseBlind(wanted, name.substr(0, name.rfind('#')));
+}
+
+// The latest start of the program if it has ended.
+std::optional<panel::EndedStatus> findEnded(panel::Driver& driver, const std::string& wanted) {
+    const panel::PanelStatus status = driver.status();
+    for (const auto& process : status.processes)
+        if (isMeant(wanted, process.name))
+            return std::nullopt;
+    const auto found = std::find_if(status.ended.rbegin(), status.ended.rend(),
+                                    [&](const panel::EndedStatus& ended) { return isMeant(wanted, ended.name); });
+    return found == status.ended.rend() ? std::nullopt : std::optional(*found);
+}
+
+void report(const panel::EndedStatus& ended, bool json) {
+    if (json)
+        std::puts(Json{{"name", ended.name}, {"exitCode", ended.exitCode}, {"time", ended.time}}.dump(2).c_str());
+    else
+        std::printf("%s ended with exit code %s\n", ended.name.c_str(),
+                    toned(std::to_string(ended.exitCode), ended.exitCode ? Tone::bad : Tone::good).c_str());
+}
+
+void wait(Tool& tool, const WaitOptions& options) {
+    if (options.window.empty() == options.process.empty())
+        throw std::runtime_error("wait for what? Name either --window CLASS or --exit PROCESS");
+    const std::uint32_t limit = parseLimit(options.limit);
+    panel::Driver driver(tool.panel());
+    std::optional<panel::EndedStatus> ended;
+    const bool happened = driver.waitUntil(
+        [&] {
+            if (!driver.isOn())
+                return true;
+            if (!options.window.empty())
+                return panel::findWindow(options.window) != 0;
+            ended = findEnded(driver, options.process);
+            return ended.has_value();
+        },
+        limit);
+    if (!driver.isOn())
+        throw std::runtime_error("the panel was switched off meanwhile");
+    if (ended)
+        report(*ended, options.json);
+    if (happened)
+        return;
+    complain((options.window.empty() ? options.process + " has not ended" : "there is no window " + options.window) +
+             " after " + formatDuration(limit) + " (--limit allows more)");
+    tool.exitCode = limitPassed;
+}
+
+void addWait(CLI::App& app, Tool& tool) {
+    auto* command = app.add_subcommand("wait", "Let panel time pass until something has happened");
+    auto options = std::make_shared<WaitOptions>();
+    command->add_option("--window", options->window, "A window of this class is there")->type_name("CLASS");
+    command
+        ->add_option("--exit", options->process, "It has ended: TarvexHelper.exe#2, or TarvexHelper.exe, the last one")
+        ->type_name("PROCESS");
+    command->add_option("--limit", options->limit, "How long at most; exit code 124 if it has passed")
+        ->type_name("DURATION")
+        ->capture_default_str();
+    command->add_flag("--json", options->json, "Answer in JSON");
+    command->callback([options, &tool] { wait(tool, *options); });
+}
+
+} // namespace
+
+void addProcessCommands(CLI::App& app, Tool& tool) {
+    addPs(app, tool);
+    addWait(app, tool);
+}
+
+} // namespace tool

@@ -1,0 +1,81 @@
+#include "platform/tool/Commands.h"
+#include "platform/tool/Table.h"
+#include "platform/tool/Units.h"
+
+#include "platform/panel/Client.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstdio>
+#include <memory>
+#include <stdexcept>
+
+namespace tool {
+
+namespace {
+
+struct SendOptions {
+    std::string window;
+    std::string message;
+    std::string wParam;
+    std::string lParam = "0";
+    std::string limit = "20s";
+    bool post = false;
+    bool json = false;
+};
+
+// The panel's parameters have 32 bits, signed or not.
+std::int64_t parameter(const std::string& text) {
+    const std::int64_t value = parseNumber(text);
+    if (value < INT32_MIN || value > UINT32_MAX)
+        throw std::runtime_error("more than 32 bits: " + text);
+    return value;
+}
+
+void print(const std::optional<std::int64_t>& result, const SendOptions& options) {
+    if (options.json)
+        std::puts(nlohmann::ordered_json{{"answered", result.has_value()},
+                                         {"result", result ? nlohmann::ordered_json(*result) : nullptr}}
+                      .dump(2)
+                      .c_str());
+    else if (result)
+        std::printf("%lld\n", static_cast<long long>(*result));
+}
+
+void send(Tool& tool, const SendOptions& options) {
+    const auto wParam = static_cast<std::uint32_t>(parameter(options.wParam));
+    const auto lParam = static_cast<std::int32_t>(parameter(options.lParam));
+    const std::uint32_t limit = parseLimit(options.limit);
+    const panel::Driver driver(tool.panel());
+    const std::uint32_t window = panel::findWindow(options.window);
+    if (!window)
+        throw std::runtime_error("no window of class " + options.window + " (panel status lists the windows)");
+    if (options.post)
+        return panel::postMessage(window, options.message, wParam, lParam);
+    const auto result = panel::sendMessage(window, options.message, wParam, lParam, limit);
+    print(result, options);
+    if (result)
+        return;
+    const bool gone = panel::findWindow(options.window) != window;
+    complain(options.window + (gone ? " went without an answer" : " did not answer within " + formatDuration(limit)));
+    tool.exitCode = gone ? failed : limitPassed;
+}
+
+} // namespace
+
+void addSendCommand(CLI::App& app, Tool& tool) {
+    auto* command = app.add_subcommand("send", "Send a message to a window, and print what the window answers");
+    auto options = std::make_shared<SendOptions>();
+    command->add_option("CLASS", options->window, "The window's class, such as ORVATarvexHelper")->required();
+    command->add_option("MESSAGE", options->message, "The registered message's name, or a number")->required();
+    command->add_option("WPARAM", options->wParam, "A number; the helper's command codes go here")->required();
+    command->add_option("LPARAM", options->lParam, "A number")->capture_default_str();
+    command->add_flag("--post", options->post, "Post it: ends at once, without an answer");
+    command->add_option("--limit", options->limit, "How long to wait for the answer; exit code 124 if it has passed")
+        ->type_name("DURATION")
+        ->capture_default_str();
+    command->add_flag("--json", options->json, "Answer in JSON");
+    command->callback([options, &tool] { send(tool, *options); });
+}
+
+} // namespace tool

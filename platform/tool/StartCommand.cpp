@@ -1,0 +1,117 @@
+#include "platform/tool/Commands.h"
+#include "platform/tool/Table.h"
+#include "platform/tool/Units.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstdio>
+#include <fstream>
+#include <memory>
+#include <sstream>
+
+namespace tool {
+
+namespace {
+
+constexpr const char* help = R"(
+panel start [OPTIONS] PATH [ARGUMENTS...]; arguments that are options of this command too stand behind a --.
+Without --wait the program begins when this command ends.
+Exit code with --wait: the program's own from 0 to 123; 124: the limit has passed and it still runs; 125: it could not
+be started; 126: its exit code is above 123 (it is printed).
+)";
+
+constexpr std::uint32_t largestCode = 123;
+
+struct StartOptions {
+    std::string path;
+    bool wait = false;
+    bool json = false;
+    std::string limit = "1min";
+};
+
+// One string, as the platform hands it over.
+std::string commandLine(const std::vector<std::string>& words) {
+    std::string line;
+    for (const std::string& word : words) {
+        const bool quote = word.empty() || word.find(' ') != std::string::npos;
+        line += (line.empty() ? "" : " ") + (quote ? '"' + word + '"' : word);
+    }
+    return line;
+}
+
+// What the program has printed, which is seldom more than the report of its crash.
+std::string output(const panel::Panel& panel, const std::string& process) {
+    std::ifstream file(panel.directory() / "run/output" / process, std::ios::binary);
+    std::ostringstream content;
+    content << file.rdbuf();
+    return content.str();
+}
+
+void report(const std::string& process, const std::optional<std::uint32_t>& code, const std::string& printed,
+            bool json) {
+    if (json) {
+        nlohmann::ordered_json answer{{"name", process}, {"running", !code}};
+        if (code) {
+            answer["exitCode"] = *code;
+            answer["output"] = printed;
+        }
+        std::puts(answer.dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
+        return;
+    }
+    std::fputs(printed.c_str(), stdout);
+    if (code)
+        std::printf("%s ended with exit code %s\n", process.c_str(),
+                    toned(std::to_string(*code), *code ? Tone::bad : Tone::good).c_str());
+}
+
+void start(Tool& tool, const StartOptions& options, const std::vector<std::string>& arguments) {
+    const panel::Panel panel = tool.panel();
+    const std::uint32_t limit = parseLimit(options.limit);
+    panel::Driver driver(panel);
+    const panel::ProcessHandle process = driver.start(options.path, commandLine(arguments));
+    if (!options.json)
+        std::printf("%s\n", toned(process.name, Tone::strong).c_str());
+    std::fflush(stdout);
+    if (!options.wait) {
+        if (options.json)
+            report(process.name, std::nullopt, {}, true);
+        return;
+    }
+    const auto code = driver.waitForExit(process, limit);
+    if (code && driver.isOn())
+        driver.waitForLingering();
+    report(process.name, code, code ? output(panel, process.name) : "", options.json);
+    if (!driver.isOn())
+        complain("the panel was switched off meanwhile");
+    else if (!code)
+        complain(process.name + " still runs after " + formatDuration(limit) + " (--limit allows more)");
+    tool.exitCode = !driver.isOn()         ? tool.failureCode
+                    : !code                ? limitPassed
+                    : *code <= largestCode ? static_cast<int>(*code)
+                                           : codeTooLarge;
+}
+
+} // namespace
+
+void addStartCommand(CLI::App& app, Tool& tool) {
+    auto* command = app.add_subcommand("start", "Start a program of the panel, and print its name among the processes");
+    auto options = std::make_shared<StartOptions>();
+    command->add_option("PATH", options->path, "The program, such as \"\\Hard Disk\\Tarvex\\TarvexHelper.exe\"")
+        ->required();
+    command->add_flag("--wait", options->wait, "Wait until it has ended, and print its exit code and what it printed");
+    command->add_option("--limit", options->limit, "With --wait: how long at most")
+        ->type_name("DURATION")
+        ->capture_default_str();
+    command->add_flag("--json", options->json, "Answer in JSON");
+    command->prefix_command();
+    command->fallthrough(false); // the program's arguments are its own
+    command->footer(help);
+    command->callback([options, command, &tool] {
+        tool.failureCode = options->wait ? notStarted : failed;
+        std::vector<std::string> words = command->remaining();
+        words.insert(words.end(), tool.behindDashes.begin(), tool.behindDashes.end());
+        start(tool, *options, words);
+    });
+}
+
+} // namespace tool

@@ -1,0 +1,104 @@
+#include "platform/tool/Commands.h"
+#include "platform/tool/Table.h"
+#include "platform/tool/Units.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstdio>
+#include <memory>
+
+namespace tool {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+using panel::ClockMode;
+
+void addRunning(Json& answer, const panel::PanelStatus& status, std::size_t faults) {
+    answer["date"] = formatDate(status.date);
+    answer["clock"] = {{"mode", status.mode == ClockMode::stepped ? "stepped" : "flowing"},
+                       {"factor", status.factor},
+                       {"time", status.time},
+                       {"ticks", status.ticks}};
+    answer["trace"] = status.tracing;
+    answer["faults"] = faults;
+    for (const auto& process : status.processes)
+        if (!process.driver)
+            answer["processes"].push_back(process.name);
+    for (const auto& ended : status.ended)
+        answer["ended"].push_back({{"name", ended.name}, {"exitCode", ended.exitCode}, {"time", ended.time}});
+    for (const auto& window : status.windows)
+        answer["windows"].push_back(
+            {{"class", window.className}, {"process", window.process}, {"visible", window.visible}});
+}
+
+std::string describe(const panel::Volume& volume) {
+    return '\\' + volume.name + (volume.inPlace ? " (disk, in place)" : volume.disk ? " (disk)" : "");
+}
+
+void addRunning(Table& facts, const panel::PanelStatus& status, std::size_t faults) {
+    const bool stepped = status.mode == ClockMode::stepped;
+    char factor[32];
+    std::snprintf(factor, sizeof factor, "flowing, x %g", status.factor);
+    facts.add({"clock", stepped ? "stepped" : status.factor == 1 ? "flowing" : factor});
+    facts.add({"date", formatDate(status.date)});
+    facts.add({"tick count", std::to_string(status.ticks)});
+    facts.add({"trace", status.tracing ? "on" : "off"});
+    facts.add({"faults", faults ? std::to_string(faults) + " asked for (panel fault list)" : "none"});
+    for (const auto& process : status.processes)
+        if (!process.driver)
+            facts.add({"process", process.name + "  " + process.path});
+    for (const auto& ended : status.ended)
+        facts.add({"ended", ended.name + "  exit code " + std::to_string(ended.exitCode) + ", " +
+                                formatDuration(ended.time) + " after boot"});
+    for (const auto& window : status.windows)
+        facts.add({"window", window.className + " of " + window.process + (window.visible ? ", visible" : ", hidden")});
+}
+
+void print(const panel::Panel& panel, bool json) {
+    const panel::PanelOptions options = panel.options();
+    const bool on = panel.isOn();
+    panel::PanelStatus status{};
+    std::size_t faults = 0;
+    if (on) {
+        panel::Driver driver(panel);
+        status = driver.status();
+        faults = driver.faults().size();
+    }
+    if (json) {
+        Json answer{{"directory", panel.directory().string()},
+                    {"on", on},
+                    {"screen", {{"width", options.screenWidth}, {"height", options.screenHeight}}},
+                    {"date", formatDate(options.date)}};
+        for (const auto& volume : panel.volumes())
+            answer["volumes"].push_back({{"name", volume.name}, {"disk", volume.disk}, {"inPlace", volume.inPlace}});
+        for (const char* list : {"processes", "ended", "windows"})
+            answer[list] = Json::array();
+        if (on)
+            addRunning(answer, status, faults);
+        std::puts(answer.dump(2).c_str());
+        return;
+    }
+    Table facts;
+    facts.add({"panel", panel.directory().string()});
+    facts.add({"power", on ? "on, booted " + formatDuration(status.time) + " ago" : "off (panel boot switches it on)"});
+    facts.add({"screen", std::to_string(options.screenWidth) + " x " + std::to_string(options.screenHeight)});
+    for (const auto& volume : panel.volumes())
+        facts.add({"volume", describe(volume)});
+    if (on)
+        addRunning(facts, status, faults);
+    else
+        facts.add({"date", formatDate(options.date) + " (as it is stored)"});
+    facts.print();
+}
+
+} // namespace
+
+void addStatusCommand(CLI::App& app, Tool& tool) {
+    auto* command = app.add_subcommand("status", "Show how the panel is, also when it is off");
+    auto json = std::make_shared<bool>(false);
+    command->add_flag("--json", *json, "Answer in JSON");
+    command->callback([json, &tool] { print(tool.panel(), *json); });
+}
+
+} // namespace tool

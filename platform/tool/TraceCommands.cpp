@@ -1,0 +1,66 @@
+#include "platform/tool/Commands.h"
+#include "platform/tool/FileTail.h"
+#include "platform/tool/Follow.h"
+#include "platform/tool/TraceFilter.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <stdexcept>
+
+namespace tool {
+
+namespace {
+
+struct ShowOptions {
+    bool follow = false;
+    TraceFilter filter;
+};
+
+void show(const panel::Panel& panel, const ShowOptions& options) {
+    const std::filesystem::path file = panel.directory() / "run/trace";
+    if (!options.follow && !std::filesystem::exists(file))
+        throw std::runtime_error("nothing is traced yet (panel trace on switches the trace on)");
+    FileTail trace;
+    const auto print = [&] {
+        for (const std::string& line : trace.newLines(file))
+            if (options.filter.admits(line))
+                std::printf("%s\n", line.c_str());
+        std::fflush(stdout);
+    };
+    if (options.follow)
+        followWhileOn(panel, print);
+    else
+        print();
+}
+
+void addShow(CLI::App& trace, Tool& tool) {
+    auto* command = trace.add_subcommand("show", "Print the trace, also of a panel that was switched off");
+    auto options = std::make_shared<ShowOptions>();
+    command->add_flag("--follow", options->follow, "Go on with new lines until the panel is switched off");
+    command->add_option("--function", options->filter.functions, "Only calls of these functions")->type_name("NAME");
+    command->add_option("--process", options->filter.processes, "Only these: TarvexHelper.exe, or TarvexHelper.exe#2")
+        ->type_name("NAME");
+    command->add_option("--thread", options->filter.thread, "Only the thread of this number")->type_name("N");
+    command->add_flag("--failed", options->filter.failuresOnly, "Only calls that left an error");
+    command->callback([options, &tool] { show(tool.panel(), *options); });
+}
+
+} // namespace
+
+void addTraceCommands(CLI::App& app, Tool& tool) {
+    auto* trace = app.add_subcommand("trace", "Record the platform calls of all programs");
+    trace->require_subcommand(1);
+    trace->add_subcommand("on", "Record from now on, behind what is recorded already")->callback([&tool] {
+        panel::Driver(tool.panel()).setTracing(true);
+    });
+    trace->add_subcommand("off", "Stop recording")->callback([&tool] {
+        panel::Driver(tool.panel()).setTracing(false);
+    });
+    addShow(*trace, tool);
+    trace->add_subcommand("clear", "Forget what is recorded")->callback([&tool] {
+        std::filesystem::remove(tool.panel().directory() / "run/trace");
+    });
+}
+
+} // namespace tool

@@ -1,0 +1,18 @@
+// Durations, dates and numbers as people write and read them. What cannot be read throws std::runtime_error.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace tool {
+
+std::uint64_t parseDuration(const std::string& text); // ms: "1500", "1500ms", "1.5s", "2min", "1h"
+std::uint32_t parseLimit(const std::string& text); // a duration for the panel's 32-bit time-outs, below "for ever"
+std::string formatDuration(std::uint64_t milliseconds); // "950 ms", "1.5 s", "2 min 3 s"
+
+std::int64_t parseDate(const std::string& text); // ms since 1970 UTC: "2024-03-07", "2024-03-07T06:05:09"
+std::string formatDate(std::int64_t milliseconds); // "2024-03-07 06:05:09 UTC"
+
+std::int64_t parseNumber(const std::string& text); // decimal or "0x..", with a sign
+
+} // namespace tool

@@ -1,0 +1,64 @@
+// The panel command.
+#include "platform/tool/Commands.h"
+#include "platform/tool/Interruption.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <exception>
+#include <string_view>
+
+namespace {
+
+constexpr const char* description = "Makes a simulated operator panel and works with it.";
+
+constexpr const char* examples = R"(
+Begin with:
+  panel create my-panel
+  panel -C my-panel boot
+  panel -C my-panel plug FOLDER --as "Hard Disk"
+  panel -C my-panel start "\Hard Disk\Tarvex\TarvexHelper.exe"
+  panel -C my-panel log --follow
+
+Durations are 1500, 1500ms, 5s, 2min or 1h, in the panel's time.
+On a panel booted with --stepped, time moves only while one of these commands waits: advance, start --wait, send,
+wait, log --until.
+)";
+
+} // namespace
+
+int main(int argc, char** argv) {
+    tool::endDriverWhenInterrupted();
+    CLI::App app{description, "panel"};
+    app.require_subcommand(0, 1);
+    app.fallthrough(); // -C may stand behind the command too
+    tool::Tool shared(app);
+    char** const dashes = std::find(argv, argv + argc, std::string_view("--"));
+    if (dashes != argv + argc)
+        shared.behindDashes.assign(dashes + 1, argv + argc);
+    tool::addPowerCommands(app, shared);
+    tool::addDiskCommands(app, shared);
+    tool::addStartCommand(app, shared);
+    tool::addProcessCommands(app, shared);
+    tool::addSendCommand(app, shared);
+    tool::addStatusCommand(app, shared);
+    tool::addLogCommand(app, shared);
+    tool::addTraceCommands(app, shared);
+    tool::addFaultCommands(app, shared);
+    app.footer(examples); // last: the commands do not inherit it then
+    try {
+        app.parse(static_cast<int>(dashes - argv), argv);
+        if (app.get_subcommands().empty()) {
+            std::fputs(app.help().c_str(), stderr);
+            return tool::wrongUsage;
+        }
+    } catch (const CLI::ParseError& error) {
+        if (error.get_exit_code() == 0)
+            return app.exit(error); // --help
+        tool::complain(std::string(error.what()) + " (--help shows what is possible)");
+        return tool::wrongUsage;
+    } catch (const std::exception& error) {
+        tool::complain(error.what());
+        return shared.failureCode;
+    }
+    return shared.exitCode;
+}
