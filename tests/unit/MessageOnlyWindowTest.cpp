@@ -1,6 +1,7 @@
 #include "ipc/MessageOnlyWindow.h"
 #include "OrvaUtils/Concurrency/ISystem.h"
 #include "OrvaUtils/Exception.h"
+#include "platform/panel/Client.h"
 #include "tests/support/TestPanel.h"
 #include "tests/unit/OtherThread.h"
 
@@ -8,6 +9,7 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 
 using namespace testing_panel;
@@ -273,6 +275,26 @@ TEST(MessageOnlyWindow, LetsExceptionsOfPostedMessagesOut) {
     });
     window.run();
     EXPECT_EQ(thrown, 2);
+}
+
+TEST(MessageOnlyWindow, LetsExceptionsOfSentMessagesOutAndAnswersZero) {
+    KnownWindow window;
+    Handler throwing([](UINT, WPARAM) -> LRESULT { throw OrvaUtils::Exception(L"Out of paper"); });
+    Handler answering([](UINT, WPARAM wParam) { return static_cast<LRESULT>(wParam) + 1; });
+    window.registerHandler(GREETING, &throwing);
+    window.registerHandler(FAREWELL, &answering);
+    std::optional<std::int64_t> answers[2];
+    OtherThread client([&] {
+        const std::uint32_t number = panel::findWindow("Known");
+        answers[0] = panel::sendMessage(number, std::to_string(GREETING), 0, 0);
+        answers[1] = panel::sendMessage(number, std::to_string(FAREWELL), 6, 0);
+        window.stop();
+    });
+    EXPECT_THROW(window.run(), OrvaUtils::Exception);
+    window.run(); // serves the second one, and its lock is free
+    client.join();
+    EXPECT_EQ(answers[0], 0);
+    EXPECT_EQ(answers[1], 7);
 }
 
 TEST(MessageOnlyWindow, KeepsTheFirstOfTwoExceptions) {

@@ -1,0 +1,125 @@
+// The panel command, as a person or a script uses it.
+#include "tests/support/ScenarioPanel.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <cstdio>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+using Json = nlohmann::json;
+
+namespace {
+
+struct Answer {
+    int code;
+    std::string text; // both streams
+};
+
+class PanelCommand : public testing::Test {
+protected:
+    PanelCommand() {
+        std::string name = (fs::temp_directory_path() / "panel-XXXXXX").string();
+        directory = mkdtemp(name.data());
+    }
+    ~PanelCommand() override {
+        call("off");
+        fs::remove_all(directory);
+    }
+
+    Answer call(const std::string& words) {
+        const std::string command = "cd '" + directory.string() + "' && '" + programFile("panel").string() + "' -C p " +
+                                    words + " 2>&1 </dev/null";
+        std::FILE* pipe = popen(command.c_str(), "r");
+        Answer answer{-1, {}};
+        for (int character; (character = std::fgetc(pipe)) != EOF;)
+            answer.text += static_cast<char>(character);
+        const int status = pclose(pipe);
+        answer.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        return answer;
+    }
+    void succeed(const std::string& words) {
+        const Answer answer = call(words);
+        EXPECT_EQ(answer.code, 0) << words << ": " << answer.text;
+    }
+    Json json(const std::string& words) {
+        const Answer answer = call(words + " --json");
+        EXPECT_EQ(answer.code, 0) << words << ": " << answer.text;
+        return Json::parse(answer.text, nullptr, false);
+    }
+    void install() {
+        const fs::path place = directory / "p/fs/MMCMemory/Tarvex";
+        fs::create_directories(place);
+        fs::copy_file(helperFile(), place / "TarvexHelper.exe");
+        fs::copy_file(programFile("Actor"), directory / "p/fs/MMCMemory/Actor.exe");
+    }
+
+    fs::path directory;
+};
+
+} // namespace
+
+TEST_F(PanelCommand, RunsTheHelperFromCreationToItsEnd) {
+    succeed("create p --screen 640x480 --date 2024-03-07T06:05:09");
+    install();
+    succeed("boot --stepped --ticks 0xFFFFFF00");
+    succeed("trace on");
+    succeed("start '\\MMCMemory\\Tarvex\\TarvexHelper.exe'");
+    succeed("wait --window ORVATarvexHelper");
+    EXPECT_EQ(json("ps").at("processes").at(0).at("name"), "TarvexHelper.exe#1");
+    EXPECT_EQ(json("send ORVATarvexHelper ORVATarvexMsg 0").at("result"), 1);
+    succeed("send ORVATarvexHelper ORVATarvexMsg 1 --post");
+    const Json ended = json("wait --exit TarvexHelper.exe");
+    EXPECT_EQ(ended.at("exitCode"), 0);
+    EXPECT_EQ(call("advance 5s").text.find("256"), std::string::npos); // time since boot, not ticks
+    const Answer log = call("log");
+    EXPECT_EQ(log.text.find("2024-03-07 06:05:09,4294967040;INFO;Init of Helper\n"), 0U) << log.text;
+    EXPECT_NE(log.text.find(";INFO;Helper terminated\n"), std::string::npos) << log.text;
+    EXPECT_NE(call("trace show --function ReleaseMutex").text.find("error 288"), std::string::npos);
+    const Json status = json("status");
+    EXPECT_EQ(status.at("on"), true);
+    succeed("off");
+    EXPECT_EQ(json("status").at("on"), false);
+}
+
+TEST_F(PanelCommand, SaysWhatIsWrongInOneLine) {
+    const auto fails = [this](const std::string& words, const std::string& part) {
+        const Answer answer = call(words);
+        EXPECT_NE(answer.code, 0) << words;
+        EXPECT_NE(answer.text.find(part), std::string::npos) << words << ": " << answer.text;
+        EXPECT_EQ(std::count(answer.text.begin(), answer.text.end(), '\n'), 1) << words << ": " << answer.text;
+    };
+    fails("boot", "not a panel");
+    succeed("create p");
+    fails("create p", "something already");
+    fails("ps", "panel boot");
+    fails("off", "off already");
+    succeed("boot --stepped");
+    fails("boot", "on already");
+    fails("start '\\MMCMemory\\none.exe'", "no such file");
+    fails("send NoWindow Message 1", "NoWindow");
+    fails("plug missing-folder", "missing-folder");
+    fails("unplug 'Hard Disk'", "Hard Disk");
+    fails("fault add Sleep", "cannot fail");
+    fails("fault add CreateFile", "CreateFile");
+    fails("advance soon", "soon");
+    fails("wait --window Never --limit 5s", "Never");
+}
+
+TEST_F(PanelCommand, StartsAndWaitsWithTheProgramsExitCode) {
+    succeed("create p");
+    install();
+    succeed("boot --stepped");
+    EXPECT_EQ(call("start --wait '\\MMCMemory\\Actor.exe' exit 7").code, 7);
+    EXPECT_EQ(call("start --wait '\\MMCMemory\\Actor.exe' exit 300").code, 126);
+    EXPECT_EQ(call("start --wait --limit 2s '\\MMCMemory\\Actor.exe' sleep 3000").code, 124);
+    EXPECT_EQ(call("start --wait '\\MMCMemory\\none.exe'").code, 125);
+    succeed("fault add CreateFileW --program Actor.exe --call 1");
+    EXPECT_EQ(call("start --wait '\\MMCMemory\\Actor.exe' hold '\\MMCMemory\\Actor.exe'").code, 5);
+    EXPECT_EQ(json("fault list").at(0).at("hits"), 1);
+    succeed("cut");
+    succeed("boot --flowing --factor 1000");
+    EXPECT_EQ(call("start --wait '\\MMCMemory\\Actor.exe' sleep 1000 exit 3").code, 3);
+}
