@@ -1,8 +1,19 @@
 #include "platform/panel/Functions.h"
 
+#include <windows.h>
+
 namespace panel {
 
 namespace {
+
+// What is on the list is declared, and lets no exception out.
+#define COREDLL(name, how, failure, lastError) COREDLL_SURE(name, how)
+#define COREDLL_SURE(name, how) static_assert(isPlatformFunction(&::name));
+template<class Result, class... Arguments>
+constexpr bool isPlatformFunction(Result (*)(Arguments...) noexcept) {
+    return true;
+}
+#include <coredll.inc>
 
 constexpr FunctionFacts table[] = {
 #define COREDLL(name, how, failure, lastError) {#name, true, failure, lastError},

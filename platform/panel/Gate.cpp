@@ -25,11 +25,18 @@ void add(std::string& text, const wchar_t* value) {
 }
 
 void addHandle(std::string& text, std::uintptr_t value) {
-    char number[24];
-    if (value == ~std::uintptr_t{0})
+    if (value == 0)
+        text += "null";
+    else if (value == ~std::uintptr_t{0})
         text += "-1";
-    else if (std::snprintf(number, sizeof number, "0x%llx", static_cast<unsigned long long>(value)) > 0)
-        text += value ? number : "null";
+    else
+        addHex(text, value);
+}
+
+void addHex(std::string& text, std::uint64_t value) {
+    char number[24];
+    std::snprintf(number, sizeof number, "0x%llx", static_cast<unsigned long long>(value));
+    text += number;
 }
 
 void addBytes(std::string& text, const void* bytes, std::size_t count) {

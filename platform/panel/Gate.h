@@ -24,6 +24,7 @@ namespace trace {
 void add(std::string& text, std::int64_t value);
 void add(std::string& text, const wchar_t* value); // in quotes
 void addHandle(std::string& text, std::uintptr_t value);
+void addHex(std::string& text, std::uint64_t value);
 void addBytes(std::string& text, const void* bytes, std::size_t count);
 
 struct Hex { // a number that is read better in hexadecimal
@@ -33,7 +34,7 @@ struct Hex { // a number that is read better in hexadecimal
 template<class Value>
 void addAny(std::string& text, const Value& value) {
     if constexpr (std::is_same_v<Value, Hex>)
-        addHandle(text, static_cast<std::uintptr_t>(value.value));
+        addHex(text, value.value);
     else if constexpr (std::is_convertible_v<Value, const wchar_t*>)
         add(text, static_cast<const wchar_t*>(value));
     else if constexpr (std::is_pointer_v<Value>)

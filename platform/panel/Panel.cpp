@@ -2,6 +2,7 @@
 
 #include "platform/panel/Runtime.h"
 #include "platform/panel/Text.h"
+#include "platform/panel/api/FileTimes.h"
 #include "platform/panel/kernel/Clock.h"
 #include "platform/panel/kernel/Host.h"
 #include "platform/panel/kernel/Lock.h"
@@ -55,6 +56,13 @@ public:
 void setVolumes(Image& image, const std::vector<Volume>& volumes) {
     for (std::uint32_t index = 0; index < maxVolumes; ++index)
         copyText(image.volumes[index], index < volumes.size() ? volumes[index].name : std::string());
+}
+
+// All of it as if it had been written on the panel at that date: the same on every machine.
+void copyDisk(const fs::path& folder, const fs::path& place, std::int64_t date) {
+    fs::copy(folder, place, fs::copy_options::recursive);
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(place))
+        setWriteTime(entry.path().string(), date);
 }
 
 bool isEmptyOrMissing(const fs::path& directory) {
@@ -166,6 +174,14 @@ void Panel::cut() {
     stop();
 }
 
+std::int64_t Panel::currentDate() const {
+    const Mapping kernel(root);
+    if (!kernel.image || !kernel.image->on)
+        return readJson(root / "devices/panel.json").at("date");
+    const Lock lock(*kernel.image);
+    return clock::date(*kernel.image);
+}
+
 void Panel::saveDate(std::int64_t date) const {
     Json facts = readJson(root / "devices/panel.json");
     facts["date"] = date;
@@ -206,7 +222,7 @@ void Panel::plug(const fs::path& folder, const std::string& name, bool inPlace) 
     if (inPlace)
         fs::create_directory_symlink(fs::absolute(folder), place);
     else
-        fs::copy(folder, place, fs::copy_options::recursive);
+        copyDisk(folder, place, currentDate());
     known.push_back({name, true, inPlace});
     saveVolumes(known);
 }

@@ -50,8 +50,9 @@ public:
     PanelOptions options() const; // the date: that of the last switching off
     bool isOn() const;
     void boot(const BootOptions& options);
-    void off(); // ends all programs; the panel keeps everything but run/
-    void cut(); // the same without mercy for what is not stored yet
+    // Both end all programs at once; fs/ and devices/ stay, run/ is cleared by the next boot.
+    void off();
+    void cut();
 
     std::vector<Volume> volumes() const;
     // The folder's content appears as a volume of this name. In place: programs write to and delete from the folder
@@ -61,6 +62,7 @@ public:
 
 private:
     void stop();
+    std::int64_t currentDate() const; // ms since 1970 UTC, on the panel
     void saveDate(std::int64_t date) const;
     void saveVolumes(const std::vector<Volume>& volumes) const;
     void initialise(Image& image, const BootOptions& options, std::int64_t date) const;

@@ -56,7 +56,7 @@ bool enter(Place& place, std::string_view name) {
 Place locate(const std::string& root, std::string_view panelPath) {
     Place place;
     place.host = root + "/fs";
-    if (panelPath.size() >= MAX_PATH) {
+    if (characterCount(panelPath) >= MAX_PATH) {
         place.error = ERROR_FILENAME_EXCED_RANGE;
         return place;
     }

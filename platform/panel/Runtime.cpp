@@ -136,7 +136,10 @@ void Runtime::detachDriver() {
 }
 
 void Runtime::endProcess(std::uint32_t exitCode) {
-    if (!current || current->part != Part::program || processEnded.exchange(true))
+    if (!current || current->part != Part::program)
+        return;
+    std::fflush(nullptr); // the host would flush the streams later, when the files are no longer there
+    if (processEnded.exchange(true))
         return;
     Image& image = *current->mapped;
     {

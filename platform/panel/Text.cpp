@@ -57,6 +57,11 @@ std::size_t toWide(std::string_view text, wchar_t* buffer, std::size_t capacity)
     return length;
 }
 
+std::size_t characterCount(std::string_view text) {
+    const auto begins = [](char byte) { return (byte & 0xC0) != 0x80; };
+    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), begins));
+}
+
 std::string fold(std::string_view text) {
     std::string result(text);
     for (std::size_t index = 0; index < result.size(); ++index) {

@@ -18,6 +18,8 @@ std::string toUtf8(const wchar_t* text, std::size_t length);
 // long is cut.
 std::size_t toWide(std::string_view text, wchar_t* buffer, std::size_t capacity);
 
+std::size_t characterCount(std::string_view text); // of valid UTF-8
+
 std::string fold(std::string_view text); // for case-blind comparison
 inline bool equalCaseBlind(std::string_view first, std::string_view second) {
     return first.size() == second.size() && fold(first) == fold(second);

@@ -7,10 +7,12 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 
 int main() {
     const char* commandLine = panel::Runtime::instance().processRecord().commandLine;
-    std::wstring text(std::strlen(commandLine) + 1, L'\0');
-    text.resize(panel::toWide(commandLine, text.data(), text.size()));
-    std::exit(WinMain(reinterpret_cast<HINSTANCE>(panel::handleOf(panel::moduleHandle)), nullptr, text.data(), 5));
+    const std::size_t capacity = std::strlen(commandLine) + 1;
+    const auto text = std::make_unique<wchar_t[]>(capacity);
+    panel::toWide(commandLine, text.get(), capacity);
+    std::exit(WinMain(reinterpret_cast<HINSTANCE>(panel::handleOf(panel::moduleHandle)), nullptr, text.get(), 5));
 }

@@ -83,11 +83,16 @@ inline constexpr KnownLoss knownLosses[] = {
 #undef APPLICATION
 #undef HELPER
 
+inline bool isMeant(const KnownLoss& loss, Start start, std::uint32_t process, std::string_view function,
+                    std::string_view arguments, std::uint32_t occurrence) {
+    return loss.start == start && loss.process == process && loss.function == function &&
+           arguments.starts_with(loss.arguments) && (loss.occurrence == 0 || loss.occurrence == occurrence);
+}
+
 inline std::string knownLoss(Start start, std::uint32_t process, const std::string& function,
                              const std::string& arguments, std::uint32_t occurrence) {
     for (const KnownLoss& loss : knownLosses)
-        if (loss.start == start && loss.process == process && loss.function == function &&
-            arguments.starts_with(loss.arguments) && (loss.occurrence == 0 || loss.occurrence == occurrence))
+        if (isMeant(loss, start, process, function, arguments, occurrence))
             return std::string(loss.loss);
     return {};
 }

@@ -1,5 +1,6 @@
 // The wide C run-time functions of crt.h. They pass no gate; what a stream does with its file, does.
 #include "platform/panel/Text.h"
+#include "platform/panel/kernel/Wait.h"
 
 #include <crt.h>
 #include <windows.h>
@@ -15,15 +16,21 @@ struct Stream {
     bool append;
 };
 
+// The host closes what a program has left open when its process has long ended on the panel: nothing is done then.
+
 ssize_t readStream(void* cookie, char* buffer, std::size_t size) {
     DWORD count = 0;
     const auto* stream = static_cast<Stream*>(cookie);
+    if (processEnded)
+        return -1;
     return ReadFile(stream->file, buffer, static_cast<DWORD>(size), &count, nullptr) ? static_cast<ssize_t>(count) : -1;
 }
 
 ssize_t writeStream(void* cookie, const char* buffer, std::size_t size) {
     const auto* stream = static_cast<Stream*>(cookie);
     DWORD count = 0;
+    if (processEnded)
+        return 0;
     if (stream->append && SetFilePointer(stream->file, 0, nullptr, FILE_END) == INVALID_SET_FILE_POINTER)
         return 0;
     WriteFile(stream->file, buffer, static_cast<DWORD>(size), &count, nullptr);
@@ -32,6 +39,8 @@ ssize_t writeStream(void* cookie, const char* buffer, std::size_t size) {
 
 int seekStream(void* cookie, off64_t* offset, int origin) {
     const auto* stream = static_cast<Stream*>(cookie);
+    if (processEnded)
+        return -1;
     const DWORD position =
         SetFilePointer(stream->file, static_cast<LONG>(*offset), nullptr, static_cast<DWORD>(origin));
     *offset = position;
@@ -40,7 +49,7 @@ int seekStream(void* cookie, off64_t* offset, int origin) {
 
 int closeStream(void* cookie) {
     const std::unique_ptr<Stream> stream(static_cast<Stream*>(cookie));
-    return CloseHandle(stream->file) ? 0 : -1;
+    return !processEnded && CloseHandle(stream->file) ? 0 : -1;
 }
 
 // One conversion of a format: "%", flags, width, precision, length, and the letter.

@@ -64,12 +64,13 @@ std::string searchProgram(const std::string& root, const std::string& name) {
 
 } // namespace
 
-BOOL CreateProcessW(LPCWSTR module, LPWSTR commandLine, SECURITY_ATTRIBUTES*, SECURITY_ATTRIBUTES*, BOOL inherit, DWORD,
-                    LPVOID environment, LPWSTR directory, STARTUPINFOW*, PROCESS_INFORMATION* information) noexcept {
+BOOL CreateProcessW(LPCWSTR module, LPWSTR commandLine, SECURITY_ATTRIBUTES* processSecurity,
+                    SECURITY_ATTRIBUTES* threadSecurity, BOOL inherit, DWORD, LPVOID environment, LPWSTR directory,
+                    STARTUPINFOW*, PROCESS_INFORMATION* information) noexcept {
     Gate gate(Function::CreateProcessW, module, commandLine);
     if (gate.faulted())
         return gate.fault<BOOL>();
-    if (inherit || environment || directory)
+    if (processSecurity || threadSecurity || inherit || environment || directory)
         return gate.fails(FALSE, ERROR_INVALID_PARAMETER);
     std::string program = toUtf8(module);
     std::string arguments = toUtf8(commandLine);
@@ -84,6 +85,10 @@ BOOL CreateProcessW(LPCWSTR module, LPWSTR commandLine, SECURITY_ATTRIBUTES*, SE
         return gate.fails(FALSE, started.error);
     const ProcessRecord& process = processes::at(image, started.process);
     const std::uint32_t processHandle = objects::openHandle(image, gate.process(), process.object);
+    if (!processHandle) {
+        processes::kill(image, started.process);
+        return gate.fails(FALSE, ERROR_NOT_ENOUGH_MEMORY);
+    }
     std::uint32_t threadHandle = 0;
     DWORD threadId = 0;
     if (const Slot object = process.mainThread ? objects::make(image, ObjectType::thread) : 0) {
@@ -155,7 +160,7 @@ HMODULE GetModuleHandleW(LPCWSTR module) noexcept {
     if (gate.faulted())
         return gate.fault<HMODULE>();
     if (module)
-        return gate.fails(HMODULE{}, ERROR_FILE_NOT_FOUND);
+        return gate.fails(HMODULE{}, ERROR_MOD_NOT_FOUND);
     return gate.done(reinterpret_cast<HMODULE>(handleOf(moduleHandle)));
 }
 

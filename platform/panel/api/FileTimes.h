@@ -1,4 +1,4 @@
-// Files' times follow the panel's clock. Wants the lock.
+// Files' times follow the panel's clock. What reads the clock wants the lock.
 #pragma once
 
 #include "platform/panel/kernel/Clock.h"
@@ -6,15 +6,26 @@
 #include <windows.h>
 
 #include <ctime>
+#include <fcntl.h>
+#include <string>
 #include <sys/stat.h>
 
 namespace panel {
 
+// A calendar date, in ms since 1970, as the host's files have it.
+inline timespec hostTime(std::int64_t date) {
+    return {static_cast<time_t>(date / 1000), static_cast<long>(date % 1000) * 1000000};
+}
+
 inline void setWriteTime(const Image& image, int hostFile) {
-    const std::int64_t date = clock::date(image);
-    const timespec time{static_cast<time_t>(date / 1000), static_cast<long>(date % 1000) * 1000000};
+    const timespec time = hostTime(clock::date(image));
     const timespec times[] = {time, time};
     futimens(hostFile, times);
+}
+
+inline void setWriteTime(const std::string& hostPath, std::int64_t date) {
+    const timespec times[] = {hostTime(date), hostTime(date)};
+    utimensat(AT_FDCWD, hostPath.c_str(), times, 0);
 }
 
 inline FILETIME fileTime(const timespec& time) {

@@ -214,7 +214,10 @@ BOOL CreateDirectoryW(LPCWSTR path, SECURITY_ATTRIBUTES*) noexcept {
     const Place place = locate(gate.runtime.directory(), toUtf8(path));
     if (place.exists || !place.canBeMade())
         return gate.fails(FALSE, place.exists ? ERROR_ALREADY_EXISTS : place.error);
-    return answer(gate, mkdir(place.host.c_str(), 0755) == 0 ? 0 : ERROR_ACCESS_DENIED);
+    if (mkdir(place.host.c_str(), 0755) != 0)
+        return gate.fails(FALSE, ERROR_ACCESS_DENIED);
+    setWriteTime(place.host, clock::date(gate.image()));
+    return gate.done(TRUE);
 }
 
 BOOL RemoveDirectoryW(LPCWSTR path) noexcept {

@@ -15,7 +15,7 @@ namespace {
 constexpr std::size_t maxName = 260;
 
 bool isObjectName(const std::string& name) {
-    return name.size() <= maxName && name.find('\\') == std::string::npos;
+    return characterCount(name) <= maxName && name.find('\\') == std::string::npos;
 }
 
 struct NamedObject {

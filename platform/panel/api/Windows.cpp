@@ -81,11 +81,11 @@ UINT RegisterWindowMessageW(LPCWSTR name) noexcept {
 }
 
 ATOM RegisterClassW(const WNDCLASSW* windowClass) noexcept {
-    Gate gate(Function::RegisterClassW, windowClass->lpszClassName);
+    Gate gate(Function::RegisterClassW, windowClass->lpszClassName, windowClass->hInstance);
     if (gate.faulted())
         return gate.fault<ATOM>();
     const std::string name = fold(toUtf8(windowClass->lpszClassName));
-    if (name.empty() || !windowClass->lpfnWndProc)
+    if (name.empty() || name.size() >= sizeof WindowRecord::className || !windowClass->lpfnWndProc)
         return gate.fails(ATOM{0}, ERROR_INVALID_PARAMETER);
     const Lock lock(gate.image());
     const auto [entry, added] = classes.try_emplace(name, WindowClass{windowClass->lpfnWndProc, 0});
@@ -167,8 +167,8 @@ BOOL DestroyWindow(HWND window) noexcept {
 }
 
 LRESULT DefWindowProcW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
-    Gate gate(Function::DefWindowProcW, window, trace::Hex{message}, wParam, trace::Hex{0});
-    static_cast<void>(lParam); // often an address
+    Gate gate(Function::DefWindowProcW, window, trace::Hex{message}, wParam);
+    static_cast<void>(lParam); // often an address, which differs from run to run
     if (message == WM_CLOSE) {
         bool own = false;
         {

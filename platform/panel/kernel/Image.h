@@ -45,7 +45,7 @@ struct ObjectRecord {
     std::uint32_t share; // files: FILE_SHARE_* bits
     std::uint64_t device; // files: identity on the host, which a rename does not change
     std::uint64_t inode;
-    char name[264]; // events and mutexes: UTF-8, empty for none
+    char name[784]; // events and mutexes: UTF-8, empty for none
 };
 
 struct HandleRecord {
@@ -74,7 +74,7 @@ struct ProcessRecord {
     std::uint32_t nextHandle; // where the search for a free entry goes on
     std::uint64_t device; // its executable's identity on the host
     std::uint64_t inode;
-    char path[1024]; // as it was started by
+    char path[1048]; // as it was started by
     char commandLine[1024];
     HandleRecord handles[maxHandles];
 };
@@ -206,6 +206,6 @@ struct Image {
 };
 
 static_assert(std::atomic<std::uint32_t>::is_always_lock_free && sizeof(std::atomic<std::uint32_t>) == 4);
-static_assert(sizeof(MessageRecord) == 48 && sizeof(ObjectRecord) == 320 && sizeof(ClockRecord) == 40);
+static_assert(sizeof(MessageRecord) == 48 && sizeof(ObjectRecord) == 840 && sizeof(ClockRecord) == 40);
 
 } // namespace panel

@@ -148,6 +148,8 @@ void removeThread(Image& image, Slot thread) {
 std::uint32_t registerName(Image& image, std::string_view name) {
     for (std::uint32_t index = 0; index < maxRegisteredMessages; ++index) {
         auto& known = image.registeredMessages[index];
+        if (name.size() >= sizeof known)
+            return 0;
         if (known[0] == 0)
             copyText(known, name);
         if (equalCaseBlind(known, name))

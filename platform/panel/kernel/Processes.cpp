@@ -16,7 +16,7 @@ namespace panel::processes {
 namespace {
 
 std::uint32_t programIndex(Image& image, std::string_view path) {
-    const std::string_view file = fileName(path);
+    const std::string_view file = fileName(path).substr(0, sizeof ProgramRecord::name - 1);
     for (std::uint32_t index = 0; index < maxPrograms; ++index) {
         ProgramRecord& program = image.programs[index];
         if (program.name[0] == 0)
@@ -195,16 +195,20 @@ void noticeDead(Image& image) {
     }
 }
 
+void kill(Image& image, Slot slot) {
+    const ProcessRecord& process = at(image, slot);
+    if (process.hostPid != getpid() && host::isAlive(process.hostPid, process.hostStart)) {
+        ::kill(-process.hostPid, SIGKILL); // with what a script has started
+        ::kill(process.hostPid, SIGKILL);
+    }
+    end(image, slot, killedExitCode);
+}
+
 void killAll(Image& image) {
     for (Slot slot = 1; slot <= maxProcesses; ++slot) {
         const ProcessRecord& process = at(image, slot);
-        if (process.state == ProcessState::free || process.driver)
-            continue;
-        if (process.hostPid != getpid() && host::isAlive(process.hostPid, process.hostStart)) {
-            kill(-process.hostPid, SIGKILL); // with what a script has started
-            kill(process.hostPid, SIGKILL);
-        }
-        end(image, slot, killedExitCode);
+        if (process.state != ProcessState::free && !process.driver)
+            kill(image, slot);
     }
 }
 

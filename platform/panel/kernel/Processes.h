@@ -33,6 +33,8 @@ void letStartedRun(Image& image, Slot starter);
 void end(Image& image, Slot process, std::uint32_t exitCode);
 // Ends the processes that are gone on the host.
 void noticeDead(Image& image);
+// Ends one process, on the host too.
+void kill(Image& image, Slot process);
 // Ends every process of the panel on the host too, at once; drivers stay. The calling process is left to the caller.
 void killAll(Image& image);
 
