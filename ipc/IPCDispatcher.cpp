@@ -49,7 +49,9 @@ std::uint32_t IPCDispatcher::handleMessage(HWND, UINT, WPARAM wParam, LPARAM) {
 // The window must not reach the adapters any more, but the one that carries this very command, and one that waits below
 // it on the stack, live on until the dispatcher ends.
 void IPCDispatcher::terminate() {
-    messageWindow->stop();
+    if (!messageWindow->stop()) {
+        return; // it goes on: the next command must still reach it
+    }
     messageWindow->clearHandlers();
     discardedAdapters.splice(discardedAdapters.end(), adapters);
 }

@@ -25,6 +25,6 @@ void MessageOnlyWindow::run() {
     kept->run();
 }
 
-void MessageOnlyWindow::stop() {
-    implementation->stop();
+bool MessageOnlyWindow::stop() {
+    return implementation->stop();
 }

@@ -36,8 +36,9 @@ public:
     // has not.
     void run();
     // Asks the loop to end. From another thread it returns when the loop has ended; on the loop's own thread at once,
-    // and the loop ends when it comes to the request.
-    void stop();
+    // and the loop ends when it comes to the request. False, at once, if the platform did not take the request (there
+    // is no window, or no room for a message): the loop then goes on.
+    bool stop();
 
 private:
     class Implementation;

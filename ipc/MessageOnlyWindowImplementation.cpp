@@ -172,12 +172,15 @@ MessageOnlyWindow::Implementation::LoopEnd::~LoopEnd() {
     ended.loopLock->leave();
 }
 
-void MessageOnlyWindow::Implementation::stop() {
-    PostMessageW(window, WM_CLOSE, 0, 0);
+bool MessageOnlyWindow::Implementation::stop() {
+    if (!PostMessageW(window, WM_CLOSE, 0, 0)) {
+        return false; // the loop would never end: nothing to wait for
+    }
     const DWORD looping = loopThreadId;
     if (looping != 0 && looping != GetCurrentThreadId()) {
         WaitForSingleObject(loopDone, INFINITE);
     }
+    return true;
 }
 
 void MessageOnlyWindow::Implementation::close() {

@@ -19,7 +19,7 @@ public:
     void registerHandler(UINT message, indev::MESSAGEHANDLER* handler);
     void clearHandlers();
     void run();
-    void stop();
+    bool stop();
     // The owner's last call.
     void close();
 

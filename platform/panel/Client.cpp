@@ -37,7 +37,7 @@ std::optional<std::int64_t> sendMessage(std::uint32_t window, const std::string&
     Call call;
     const messages::Message sent{window, messageNumber(call.image, message), wParam, lParam, 0, 0, 0};
     if (!messages::send(call.image, call.self, sent))
-        throw std::runtime_error("there is no such window");
+        throw std::runtime_error("there is no such window, or no room for another message");
     ThreadRecord& me = scheduler::at(call.image, call.self);
     me.waitKind = WaitKind::reply;
     block(call.lock, call.image, call.self, clock::deadline(call.image, limit));

@@ -42,10 +42,14 @@ const char* errorText(std::uint32_t error) {
         return "there is no such folder";
     case 5:
         return "it is a folder";
+    case 21:
+        return "the panel has been switched off";
     case 89:
         return "the panel runs as many programs as it can";
     case 123:
         return "that is no path of the panel (such as \\MMCMemory\\Tarvex\\Tarvex.exe)";
+    case 206:
+        return "its path or its arguments are too long";
     case 193:
         return "it is no program (a program for the panel's simulation, or a script that begins with #!)";
     default:

@@ -13,6 +13,16 @@ namespace panel {
 
 namespace trace {
 
+namespace {
+
+std::string oneLine(std::string text) {
+    for (std::size_t at = 0; (at = text.find('\n', at)) != std::string::npos; at += 2)
+        text.replace(at, 1, "\\n");
+    return text;
+}
+
+} // namespace
+
 void add(std::string& text, std::int64_t value) {
     text += std::to_string(value);
 }
@@ -21,7 +31,7 @@ void add(std::string& text, const wchar_t* value) {
     if (!value)
         text += "null";
     else
-        text += '"' + toUtf8(value) + '"';
+        text += '"' + oneLine(toUtf8(value)) + '"';
 }
 
 void addHandle(std::string& text, std::uintptr_t value) {

@@ -16,6 +16,9 @@
 #include <fcntl.h>
 #include <fstream>
 #include <stdexcept>
+#include <sys/file.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace panel {
@@ -58,11 +61,54 @@ void setVolumes(Image& image, const std::vector<Volume>& volumes) {
         copyText(image.volumes[index], index < volumes.size() ? volumes[index].name : std::string());
 }
 
-// All of it as if it had been written on the panel at that date: the same on every machine.
-void copyDisk(const fs::path& folder, const fs::path& place, std::int64_t date) {
-    fs::copy(folder, place, fs::copy_options::recursive);
-    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(place))
-        setWriteTime(entry.path().string(), date);
+// While it lives, other commands that change the panel as a whole wait.
+class Change {
+public:
+    explicit Change(const fs::path& root) : directory(open(root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+        flock(directory, LOCK_EX);
+    }
+    ~Change() {
+        close(directory);
+    }
+    Change(const Change&) = delete;
+    Change& operator=(const Change&) = delete;
+
+private:
+    int directory;
+};
+
+bool lies(const fs::path& inner, const fs::path& outer) {
+    const fs::path relative = fs::canonical(inner).lexically_relative(fs::canonical(outer));
+    return !relative.empty() && *relative.begin() != "..";
+}
+
+// Its files and folders, no links, as if they had been written on the panel at that date: the same on every machine.
+void copyFolder(const fs::path& folder, const fs::path& place, std::int64_t date) {
+    fs::create_directory(place);
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+        const fs::path copy = place / entry.path().filename();
+        if (entry.is_symlink() || !(entry.is_directory() || entry.is_regular_file()))
+            continue;
+        if (entry.is_directory())
+            copyFolder(entry.path(), copy, date);
+        else
+            fs::copy_file(entry.path(), copy);
+        setWriteTime(copy.string(), date);
+    }
+}
+
+// Appears as a whole or not at all.
+void copyDisk(const fs::path& root, const fs::path& folder, const fs::path& place, std::int64_t date) {
+    const fs::path unfinished = root / "plugging";
+    fs::remove_all(unfinished);
+    try {
+        copyFolder(folder, unfinished, date);
+        fs::rename(unfinished, place);
+    } catch (const fs::filesystem_error& error) {
+        std::error_code ignored;
+        fs::remove_all(unfinished, ignored);
+        throw std::runtime_error("cannot copy " + folder.string() + ": " + error.code().message());
+    }
 }
 
 bool isEmptyOrMissing(const fs::path& directory) {
@@ -109,6 +155,11 @@ bool Panel::isOn() const {
 
 void Panel::initialise(Image& image, const BootOptions& options, std::int64_t date) const {
     const Json facts = readJson(root / "devices/panel.json");
+    struct stat status {};
+    stat((root / "run/kernel.new").c_str(), &status);
+    image.fileDevice = status.st_dev;
+    image.fileInode = status.st_ino;
+    copyText(image.hostBoot, host::bootId());
     image.version = imageVersion;
     image.clock.mode = options.mode;
     image.clock.factor = static_cast<std::uint32_t>(options.factor * 1000);
@@ -125,32 +176,36 @@ void Panel::initialise(Image& image, const BootOptions& options, std::int64_t da
 void Panel::boot(const BootOptions& options) {
     if (!(options.factor >= 0.001 && options.factor <= 100000))
         throw std::runtime_error("the clock's factor must be between 0.001 and 100000");
+    const Change change(root);
     std::int64_t date = readJson(root / "devices/panel.json").at("date");
     {
         const Mapping former(root); // a panel whose power was cut by a fault has not stored its date
         if (former.image && former.image->on)
             throw std::runtime_error("the panel is on already (panel off switches it off)");
-        if (former.image)
+        if (former.image) {
+            const Lock lock(*former.image);
             date = std::max(date, clock::date(*former.image));
+            processes::killAll(*former.image); // of a switching off that was itself killed
+        }
     }
     fs::remove_all(root / "run");
     fs::create_directories(root / "run/output");
     const std::string fresh = (root / "run/kernel.new").string();
     const int file = open(fresh.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
     const bool sized = file >= 0 && ftruncate(file, sizeof(Image)) == 0;
-    // mapImage wants the version in place
-    const bool marked = sized && pwrite(file, &imageVersion, sizeof imageVersion, offsetof(Image, version)) > 0;
+    void* address = sized ? mmap(nullptr, sizeof(Image), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0) : MAP_FAILED;
     if (file >= 0)
         close(file);
-    Image* image = marked ? mapImage(fresh) : nullptr;
-    if (!image)
+    if (address == MAP_FAILED)
         throw std::runtime_error("cannot make " + fresh);
+    auto* image = static_cast<Image*>(address);
     initialise(*image, options, date);
     unmapImage(image);
     fs::rename(fresh, root / "run/kernel");
 }
 
 void Panel::stop() {
+    const Change change(root);
     const Mapping kernel(root);
     if (!kernel.image || !kernel.image->on)
         throw std::runtime_error("the panel is off already");
@@ -212,6 +267,11 @@ void Panel::plug(const fs::path& folder, const std::string& name, bool inPlace) 
         throw std::runtime_error("no such folder: " + folder.string());
     if (name.empty() || name == "." || name == ".." || name.find_first_of("/\\:*?\"<>|") != std::string::npos)
         throw std::runtime_error("not a name for a volume: \"" + name + "\"");
+    if (name.size() >= sizeof Image::volumes[0])
+        throw std::runtime_error("too long for the name of a volume: \"" + name + "\"");
+    if (lies(folder, root) || lies(root, folder))
+        throw std::runtime_error("the folder and the panel lie in each other: " + folder.string());
+    const Change change(root);
     auto known = volumes();
     if (known.size() == maxVolumes)
         throw std::runtime_error("all block devices are taken (panel unplug frees one)");
@@ -222,12 +282,13 @@ void Panel::plug(const fs::path& folder, const std::string& name, bool inPlace) 
     if (inPlace)
         fs::create_directory_symlink(fs::absolute(folder), place);
     else
-        copyDisk(folder, place, currentDate());
+        copyDisk(root, folder, place, currentDate());
     known.push_back({name, true, inPlace});
     saveVolumes(known);
 }
 
 void Panel::unplug(const std::string& name) {
+    const Change change(root);
     auto known = volumes();
     const auto found = std::find_if(known.begin(), known.end(), [&](const Volume& volume) {
         return volume.disk && equalCaseBlind(volume.name, name);

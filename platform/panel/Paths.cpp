@@ -37,21 +37,27 @@ std::string entryNamed(const std::string& folder, std::string_view name) {
     return {};
 }
 
-bool enter(Place& place, std::string_view name) {
+bool enter(Place& place, std::string_view name, bool top) {
     const std::string folder = place.host;
     place.host = folder + '/' + std::string(name);
-    place.exists = stat(place.host.c_str(), &place.status) == 0;
+    place.exists = statusOf(place.host, top, place.status);
     if (!place.exists) {
         const std::string known = entryNamed(folder, name);
         if (!known.empty()) {
             place.host = folder + '/' + known;
-            place.exists = stat(place.host.c_str(), &place.status) == 0;
+            place.exists = statusOf(place.host, top, place.status);
         }
     }
     return place.exists;
 }
 
 } // namespace
+
+bool statusOf(const std::string& hostPath, bool top, struct stat& status) {
+    // Only a top folder may be a link, to a folder plugged in place: others could lead out of the panel.
+    return (top ? stat(hostPath.c_str(), &status) : lstat(hostPath.c_str(), &status)) == 0 &&
+           (S_ISREG(status.st_mode) || S_ISDIR(status.st_mode));
+}
 
 Place locate(const std::string& root, std::string_view panelPath) {
     Place place;
@@ -73,7 +79,7 @@ Place locate(const std::string& root, std::string_view panelPath) {
             place.error = last ? ERROR_INVALID_NAME : ERROR_PATH_NOT_FOUND;
             return place;
         }
-        if (!enter(place, names[index]) || (!last && !S_ISDIR(place.status.st_mode))) {
+        if (!enter(place, names[index], index == 0) || (!last && !S_ISDIR(place.status.st_mode))) {
             place.exists = false;
             place.error = last ? ERROR_FILE_NOT_FOUND : ERROR_PATH_NOT_FOUND;
             return place;

@@ -38,6 +38,9 @@ struct Place {
 // `root`: the panel's directory.
 Place locate(const std::string& root, std::string_view panelPath);
 
+// What the panel sees of a host's file: a file or folder, no link. `top`: directly in the panel's root.
+bool statusOf(const std::string& hostPath, bool top, struct stat& status);
+
 // The name of the volume that the path lies on, as the kernel file has it; empty: the panel's own object store.
 std::string volumeOf(const Image& image, std::string_view panelPath);
 

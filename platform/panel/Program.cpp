@@ -5,10 +5,12 @@
 
 #include <windows.h>
 
+#include <csignal>
 #include <cstring>
 #include <elf.h>
 #include <fcntl.h>
 #include <linux/futex.h>
+#include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -76,6 +78,8 @@ void execute(const Launch& launch) {
     waitForRelease(launch);
     if (launch.watch) {
         const pid_t program = fork();
+        if (program == 0)
+            prctl(PR_SET_PDEATHSIG, SIGKILL);
         if (program > 0) {
             int status = 0;
             waitpid(program, &status, 0);
@@ -142,10 +146,14 @@ ProgramKind kindOf(const std::string& hostPath) {
 
 Started startProgram(Image& image, const std::string& root, const std::string& path, const std::string& commandLine,
                      Slot starter) {
+    if (!image.on)
+        return {0, ERROR_NOT_READY};
     const std::string full = path.starts_with('\\') ? path : '\\' + path;
     const Place place = locate(root, full);
     if (!place.isFile())
         return {0, place.error ? place.error : ERROR_ACCESS_DENIED};
+    if (full.size() >= sizeof ProcessRecord::path || commandLine.size() >= sizeof ProcessRecord::commandLine)
+        return {0, ERROR_FILENAME_EXCED_RANGE};
     const ProgramKind kind = kindOf(place.host);
     if (kind == ProgramKind::none)
         return {0, ERROR_BAD_EXE_FORMAT};
@@ -164,8 +172,8 @@ Started startProgram(Image& image, const std::string& root, const std::string& p
         processes::end(image, slot, 0);
         return {0, ERROR_NOT_ENOUGH_MEMORY};
     }
-    record.hostPid = pid;
     record.hostStart = host::startTime(pid);
+    record.hostPid = pid;
     return {slot, 0};
 }
 

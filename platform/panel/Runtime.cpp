@@ -11,6 +11,7 @@
 #include <fcntl.h>
 #include <stdexcept>
 #include <sys/mman.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace panel {
@@ -34,12 +35,15 @@ Image* mapImage(const std::string& path) {
     const int file = open(path.c_str(), O_RDWR | O_CLOEXEC);
     if (file < 0)
         return nullptr;
-    void* address = mmap(nullptr, sizeof(Image), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
+    struct stat status {};
+    const bool whole = fstat(file, &status) == 0 && status.st_size == static_cast<off_t>(sizeof(Image));
+    void* address = whole ? mmap(nullptr, sizeof(Image), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0) : MAP_FAILED;
     close(file);
     if (address == MAP_FAILED)
         return nullptr;
     auto* image = static_cast<Image*>(address);
-    if (image->version == imageVersion)
+    if (image->version == imageVersion && image->fileDevice == status.st_dev && image->fileInode == status.st_ino &&
+        host::bootId() == image->hostBoot)
         return image;
     unmapImage(image);
     return nullptr;
@@ -84,9 +88,7 @@ void Runtime::attachProgram() {
     }
     root = directory;
     mapped = mapImage(root + "/run/kernel");
-    const bool mine = mapped && slot >= 1 && slot <= maxProcesses && processes::at(*mapped, slot).serial == serial &&
-                      processes::at(*mapped, slot).hostPid == getpid();
-    if (!mine) {
+    if (!mapped || slot < 1 || slot > maxProcesses || !begin(slot, serial)) {
         std::fputs("The panel has been switched off.\n", stderr);
         _exit(127);
     }
@@ -95,22 +97,36 @@ void Runtime::attachProgram() {
     adoptThread(processRecord().mainThread);
 }
 
+bool Runtime::begin(Slot slot, std::uint32_t serial) {
+    const Lock lock(*mapped);
+    const ProcessRecord& process = processes::at(*mapped, slot);
+    if (!mapped->on || process.state == ProcessState::free || process.serial != serial || process.hostPid != getpid())
+        return false;
+    if (process.state == ProcessState::created) // its starter was killed before it could let it run
+        processes::letRun(*mapped, slot);
+    return true;
+}
+
 void Runtime::attachDriver(const std::string& directory, const std::string& path) {
+    detachDriver();
     Image* image = mapImage(directory + "/run/kernel");
-    if (!image || !image->on) {
+    Slot process = 0;
+    bool on = false;
+    if (image) {
+        const Lock lock(*image);
+        on = image->on;
+        processes::noticeDead(*image);
+        process = on ? processes::makeDriver(*image, {path, "", 0, 0, true}, getpid()) : 0;
+    }
+    if (image)
+        scheduler::deliverWakes(*image);
+    if (!process) {
         if (image)
             unmapImage(image);
-        throw std::runtime_error("the panel is off (panel boot switches it on): " + directory);
+        throw std::runtime_error(
+            (on ? "the panel has no room for another process: " : "the panel is off (panel boot switches it on): ") +
+            directory);
     }
-    detachDriver();
-    Slot process = 0;
-    {
-        const Lock lock(*image);
-        processes::noticeDead(*image);
-        process = processes::makeDriver(*image, {path, "", 0, 0, true}, getpid());
-    }
-    if (!process)
-        throw std::runtime_error("the panel has no room for another process: " + directory);
     if (!current) {
         current = new Runtime;
         current->locals.resize(maxHandles);
@@ -136,7 +152,7 @@ void Runtime::detachDriver() {
 }
 
 void Runtime::endProcess(std::uint32_t exitCode) {
-    if (!current || current->part != Part::program)
+    if (!current || current->part == Part::none)
         return;
     std::fflush(nullptr); // the host would flush the streams later, when the files are no longer there
     if (processEnded.exchange(true))

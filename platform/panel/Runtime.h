@@ -18,6 +18,7 @@ namespace panel {
 struct Found { // one entry of a search
     std::string name;
     std::string hostPath;
+    bool top; // in the panel's root
 };
 
 struct LocalObject { // what this process keeps beside a handle
@@ -70,9 +71,11 @@ public:
 private:
     Runtime() = default;
     void attachProgram();
+    bool begin(Slot slot, std::uint32_t serial); // the record is this process's, and may run
 
     Image* mapped = nullptr; // never unmapped: threads may still end while the process detaches
-    enum class Part { none, program, driver } part = Part::none;
+    enum class Part { none, program, driver };
+    std::atomic<Part> part = Part::none;
     std::string root;
     Slot processSlot = 0;
     std::vector<LocalObject> locals;
@@ -82,7 +85,8 @@ private:
 std::uint32_t callingThreadNumber();
 std::uint32_t callsMade(std::string_view function);
 
-// Maps the kernel file of a booted panel; null if there is none. Unmapped by unmapImage.
+// Maps the kernel file of a booted panel; null if there is none, also if it is a copy of another panel's, or of another
+// boot of the host. Unmapped by unmapImage.
 Image* mapImage(const std::string& path);
 void unmapImage(Image* image);
 

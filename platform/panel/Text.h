@@ -34,7 +34,9 @@ inline std::string_view fileName(std::string_view path) {
 // Into a fixed field, terminated; text that is too long is cut.
 template<std::size_t N>
 void copyText(char (&field)[N], std::string_view text) {
-    const std::size_t length = std::min(text.size(), N - 1);
+    std::size_t length = std::min(text.size(), N - 1);
+    while (length < text.size() && length > 0 && (text[length] & 0xC0) == 0x80) // not in the middle of a character
+        --length;
     std::memcpy(field, text.data(), length);
     field[length] = 0;
 }

@@ -61,7 +61,7 @@ void list(panel::Driver& driver, bool json) {
                               {"fromThenOn", fault.ever},
                               {"cut", fault.action == FaultAction::cut},
                               {"hits", fault.hits}});
-        std::puts(answer.dump(2).c_str());
+        std::puts(answer.dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
         return;
     }
     Table table({"FUNCTION", "CALL", "PROGRAM", "START", "THREAD", "ACTION", "HITS"});
@@ -90,7 +90,7 @@ void listFunctions(bool json) {
         }
     }
     if (json)
-        std::puts(answer.dump(2).c_str());
+        std::puts(answer.dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
     else
         table.print();
 }

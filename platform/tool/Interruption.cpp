@@ -33,7 +33,7 @@ void endDriverWhenInterrupted() {
         return;
     struct sigaction action {};
     action.sa_handler = note;
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE})
         sigaction(signal, &action, nullptr);
     std::thread(waitForSignal).detach();
 }

@@ -41,7 +41,7 @@ void printAsJson(const panel::PanelStatus& status, bool all) {
     Json answer{{"processes", std::move(list)}};
     if (all)
         answer["ended"] = std::move(ended);
-    std::puts(answer.dump(2).c_str());
+    std::puts(answer.dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
 }
 
 void list(const panel::Panel& panel, bool all, bool json) {
@@ -98,7 +98,9 @@ std::optional<panel::EndedStatus> findEnded(panel::Driver& driver, const std::st
 
 void report(const panel::EndedStatus& ended, bool json) {
     if (json)
-        std::puts(Json{{"name", ended.name}, {"exitCode", ended.exitCode}, {"time", ended.time}}.dump(2).c_str());
+        std::puts(Json{{"name", ended.name}, {"exitCode", ended.exitCode}, {"time", ended.time}}
+                      .dump(2, ' ', false, nlohmann::json::error_handler_t::replace)
+                      .c_str());
     else
         std::printf("%s ended with exit code %s\n", ended.name.c_str(),
                     toned(std::to_string(ended.exitCode), ended.exitCode ? Tone::bad : Tone::good).c_str());

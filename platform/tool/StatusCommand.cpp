@@ -76,7 +76,7 @@ void print(const panel::Panel& panel, bool json) {
             answer[list] = Json::array();
         if (on)
             addRunning(answer, status, faults);
-        std::puts(answer.dump(2).c_str());
+        std::puts(answer.dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
         return;
     }
     Table facts;

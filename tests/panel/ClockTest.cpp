@@ -1,9 +1,11 @@
 // Panel time in stepped mode, as seen through the platform's calls.
+#include "platform/panel/Runtime.h"
 #include "tests/support/TestPanel.h"
 
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <algorithm>
 #include <atomic>
 #include <vector>
 
@@ -49,6 +51,16 @@ DWORD sleepOnce(LPVOID parameter) {
     return 0;
 }
 
+// How many threads of this process wait in the platform.
+std::ptrdiff_t waitingThreads() {
+    panel::Runtime& runtime = panel::Runtime::instance();
+    const panel::Lock lock(runtime.image());
+    return std::count_if(std::begin(runtime.image().threads), std::end(runtime.image().threads),
+                         [&](const panel::ThreadRecord& thread) {
+                             return thread.process == runtime.process() && thread.state == panel::ThreadState::waiting;
+                         });
+}
+
 } // namespace
 
 TEST(Clock, JumpsFromDeadlineToDeadline) {
@@ -65,26 +77,19 @@ TEST(Clock, JumpsFromDeadlineToDeadline) {
 }
 
 TEST(Clock, StandsStillWhileAThreadRuns) {
-    static std::atomic<bool> go{false};
     static std::atomic<DWORD> passed{1};
     const HANDLE ended = CreateThread(
         nullptr, 0,
         [](LPVOID) -> DWORD {
-            const DWORD before = GetTickCount();
-            while (!go) { // runs, and does not wait in the platform
+            // Runs, and does not wait in the platform, until both others do. Moving time would free the sleeper.
+            while (waitingThreads() < 2 && GetTickCount() == 0) {
             }
-            passed = GetTickCount() - before;
+            passed = GetTickCount();
             return 0;
         },
         nullptr, 0, nullptr);
-    const HANDLE sleeper = CreateThread(
-        nullptr, 0,
-        [](LPVOID) -> DWORD {
-            go = true; // before anything could wait for it
-            Sleep(5000);
-            return 0;
-        },
-        nullptr, 0, nullptr);
+    Sleeper once{5000};
+    const HANDLE sleeper = CreateThread(nullptr, 0, sleepOnce, &once, 0, nullptr);
     EXPECT_EQ(WaitForSingleObject(sleeper, INFINITE), WAIT_OBJECT_0);
     EXPECT_EQ(WaitForSingleObject(ended, 0), WAIT_OBJECT_0); // ended before time could move
     EXPECT_EQ(passed, 0U);

@@ -63,7 +63,7 @@ TEST_P(FromADisk, InstallsTheFolderHandsOverAndStays) {
     EXPECT_TRUE(panel.isRunning("TarvexHelper.exe#2"));
 
     auto installed = panel.tree("\\MMCMemory\\Tarvex");
-    // Nothing of the disk's folder was deletable but for the helper itself, which is gone now, too.
+    // The folder on the disk was renamed away with the running helper in it; the installed one has cleaned it up.
     EXPECT_EQ(installed.extract("config.xml").mapped(), emptySettings);
     EXPECT_EQ(installed, source);
     EXPECT_EQ(panel.tree("\\" + disk), (std::map<std::string, std::string>{}));
@@ -150,13 +150,70 @@ TEST(Installation, DeletesAnOlderInstallationExceptWhatIsBusy) {
     EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), emptySettings);
 }
 
-TEST(Installation, SavesTheOldPlaceBeforeItHandsOver) {
+TEST(Installation, UsesTheSettingsThatTheDiskBrings) {
     ScenarioPanel panel;
-    panel.put("\\Temp\\TarvexHelper.exe", helperFile());
-    panel.put(ScenarioPanel::helper, programFile("Actor")); // stands in: notes nothing, cleans nothing
-    EXPECT_EQ(panel.run("\\Temp\\TarvexHelper.exe"), 0U);
-    EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), settingsWith("\\Temp"));
-    EXPECT_TRUE(panel.exists("\\Temp\\_rm_TarvexHelper.exe"));
+    panel.plugDisk("Hard Disk");
+    std::string brought = emptySettings;
+    brought.replace(brought.find("\"2\""), 3, "\"7\"");
+    panel.write("\\Hard Disk\\Tarvex\\config.xml", brought);
+    EXPECT_EQ(panel.run("\\Hard Disk\\Tarvex\\TarvexHelper.exe"), 0U);
+    ASSERT_TRUE(panel.reachesLoop());
+    EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), brought);
+}
+
+TEST(Installation, ClearsTheOldPlaceAndSavesWhereItsLeftoversAre) {
+    struct {
+        std::string place;
+        std::string spelled; // as it is started
+        std::string registered;
+        const char* leftover; // the running program
+    } cases[] = {
+        {"\\Temp", "\\Temp", "\\Temp", "\\Temp\\_rm_TarvexHelper.exe"},
+        {"\\MMCMemory\\ORVATarvex", "\\mmcMEMORY\\orvaTARVEX", "\\mmcMEMORY",
+         "\\MMCMemory\\_rm_orvaTARVEX\\_rm_TarvexHelper.exe"},
+        {"\\MMCMemory\\ORVATarvex2", "\\MMCMemory\\ORVATarvex2", "\\MMCMemory\\ORVATarvex2",
+         "\\MMCMemory\\ORVATarvex2\\_rm_TarvexHelper.exe"},
+        {"\\Hard Disk\\Any\\Sub", "\\HARD disk\\Any\\Sub", "\\HARD disk\\Any",
+         "\\Hard Disk\\Any\\_rm_Sub\\_rm_TarvexHelper.exe"},
+        {"\\Hard DiskX\\Sub", "\\Hard DiskX\\Sub", "\\Hard DiskX", "\\Hard DiskX\\_rm_Sub\\_rm_TarvexHelper.exe"},
+        {"\\Hard Disk", "\\Hard Disk", "", "\\Hard Disk\\_rm_TarvexHelper.exe"},
+    };
+    for (const auto& [place, spelled, registered, leftover] : cases) {
+        SCOPED_TRACE(spelled);
+        ScenarioPanel panel;
+        panel.plugDisk("Hard Disk");
+        panel.put(place + "\\TarvexHelper.exe", helperFile());
+        panel.write(place + "\\beside\\file.txt", "");
+        panel.put(ScenarioPanel::helper, programFile("Actor")); // stands in: notes nothing, cleans nothing
+        EXPECT_EQ(panel.run(spelled + "\\TarvexHelper.exe"), 0U);
+        EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), settingsWith(registered));
+        EXPECT_TRUE(panel.exists(leftover));
+        EXPECT_EQ(panel.exists(place + "\\beside\\file.txt"), registered == place);
+        EXPECT_EQ(panel.exists("\\Hard Disk\\Tarvex\\data\\deep\\table.bin"), place != "\\Hard Disk");
+        if (registered.empty()) { // there is no getting over it
+            EXPECT_FALSE(panel.settlesInLoop());
+            panel.reboot(); // so that the stand-in is gone from the host, too
+            panel.install();
+            EXPECT_EQ(panel.run(ScenarioPanel::helper), 1U);
+            EXPECT_EQ(panel.errors(),
+                      Lines{"ERROR;Exception OrvaUtils::IO::FileSystemException: Invalid directory name"});
+            EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), settingsWith(registered));
+        }
+    }
+}
+
+TEST(Installation, ChangesNothingWhenItCannotTellWhereItStarted) {
+    for (const std::uint32_t call : {1, 2}) { // to choose what to do, and to clear the place
+        ScenarioPanel panel;
+        panel.install();
+        panel.put("\\Temp\\TarvexHelper.exe", helperFile());
+        const auto before = panel.tree("\\");
+        panel.driver().addFault(
+            {"GetModuleFileNameW", "TarvexHelper.exe", 1, 1, call, false, panel::FaultAction::fail, 0});
+        EXPECT_EQ(panel.run("\\Temp\\TarvexHelper.exe"), 1U);
+        EXPECT_EQ(panel.errors(), Lines{"ERROR;Exception OrvaUtils::Exception: Generic Exception"});
+        EXPECT_EQ(panel.tree("\\"), before);
+    }
 }
 
 TEST(Installation, FailuresEndInOneErrorLineAndExitCodeOne) {
@@ -164,20 +221,21 @@ TEST(Installation, FailuresEndInOneErrorLineAndExitCodeOne) {
         const char* what;
         const char* function;
         std::uint32_t call;
-        bool ever;
         const char* line;
     } cases[] = {
-        {"the copy", "CopyFileW", 1, false,
+        // The sixth look: after the log's folder, the helper, the application, and that on both disks.
+        {"the look at itself", "GetFileAttributesW", 6,
+         "ERROR;Exception OrvaUtils::Exception: Cannot find \\Temp\\TarvexHelper.exe to copy"},
+        {"the copy", "CopyFileW", 1,
          "ERROR;Exception OrvaUtils::Exception: Cannot copy \\Temp\\TarvexHelper.exe to "
          "\\MMCMemory\\Tarvex\\TarvexHelper.exe"},
-        {"the hand-over", "CreateProcessW", 1, false,
-         "ERROR;Exception OrvaUtils::Exception: Cannot start default helper"},
+        {"the hand-over", "CreateProcessW", 1, "ERROR;Exception OrvaUtils::Exception: Cannot start default helper"},
     };
     for (const auto& each : cases) {
         ScenarioPanel panel;
         panel.put("\\Temp\\TarvexHelper.exe", helperFile());
         panel.driver().addFault(
-            {each.function, "TarvexHelper.exe", 1, 1, each.call, each.ever, panel::FaultAction::fail, 0});
+            {each.function, "TarvexHelper.exe", 1, 1, each.call, false, panel::FaultAction::fail, 0});
         EXPECT_EQ(panel.run("\\Temp\\TarvexHelper.exe"), 1U) << each.what;
         EXPECT_EQ(panel.errors(), Lines{each.line}) << each.what;
         EXPECT_NE(panel.log().back(), "INFO;Helper terminated") << each.what;

@@ -44,12 +44,13 @@ TEST(Instance, ASecondOneEndsAtOnceAndLogsNothing) {
     panel.install();
     panel.driver().start(ScenarioPanel::helper);
     ASSERT_TRUE(panel.reachesLoop());
+    panel.put("\\Temp\\TarvexHelper.exe", helperFile());
     const Lines before = panel.log();
     const auto files = panel.tree("\\");
-    panel.put("\\Temp\\TarvexHelper.exe", helperFile());
     EXPECT_EQ(panel.run(ScenarioPanel::helper), 0U);
     EXPECT_EQ(panel.run("\\Temp\\TarvexHelper.exe"), 0U);
     EXPECT_EQ(panel.log(), before);
+    EXPECT_EQ(panel.tree("\\"), files);
     EXPECT_EQ(panel.terminate(), 0U);
     panel.driver().start(ScenarioPanel::helper); // now that it is gone, the next one runs
     EXPECT_TRUE(panel.reachesLoop());
@@ -62,28 +63,57 @@ TEST(Instance, HandsOverInOrderAndAfterExactlyOneSecond) {
         panel.driver().setTracing(true);
         EXPECT_EQ(panel.run("\\Hard Disk\\Tarvex\\TarvexHelper.exe"), 0U);
         ASSERT_TRUE(panel.reachesLoop());
-        Lines last; // what the first process did from the saving of its settings on
+        Lines steps; // of the first process: what it copied, its settings, and what came then
         std::uint64_t released = 0;
         std::uint64_t started = 0;
         for (const std::string& line : panel.trace()) {
             const std::string function = functionOf(line);
             const bool matters = function == "ReleaseMutex" || function == "Sleep" || function == "CreateProcessW" ||
-                                 line.find("config.xml") != std::string::npos;
+                                 function == "CopyFileW" || line.find("config.xml") != std::string::npos;
             if (processOf(line) != "TarvexHelper.exe#1" || !matters)
                 continue;
-            last.push_back(function);
+            if (function != "CopyFileW" || steps.empty() || steps.back() != function) // copies in a row are one
+                steps.push_back(function);
             if (function == "ReleaseMutex")
                 released = timeOf(line);
             if (function == "CreateProcessW")
                 started = timeOf(line);
         }
-        EXPECT_EQ(last, (Lines{"GetFileAttributesW", "CreateFileW", "ReleaseMutex", "Sleep", "CreateProcessW"}));
+        EXPECT_EQ(steps,
+                  (Lines{"CopyFileW", "GetFileAttributesW", "CreateFileW", "ReleaseMutex", "Sleep", "CreateProcessW"}));
         EXPECT_EQ(started - released, 1000U);
         // The installed helper met no lock of its predecessor: it runs, and its stamps show the ticks of the panel.
         const std::string stamps = panel.read("\\MMCMemory\\Tarvex\\helper_log0.txt");
         EXPECT_EQ(stamps.find("2024-03-07 06:05:09," + std::to_string(ticks) + ";INFO;Init of Helper\n"), 0U);
         EXPECT_NE(stamps.find("2024-03-07 06:05:10," + std::to_string(ticks + 1000) + ";INFO;Init of Helper\n"),
                   std::string::npos);
+    }
+}
+
+TEST(Instance, ReleasesItsLockOnceAndNeverClosesIt) {
+    ScenarioPanel panel;
+    panel.put("\\Temp\\TarvexHelper.exe", helperFile());
+    panel.driver().setTracing(true);
+    EXPECT_EQ(panel.run("\\Temp\\TarvexHelper.exe"), 0U);
+    ASSERT_TRUE(panel.reachesLoop());
+    EXPECT_EQ(panel.run(ScenarioPanel::helper), 0U);
+    EXPECT_EQ(panel.terminate(), 0U);
+    // One hands over, one is told to end, one is too many.
+    for (const char* process : {"TarvexHelper.exe#1", "TarvexHelper.exe#2", "TarvexHelper.exe#3"}) {
+        std::string mutex;
+        Lines uses;
+        for (const std::string& line : panel.trace()) {
+            if (processOf(line) != process)
+                continue;
+            if (functionOf(line) == "CreateMutexW") {
+                EXPECT_NE(line.find("(0, \"OrvaTarvexHelper.0\") = 0x"), std::string::npos) << line;
+                const auto result = line.find("= ") + 2;
+                mutex = line.substr(result, line.find(' ', result) - result);
+            } else if (!mutex.empty() && line.find('(' + mutex + ')') != std::string::npos) {
+                uses.push_back(functionOf(line));
+            }
+        }
+        EXPECT_EQ(uses, Lines{"ReleaseMutex"}) << process;
     }
 }
 

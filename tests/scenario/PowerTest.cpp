@@ -17,11 +17,23 @@ namespace {
 
 constexpr const char* actor = "\\MMCMemory\\Actor.exe";
 
-fs::path makeFolder(const ScenarioPanel&, const fs::path& folder) {
-    fs::create_directories(folder / "sub");
-    std::ofstream(folder / "sub/file.txt") << "content";
-    return folder;
-}
+// A folder of the host with a file, and with a link that leads out of it.
+class HostFolder {
+public:
+    HostFolder() {
+        std::string name = (fs::temp_directory_path() / "panel-XXXXXX").string();
+        path = mkdtemp(name.data());
+        fs::create_directories(path / "disk/sub");
+        fs::create_directories(path / "precious");
+        std::ofstream(path / "disk/sub/file.txt") << "content";
+        std::ofstream(path / "precious/file.txt") << "content";
+        fs::create_directory_symlink(path / "precious", path / "disk/link");
+    }
+    ~HostFolder() {
+        fs::remove_all(path);
+    }
+    fs::path path;
+};
 
 } // namespace
 
@@ -89,7 +101,9 @@ TEST(Power, TheKernelsLockIsTakenOverFromADeadOwner) {
 
 TEST(Disks, ArePluggedAsCopiesOrInPlaceAndUnplugged) {
     ScenarioPanel panel;
-    const fs::path folder = makeFolder(panel, panel.panel().directory() / "my folder");
+    const HostFolder host;
+    const fs::path folder = host.path / "disk";
+    EXPECT_THROW(panel.panel().plug(panel.panel().directory(), "Hard Disk", false), std::runtime_error);
     panel.panel().plug(folder, "Hard Disk", false);
     EXPECT_EQ(panel.read("\\Hard Disk\\sub\\file.txt"), "content");
     fs::remove(panel.panel().hostPath("\\Hard Disk\\sub\\file.txt"));
@@ -99,10 +113,67 @@ TEST(Disks, ArePluggedAsCopiesOrInPlaceAndUnplugged) {
     EXPECT_THROW(panel.panel().plug(folder, "a\\b", false), std::runtime_error);
     EXPECT_THROW(panel.panel().plug(folder / "none", "Hard Disk3", false), std::runtime_error);
     EXPECT_THROW(panel.panel().unplug("MMCMemory"), std::runtime_error);
+    panel.put("\\Hard Disk2\\Tarvex\\TarvexHelper.exe", helperFile());
+    fs::create_directory_symlink(host.path / "precious", folder / "Tarvex/link");
+    EXPECT_EQ(panel.run("\\Hard Disk2\\Tarvex\\TarvexHelper.exe"), 0U); // which deletes its folder
+    EXPECT_TRUE(fs::exists(host.path / "precious/file.txt")); // but nothing outside of the disk
     panel.reboot();
     EXPECT_EQ(panel.read("\\Hard Disk2\\sub\\file.txt"), "content"); // still plugged
     panel.panel().unplug("HARD DISK2");
     EXPECT_TRUE(fs::exists(folder / "sub/file.txt")); // it was in place
     panel.panel().unplug("Hard Disk");
     EXPECT_FALSE(panel.exists("\\Hard Disk"));
+}
+
+TEST(Disks, OfTwoPluggedAtOnceBothStay) {
+    ScenarioPanel panel;
+    const HostFolder host;
+    std::vector<pid_t> children;
+    for (int index = 0; index < 6; ++index) {
+        children.push_back(fork());
+        if (children.back() == 0) {
+            panel::Panel(panel.panel().directory()).plug(host.path / "disk", "Disk" + std::to_string(index), false);
+            _exit(0);
+        }
+    }
+    for (const pid_t child : children)
+        waitpid(child, nullptr, 0);
+    for (int index = 0; index < 6; ++index)
+        panel.panel().unplug("Disk" + std::to_string(index));
+}
+
+TEST(Starting, IsFinishedWithoutAStarterThatWasKilled) {
+    int names[2];
+    ASSERT_EQ(pipe(names), 0);
+    const pid_t starter = fork(); // before this process has a part in the panel
+    if (starter == 0) { // a command of its own, killed before it lets the program run
+        char directory[4096] = {};
+        if (read(names[0], directory, sizeof directory - 1) > 0) {
+            panel::Driver driver{panel::Panel(directory)};
+            driver.start(actor, "sleep 1000 exit 5");
+        }
+        raise(SIGKILL);
+    }
+    ScenarioPanel panel;
+    panel.put(actor, programFile("Actor"));
+    const std::string directory = panel.panel().directory().string();
+    ASSERT_EQ(write(names[1], directory.data(), directory.size()), static_cast<ssize_t>(directory.size()));
+    waitpid(starter, nullptr, 0);
+    const auto ended = [&] { return !panel.driver().status().ended.empty(); };
+    EXPECT_TRUE(panel.driver().waitUntil(ended, 60000));
+    EXPECT_EQ(panel.exitCodeOf("Actor.exe#1"), 5U);
+    EXPECT_EQ(panel.run(actor, "sleep 1000 exit 6"), 6U); // and the clock is right
+    EXPECT_EQ(panel.driver().status().time, 2000U);
+}
+
+TEST(Power, IsNotOnInACopyOfAPanel) {
+    ScenarioPanel panel;
+    const HostFolder host;
+    fs::copy(panel.panel().directory(), host.path / "copy", fs::copy_options::recursive);
+    EXPECT_FALSE(panel::Panel(host.path / "copy").isOn());
+    EXPECT_TRUE(panel.panel().isOn());
+    fs::resize_file(host.path / "copy/run/kernel", 100);
+    panel::Panel(host.path / "copy").boot({});
+    EXPECT_TRUE(panel::Panel(host.path / "copy").isOn());
+    panel::Panel(host.path / "copy").off();
 }

@@ -214,8 +214,3 @@ std::vector<std::string> ScenarioPanel::errors() const {
 std::vector<std::string> ScenarioPanel::trace() const {
     return linesOf(contentOf(simulated->directory() / "run/trace"));
 }
-
-void ScenarioPanel::clearLog() {
-    for (const char* name : {"\\MMCMemory\\Tarvex\\helper_log0.txt", "\\MMCMemory\\Tarvex\\helper_log1.txt"})
-        fs::remove(simulated->hostPath(name));
-}

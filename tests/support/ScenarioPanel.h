@@ -28,7 +28,7 @@ public:
 
     // ---- what is on the panel
 
-    // A disk with the folder "Tarvex": helper, application, settings, a subfolder.
+    // A disk with the folder "Tarvex": helper, application, a text, a subfolder; no settings.
     void plugDisk(const std::string& name, bool withApplication = true);
     void put(std::string_view panelPath, const std::filesystem::path& file); // a copy
     void install(); // helper and application in place
@@ -57,7 +57,6 @@ public:
     std::vector<std::string> log() const;
     std::vector<std::string> errors() const; // those lines of it
     std::vector<std::string> trace() const;
-    void clearLog();
     // Power off and on again; what was plugged stays.
     void reboot();
 

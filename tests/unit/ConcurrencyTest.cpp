@@ -26,8 +26,8 @@ struct Worker : IRunnable {
     std::unique_ptr<IEvent> stopped{getSystem().createEvent()};
 };
 
-// Makes a program of the host, which knows nothing of panels, one of the panel.
-void installProgram(const char* hostProgram, const char* panelPath) {
+// Makes a program of the host one of the panel.
+void installProgram(const std::filesystem::path& hostProgram, const char* panelPath) {
     std::filesystem::create_directories(hostPath(panelPath).parent_path());
     std::filesystem::copy_file(hostProgram, hostPath(panelPath));
 }
@@ -49,6 +49,16 @@ TEST(Concurrency, EventStaysSetUntilReset) {
     EXPECT_EQ(broken->wait(), WAIT_FAILED);
     EXPECT_FALSE(broken->set());
     EXPECT_FALSE(broken->reset());
+}
+
+TEST(Concurrency, EventClosesItsHandle) {
+    startTrace();
+    std::unique_ptr<IEvent>(getSystem().createEvent()).reset();
+    const std::vector<std::string> calls = trace();
+    ASSERT_EQ(calls.size(), 2U);
+    const std::string created = "CreateEventW(1, 0, null) = ";
+    ASSERT_TRUE(calls[0].starts_with(created)) << calls[0];
+    EXPECT_EQ(calls[1], "CloseHandle(" + calls[0].substr(created.size()) + ") = 1");
 }
 
 TEST(Concurrency, CriticalSectionIsLeftAsOftenAsEntered) {
@@ -102,23 +112,26 @@ TEST(Concurrency, CountsTicksPastTheWrap) {
 }
 
 TEST(Concurrency, StartsProcesses) {
-    installProgram("/bin/false", "\\Windows\\one.exe");
-    installProgram("/bin/true", "\\Windows\\nil.exe");
+    installProgram("/bin/false", "\\Windows\\one.exe"); // which knows nothing of panels
+    installProgram(programFile("Actor"), "\\Windows\\actor.exe");
     const struct {
         const wchar_t* path;
         const wchar_t* arguments;
         std::uint32_t exitCode;
+        const char* call;
     } cases[] = {
-        {L"\\Windows\\one.exe", L"", 1},
-        {L"\\Windows\\nil.exe", L"-x", 0},
-        {L"", L"\\Windows\\one.exe -x", 1},
+        {L"\\Windows\\one.exe", L"", 1, R"(CreateProcessW("\Windows\one.exe", null) = 1)"},
+        {L"\\Windows\\actor.exe", L"exit 7", 7, R"(CreateProcessW("\Windows\actor.exe", "exit 7") = 1)"},
+        {L"", L"\\Windows\\actor.exe exit 8", 8, R"(CreateProcessW(null, "\Windows\actor.exe exit 8") = 1)"},
     };
-    for (const auto& [path, arguments, exitCode] : cases) {
+    for (const auto& [path, arguments, exitCode, call] : cases) {
         const std::unique_ptr<IProcess> process(getSystem().createProcess(path, arguments, {}));
         EXPECT_EQ(process->getHandle(), nullptr);
         EXPECT_EQ(process->getExitCode(), 0U);
+        startTrace();
         const HANDLE handle = process->start();
         ASSERT_NE(handle, nullptr);
+        EXPECT_EQ(trace().at(0), call);
         EXPECT_EQ(process->getHandle(), handle);
         EXPECT_EQ(process->getExitCode(), STILL_ACTIVE) << "it is loaded while its starter waits";
         EXPECT_EQ(WaitForSingleObject(handle, INFINITE), WAIT_OBJECT_0);
@@ -132,6 +145,24 @@ TEST(Concurrency, StartsProcesses) {
     EXPECT_EQ(missing->start(), nullptr);
     const std::unique_ptr<IProcess> nothing(getSystem().createProcess(L"", L"", {}));
     EXPECT_EQ(nothing->start(), nullptr);
+}
+
+TEST(Concurrency, ProcessClosesTheHandlesOfItsLastStartOnly) {
+    installProgram(programFile("Actor"), "\\Windows\\actor.exe");
+    std::unique_ptr<IProcess> process(getSystem().createProcess(L"\\Windows\\actor.exe", L"sleep 1000", {}));
+    const HANDLE first = process->start();
+    startTrace();
+    const HANDLE second = process->start();
+    ASSERT_NE(second, nullptr);
+    EXPECT_EQ(trace().size(), 1U) << "the first child's handles are forgotten, not closed";
+    startTrace();
+    process.reset();
+    EXPECT_EQ(trace().size(), 2U) << "the process's and its thread's";
+    for (const std::string& call : trace()) {
+        EXPECT_TRUE(call.starts_with("CloseHandle(") && call.ends_with(" = 1")) << call;
+    }
+    EXPECT_EQ(WaitForSingleObject(second, 0), WAIT_FAILED);
+    EXPECT_EQ(WaitForSingleObject(first, INFINITE), WAIT_OBJECT_0) << "the child went on";
 }
 
 TEST(Concurrency, KeepsTheParametersOfAProcess) {

@@ -1,10 +1,12 @@
 #include "OrvaUtils/IO/FileSystemException.h"
 #include "OrvaUtils/IO/IFileSystem.h"
 #include "OrvaUtils/Text.h"
+#include "app/log/Logger.h"
 #include "tests/support/TestPanel.h"
 
 #include <windows.h>
 
+#include <algorithm>
 #include <functional>
 #include <gtest/gtest.h>
 #include <map>
@@ -30,6 +32,17 @@ public:
 private:
     HANDLE file;
 };
+
+// What was called of these functions, without the results.
+Names callsOf(const Names& functions) {
+    Names calls;
+    for (const std::string& line : trace()) {
+        if (std::find(functions.begin(), functions.end(), line.substr(0, line.find('('))) != functions.end()) {
+            calls.push_back(line.substr(0, line.rfind(" = ")));
+        }
+    }
+    return calls;
+}
 
 std::wstring failureOf(const std::function<void()>& operation) {
     try {
@@ -121,6 +134,30 @@ TEST(FileSystem, DeletesReadOnlyFilesOnly) {
     EXPECT_FALSE(files.deleteFile(L"\\D\\locked"));
     EXPECT_FALSE(files.deleteFile(L"\\D"));
     EXPECT_TRUE(files.removeDirectory(L"\\D"));
+    startTrace();
+    EXPECT_FALSE(files.deleteFile(L"\\missing"));
+    EXPECT_EQ(callsOf({"SetFileAttributesW"}), (Names{R"(SetFileAttributesW("\missing", 0xfffffffe))"}))
+        << "all bits but the read-only one";
+}
+
+TEST(FileSystem, LogsWhatItDeletesForDebugging) {
+    struct : LogListener {
+        void receive(const LogRecord& record) override {
+            EXPECT_EQ(record.level, LogLevel::Debug);
+            heard += record.message + L'\n';
+        }
+        std::wstring heard;
+    } listener;
+    Logger::instance().setToFile(false);
+    Logger::instance().addListener(&listener);
+    for (const std::int32_t threshold : {LogLevel::Info, LogLevel::Debug}) {
+        Logger::instance().setThreshold(threshold);
+        writeFile("\\D\\_rm_T\\file", "");
+        EXPECT_EQ(listener.heard, L"");
+        getFileSystem().cleanupDirectory(L"\\D");
+    }
+    EXPECT_EQ(listener.heard,
+              L"Cleaning up directory \\D\nDeleting directory \\D\\_rm_T\nDeleting file \\D\\_rm_T\\file\n");
 }
 
 TEST(FileSystem, RenamesBusyFilesAway) {
@@ -217,7 +254,10 @@ TEST(FileSystem, CopiesTrees) {
 
     files.copyDirectory(L"\\missing\\D", L"\\S", true, L"*");
     EXPECT_FALSE(exists("\\missing"));
+    startTrace();
     files.copyDirectory(L"\\E", L"\\missing", true, L"*");
+    EXPECT_EQ(callsOf({"FindFirstFileW", "CreateDirectoryW"}),
+              (Names{R"(FindFirstFileW("\missing\*"))", R"(CreateDirectoryW("\E"))"}));
     EXPECT_TRUE(exists("\\E"));
 }
 

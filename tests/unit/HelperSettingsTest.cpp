@@ -96,6 +96,10 @@ TEST(HelperSettings, ReadsAndSavesEveryRule) {
          withRestore("<Restore InProgress='1'/><Restore RepositoryPath='\\a.osr'><Components/></Restore>"
                      "<Restore InProgress='0'/><Restore RepositoryPath='\\b.osr'><Components/></Restore>"),
          saved(1, "", savedRestore(PLAIN))},
+        {"in progress as the one before, since it is no truth value",
+         withRestore("<Restore InProgress='1'/>"
+                     "<Restore InProgress='maybe' RepositoryPath='\\a.osr'><Components/></Restore>"),
+         saved(1, "", savedRestore(PLAIN))},
         {"the lenient flag", restore("InProgress='1' RepositoryPath='\\a.osr' Force='true'"),
          saved(1, "", savedRestore(R"(InProgress="1" RepositoryPath="\a.osr" Force="1")"))},
         {"the strict flags, by words",

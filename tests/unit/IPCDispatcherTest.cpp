@@ -100,6 +100,21 @@ TEST(IPCDispatcher, ReportsFailuresOfItsWindow) {
     EXPECT_EQ(dispatcherFailure(dispatcher), L"Failed to create message only window");
 }
 
+TEST(IPCDispatcher, ServesMessageZeroForANameThatThePlatformRefuses) {
+    EchoModule module;
+    OtherThread loop([&] {
+        IPCDispatcher dispatcher;
+        failCall("RegisterWindowMessageW");
+        dispatcher.registerHandler(L"ORVATestMsg", &module);
+        dispatcher.run();
+    });
+    ASSERT_TRUE(driver().waitUntil([] { return panel::findWindow("ORVATarvexHelper") != 0; }, 1000));
+    const std::uint32_t window = panel::findWindow("ORVATarvexHelper");
+    EXPECT_EQ(panel::sendMessage(window, "ORVATestMsg", 7, 0), 0);
+    EXPECT_EQ(panel::sendMessage(window, "0", 7, 0), 17);
+    EXPECT_EQ(panel::sendMessage(window, "ORVATarvexMsg", 1, 0), 0);
+}
+
 TEST(IPCDispatcher, HandsMessagesToModulesUntilItIsTerminated) {
     EchoModule module;
     std::wstring failure;

@@ -4,6 +4,7 @@
 #include <crt.h>
 #include <windows.h>
 
+#include <algorithm>
 #include <gtest/gtest.h>
 
 using namespace testing_panel;
@@ -110,6 +111,11 @@ TEST(Logger, ContinuesTheFileWrittenLast) {
         log.write(L"here", LogLevel::Info);
         EXPECT_EQ(messages(std::filesystem::path(last).string()), "INFO;here\n");
     }
+    HelperLog log;
+    touchFile(L"\\Log\\helper_log1.txt");
+    touchFile(L"\\Log\\helper_log0.txt");
+    log.write(L"the first of the same time", LogLevel::Info);
+    EXPECT_EQ(messages(LOG0), "INFO;the first of the same time\n");
 }
 
 TEST(Logger, IgnoresOtherNames) {
@@ -130,7 +136,7 @@ TEST(Logger, LosesLinesButLivesOn) {
     log.write(L"lost", LogLevel::Info);
     EXPECT_FALSE(exists("\\Log\\missing"));
     writeFile("\\Log\\missing\\folder", "");
-    log.write(L"with \u00E9, \u20AC and \U0001F600", LogLevel::Info);
+    log.write(L"with \u00E9, \u20AC and \uFFFD", LogLevel::Info);
     // The next file cannot be opened: that line is lost, and the following one goes there.
     log.write(std::wstring(102400, L'x'), LogLevel::Info);
     failCall("CreateFileW", 2);
@@ -191,9 +197,40 @@ TEST(Logger, ChoosesItsPath) {
     Logger byDefault;
     byDefault.write(L"beside the program", LogLevel::Info);
     EXPECT_EQ(messages("\\MMCMemory\\Tarvex\\log0.txt"), "INFO;beside the program\n");
+    Logger lost;
+    failCall("GetModuleFileNameW");
+    lost.write(L"in the root", LogLevel::Info);
+    EXPECT_EQ(messages("\\log0.txt"), "INFO;in the root\n");
     HelperLog named;
     named.setFilePath(L"\\Log\\one.log");
     named.write(L"as told", LogLevel::Info);
     EXPECT_EQ(messages("\\Log\\one.log"), "INFO;as told\n");
+    named.write(std::wstring(102400, L'x'), LogLevel::Info);
+    named.write(L"anew", LogLevel::Info);
+    EXPECT_EQ(messages("\\Log\\one.log"), "INFO;anew\n") << "the next file is the same";
+    EXPECT_FALSE(exists(LOG0));
+    EXPECT_FALSE(exists(LOG1));
+}
+
+TEST(Logger, WritesToEachOutputThatIsOn) {
+    HelperLog log;
+    log.setToFile(false);
+    for (const bool on : {true, false}) { // one of the two
+        log.setToConsole(on);
+        log.setToDebugger(!on);
+        EXPECT_TRUE(log.isEnabled());
+        startTrace();
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr(); // where the simulated debugger prints
+        log.write(L"caf\u00E9", LogLevel::Info);
+        const std::string console = testing::internal::GetCapturedStdout();
+        const std::string debugger = testing::internal::GetCapturedStderr();
+        EXPECT_EQ(console.substr(std::min(console.find(';'), console.size())), on ? ";INFO;caf\xE9\n" : "");
+        EXPECT_EQ(debugger.substr(std::min(debugger.find(';'), debugger.size())), on ? "" : ";INFO;caf\xC3\xA9\n");
+        const std::vector<std::string> calls = trace();
+        EXPECT_EQ(std::count_if(calls.begin(), calls.end(),
+                                [](const std::string& call) { return call.starts_with("OutputDebugStringW(\"2024-"); }),
+                  on ? 0 : 1);
+    }
     EXPECT_FALSE(exists(LOG0));
 }

@@ -69,6 +69,49 @@ bool classExists(const wchar_t* name) {
 
 } // namespace
 
+TEST(MessageOnlyWindow, AsksThePlatformForWhatItNeeds) {
+    startTrace();
+    MessageOnlyWindow window;
+    window.create(L"Traced");
+    window.stop();
+    window.run();
+    std::string calls;
+    std::map<std::string, std::string> handles;
+    int entered = 0;
+    for (std::string call : trace()) {
+        const std::string result = call.substr(call.find(" = ") + 3);
+        call.resize(call.find(" = "));
+        for (const auto& [handle, name] : handles) {
+            if (const auto at = call.find(handle); at != std::string::npos) {
+                call.replace(at, handle.size(), name);
+            }
+        }
+        for (const auto& [maker, name] :
+             {std::pair{"CreateEventW", "EVENT"}, {"GetModuleHandleW", "PROGRAM"}, {"CreateWindowExW", "WINDOW"}}) {
+            if (call.starts_with(maker)) {
+                handles[result] = name;
+            }
+        }
+        entered += call.starts_with("EnterC") - call.starts_with("LeaveC");
+        const bool isLock = call.find("CriticalSection") != std::string::npos;
+        if (isLock ? entered < 0 : !call.starts_with("DefWindowProcW")) {
+            calls += call + '\n';
+        }
+    }
+    EXPECT_EQ(calls, "CreateEventW(1, 1, null)\n"
+                     "GetModuleHandleW(null)\n"
+                     "RegisterClassW(\"Traced\", PROGRAM)\n"
+                     "CreateWindowExW(\"Traced\", null, 0x0)\n"
+                     "PostMessageW(WINDOW, 0x10, 0, 0)\n"
+                     "EventModify(EVENT, 2)\n"
+                     "GetMessageW(WINDOW, 0x10, 0, 0)\n"
+                     "TranslateMessage(0x10)\n"
+                     "DispatchMessageW(WINDOW, 0x10)\n"
+                     "EventModify(EVENT, 3)\n"
+                     "LeaveCriticalSection()\n")
+        << "with a leave in the end that nobody has entered for";
+}
+
 TEST(MessageOnlyWindow, HandsMessagesToTheirLatestHandler) {
     KnownWindow window;
     std::string handled;

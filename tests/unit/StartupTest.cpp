@@ -4,10 +4,13 @@
 #include "app/HelperSettings.h"
 #include "app/InitializeHelper.h"
 #include "app/Installation.h"
-#include "app/Paths.h"
+#include "app/RunModuleManager.h"
+#include "app/StartupContext.h"
 #include "app/log/Logger.h"
 #include "ipc/IPCDispatcherException.h"
+#include "platform/panel/Client.h"
 #include "tests/support/TestPanel.h"
+#include "tests/unit/OtherThread.h"
 
 #include <functional>
 #include <gtest/gtest.h>
@@ -65,19 +68,71 @@ TEST(Startup, ReportsFailuresByTheirClass) {
                                         "ERROR;Unexpected error\nERROR;Unexpected error\n");
 }
 
+TEST(Startup, CatchesWhateverIsThrown) {
+    // Throws at the first line of each stage.
+    struct : LogListener {
+        void receive(const LogRecord& record) override {
+            if (record.message != L"Init of Helper" && record.message != L"Module manager initialization") {
+                return;
+            }
+            if (standard) {
+                throw std::runtime_error("hidden");
+            }
+            throw 1;
+        }
+        bool standard = true;
+    } listener;
+    Logger::instance().addListener(&listener);
+    std::string expected;
+    for (listener.standard = true;; listener.standard = false) {
+        HANDLE noLock = nullptr;
+        exitCode = 0;
+        EXPECT_FALSE(InitializeHelper(noLock));
+        EXPECT_EQ(exitCode, 1);
+        exitCode = 0;
+        RunModuleManager();
+        EXPECT_EQ(exitCode, 1);
+        expected += "INFO;Init of Helper\nERROR;Unexpected error\n"
+                    "INFO;Module manager initialization\nERROR;Unexpected error\n";
+        EXPECT_EQ(logged(), expected);
+        if (!listener.standard) {
+            break;
+        }
+    }
+}
+
+TEST(Startup, EndsTheModuleManagerWithExitCodeZero) {
+    Logger::instance().setToFile(false);
+    exitCode = 1;
+    OtherThread loop([] { RunModuleManager(); });
+    ASSERT_TRUE(driver().waitUntil([] { return panel::findWindow("ORVATarvexHelper") != 0; }, 1000));
+    EXPECT_EQ(panel::sendMessage(panel::findWindow("ORVATarvexHelper"), "ORVATarvexMsg", 1, 0), 0);
+    loop.join();
+    EXPECT_EQ(exitCode, 0);
+}
+
+TEST(Startup, KnowsItsPathsBeforeItBegins) {
+    const StartupContext context;
+    EXPECT_FALSE(context.restartNeeded);
+    EXPECT_EQ(context.zentrixBackupPath, L"\\NANDFlash\\ZentrixHMI\\_backup_ZentrixHMICE.exe");
+    EXPECT_EQ(context.zentrixExecutablePath, L"\\NANDFlash\\ZentrixHMI\\ZentrixHMICE.exe");
+}
+
 TEST(Startup, TidiesUpInTheRightPath) {
     writeFile("\\Old\\_rm_app.exe", "");
     writeFile("\\Old\\kept", "");
     writeFile("\\Busy\\_rm_dir\\file", "");
+    writeFile("\\Odd\\_rmx", "");
     writeFile("\\MMCMemory\\Tarvex\\config.xml",
               "<OrvaTarvex><Settings><CleanupDirectories><Directory Name='\\Busy'/><Directory Name='\\Old'/>"
-              "<Directory Name='\\Missing'/></CleanupDirectories></Settings></OrvaTarvex>");
+              "<Directory Name='\\Odd'/><Directory Name='\\Missing'/></CleanupDirectories></Settings></OrvaTarvex>");
     const HANDLE busy = CreateFileW(L"\\Busy\\_rm_dir\\file", GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     HANDLE noLock = nullptr;
     EXPECT_TRUE(InitializeHelper(noLock));
-    EXPECT_EQ(logged(), "INFO;Init of Helper\nINFO;Path \\Busy not cleaned up\n");
+    EXPECT_EQ(logged(), "INFO;Init of Helper\nINFO;Path \\Busy not cleaned up\nINFO;Path \\Odd not cleaned up\n");
     EXPECT_EQ(list("\\Old"), std::vector<std::string>{"kept"});
-    EXPECT_EQ(HelperSettings().cleanupDirectories, std::vector<std::wstring>{L"\\Busy"});
+    EXPECT_EQ(list("\\Odd"), std::vector<std::string>{"_rmx"}) << "looked for, but never cleaned";
+    EXPECT_EQ(HelperSettings().cleanupDirectories, (std::vector<std::wstring>{L"\\Busy", L"\\Odd"}));
     EXPECT_TRUE(CloseHandle(busy));
 }
 
@@ -100,6 +155,7 @@ TEST(Startup, FailsForACleanupDirectoryWithoutAName) {
     writeFile("\\MMCMemory\\Tarvex\\config.xml", document);
     HANDLE noLock = nullptr;
     EXPECT_FALSE(InitializeHelper(noLock));
+    EXPECT_EQ(exitCode, 1);
     EXPECT_EQ(logged(), "INFO;Init of Helper\n"
                         "ERROR;Exception OrvaUtils::IO::FileSystemException: Invalid directory name\n");
     EXPECT_EQ(readFile("\\MMCMemory\\Tarvex\\config.xml"), document);

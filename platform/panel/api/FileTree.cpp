@@ -136,7 +136,7 @@ std::vector<Found> search(const std::string& root, const std::string& path) {
         const std::string name = entry->d_name;
         const bool hidden = name == "." || name == ".." || name.find_first_of("\\:*?\"<>|") != std::string::npos;
         if (!hidden && matches(pattern, name))
-            found.push_back({name, place.host + '/' + name});
+            found.push_back({name, place.host + '/' + name, place.host == root + "/fs"});
     }
     closedir(directory);
     std::sort(found.begin(), found.end(),
@@ -149,7 +149,7 @@ bool nextFound(LocalObject& local, WIN32_FIND_DATAW* data) {
     while (local.nextFound < local.found.size()) {
         const Found& entry = local.found[local.nextFound++];
         struct stat status {};
-        if (stat(entry.hostPath.c_str(), &status) != 0 || !(S_ISREG(status.st_mode) || S_ISDIR(status.st_mode)))
+        if (!statusOf(entry.hostPath, entry.top, status))
             continue;
         *data = {};
         data->dwFileAttributes = attributesOf(status);
@@ -245,7 +245,7 @@ DWORD GetFileAttributesW(LPCWSTR path) noexcept {
 }
 
 BOOL SetFileAttributesW(LPCWSTR path, DWORD attributes) noexcept {
-    Gate gate(Function::SetFileAttributesW, path, attributes);
+    Gate gate(Function::SetFileAttributesW, path, trace::Hex{attributes});
     if (gate.faulted())
         return gate.fault<BOOL>();
     const Lock lock(gate.image());

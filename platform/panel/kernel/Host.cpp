@@ -34,10 +34,18 @@ std::int64_t monotonicNanoseconds() {
     return static_cast<std::int64_t>(now.tv_sec) * 1000000000 + now.tv_nsec;
 }
 
+bool exists(std::int32_t pid) {
+    return kill(pid, 0) == 0 || errno == EPERM;
+}
+
+std::string bootId() {
+    return readFile("/proc/sys/kernel/random/boot_id");
+}
+
 std::uint64_t startTime(std::int32_t pid) {
     const int file = open(("/proc/" + std::to_string(pid) + "/stat").c_str(), O_RDONLY | O_CLOEXEC);
     if (file < 0)
-        return 0;
+        return exists(pid) ? unknown : 0;
     char text[1024];
     const auto length = read(file, text, sizeof text - 1);
     close(file);
@@ -55,10 +63,6 @@ std::uint64_t startTime(std::int32_t pid) {
         ++field;
     }
     return std::strtoull(field, nullptr, 10);
-}
-
-bool exists(std::int32_t pid) {
-    return kill(pid, 0) == 0 || errno == EPERM;
 }
 
 bool waitForEnd(std::int32_t pid, std::uint64_t start, std::uint32_t milliseconds) {

@@ -14,11 +14,17 @@ void futexWake(std::atomic<std::uint32_t>& word, int count = 1);
 std::int32_t threadId(); // of the calling thread
 std::int64_t monotonicNanoseconds();
 
-// The start time of a process or thread in the host's clock ticks; 0 if it is gone or only waits to be reaped.
+// The start time of a process or thread in the host's clock ticks; 0 if it is gone or only waits to be reaped,
+// `unknown` if it is there but the host does not tell (no descriptor is free).
+inline constexpr std::uint64_t unknown = ~std::uint64_t{0};
 std::uint64_t startTime(std::int32_t pid);
 inline bool isAlive(std::int32_t pid, std::uint64_t start) {
-    return pid != 0 && startTime(pid) == start;
+    const std::uint64_t now = startTime(pid);
+    return now != 0 && (now == start || now == unknown);
 }
+
+// Differs from boot to boot of the host.
+std::string bootId();
 
 bool exists(std::int32_t pid); // cheap; true also for one that only waits to be reaped
 

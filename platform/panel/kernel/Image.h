@@ -179,6 +179,9 @@ struct Image {
     std::uint32_t version;
     std::atomic<std::uint32_t> lock; // host tid of its owner; top bit: somebody sleeps on it
     std::uint32_t on; // the panel has power
+    std::uint64_t fileDevice; // the kernel file's own identity: a copy of a panel that is on is off
+    std::uint64_t fileInode;
+    char hostBoot[40]; // and so is one that the host's own reboot has ended
     std::uint32_t running; // threads of the panel that are not waiting
     std::uint32_t waitingDrivers;
     std::uint64_t waitOrder;

@@ -33,13 +33,25 @@ void Lock::acquire() {
         host::futexWait(word, value, patience);
         const std::uint32_t now = word.load(std::memory_order_relaxed);
         if (now == value && host::startTime(static_cast<std::int32_t>(value & ~sleepers)) == 0) {
-            if (word.compare_exchange_strong(value, me | sleepers, std::memory_order_acquire))
-                break; // taken over from a dead owner
+            if (word.compare_exchange_strong(value, me | sleepers, std::memory_order_acquire)) {
+                takeOver();
+                break;
+            }
             continue;
         }
         value = now;
     }
     held = true;
+}
+
+// The dead owner may have stopped between a thread's state and the counts that follow from it.
+void Lock::takeOver() {
+    image.running = 0;
+    image.waitingDrivers = 0;
+    for (const ThreadRecord& thread : image.threads) {
+        image.running += thread.state == ThreadState::running && !thread.driver;
+        image.waitingDrivers += thread.state == ThreadState::waiting && thread.driver;
+    }
 }
 
 void Lock::release() {

@@ -8,7 +8,7 @@ namespace panel {
 
 class Lock {
 public:
-    explicit Lock(Image& image) : word(image.lock) {
+    explicit Lock(Image& guarded) : image(guarded), word(guarded.lock) {
         acquire();
     }
     ~Lock() {
@@ -22,6 +22,9 @@ public:
     void release();
 
 private:
+    void takeOver();
+
+    Image& image;
     std::atomic<std::uint32_t>& word;
     bool held = false;
 };

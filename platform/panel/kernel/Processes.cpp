@@ -142,22 +142,27 @@ void endThread(Image& image, Slot thread) {
     messages::removeThread(image, thread);
 }
 
+void letRun(Image& image, Slot slot) {
+    ProcessRecord& process = at(image, slot);
+    process.state = ProcessState::running;
+    process.starter = 0;
+    if (process.mainThread)
+        scheduler::startsRunning(image, process.mainThread);
+    process.released.store(1, std::memory_order_release);
+    host::futexWake(process.released);
+}
+
 void letStartedRun(Image& image, Slot starter) {
-    for (ProcessRecord& process : image.processes) {
-        if (process.state != ProcessState::created || process.starter != starter)
-            continue;
-        process.state = ProcessState::running;
-        process.starter = 0;
-        if (process.mainThread)
-            scheduler::startsRunning(image, process.mainThread);
-        process.released.store(1, std::memory_order_release);
-        host::futexWake(process.released);
-    }
+    for (Slot slot = 1; slot <= maxProcesses; ++slot)
+        if (at(image, slot).state == ProcessState::created && at(image, slot).starter == starter)
+            letRun(image, slot);
 }
 
 void end(Image& image, Slot process, std::uint32_t exitCode) {
     ProcessRecord& record = at(image, process);
     record.state = ProcessState::free;
+    if (!record.aware && record.hostPid != 0)
+        ::kill(-record.hostPid, SIGKILL); // what a script has started goes with it
     if (!record.driver && record.hostPid)
         image.ended[image.endedCount++ % maxEnded] = {record.program, record.start, exitCode, 0, clock::now(image)};
     for (Slot thread = 1; thread <= maxThreads; ++thread)
@@ -180,16 +185,11 @@ void noticeDead(Image& image) {
     const pid_t me = getpid();
     for (Slot slot = 1; slot <= maxProcesses; ++slot) {
         ProcessRecord& process = at(image, slot);
-        if (process.state == ProcessState::free || process.hostPid == me || process.hostPid == 0 ||
-            host::isAlive(process.hostPid, process.hostStart))
+        // A creation is wholly under the lock: one without a host process was left half done by a dead starter.
+        if (process.state == ProcessState::free || process.hostPid == me ||
+            (process.hostPid != 0 && host::isAlive(process.hostPid, process.hostStart)))
             continue;
-        // What it had released, but not yet woken, is woken in its place.
-        for (ThreadRecord& thread : image.threads)
-            if (thread.state != ThreadState::free && thread.wakeDue.exchange(0, std::memory_order_relaxed)) {
-                thread.word.fetch_add(1, std::memory_order_release);
-                host::futexWake(thread.word);
-            }
-        if (!process.driver)
+        if (!process.driver && process.hostPid != 0)
             waitpid(process.hostPid, nullptr, WNOHANG); // reaped if it was this process's child
         end(image, slot, codeOfDead(process));
     }

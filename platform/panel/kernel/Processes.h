@@ -27,6 +27,8 @@ Slot makeDriver(Image& image, const Program& program, std::int32_t hostPid);
 Slot makeThread(Image& image, Slot process);
 void endThread(Image& image, Slot thread);
 
+// A created process may begin; its first thread runs from now on.
+void letRun(Image& image, Slot process);
 // The processes that this thread has started may begin.
 void letStartedRun(Image& image, Slot starter);
 // Takes the process out of the tables: threads, windows, handles, objects; its process object is signalled.

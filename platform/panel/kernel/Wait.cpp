@@ -31,24 +31,27 @@ std::uint32_t block(Lock& lock, Image& image, Slot thread, std::uint64_t deadlin
     record.deadline = deadline;
     record.waitOrder = ++image.waitOrder;
     const std::uint32_t word = record.word.load(std::memory_order_relaxed);
+    bool overdue = false; // released, but whoever released it has not come to wake it: perhaps it was killed
     processes::letStartedRun(image, thread);
     scheduler::stopsRunning(image, thread);
     if (record.driver)
         processes::noticeDead(image); // or time would pass by what a program's death sets off
     scheduler::step(image);
-    while (record.word.load(std::memory_order_acquire) == word) {
+    while (record.state == ThreadState::waiting || (record.word.load(std::memory_order_acquire) == word && !overdue)) {
         const std::uint32_t real = clock::realUntil(image, deadline, record.driver ? driverPatience : patience);
+        const std::uint32_t seen = record.word.load(std::memory_order_acquire);
         lock.release();
         scheduler::deliverWakes(image);
         if (real > 0)
-            host::futexWait(record.word, word, real);
+            host::futexWait(record.word, seen, real);
         if (processEnded)
             standStill();
         lock.acquire();
-        if (record.word.load(std::memory_order_acquire) != word)
-            break;
-        if (real == driverPatience || real == patience)
+        const bool slept = real == driverPatience || real == patience;
+        if (slept && record.word.load(std::memory_order_acquire) == seen) {
+            overdue = record.state != ThreadState::waiting;
             processes::noticeDead(image);
+        }
         if (image.clock.mode == ClockMode::flowing)
             scheduler::releaseDue(image);
         scheduler::step(image);
