@@ -94,6 +94,22 @@ void execute(const Launch& launch) {
     _exit(127);
 }
 
+// What the host is to run for a program of the panel.
+struct Runner {
+    std::string program; // empty: there is nothing
+    std::vector<std::string> arguments; // the program's own if there are none here
+};
+
+// The panel executable is run by the loader, which the host's emulator runs.
+Runner runnerOf(ProgramKind kind, const std::string& hostPath) {
+    if (kind != ProgramKind::panelExecutable)
+        return {hostPath, {}};
+    constexpr const char* emulator = "/usr/bin/qemu-arm-static";
+    if (access(emulator, X_OK) != 0 || access(PANEL_LOADER, X_OK) != 0)
+        return {};
+    return {emulator, {emulator, PANEL_LOADER, hostPath}};
+}
+
 void addWords(std::vector<std::string>& words, const std::string& text) {
     std::size_t at = 0;
     while ((at = text.find_first_not_of(' ', at)) != std::string::npos) {
@@ -105,15 +121,22 @@ void addWords(std::vector<std::string>& words, const std::string& text) {
     }
 }
 
-Launch prepare(Image& image, const std::string& root, const std::string& hostPath, Slot slot) {
+Launch prepare(Image& image, const std::string& root, const Runner& runner, Slot slot) {
     ProcessRecord& record = processes::at(image, slot);
-    Launch launch{hostPath,     root + "/run/output/" + processes::name(image, record),
-                  {},           {},
-                  {},           &record.released,
-                  &record,      getpid(),
+    Launch launch{runner.program,
+                  root + "/run/output/" + processes::name(image, record),
+                  {},
+                  {},
+                  {},
+                  &record.released,
+                  &record,
+                  getpid(),
                   !record.aware};
-    launch.texts.emplace_back(record.path);
-    addWords(launch.texts, record.commandLine);
+    launch.texts = runner.arguments;
+    if (launch.texts.empty()) {
+        launch.texts.emplace_back(record.path);
+        addWords(launch.texts, record.commandLine);
+    }
     const std::size_t arguments = launch.texts.size();
     for (char** variable = environ; *variable; ++variable)
         if (std::strncmp(*variable, "PANEL=", 6) != 0 && std::strncmp(*variable, "PANEL_PROCESS=", 14) != 0)
@@ -138,6 +161,8 @@ ProgramKind kindOf(const std::string& hostPath) {
     ProgramKind kind = ProgramKind::none;
     if (some && std::memcmp(start, ELFMAG, SELFMAG) == 0)
         kind = hasMarker(file) ? ProgramKind::native : ProgramKind::foreign;
+    else if (some && start[0] == 'M' && start[1] == 'Z')
+        kind = ProgramKind::panelExecutable;
     else if (some && start[0] == '#' && start[1] == '!')
         kind = ProgramKind::foreign;
     close(file);
@@ -155,15 +180,16 @@ Started startProgram(Image& image, const std::string& root, const std::string& p
     if (full.size() >= sizeof ProcessRecord::path || commandLine.size() >= sizeof ProcessRecord::commandLine)
         return {0, ERROR_FILENAME_EXCED_RANGE};
     const ProgramKind kind = kindOf(place.host);
-    if (kind == ProgramKind::none)
+    const Runner runner = runnerOf(kind, place.host);
+    if (kind == ProgramKind::none || runner.program.empty())
         return {0, ERROR_BAD_EXE_FORMAT};
     if (!(place.status.st_mode & S_IXUSR)) // the panel has no such attribute
         chmod(place.host.c_str(), place.status.st_mode | S_IXUSR | S_IXGRP | S_IXOTH);
     const Slot slot = processes::make(
-        image, {full, commandLine, place.status.st_dev, place.status.st_ino, kind == ProgramKind::native}, starter);
+        image, {full, commandLine, place.status.st_dev, place.status.st_ino, kind != ProgramKind::foreign}, starter);
     if (!slot)
         return {0, ERROR_NO_PROC_SLOTS};
-    const Launch launch = prepare(image, root, place.host, slot);
+    const Launch launch = prepare(image, root, runner, slot);
     const pid_t pid = fork();
     if (pid == 0)
         becomeProgram(launch);

@@ -1,0 +1,45 @@
+#include "platform/ce/Coredll.h"
+
+#include <cstdlib>
+
+namespace {
+
+constexpr std::uintptr_t currentProcess = 66; // the pseudo handle
+constexpr DWORD exceptionCode = 0xC0000005; // of a process that a fault has ended
+
+} // namespace
+
+extern "C" {
+
+void* __dso_handle = nullptr;
+void __libc_init_array();
+
+[[noreturn]] void runProgram(HINSTANCE instance, HINSTANCE previous, LPWSTR commandLine, int show) {
+    initialiseHeap();
+    initialiseExceptions();
+    initialiseStreams();
+    __libc_init_array();
+    std::exit(WinMain(instance, previous, commandLine, show));
+}
+
+// The constructors are all in the arrays.
+void _init() {}
+void _fini() {}
+
+[[noreturn]] void _exit(int exitCode) {
+    endProcess(static_cast<DWORD>(exitCode));
+}
+
+[[noreturn]] void abort() {
+    endProcess(exceptionCode);
+}
+
+[[noreturn]] void __cxa_pure_virtual() {
+    endProcess(exceptionCode);
+}
+}
+
+void endProcess(DWORD exitCode) noexcept {
+    for (;;)
+        runtime_TerminateProcess(reinterpret_cast<HANDLE>(currentProcess), exitCode);
+}

@@ -1,0 +1,42 @@
+// Wide text in memory. The ready-made functions take a character for 32 bits; here it has 16.
+#include <cstddef>
+#include <cstring>
+#include <cwchar>
+
+extern "C" {
+
+std::size_t wcslen(const wchar_t* text) {
+    const wchar_t* end = text;
+    while (*end)
+        ++end;
+    return static_cast<std::size_t>(end - text);
+}
+
+wchar_t* wmemcpy(wchar_t* target, const wchar_t* source, std::size_t count) {
+    return static_cast<wchar_t*>(std::memcpy(target, source, count * sizeof(wchar_t)));
+}
+
+wchar_t* wmemmove(wchar_t* target, const wchar_t* source, std::size_t count) {
+    return static_cast<wchar_t*>(std::memmove(target, source, count * sizeof(wchar_t)));
+}
+
+wchar_t* wmemset(wchar_t* target, wchar_t character, std::size_t count) {
+    for (std::size_t index = 0; index < count; ++index)
+        target[index] = character;
+    return target;
+}
+
+int wmemcmp(const wchar_t* first, const wchar_t* second, std::size_t count) {
+    for (; count > 0; --count, ++first, ++second)
+        if (*first != *second)
+            return *first < *second ? -1 : 1;
+    return 0;
+}
+
+wchar_t* wmemchr(const wchar_t* text, wchar_t character, std::size_t count) {
+    for (; count > 0; --count, ++text)
+        if (*text == character)
+            return const_cast<wchar_t*>(text);
+    return nullptr;
+}
+}

@@ -1,0 +1,111 @@
+// What the imports of the panel executable are bound to. The C run time's own calls neither count nor show in a trace,
+// so they are served here, past the simulated panel's gate.
+#include "platform/panel/Runtime.h"
+#include "platform/tool/loader/Image.h"
+
+#include <windows.h>
+
+#include <map>
+#include <pthread.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+namespace loader {
+
+namespace {
+
+constexpr DWORD memReserve = 0x2000;
+
+// A lock of the run time: the host's, kept where the platform keeps its handle.
+pthread_mutex_t* mutexOf(const CRITICAL_SECTION* section) {
+    return static_cast<pthread_mutex_t*>(section->hCrit);
+}
+
+namespace runtime {
+
+void InitializeCriticalSection(CRITICAL_SECTION* section) noexcept {
+    pthread_mutexattr_t attributes;
+    pthread_mutexattr_init(&attributes);
+    pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
+    auto* mutex = new pthread_mutex_t; // lives as long as the program
+    pthread_mutex_init(mutex, &attributes);
+    section->hCrit = mutex;
+}
+
+void EnterCriticalSection(CRITICAL_SECTION* section) noexcept {
+    pthread_mutex_lock(mutexOf(section));
+}
+
+void LeaveCriticalSection(CRITICAL_SECTION* section) noexcept {
+    pthread_mutex_unlock(mutexOf(section));
+}
+
+LONG InterlockedCompareExchange(LONG* destination, LONG value, LONG expected) noexcept {
+    __atomic_compare_exchange_n(destination, &expected, value, false, __ATOMIC_SEQ_CST, __ATOMIC_SEQ_CST);
+    return expected;
+}
+
+DWORD TlsCall(DWORD operation, DWORD index) noexcept { // 0: a new index; 1: gives one back
+    pthread_key_t key = index;
+    const int result = operation == 0 ? pthread_key_create(&key, nullptr) : pthread_key_delete(key);
+    return result == 0 ? key : 0xFFFFFFFF;
+}
+
+LPVOID TlsGetValue(DWORD index) noexcept {
+    return pthread_getspecific(index);
+}
+
+BOOL TlsSetValue(DWORD index, LPVOID value) noexcept {
+    return pthread_setspecific(index, value) == 0;
+}
+
+LPVOID VirtualAlloc(LPVOID address, DWORD bytes, DWORD kind, DWORD) noexcept {
+    if (kind & memReserve) {
+        void* block = mmap(address, bytes, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+        return block == MAP_FAILED ? nullptr : block;
+    }
+    return mprotect(address, bytes, PROT_READ | PROT_WRITE) == 0 ? address : nullptr;
+}
+
+BOOL TerminateProcess(HANDLE, DWORD exitCode) noexcept { // only its own
+    panel::Runtime::endProcess(exitCode);
+    _exit(static_cast<int>(exitCode & 0xFF));
+}
+
+} // namespace runtime
+
+using Table = std::map<std::string, void*>;
+
+template<class Function>
+void* address(Function* function) {
+    return reinterpret_cast<void*>(function);
+}
+
+Table programTable() {
+    return {
+#define COREDLL(name, how, failure, lastError) {#name, address(&::name)},
+#define COREDLL_SURE(name, how) {#name, address(&::name)},
+#include <coredll.inc>
+    };
+}
+
+Table runTimeTable() {
+    return {
+#define COREDLL(name, how, failure, lastError)
+#define COREDLL_SURE(name, how)
+#define COREDLL_RUN_TIME(name) {#name, address(&runtime::name)},
+#include <coredll.inc>
+    };
+}
+
+} // namespace
+
+void* functionNamed(const std::string& name, bool runTime) {
+    static const Table program = programTable();
+    static const Table own = runTimeTable();
+    const Table& table = runTime ? own : program;
+    const auto found = table.find(name);
+    return found == table.end() ? nullptr : found->second;
+}
+
+} // namespace loader
