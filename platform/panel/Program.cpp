@@ -20,6 +20,9 @@ namespace panel {
 
 namespace {
 
+constexpr int programDescriptor = 3; // the program's file in the new process
+constexpr const char* programPath = "/proc/self/fd/3";
+
 template<class Record>
 bool readAt(int file, std::uint64_t offset, Record& record) {
     return pread(file, &record, sizeof record, static_cast<off_t>(offset)) == static_cast<ssize_t>(sizeof record);
@@ -45,7 +48,8 @@ bool hasMarker(int file) {
 // What the new process needs, made before the fork: after it, in a copy of a process that may have many threads, only
 // system calls are safe.
 struct Launch {
-    std::string program;
+    std::string interpreter; // what the host runs with the program's file; empty: that file itself
+    int file; // the program's file: by the time that it may begin, it may have another name
     std::string output;
     std::vector<std::string> texts;
     std::vector<char*> arguments;
@@ -53,6 +57,7 @@ struct Launch {
     std::atomic<std::uint32_t>* released;
     ProcessRecord* record;
     pid_t starter;
+    bool closesFile; // the program does without it once it runs
     bool watch; // stay, and note the exit code of a program that cannot do so itself
 };
 
@@ -63,7 +68,10 @@ void waitForRelease(const Launch& launch) {
 }
 
 void execute(const Launch& launch) {
-    execve(launch.program.c_str(), launch.arguments.data(), launch.environment.data());
+    if (launch.interpreter.empty())
+        execveat(programDescriptor, "", launch.arguments.data(), launch.environment.data(), AT_EMPTY_PATH);
+    else
+        execve(launch.interpreter.c_str(), launch.arguments.data(), launch.environment.data());
     _exit(127);
 }
 
@@ -74,7 +82,9 @@ void execute(const Launch& launch) {
     dup2(input, 0);
     dup2(output, 1);
     dup2(output, 2);
-    syscall(SYS_close_range, 3, ~0U, 0);
+    dup2(launch.file, programDescriptor);
+    fcntl(programDescriptor, F_SETFD, launch.closesFile ? FD_CLOEXEC : 0);
+    syscall(SYS_close_range, programDescriptor + 1, ~0U, 0);
     waitForRelease(launch);
     if (launch.watch) {
         const pid_t program = fork();
@@ -94,20 +104,12 @@ void execute(const Launch& launch) {
     _exit(127);
 }
 
-// What the host is to run for a program of the panel.
-struct Runner {
-    std::string program; // empty: there is nothing
-    std::vector<std::string> arguments; // the program's own if there are none here
-};
-
 // The panel executable is run by the loader, which the host's emulator runs.
-Runner runnerOf(ProgramKind kind, const std::string& hostPath) {
-    if (kind != ProgramKind::panelExecutable)
-        return {hostPath, {}};
-    constexpr const char* emulator = "/usr/bin/qemu-arm-static";
-    if (access(emulator, X_OK) != 0 || access(PANEL_LOADER, X_OK) != 0)
-        return {};
-    return {emulator, {emulator, PANEL_LOADER, hostPath}};
+constexpr const char* emulator = "/usr/bin/qemu-arm-static";
+
+bool canRun(ProgramKind kind) {
+    const bool hasLoader = access(emulator, X_OK) == 0 && access(PANEL_LOADER, X_OK) == 0;
+    return kind != ProgramKind::none && (kind != ProgramKind::panelExecutable || hasLoader);
 }
 
 void addWords(std::vector<std::string>& words, const std::string& text) {
@@ -121,9 +123,11 @@ void addWords(std::vector<std::string>& words, const std::string& text) {
     }
 }
 
-Launch prepare(Image& image, const std::string& root, const Runner& runner, Slot slot) {
+Launch prepare(Image& image, const std::string& root, ProgramKind kind, int file, Slot slot) {
     ProcessRecord& record = processes::at(image, slot);
-    Launch launch{runner.program,
+    const bool interpreted = kind == ProgramKind::panelExecutable;
+    Launch launch{interpreted ? emulator : "",
+                  file,
                   root + "/run/output/" + processes::name(image, record),
                   {},
                   {},
@@ -131,9 +135,11 @@ Launch prepare(Image& image, const std::string& root, const Runner& runner, Slot
                   &record.released,
                   &record,
                   getpid(),
+                  kind == ProgramKind::native,
                   !record.aware};
-    launch.texts = runner.arguments;
-    if (launch.texts.empty()) {
+    if (interpreted) {
+        launch.texts = {emulator, PANEL_LOADER, programPath};
+    } else {
         launch.texts.emplace_back(record.path);
         addWords(launch.texts, record.commandLine);
     }
@@ -180,8 +186,7 @@ Started startProgram(Image& image, const std::string& root, const std::string& p
     if (full.size() >= sizeof ProcessRecord::path || commandLine.size() >= sizeof ProcessRecord::commandLine)
         return {0, ERROR_FILENAME_EXCED_RANGE};
     const ProgramKind kind = kindOf(place.host);
-    const Runner runner = runnerOf(kind, place.host);
-    if (kind == ProgramKind::none || runner.program.empty())
+    if (!canRun(kind))
         return {0, ERROR_BAD_EXE_FORMAT};
     if (!(place.status.st_mode & S_IXUSR)) // the panel has no such attribute
         chmod(place.host.c_str(), place.status.st_mode | S_IXUSR | S_IXGRP | S_IXOTH);
@@ -189,10 +194,12 @@ Started startProgram(Image& image, const std::string& root, const std::string& p
         image, {full, commandLine, place.status.st_dev, place.status.st_ino, kind != ProgramKind::foreign}, starter);
     if (!slot)
         return {0, ERROR_NO_PROC_SLOTS};
-    const Launch launch = prepare(image, root, runner, slot);
-    const pid_t pid = fork();
+    const int file = open(place.host.c_str(), O_RDONLY | O_CLOEXEC);
+    const Launch launch = prepare(image, root, kind, file, slot);
+    const pid_t pid = file < 0 ? -1 : fork();
     if (pid == 0)
         becomeProgram(launch);
+    close(file);
     ProcessRecord& record = processes::at(image, slot);
     if (pid < 0) {
         processes::end(image, slot, 0);
