@@ -68,10 +68,8 @@ void waitForRelease(const Launch& launch) {
 }
 
 void execute(const Launch& launch) {
-    if (launch.interpreter.empty())
-        execveat(programDescriptor, "", launch.arguments.data(), launch.environment.data(), AT_EMPTY_PATH);
-    else
-        execve(launch.interpreter.c_str(), launch.arguments.data(), launch.environment.data());
+    const char* const program = launch.interpreter.empty() ? programPath : launch.interpreter.c_str();
+    execve(program, launch.arguments.data(), launch.environment.data());
     _exit(127);
 }
 
