@@ -11,6 +11,7 @@
 #include "platform/panel/kernel/Wait.h"
 
 #include <algorithm>
+#include <charconv>
 #include <stdexcept>
 #include <unistd.h>
 
@@ -76,6 +77,34 @@ ProcessHandle Driver::start(const std::string& path, const std::string& commandL
     const ProcessRecord& process = processes::at(call.image, started.process);
     const std::uint32_t handle = objects::openHandle(call.image, Runtime::instance().process(), process.object);
     return {processes::name(call.image, process), handle, process.hostPid, process.aware != 0};
+}
+
+std::vector<InitStart> Driver::startInit() {
+    const registry::Tree tree = panel.registry(registry::Copy::now);
+    const registry::Key* init = tree.find("HKEY_LOCAL_MACHINE\\init");
+    std::vector<InitStart> starts;
+    for (const registry::Value& value : init ? init->values : std::vector<registry::Value>()) {
+        constexpr std::string_view launch = "launch";
+        const std::string name = fold(value.name);
+        const char* const end = name.data() + name.size();
+        InitStart start;
+        const bool named = name.size() > launch.size() && name.starts_with(launch) &&
+                           std::from_chars(name.data() + launch.size(), end, start.number).ptr == end;
+        if (!named || !registry::textOf(value, start.path))
+            continue;
+        if (start.path.find('\\') == std::string::npos)
+            start.path = "\\Windows\\" + start.path;
+        starts.push_back(std::move(start));
+    }
+    std::stable_sort(starts.begin(), starts.end(),
+                     [](const InitStart& first, const InitStart& second) { return first.number < second.number; });
+    for (InitStart& each : starts)
+        try {
+            each.process = start(each.path, std::to_string(each.number));
+        } catch (const std::runtime_error& error) {
+            each.failure = error.what();
+        }
+    return starts;
 }
 
 std::optional<std::uint32_t> Driver::waitForExit(const ProcessHandle& process, std::uint32_t limit) {

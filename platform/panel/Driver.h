@@ -54,6 +54,13 @@ struct PanelStatus {
     std::vector<WindowStatus> windows;
 };
 
+struct InitStart { // of a program that the registry lists under HKEY_LOCAL_MACHINE\init
+    std::uint32_t number = 0; // of "LaunchNN", and the program's argument
+    std::string path;
+    ProcessHandle process; // without a name if it could not be started
+    std::string failure; // why
+};
+
 struct Fault {
     std::string function;
     std::string program; // file name; empty: every program
@@ -73,6 +80,9 @@ public:
     Driver& operator=(const Driver&) = delete;
 
     ProcessHandle start(const std::string& path, const std::string& commandLine = {});
+    // What a panel does once it has booted: starts the programs of the "init" list in the order of their numbers. A
+    // name without a folder lies in \Windows. "DependNN" is not looked at: every program counts as started at once.
+    std::vector<InitStart> startInit();
     // At most so many ms of panel time; empty: it still runs.
     std::optional<std::uint32_t> waitForExit(const ProcessHandle& process, std::uint32_t limit);
     std::optional<std::uint32_t> exitCode(const ProcessHandle& process);

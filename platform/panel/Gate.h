@@ -30,11 +30,22 @@ void addBytes(std::string& text, const void* bytes, std::size_t count);
 struct Hex { // a number that is read better in hexadecimal
     std::uint64_t value;
 };
+struct Bytes { // their begin is shown
+    const void* begin;
+    std::size_t count;
+};
+struct Word { // as it is, without quotes
+    std::string text;
+};
 
 template<class Value>
 void addAny(std::string& text, const Value& value) {
     if constexpr (std::is_same_v<Value, Hex>)
         addHex(text, value.value);
+    else if constexpr (std::is_same_v<Value, Bytes>)
+        addBytes(text, value.begin, value.count);
+    else if constexpr (std::is_same_v<Value, Word>)
+        text += value.text;
     else if constexpr (std::is_convertible_v<Value, const wchar_t*>)
         add(text, static_cast<const wchar_t*>(value));
     else if constexpr (std::is_pointer_v<Value>)

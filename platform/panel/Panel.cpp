@@ -127,6 +127,12 @@ Panel Panel::create(const fs::path& directory, const PanelOptions& options) {
     writeJson(directory / "devices/panel.json",
               {{"screen", {{"width", options.screenWidth}, {"height", options.screenHeight}}},
                {"date", options.date < 0 ? hostDate.count() : options.date}});
+    registry::Tree registry;
+    registry.make("HKEY_LOCAL_MACHINE\\ORVA")->set(registry::textValue("Version", options.version));
+    registry.make("HKEY_LOCAL_MACHINE\\Ident")->set(registry::textValue("Name", options.name));
+    registry.make("HKEY_LOCAL_MACHINE\\init");
+    registry::store(directory, registry::Copy::now, registry);
+    registry::store(directory, registry::Copy::flash, registry);
     Panel panel(directory);
     panel.saveVolumes({{"MMCMemory", false, false}, {"NANDFlash", false, false}});
     return panel;
@@ -188,6 +194,7 @@ void Panel::boot(const BootOptions& options) {
             processes::killAll(*former.image); // of a switching off that was itself killed
         }
     }
+    registry::fallBack(root);
     fs::remove_all(root / "run");
     fs::create_directories(root / "run/output");
     const std::string fresh = (root / "run/kernel.new").string();
@@ -204,7 +211,7 @@ void Panel::boot(const BootOptions& options) {
     fs::rename(fresh, root / "run/kernel");
 }
 
-void Panel::stop() {
+void Panel::stop(void (*settleRegistry)(const fs::path&)) {
     const Change change(root);
     const Mapping kernel(root);
     if (!kernel.image || !kernel.image->on)
@@ -219,14 +226,43 @@ void Panel::stop() {
     }
     scheduler::deliverWakes(image);
     saveDate(date);
+    settleRegistry(root);
 }
 
 void Panel::off() {
-    stop();
+    stop(registry::flushAll);
 }
 
 void Panel::cut() {
-    stop();
+    stop(registry::fallBack);
+}
+
+registry::Tree Panel::registry(registry::Copy copy) const {
+    const Mapping kernel(root);
+    if (!kernel.image || !kernel.image->on)
+        return registry::load(root, registry::Copy::flash); // of a power cut by a fault nobody was told
+    const Lock lock(*kernel.image);
+    return registry::load(root, copy);
+}
+
+void Panel::changeRegistry(const std::function<void(registry::Tree&)>& change, bool flushed) {
+    const Change alone(root);
+    const Mapping kernel(root);
+    const bool on = kernel.image && kernel.image->on;
+    const auto apply = [&](registry::Copy copy) {
+        registry::Tree tree = registry::load(root, copy);
+        change(tree);
+        registry::store(root, copy, tree);
+    };
+    if (!on) {
+        apply(registry::Copy::flash);
+        registry::fallBack(root);
+        return;
+    }
+    const Lock lock(*kernel.image);
+    apply(registry::Copy::now);
+    if (flushed)
+        apply(registry::Copy::flash);
 }
 
 std::int64_t Panel::currentDate() const {

@@ -2,15 +2,18 @@
 //
 //     fs/        the panel's file system
 //     devices/   panel.json: screen size and the calendar clock's date; volumes.json: which top folders are volumes
+//     registry/  what the registry holds, and what would be left of it after a power cut (Registry.h)
 //     run/       what a power cycle forgets: kernel, trace, output/ (what programs print)
 //
 // All failures are std::runtime_error with a text for people.
 #pragma once
 
+#include "platform/panel/Registry.h"
 #include "platform/panel/kernel/Image.h"
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,6 +24,8 @@ struct PanelOptions {
     std::uint32_t screenWidth = 800; // pixels
     std::uint32_t screenHeight = 480;
     std::int64_t date = -1; // ms since 1970 UTC; below 0: the host's
+    std::string version = "2.15"; // of the platform: HKEY_LOCAL_MACHINE\ORVA, "Version"
+    std::string name = "Panel"; // HKEY_LOCAL_MACHINE\Ident, "Name"
 };
 
 struct BootOptions {
@@ -52,7 +57,11 @@ public:
     void boot(const BootOptions& options);
     // Both end all programs at once; fs/ and devices/ stay, run/ is cleared by the next boot.
     void off();
-    void cut();
+    void cut(); // the registry falls back to what was flushed
+
+    registry::Tree registry(registry::Copy copy) const;
+    // Under the kernel's lock; `flushed`: flash has it too. Off, both copies are the same.
+    void changeRegistry(const std::function<void(registry::Tree&)>& change, bool flushed);
 
     std::vector<Volume> volumes() const;
     // The folder's content appears as a volume of this name. In place: programs write to and delete from the folder
@@ -61,7 +70,7 @@ public:
     void unplug(const std::string& name);
 
 private:
-    void stop();
+    void stop(void (*settleRegistry)(const std::filesystem::path&));
     std::int64_t currentDate() const; // ms since 1970 UTC, on the panel
     void saveDate(std::int64_t date) const;
     void saveVolumes(const std::vector<Volume>& volumes) const;

@@ -13,6 +13,7 @@ void addStartCommand(CLI::App& app, Tool& tool);
 void addProcessCommands(CLI::App& app, Tool& tool); // ps, wait
 void addSendCommand(CLI::App& app, Tool& tool);
 void addStatusCommand(CLI::App& app, Tool& tool);
+void addRegistryCommands(CLI::App& app, Tool& tool); // list, read, write, delete
 void addLogCommand(CLI::App& app, Tool& tool);
 void addTraceCommands(CLI::App& app, Tool& tool);
 void addFaultCommands(CLI::App& app, Tool& tool);

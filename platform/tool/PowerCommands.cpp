@@ -14,10 +14,11 @@ struct CreateOptions {
     std::string directory;
     std::string screen = "800x480";
     std::string date;
+    panel::PanelOptions facts;
 };
 
 void create(const CreateOptions& options) {
-    panel::PanelOptions facts;
+    panel::PanelOptions facts = options.facts;
     int used = 0;
     if (std::sscanf(options.screen.c_str(), "%ux%u%n", &facts.screenWidth, &facts.screenHeight, &used) != 2 ||
         static_cast<std::size_t>(used) != options.screen.size() || facts.screenWidth - 1 > 16383 ||
@@ -37,6 +38,10 @@ void addCreate(CLI::App& app) {
     command->add_option("--screen", options->screen, "Screen size in pixels")->type_name("WxH")->capture_default_str();
     command->add_option("--date", options->date, "What its calendar clock shows (UTC); default: the date of today")
         ->type_name("DATE");
+    command->add_option("--version", options->facts.version, "The platform's version")
+        ->type_name("TEXT")
+        ->capture_default_str();
+    command->add_option("--name", options->facts.name, "The device's name")->type_name("TEXT")->capture_default_str();
     command->callback([options] { create(*options); });
 }
 
@@ -45,6 +50,7 @@ struct Boot {
     bool flowing = false;
     double factor = 1;
     std::string ticks = "0";
+    bool withoutInit = false;
 };
 
 void boot(const panel::Panel& panel, const Boot& options) {
@@ -58,10 +64,18 @@ void boot(const panel::Panel& panel, const Boot& options) {
     panel::Panel(panel).boot(facts);
     std::printf("The panel is %s, its time %s\n", toned("on", Tone::good).c_str(),
                 options.stepped ? "stands still until a command waits" : "flows");
+    if (options.withoutInit)
+        return;
+    panel::Driver driver(panel);
+    for (const panel::InitStart& start : driver.startInit())
+        if (start.failure.empty())
+            std::printf("Started %s as Launch%u of the registry says\n", start.process.name.c_str(), start.number);
+        else
+            complain("Launch" + std::to_string(start.number) + " of the registry: " + start.failure);
 }
 
 void addBoot(CLI::App& app, Tool& tool) {
-    auto* command = app.add_subcommand("boot", "Switch the panel on");
+    auto* command = app.add_subcommand("boot", "Switch the panel on: it starts what the registry lists under init");
     auto options = std::make_shared<Boot>();
     auto* flowing = command->add_flag("--flowing", options->flowing, "Panel time flows like real time (default)");
     auto* stepped = command->add_flag("--stepped", options->stepped,
@@ -71,6 +85,7 @@ void addBoot(CLI::App& app, Tool& tool) {
     command->add_option("--ticks", options->ticks, "The tick count at boot, ms; 0xFFFFF000 is shortly before its wrap")
         ->type_name("N")
         ->capture_default_str();
+    command->add_flag("--without-init", options->withoutInit, "Start nothing");
     command->callback([options, &tool] { boot(tool.panel(), *options); });
 }
 

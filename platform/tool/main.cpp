@@ -41,6 +41,7 @@ int main(int argc, char** argv) {
     tool::addProcessCommands(app, shared);
     tool::addSendCommand(app, shared);
     tool::addStatusCommand(app, shared);
+    tool::addRegistryCommands(app, shared);
     tool::addLogCommand(app, shared);
     tool::addTraceCommands(app, shared);
     tool::addFaultCommands(app, shared);

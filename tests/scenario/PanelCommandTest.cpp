@@ -104,8 +104,40 @@ TEST_F(PanelCommand, SaysWhatIsWrongInOneLine) {
     fails("unplug 'Hard Disk'", "Hard Disk");
     fails("fault add Sleep", "cannot fail");
     fails("fault add CreateFile", "CreateFile");
+    fails("registry read 'HKEY_NONE\\a' v", "HKEY_NONE");
+    fails("registry list 'HKLM\\none'", "no such key");
+    fails("registry delete HKLM", "is a root");
+    fails("registry write 'HKLM\\a' v 'x' --type REG_BINARY", "hexadecimal");
+    fails("registry write 'HKLM\\a' v 1 --type WORD", "WORD");
     fails("advance soon", "soon");
     fails("wait --window Never --limit 5s", "Never");
+}
+
+TEST_F(PanelCommand, ReadsAndChangesTheRegistry) {
+    succeed("create p --version 3.7 --name Press");
+    install();
+    EXPECT_EQ(call("registry read HKLM\\\\ORVA Version").text, "3.7\n"); // works switched off, too
+    EXPECT_EQ(call("registry read hkey_local_machine\\\\ident NAME").text, "Press\n");
+    succeed("registry write 'HKLM\\init' Launch62 '\\MMCMemory\\Actor.exe'");
+    succeed("registry write 'HKLM\\init' Launch9 '\\MMCMemory\\none.exe'");
+    const Answer boot = call("boot --stepped");
+    EXPECT_EQ(boot.code, 0);
+    EXPECT_NE(boot.text.find("Launch9 of the registry: cannot start \\MMCMemory\\none.exe"), std::string::npos);
+    EXPECT_NE(boot.text.find("Started Actor.exe#1 as Launch62"), std::string::npos) << boot.text;
+    succeed("registry write 'HKCU\\a\\b' '' '32 00' --type REG_BINARY");
+    succeed("registry write 'HKCU\\a' n 0x10 --type REG_DWORD --flush");
+    succeed("registry write 'HKCU\\a' m one two --type REG_MULTI_SZ");
+    EXPECT_EQ(call("registry read 'HKCU\\a' m").text, "one\ntwo\n");
+    EXPECT_EQ(call("registry read 'HKCU\\a' n").text, "10 00 00 00\n");
+    const Json list = json("registry list 'HKCU\\a'");
+    EXPECT_EQ(list.at(1).at("key"), "HKEY_CURRENT_USER\\a\\b");
+    EXPECT_EQ(list.at(1).at("values").at(0).at("bytes"), "32 00");
+    EXPECT_EQ(call("registry list --flash").text.find("a\\b"), std::string::npos);
+    succeed("cut");
+    EXPECT_EQ(json("registry list 'HKCU\\a'").size(), 1U); // what was flushed
+    succeed("registry delete 'HKCU\\a' N");
+    succeed("registry delete 'HKCU\\a'");
+    EXPECT_EQ(json("registry list HKCU").at(0).at("values").size(), 0U);
 }
 
 TEST_F(PanelCommand, StartsAndWaitsWithTheProgramsExitCode) {

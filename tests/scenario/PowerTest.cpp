@@ -66,6 +66,41 @@ TEST(Power, EndsAllProgramsAndKeepsFilesAndTheDate) {
     }
 }
 
+TEST(Power, ACutLosesWhatTheRegistryHasNotFlushed) {
+    const auto launches = [](const panel::Panel& panel) {
+        const panel::registry::Tree tree = panel.registry(panel::registry::Copy::now);
+        std::string names;
+        for (const auto& value : tree.find("HKEY_LOCAL_MACHINE\\init")->values)
+            names += value.name + ' ';
+        return names;
+    };
+    const auto launch = [](ScenarioPanel& panel, const char* name, const char* path, bool flushed) {
+        panel.panel().changeRegistry(
+            [&](panel::registry::Tree& tree) {
+                tree.make("HKEY_LOCAL_MACHINE\\init")->set(panel::registry::textValue(name, path));
+            },
+            flushed);
+    };
+    ScenarioPanel panel;
+    panel.put(actor, programFile("Actor"));
+    panel.put("\\Windows\\Other.exe", programFile("Actor"));
+    launch(panel, "Launch61", actor, true);
+    launch(panel, "launch7", "Other.exe", true);
+    launch(panel, "Launch", actor, true); // has no number
+    launch(panel, "Launch50", actor, false);
+    panel.panel().cut();
+    EXPECT_EQ(launches(panel.panel()), "Launch61 launch7 Launch ");
+    panel.reboot();
+    const auto starts = panel.driver().startInit();
+    ASSERT_EQ(starts.size(), 2U);
+    EXPECT_EQ(starts[0].process.name, "Other.exe#1"); // in the order of the numbers
+    EXPECT_EQ(starts[1].process.name, "Actor.exe#1");
+    EXPECT_EQ(panel.driver().status().processes[1].commandLine, "61");
+    launch(panel, "Launch50", actor, false);
+    panel.panel().off(); // an orderly end keeps it
+    EXPECT_EQ(launches(panel.panel()), "Launch61 launch7 Launch Launch50 ");
+}
+
 TEST(Power, ACutInAProgramsCallLeavesWhatWasWrittenAndNothingElse) {
     ScenarioPanel panel;
     panel.install();

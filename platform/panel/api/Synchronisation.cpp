@@ -84,9 +84,10 @@ BOOL CloseHandle(HANDLE object) noexcept {
         return gate.fault<BOOL>();
     const Lock lock(gate.image());
     const Slot slot = objects::resolve(gate.image(), gate.process(), numberOf(object));
-    if (!slot || objects::at(gate.image(), slot).type == ObjectType::search)
+    const ObjectType type = slot ? objects::at(gate.image(), slot).type : ObjectType::free;
+    if (!slot || type == ObjectType::search || type == ObjectType::key) // these have closing functions of their own
         return gate.fails(FALSE, ERROR_INVALID_HANDLE);
-    if (objects::at(gate.image(), slot).type == ObjectType::file) {
+    if (type == ObjectType::file) {
         LocalObject& local = gate.runtime.local(numberOf(object));
         close(local.file);
         local.file = -1;

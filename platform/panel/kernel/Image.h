@@ -30,7 +30,7 @@ inline constexpr std::uint64_t never = ~std::uint64_t{0}; // a deadline that doe
 
 using Slot = std::uint32_t; // index + 1; 0: none
 
-enum class ObjectType : std::uint32_t { free, event, mutex, process, thread, file, search };
+enum class ObjectType : std::uint32_t { free, event, mutex, process, thread, file, search, key };
 
 struct ObjectRecord {
     ObjectType type;
@@ -45,7 +45,7 @@ struct ObjectRecord {
     std::uint32_t share; // files: FILE_SHARE_* bits
     std::uint64_t device; // files: identity on the host, which a rename does not change
     std::uint64_t inode;
-    char name[784]; // events and mutexes: UTF-8, empty for none
+    char name[784]; // events and mutexes: UTF-8, empty for none; registry keys: their path
 };
 
 struct HandleRecord {

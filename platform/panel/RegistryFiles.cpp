@@ -1,0 +1,223 @@
+// The registry's values as text, and its files.
+#include "platform/panel/Registry.h"
+#include "platform/panel/kernel/Host.h"
+
+#include <nlohmann/json.hpp>
+#include <utf8.h>
+
+#include <charconv>
+#include <iterator>
+#include <stdexcept>
+
+namespace panel::registry {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::ordered_json;
+
+namespace {
+
+constexpr std::string_view typeNames[] = {"REG_NONE",   "REG_SZ",      "REG_EXPAND_SZ",
+                                          "REG_BINARY", "REG_DWORD",   "REG_DWORD_BIG_ENDIAN",
+                                          "REG_LINK",   "REG_MULTI_SZ"};
+
+void append(Bytes& data, std::string_view text) { // terminated
+    std::u16string wide;
+    std::string valid;
+    utf8::replace_invalid(text.begin(), text.end(), std::back_inserter(valid), 0xFFFDU);
+    utf8::utf8to16(valid.begin(), valid.end(), std::back_inserter(wide));
+    wide += u'\0';
+    for (const char16_t unit : wide) {
+        data.push_back(static_cast<std::uint8_t>(unit));
+        data.push_back(static_cast<std::uint8_t>(unit >> 8));
+    }
+}
+
+std::u16string unitsOf(const Bytes& data) {
+    std::u16string units;
+    for (std::size_t at = 0; at + 1 < data.size(); at += 2)
+        units += static_cast<char16_t>(data[at] | data[at + 1] << 8);
+    return units;
+}
+
+std::string toText(const std::u16string& units) { // what is no character goes: the bytes differ then
+    std::string text;
+    try {
+        utf8::utf16to8(units.begin(), units.end(), std::back_inserter(text));
+    } catch (const utf8::exception&) {
+        text.clear();
+    }
+    return text;
+}
+
+bool isNumber(const Value& value) {
+    return value.type == typeNumber && value.data.size() == 4;
+}
+
+std::uint32_t numberOf(const Value& value) {
+    return value.data[0] | value.data[1] << 8 | value.data[2] << 16 | static_cast<std::uint32_t>(value.data[3]) << 24;
+}
+
+Json toJson(const Value& value) {
+    Json json{{"type", typeName(value.type)}};
+    std::string text;
+    std::vector<std::string> texts;
+    if (textOf(value, text))
+        json["text"] = text;
+    else if (textsOf(value, texts))
+        json["texts"] = texts;
+    else if (isNumber(value))
+        json["number"] = numberOf(value);
+    else
+        json["bytes"] = hexOf(value.data);
+    return json;
+}
+
+Value toValue(const std::string& name, const Json& json) {
+    const std::uint32_t type = typeNamed(json.at("type").get<std::string>());
+    if (json.contains("text"))
+        return textValue(name, json["text"].get<std::string>(), type);
+    if (json.contains("texts"))
+        return textsValue(name, json["texts"].get<std::vector<std::string>>());
+    if (json.contains("number"))
+        return numberValue(name, json["number"].get<std::uint32_t>(), type);
+    return {name, type, bytesOf(json.at("bytes").get<std::string>())};
+}
+
+void list(Json& json, const std::string& path, const Key& key) {
+    Json values = Json::object();
+    for (const Value& value : key.values)
+        values[value.name] = toJson(value);
+    json[path] = std::move(values);
+    for (const Key& below : key.keys)
+        list(json, path + '\\' + below.name, below);
+}
+
+fs::path fileOf(const fs::path& panel, Copy copy) {
+    return panel / "registry" / (copy == Copy::now ? "now.json" : "flash.json");
+}
+
+} // namespace
+
+bool textOf(const Value& value, std::string& text) {
+    if (value.type != typeText && value.type != typeExpandText)
+        return false;
+    const std::u16string units = unitsOf(value.data);
+    text = toText(units.substr(0, units.find(u'\0')));
+    return textValue({}, text).data == value.data;
+}
+
+bool textsOf(const Value& value, std::vector<std::string>& texts) {
+    if (value.type != typeTexts)
+        return false;
+    texts.clear();
+    std::u16string units = unitsOf(value.data);
+    for (auto end = units.find(u'\0'); end != 0 && end != std::u16string::npos; end = units.find(u'\0')) {
+        texts.push_back(toText(units.substr(0, end)));
+        units.erase(0, end + 1);
+    }
+    return textsValue({}, texts).data == value.data;
+}
+
+Value textValue(std::string name, std::string_view text, std::uint32_t type) {
+    Value value{std::move(name), type, {}};
+    append(value.data, text);
+    return value;
+}
+
+Value textsValue(std::string name, const std::vector<std::string>& texts) {
+    Value value{std::move(name), typeTexts, {}};
+    for (const std::string& text : texts)
+        append(value.data, text);
+    append(value.data, {});
+    return value;
+}
+
+Value numberValue(std::string name, std::uint32_t number, std::uint32_t type) {
+    Value value{std::move(name), type, {}};
+    for (int shift = 0; shift < 32; shift += 8)
+        value.data.push_back(static_cast<std::uint8_t>(number >> shift));
+    return value;
+}
+
+std::string typeName(std::uint32_t type) {
+    return type < std::size(typeNames) ? std::string(typeNames[type]) : "REG_" + std::to_string(type);
+}
+
+std::uint32_t typeNamed(std::string_view name) {
+    for (std::uint32_t type = 0; type < std::size(typeNames); ++type)
+        if (typeNames[type] == name)
+            return type;
+    std::uint32_t type = 0;
+    const char* const end = name.data() + name.size();
+    if (!name.starts_with("REG_") || std::from_chars(name.data() + 4, end, type).ptr != end || name.size() == 4)
+        throw std::runtime_error("not a type of registry values: \"" + std::string(name) + "\" (such as REG_SZ)");
+    return type;
+}
+
+std::string hexOf(const Bytes& bytes) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::string text;
+    for (const std::uint8_t byte : bytes) {
+        text += text.empty() ? "" : " ";
+        text += digits[byte >> 4];
+        text += digits[byte & 15];
+    }
+    return text;
+}
+
+Bytes bytesOf(std::string_view hex) {
+    std::string digits(hex);
+    std::erase(digits, ' ');
+    Bytes bytes;
+    for (std::size_t at = 0; at < digits.size(); at += 2) {
+        std::uint8_t byte = 0;
+        const char* const pair = digits.data() + at;
+        if (at + 1 == digits.size() || std::from_chars(pair, pair + 2, byte, 16).ptr != pair + 2)
+            throw std::runtime_error("not bytes in hexadecimal: \"" + std::string(hex) + "\" (such as \"32 00\")");
+        bytes.push_back(byte);
+    }
+    return bytes;
+}
+
+Tree load(const fs::path& panel, Copy copy) {
+    const fs::path file = fileOf(panel, copy);
+    Tree tree;
+    try {
+        const Json json = Json::parse(host::readFile(file.string()));
+        for (const auto& [path, values] : json.items()) {
+            Key* key = tree.make(path);
+            if (!key)
+                throw std::runtime_error("\"" + path + "\" does not begin with a root");
+            for (const auto& [name, value] : values.items())
+                key->set(toValue(name, value));
+        }
+    } catch (const std::exception& error) {
+        throw std::runtime_error("the registry cannot be read: " + file.string() + ": " + error.what());
+    }
+    return tree;
+}
+
+void store(const fs::path& panel, Copy copy, const Tree& tree) {
+    Json json = Json::object();
+    for (const Key& root : tree.roots())
+        list(json, root.name, root);
+    host::writeFile(fileOf(panel, copy).string(), json.dump(2, ' ', false, Json::error_handler_t::replace) + '\n');
+}
+
+void flush(const fs::path& panel, std::string_view root) {
+    const Tree now = load(panel, Copy::now);
+    Tree flash = load(panel, Copy::flash);
+    if (const Key* key = now.find(root))
+        flash.replaceRoot(*key);
+    store(panel, Copy::flash, flash);
+}
+
+void flushAll(const fs::path& panel) {
+    store(panel, Copy::flash, load(panel, Copy::now));
+}
+
+void fallBack(const fs::path& panel) {
+    store(panel, Copy::now, load(panel, Copy::flash));
+}
+
+} // namespace panel::registry

@@ -1,0 +1,211 @@
+#include "platform/tool/Commands.h"
+#include "platform/tool/Table.h"
+#include "platform/tool/Units.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstdio>
+#include <memory>
+#include <stdexcept>
+
+namespace tool {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+namespace registry = panel::registry;
+
+constexpr const char* keyHelp = "Such as HKEY_LOCAL_MACHINE\\init, or HKLM\\init";
+
+struct Options {
+    std::string key;
+    std::string value;
+    std::vector<std::string> data;
+    std::string type = "REG_SZ";
+    bool flash = false;
+    bool flushed = false;
+    bool json = false;
+};
+
+// With the root's full name.
+std::string fullPath(const std::string& path) {
+    const auto separator = std::min(path.find('\\'), path.size());
+    const std::string_view root = registry::rootNamed(std::string_view(path).substr(0, separator));
+    if (root.empty())
+        throw std::runtime_error("no such root in the registry: \"" + path + "\" (such as HKEY_LOCAL_MACHINE\\init)");
+    return std::string(root) + path.substr(separator);
+}
+
+const registry::Key& keyOf(const registry::Tree& tree, const std::string& path) {
+    const registry::Key* key = tree.find(fullPath(path));
+    if (!key)
+        throw std::runtime_error("no such key in the registry: " + path +
+                                 " (panel registry list shows those there are)");
+    return *key;
+}
+
+std::string describe(const registry::Value& value) {
+    std::string text;
+    std::vector<std::string> texts;
+    if (registry::textOf(value, text))
+        return '"' + text + '"';
+    if (!registry::textsOf(value, texts))
+        return registry::hexOf(value.data);
+    for (const std::string& each : texts)
+        text += (text.empty() ? "\"" : ", \"") + each + '"';
+    return text;
+}
+
+Json toJson(const registry::Value& value) {
+    Json json{{"name", value.name}, {"type", registry::typeName(value.type)}};
+    std::string text;
+    std::vector<std::string> texts;
+    if (registry::textOf(value, text))
+        json["text"] = text;
+    else if (registry::textsOf(value, texts))
+        json["texts"] = texts;
+    json["bytes"] = registry::hexOf(value.data);
+    return json;
+}
+
+void print(const Json& json) {
+    std::puts(json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
+}
+
+void list(Json& json, Table& table, const std::string& path, const registry::Key& key) {
+    Json values = Json::array();
+    table.add({path});
+    for (const registry::Value& value : key.values) {
+        values.push_back(toJson(value));
+        table.add(
+            {"  " + (value.name.empty() ? "(default)" : value.name), registry::typeName(value.type), describe(value)});
+    }
+    json.push_back({{"key", path}, {"values", values}});
+    for (const registry::Key& below : key.keys)
+        list(json, table, path + '\\' + below.name, below);
+}
+
+registry::Tree treeOf(const panel::Panel& panel, const Options& options) {
+    return panel.registry(options.flash ? registry::Copy::flash : registry::Copy::now);
+}
+
+void list(const panel::Panel& panel, const Options& options) {
+    const registry::Tree tree = treeOf(panel, options);
+    Json json = Json::array();
+    Table table;
+    if (options.key.empty())
+        for (const registry::Key& root : tree.roots())
+            list(json, table, root.name, root);
+    else
+        list(json, table, fullPath(options.key), keyOf(tree, options.key));
+    if (options.json)
+        print(json);
+    else
+        table.print();
+}
+
+void read(const panel::Panel& panel, const Options& options) {
+    const registry::Tree tree = treeOf(panel, options);
+    const registry::Value* value = keyOf(tree, options.key).value(options.value);
+    if (!value)
+        throw std::runtime_error("the key " + options.key + " has no value \"" + options.value + '"');
+    std::string text;
+    std::vector<std::string> texts;
+    if (options.json)
+        print(toJson(*value));
+    else if (registry::textOf(*value, text))
+        std::puts(text.c_str());
+    else if (registry::textsOf(*value, texts))
+        for (const std::string& each : texts)
+            std::puts(each.c_str());
+    else
+        std::puts(registry::hexOf(value->data).c_str());
+}
+
+registry::Value valueOf(const Options& options) {
+    const std::uint32_t type = registry::typeNamed(options.type);
+    if (type == registry::typeTexts)
+        return registry::textsValue(options.value, options.data);
+    if (options.data.size() > 1)
+        throw std::runtime_error("one value has one data (only REG_MULTI_SZ takes several)");
+    const std::string data = options.data.empty() ? std::string() : options.data.front();
+    if (type == registry::typeText || type == registry::typeExpandText)
+        return registry::textValue(options.value, data, type);
+    if (type != registry::typeNumber && type != registry::typeBigEndianNumber)
+        return {options.value, type, registry::bytesOf(data)};
+    const std::int64_t number = parseNumber(data);
+    if (number < 0 || number > 0xFFFFFFFF)
+        throw std::runtime_error("a " + options.type + " has 32 bits: \"" + data + "\" is none");
+    return registry::numberValue(options.value, static_cast<std::uint32_t>(number), type);
+}
+
+void write(panel::Panel panel, const Options& options) {
+    const registry::Value value = valueOf(options);
+    const std::string path = fullPath(options.key);
+    panel.changeRegistry([&](registry::Tree& tree) { tree.make(path)->set(value); }, options.flushed);
+}
+
+void remove(panel::Panel panel, const Options& options, bool wholeKey) {
+    const std::string path = fullPath(options.key);
+    const registry::Tree tree = panel.registry(registry::Copy::now);
+    if (wholeKey && registry::rootNamed(path) == path)
+        throw std::runtime_error(path + " is a root and stays (name a key below it)");
+    if (!wholeKey && !keyOf(tree, options.key).value(options.value))
+        throw std::runtime_error("the key " + options.key + " has no value \"" + options.value + '"');
+    keyOf(tree, options.key);
+    panel.changeRegistry(
+        [&](registry::Tree& changed) {
+            if (wholeKey)
+                changed.remove(path);
+            else if (registry::Key* key = changed.find(path))
+                key->removeValue(options.value);
+        },
+        options.flushed);
+}
+
+} // namespace
+
+void addRegistryCommands(CLI::App& app, Tool& tool) {
+    auto* commands = app.add_subcommand("registry", "List, read and change the panel's registry");
+    commands->require_subcommand(1);
+    auto options = std::make_shared<Options>();
+    const auto add = [&](const char* name, const char* help) { return commands->add_subcommand(name, help); };
+    const auto addKey = [&](CLI::App* command) { return command->add_option("KEY", options->key, keyHelp); };
+    const auto addFlushed = [&](CLI::App* command) {
+        command->add_flag("--flush", options->flushed, "Flash has it too, and keeps it through a power cut");
+    };
+    const auto addLooks = [&](CLI::App* command) {
+        command->add_flag("--flash", options->flash, "What would be left after a power cut");
+        command->add_flag("--json", options->json, "Answer in JSON");
+    };
+    constexpr const char* valueHelp = "The value's name; \"\": the key's default value";
+
+    auto* listing = add("list", "Print a key and all below it, or everything");
+    addKey(listing);
+    addLooks(listing);
+    listing->callback([options, &tool] { list(tool.panel(), *options); });
+
+    auto* reading = add("read", "Print a value: text as it is, other data in hexadecimal");
+    addKey(reading)->required();
+    reading->add_option("VALUE", options->value, valueHelp);
+    addLooks(reading);
+    reading->callback([options, &tool] { read(tool.panel(), *options); });
+
+    auto* writing = add("write", "Set a value; what is missing of its key is made");
+    addKey(writing)->required();
+    writing->add_option("VALUE", options->value, valueHelp)->required();
+    writing->add_option("DATA", options->data, "A text, a number, or bytes in hexadecimal, as the type wants");
+    writing->add_option("--type", options->type, "REG_SZ, REG_EXPAND_SZ, REG_BINARY, REG_DWORD, REG_MULTI_SZ, ...")
+        ->type_name("TYPE")
+        ->capture_default_str();
+    addFlushed(writing);
+    writing->callback([options, &tool] { write(tool.panel(), *options); });
+
+    auto* removal = add("delete", "Delete a value, or without one a key with all below it");
+    addKey(removal)->required();
+    auto* value = removal->add_option("VALUE", options->value, valueHelp);
+    addFlushed(removal);
+    removal->callback([options, value, &tool] { remove(tool.panel(), *options, value->count() == 0); });
+}
+
+} // namespace tool

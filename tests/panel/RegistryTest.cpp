@@ -1,0 +1,186 @@
+// The registry, as the platform documents it.
+#include "platform/panel/Registry.h"
+
+#include "tests/support/TestPanel.h"
+
+#include <gtest/gtest.h>
+#include <windows.h>
+
+using namespace testing_panel;
+using panel::registry::Bytes;
+using panel::registry::Copy;
+
+namespace {
+
+HKEY create(HKEY root, const wchar_t* path, DWORD* disposition = nullptr) {
+    HKEY key = nullptr;
+    EXPECT_EQ(RegCreateKeyExW(root, path, 0, nullptr, 0, 0, nullptr, &key, disposition), LONG{ERROR_SUCCESS});
+    return key;
+}
+
+LONG open(HKEY root, const wchar_t* path) {
+    HKEY key = nullptr;
+    const LONG result = RegOpenKeyExW(root, path, 0, 0, &key);
+    if (result == ERROR_SUCCESS)
+        RegCloseKey(key);
+    return result;
+}
+
+LONG set(HKEY key, const wchar_t* name, DWORD type, const Bytes& data) {
+    return RegSetValueExW(key, name, 0, type, data.data(), static_cast<DWORD>(data.size()));
+}
+
+std::vector<std::wstring> subkeys(HKEY key) {
+    std::vector<std::wstring> names;
+    wchar_t name[260];
+    DWORD length = 260;
+    while (RegEnumKeyExW(key, static_cast<DWORD>(names.size()), name, &length, nullptr, nullptr, nullptr, nullptr) ==
+           ERROR_SUCCESS) {
+        EXPECT_EQ(length, std::wstring(name).size());
+        names.emplace_back(name);
+        length = 260;
+    }
+    return names;
+}
+
+const panel::registry::Key* stored(const panel::registry::Tree& tree, const char* path) {
+    return tree.find(path);
+}
+
+panel::registry::Tree registryOf(Copy copy) {
+    return panel::Panel(panelDirectory()).registry(copy);
+}
+
+} // namespace
+
+TEST(Registry, KeysAreMadeWithThoseAboveThemAndFoundInAnyCase) {
+    DWORD disposition = 0;
+    RegCloseKey(create(HKEY_CLASSES_ROOT, L"One\\Two\\Three", &disposition));
+    EXPECT_EQ(disposition, REG_CREATED_NEW_KEY);
+    const HKEY two = create(HKEY_CLASSES_ROOT, L"one\\TWO", &disposition);
+    EXPECT_EQ(disposition, REG_OPENED_EXISTING_KEY);
+    EXPECT_EQ(open(two, L"three"), LONG{ERROR_SUCCESS});
+    EXPECT_EQ(open(two, nullptr), LONG{ERROR_SUCCESS}); // itself
+    EXPECT_EQ(open(two, L"Two"), LONG{ERROR_FILE_NOT_FOUND});
+    EXPECT_EQ(open(HKEY_LOCAL_MACHINE, L"One"), LONG{ERROR_FILE_NOT_FOUND});
+    EXPECT_EQ(open(HKEY_CLASSES_ROOT, L"One\\\\Two"), LONG{ERROR_FILE_NOT_FOUND});
+    EXPECT_EQ(RegCloseKey(two), LONG{ERROR_SUCCESS});
+    EXPECT_EQ(RegCloseKey(two), LONG{ERROR_INVALID_HANDLE});
+    EXPECT_EQ(open(two, L"Three"), LONG{ERROR_INVALID_HANDLE});
+    const panel::registry::Tree tree = registryOf(Copy::now);
+    EXPECT_EQ(stored(tree, "HKEY_CLASSES_ROOT\\one")->name, "One"); // keeps the case of its maker
+}
+
+TEST(Registry, ValuesAreBytesWithAType) {
+    const HKEY key = create(HKEY_LOCAL_MACHINE, L"Values");
+    const Bytes unterminated{0x41, 0x00, 0x42};
+    EXPECT_EQ(set(key, L"Text", REG_SZ, unterminated), LONG{ERROR_SUCCESS});
+    EXPECT_EQ(set(key, L"", 99, {}), LONG{ERROR_SUCCESS});
+    DWORD type = 0;
+    DWORD size = 0;
+    EXPECT_EQ(RegQueryValueExW(key, L"TEXT", nullptr, &type, nullptr, &size), LONG{ERROR_SUCCESS});
+    EXPECT_EQ(type, REG_SZ);
+    EXPECT_EQ(size, 3U);
+    BYTE data[3] = {};
+    size = 2;
+    EXPECT_EQ(RegQueryValueExW(key, L"Text", nullptr, nullptr, data, &size), LONG{ERROR_MORE_DATA});
+    EXPECT_EQ(size, 3U);
+    EXPECT_EQ(data[0], 0);
+    EXPECT_EQ(RegQueryValueExW(key, L"Text", nullptr, nullptr, data, &size), LONG{ERROR_SUCCESS});
+    EXPECT_EQ(Bytes(data, data + size), unterminated);
+    EXPECT_EQ(RegQueryValueExW(key, nullptr, nullptr, &type, nullptr, nullptr), LONG{ERROR_SUCCESS}); // the default one
+    EXPECT_EQ(type, 99U);
+    EXPECT_EQ(RegQueryValueExW(key, L"Other", nullptr, nullptr, nullptr, nullptr), LONG{ERROR_FILE_NOT_FOUND});
+    EXPECT_EQ(RegQueryValueExW(key, L"Text", nullptr, nullptr, data, nullptr), LONG{ERROR_INVALID_PARAMETER});
+    EXPECT_EQ(set(key, std::wstring(256, L'n').c_str(), REG_SZ, {}), LONG{ERROR_INVALID_PARAMETER});
+
+    wchar_t name[5];
+    DWORD length = 4; // without room for the zero
+    size = sizeof data;
+    EXPECT_EQ(RegEnumValueW(key, 0, name, &length, nullptr, &type, data, &size), LONG{ERROR_MORE_DATA});
+    length = 5;
+    EXPECT_EQ(RegEnumValueW(key, 0, name, &length, nullptr, &type, data, &size), LONG{ERROR_SUCCESS});
+    EXPECT_EQ(std::wstring(name, length), L"Text");
+    EXPECT_EQ(RegEnumValueW(key, 2, name, &length, nullptr, nullptr, nullptr, nullptr), LONG{ERROR_NO_MORE_ITEMS});
+    EXPECT_EQ(RegDeleteValueW(key, L"TEXT"), LONG{ERROR_SUCCESS});
+    EXPECT_EQ(RegDeleteValueW(key, L"Text"), LONG{ERROR_FILE_NOT_FOUND});
+    RegCloseKey(key);
+}
+
+TEST(Registry, AKeyGoesWithAllBelowItButNotWhileOneIsOpen) {
+    for (const wchar_t* name : {L"a\\b", L"a\\c", L"a\\d\\e", L"ab"})
+        RegCloseKey(create(HKEY_CURRENT_USER, name));
+    const HKEY deep = create(HKEY_CURRENT_USER, L"a\\d\\e");
+    EXPECT_EQ(RegDeleteKeyW(HKEY_CURRENT_USER, L"A"), LONG{ERROR_ACCESS_DENIED});
+    EXPECT_EQ(RegDeleteKeyW(HKEY_CURRENT_USER, L"A\\C"), LONG{ERROR_SUCCESS});
+    const HKEY key = create(HKEY_CURRENT_USER, L"a");
+    EXPECT_EQ(subkeys(key), (std::vector<std::wstring>{L"b", L"d"})); // what comes after a deleted one moves up
+    RegCloseKey(key);
+    EXPECT_FALSE(CloseHandle(deep)); // has a function of its own
+    RegCloseKey(deep);
+    EXPECT_EQ(RegDeleteKeyW(HKEY_CURRENT_USER, L""), LONG{ERROR_INVALID_PARAMETER});
+    EXPECT_EQ(RegDeleteKeyW(HKEY_CURRENT_USER, L"a"), LONG{ERROR_SUCCESS});
+    EXPECT_EQ(RegDeleteKeyW(HKEY_CURRENT_USER, L"a"), LONG{ERROR_FILE_NOT_FOUND});
+    EXPECT_EQ(open(HKEY_CURRENT_USER, L"a\\b"), LONG{ERROR_FILE_NOT_FOUND});
+    EXPECT_EQ(subkeys(HKEY_CURRENT_USER), std::vector<std::wstring>{L"ab"});
+}
+
+TEST(Registry, AFlushPutsOneRootIntoFlash) {
+    const HKEY machine = create(HKEY_LOCAL_MACHINE, L"init");
+    RegCloseKey(create(HKEY_CLASSES_ROOT, L"osrfile"));
+    EXPECT_EQ(set(machine, L"Depend61", REG_BINARY, {0x32, 0x00}), LONG{ERROR_SUCCESS});
+    EXPECT_EQ(stored(registryOf(Copy::flash), "HKEY_LOCAL_MACHINE\\init")->value("Depend61"), nullptr);
+    EXPECT_EQ(RegFlushKey(machine), LONG{ERROR_SUCCESS});
+    const panel::registry::Tree flash = registryOf(Copy::flash);
+    ASSERT_NE(stored(flash, "HKEY_LOCAL_MACHINE\\init")->value("depend61"), nullptr);
+    EXPECT_EQ(stored(flash, "HKEY_LOCAL_MACHINE\\init")->value("depend61")->data, (Bytes{0x32, 0x00}));
+    EXPECT_EQ(stored(flash, "HKEY_CLASSES_ROOT\\osrfile"), nullptr);
+    EXPECT_EQ(RegFlushKey(HKEY_CLASSES_ROOT), LONG{ERROR_SUCCESS});
+    EXPECT_NE(stored(registryOf(Copy::flash), "HKEY_CLASSES_ROOT\\osrfile"), nullptr);
+    RegCloseKey(machine);
+}
+
+TEST(Registry, FilesKeepEveryByte) {
+    const HKEY key = create(HKEY_USERS, L"\u00c4\u4e2d \"q\"");
+    const std::vector<std::pair<DWORD, Bytes>> values = {
+        {REG_SZ, {0x41, 0, 0, 0}},
+        {REG_SZ, {0x41, 0}}, // unterminated
+        {REG_SZ, {0x41, 0, 0, 0, 0, 0}}, // terminated twice
+        {REG_SZ, {0x00, 0xD8, 0, 0}}, // half a surrogate pair
+        {REG_SZ, {}},
+        {REG_EXPAND_SZ, {0x3D, 0xD8, 0x00, 0xDE, 0, 0}}, // a whole one
+        {REG_MULTI_SZ, {0x41, 0, 0, 0, 0x42, 0, 0, 0, 0, 0}},
+        {REG_MULTI_SZ, {0, 0}},
+        {REG_MULTI_SZ, {0x41, 0}},
+        {REG_DWORD, {1, 2, 3, 0xFF}},
+        {REG_DWORD, {1, 2, 3}},
+        {REG_DWORD_BIG_ENDIAN, {1, 0, 0, 0}},
+        {12345, {7}},
+    };
+    for (std::size_t index = 0; index < values.size(); ++index)
+        EXPECT_EQ(set(key, std::wstring(1, static_cast<wchar_t>(L'a' + index)).c_str(), values[index].first,
+                      values[index].second),
+                  LONG{ERROR_SUCCESS});
+    for (std::size_t index = 0; index < values.size(); ++index) {
+        DWORD type = 0;
+        BYTE data[64];
+        DWORD size = sizeof data;
+        const std::wstring name(1, static_cast<wchar_t>(L'A' + index));
+        ASSERT_EQ(RegQueryValueExW(key, name.c_str(), nullptr, &type, data, &size), LONG{ERROR_SUCCESS});
+        EXPECT_EQ(type, values[index].first);
+        EXPECT_EQ(Bytes(data, data + size), values[index].second) << index;
+    }
+    RegCloseKey(key);
+    EXPECT_EQ(subkeys(HKEY_USERS), std::vector<std::wstring>{L"\u00c4\u4e2d \"q\""});
+}
+
+TEST(Registry, AFileThatSomebodyHasBrokenFailsTheCall) {
+    RegCloseKey(create(HKEY_USERS, L"key"));
+    const auto file = panelDirectory() / "registry/now.json";
+    const auto whole = panelDirectory() / "registry/whole.json";
+    std::filesystem::copy_file(file, whole);
+    std::filesystem::resize_file(file, 10);
+    EXPECT_EQ(open(HKEY_USERS, L"key"), LONG{ERROR_REGISTRY_CORRUPT});
+    std::filesystem::rename(whole, file);
+    EXPECT_EQ(open(HKEY_USERS, L"key"), LONG{ERROR_SUCCESS});
+}
