@@ -31,10 +31,17 @@ struct Hex { // a number that is read better in hexadecimal
     std::uint64_t value;
 };
 
+struct Bytes { // what a buffer holds
+    const void* at;
+    std::size_t count;
+};
+
 template<class Value>
 void addAny(std::string& text, const Value& value) {
     if constexpr (std::is_same_v<Value, Hex>)
         addHex(text, value.value);
+    else if constexpr (std::is_same_v<Value, Bytes>)
+        addBytes(text, value.at, value.count);
     else if constexpr (std::is_convertible_v<Value, const wchar_t*>)
         add(text, static_cast<const wchar_t*>(value));
     else if constexpr (std::is_pointer_v<Value>)

@@ -14,6 +14,7 @@ struct CreateOptions {
     std::string directory;
     std::string screen = "800x480";
     std::string date;
+    std::vector<std::string> without;
 };
 
 void create(const CreateOptions& options) {
@@ -25,6 +26,7 @@ void create(const CreateOptions& options) {
         throw std::runtime_error("not a screen size: \"" + options.screen + "\" (such as 800x480)");
     if (!options.date.empty())
         facts.date = parseDate(options.date);
+    facts.without = options.without;
     const auto made = panel::Panel::create(options.directory, facts);
     std::printf("Made a panel in %s: screen %u x %u, %s\n", made.directory().c_str(), facts.screenWidth,
                 facts.screenHeight, formatDate(made.options().date).c_str());
@@ -37,6 +39,8 @@ void addCreate(CLI::App& app) {
     command->add_option("--screen", options->screen, "Screen size in pixels")->type_name("WxH")->capture_default_str();
     command->add_option("--date", options->date, "What its calendar clock shows (UTC); default: the date of today")
         ->type_name("DATE");
+    command->add_option("--without", options->without, "A device that it lacks, such as BKL1 (panel device lists them)")
+        ->type_name("DEVICE");
     command->callback([options] { create(*options); });
 }
 
