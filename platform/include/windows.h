@@ -35,20 +35,9 @@ using LPARAM = std::intptr_t;
 using LRESULT = std::intptr_t;
 using HANDLE = void*;
 
-struct HWND__;
 struct HINSTANCE__;
-struct HMENU__;
-struct HICON__;
-struct HBRUSH__;
-struct HKEY__;
-using HWND = HWND__*;
 using HINSTANCE = HINSTANCE__*;
 using HMODULE = HINSTANCE;
-using HMENU = HMENU__*;
-using HICON = HICON__*;
-using HCURSOR = HICON;
-using HBRUSH = HBRUSH__*;
-using HKEY = HKEY__*;
 
 inline constexpr BOOL FALSE = 0;
 inline constexpr BOOL TRUE = 1;
@@ -68,15 +57,18 @@ inline constexpr DWORD ERROR_INVALID_HANDLE = 6;
 inline constexpr DWORD ERROR_NOT_ENOUGH_MEMORY = 8;
 inline constexpr DWORD ERROR_NOT_SAME_DEVICE = 17;
 inline constexpr DWORD ERROR_NO_MORE_FILES = 18;
+inline constexpr DWORD ERROR_WRITE_PROTECT = 19;
 inline constexpr DWORD ERROR_NOT_READY = 21;
 inline constexpr DWORD ERROR_GEN_FAILURE = 31;
 inline constexpr DWORD ERROR_SHARING_VIOLATION = 32;
+inline constexpr DWORD ERROR_NOT_SUPPORTED = 50;
 inline constexpr DWORD ERROR_FILE_EXISTS = 80;
 inline constexpr DWORD ERROR_INVALID_PARAMETER = 87;
 inline constexpr DWORD ERROR_NO_PROC_SLOTS = 89;
 inline constexpr DWORD ERROR_DISK_FULL = 112;
 inline constexpr DWORD ERROR_INVALID_NAME = 123;
 inline constexpr DWORD ERROR_MOD_NOT_FOUND = 126;
+inline constexpr DWORD ERROR_PROC_NOT_FOUND = 127;
 inline constexpr DWORD ERROR_DIR_NOT_EMPTY = 145;
 inline constexpr DWORD ERROR_ALREADY_EXISTS = 183;
 inline constexpr DWORD ERROR_BAD_EXE_FORMAT = 193;
@@ -192,6 +184,14 @@ BOOL WINAPI GetExitCodeProcess(HANDLE process, DWORD* exitCode) noexcept; // STI
 HMODULE WINAPI GetModuleHandleW(LPCWSTR module) noexcept; // only null: the program itself
 // Characters written, without the zero; the path that the program was started by. 0 on failure.
 DWORD WINAPI GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD characters) noexcept;
+
+using FARPROC = std::intptr_t(WINAPI*)();
+
+// The name's case, and its ".dll", do not matter. Null and ERROR_MOD_NOT_FOUND if there is none.
+HMODULE WINAPI LoadLibraryW(LPCWSTR library) noexcept;
+// The name is wide, unlike elsewhere, and its case matters. Null and ERROR_PROC_NOT_FOUND if there is none.
+FARPROC WINAPI GetProcAddressW(HMODULE library, LPCWSTR function) noexcept;
+BOOL WINAPI FreeLibrary(HMODULE library) noexcept; // as often as it was loaded
 void WINAPI Sleep(DWORD milliseconds) noexcept;
 void WINAPI OutputDebugStringW(LPCWSTR text) noexcept;
 
@@ -223,6 +223,8 @@ inline constexpr DWORD FILE_ATTRIBUTE_READONLY = 0x1;
 inline constexpr DWORD FILE_ATTRIBUTE_DIRECTORY = 0x10;
 inline constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
 
+inline constexpr DWORD FILE_FLAG_RANDOM_ACCESS = 0x10000000;
+
 inline constexpr DWORD GENERIC_READ = 0x80000000;
 inline constexpr DWORD GENERIC_WRITE = 0x40000000;
 inline constexpr DWORD FILE_SHARE_READ = 1;
@@ -248,6 +250,7 @@ struct WIN32_FIND_DATAW {
     WCHAR cFileName[MAX_PATH];
 };
 
+// Also opens a driver, by the name of its device: "BKL1:", "\\NANDFlash\\Vol:". ERROR_FILE_NOT_FOUND if there is none.
 HANDLE WINAPI CreateFileW(LPCWSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security, DWORD disposition,
                           DWORD attributes, HANDLE pattern) noexcept; // INVALID_HANDLE_VALUE on failure
 BOOL WINAPI ReadFile(HANDLE file, LPVOID buffer, DWORD bytes, DWORD* read, void* overlapped) noexcept;
@@ -264,126 +267,16 @@ BOOL WINAPI SetFileAttributesW(LPCWSTR path, DWORD attributes) noexcept;
 HANDLE WINAPI FindFirstFileW(LPCWSTR pattern, WIN32_FIND_DATAW* data) noexcept;
 BOOL WINAPI FindNextFileW(HANDLE search, WIN32_FIND_DATAW* data) noexcept;
 BOOL WINAPI FindClose(HANDLE search) noexcept;
+// A request to a driver [ms923699]: the code says what, and the sizes are those that the driver expects. `returned`,
+// the bytes that came back, may be null. A driver may refuse with any error.
+BOOL WINAPI DeviceIoControl(HANDLE device, DWORD code, LPVOID input, DWORD inputSize, LPVOID output, DWORD outputSize,
+                            DWORD* returned, void* overlapped) noexcept;
 BOOL WINAPI SHCreateShortcut(LPWSTR shortcut, LPWSTR target) noexcept; // FALSE if it exists [aa932552]
-
-// ---- Registry -------------------------------------------------------------------------------------------------------
-//
-// All answer an error code, ERROR_SUCCESS among them, and leave the last error alone. Names are case-blind; text in
-// values has 16 bits a character on both platforms and is stored as it is given, terminated or not.
-
-// NOLINTNEXTLINE: the roots are no constant expressions.
-#define PREDEFINED_KEY(number) (reinterpret_cast<HKEY>(static_cast<std::uintptr_t>(number)))
-#define HKEY_CLASSES_ROOT PREDEFINED_KEY(0x80000000U)
-#define HKEY_CURRENT_USER PREDEFINED_KEY(0x80000001U)
-#define HKEY_LOCAL_MACHINE PREDEFINED_KEY(0x80000002U)
-#define HKEY_USERS PREDEFINED_KEY(0x80000003U)
-
-inline constexpr DWORD REG_NONE = 0;
-inline constexpr DWORD REG_SZ = 1;
-inline constexpr DWORD REG_EXPAND_SZ = 2;
-inline constexpr DWORD REG_BINARY = 3;
-inline constexpr DWORD REG_DWORD = 4;
-inline constexpr DWORD REG_DWORD_BIG_ENDIAN = 5;
-inline constexpr DWORD REG_LINK = 6;
-inline constexpr DWORD REG_MULTI_SZ = 7;
-inline constexpr DWORD REG_CREATED_NEW_KEY = 1; // dispositions
-inline constexpr DWORD REG_OPENED_EXISTING_KEY = 2;
-
-// The access is ignored, 0 will do. ERROR_FILE_NOT_FOUND if there is no such key.
-LONG WINAPI RegOpenKeyExW(HKEY key, LPCWSTR subkey, DWORD options, DWORD access, HKEY* opened) noexcept;
-// Makes the keys above it too; opens the one that is there.
-LONG WINAPI RegCreateKeyExW(HKEY key, LPCWSTR subkey, DWORD reserved, LPWSTR keyClass, DWORD options, DWORD access,
-                            SECURITY_ATTRIBUTES* security, HKEY* opened, DWORD* disposition) noexcept;
-LONG WINAPI RegCloseKey(HKEY key) noexcept;
-// Sizes in bytes. ERROR_MORE_DATA and the size that is needed for a buffer that is too small.
-LONG WINAPI RegQueryValueExW(HKEY key, LPCWSTR name, DWORD* reserved, DWORD* type, BYTE* data, DWORD* size) noexcept;
-LONG WINAPI RegSetValueExW(HKEY key, LPCWSTR name, DWORD reserved, DWORD type, const BYTE* data, DWORD size) noexcept;
-// With all keys below it; not while one of them is open [ms891451].
-LONG WINAPI RegDeleteKeyW(HKEY key, LPCWSTR subkey) noexcept;
-LONG WINAPI RegDeleteValueW(HKEY key, LPCWSTR name) noexcept;
-// Lengths in characters: with the terminating zero on the way in, without it on the way out. ERROR_NO_MORE_ITEMS past
-// the last one.
-LONG WINAPI RegEnumKeyExW(HKEY key, DWORD index, LPWSTR name, DWORD* length, DWORD* reserved, LPWSTR keyClass,
-                          DWORD* classLength, FILETIME* written) noexcept;
-LONG WINAPI RegEnumValueW(HKEY key, DWORD index, LPWSTR name, DWORD* length, DWORD* reserved, DWORD* type, BYTE* data,
-                          DWORD* size) noexcept;
-LONG WINAPI RegFlushKey(HKEY key) noexcept; // without it a change may not survive a power cut [ee490431]
-
-// ---- Windows and messages -------------------------------------------------------------------------------------------
-
-using WNDPROC = LRESULT(CALLBACK*)(HWND, UINT, WPARAM, LPARAM);
-
-struct WNDCLASSW {
-    UINT style;
-    WNDPROC lpfnWndProc;
-    int cbClsExtra;
-    int cbWndExtra;
-    HINSTANCE hInstance;
-    HICON hIcon;
-    HCURSOR hCursor;
-    HBRUSH hbrBackground;
-    LPCWSTR lpszMenuName;
-    LPCWSTR lpszClassName;
-};
-
-struct CREATESTRUCTW {
-    LPVOID lpCreateParams; // CreateWindowExW's last argument
-    HINSTANCE hInstance;
-    HMENU hMenu;
-    HWND hwndParent;
-    int cy;
-    int cx;
-    int y;
-    int x;
-    LONG style;
-    LPCWSTR lpszName;
-    LPCWSTR lpszClass;
-    DWORD dwExStyle;
-};
-
-struct POINT {
-    LONG x;
-    LONG y;
-};
-
-struct MSG {
-    HWND hwnd;
-    UINT message;
-    WPARAM wParam;
-    LPARAM lParam;
-    DWORD time; // ticks
-    POINT pt;
-};
-
-inline constexpr UINT WM_NULL = 0x0000;
-inline constexpr UINT WM_CREATE = 0x0001;
-inline constexpr UINT WM_DESTROY = 0x0002;
-inline constexpr UINT WM_CLOSE = 0x0010;
-inline constexpr UINT WM_QUIT = 0x0012;
-inline constexpr UINT WM_GETMINMAXINFO = 0x0024;
-inline constexpr UINT WM_NCCREATE = 0x0081;
-inline constexpr UINT WM_NCDESTROY = 0x0082;
-inline constexpr UINT WM_NCCALCSIZE = 0x0083;
-inline constexpr int CW_USEDEFAULT = static_cast<int>(0x80000000U);
-inline constexpr int SM_CXSCREEN = 0; // pixels
-inline constexpr int SM_CYSCREEN = 1;
-
-// 0xC000 to 0xFFFF, the same for the same name in every process; 0 on failure [ms911004].
-UINT WINAPI RegisterWindowMessageW(LPCWSTR name) noexcept;
-ATOM WINAPI RegisterClassW(const WNDCLASSW* windowClass) noexcept;
-BOOL WINAPI UnregisterClassW(LPCWSTR className, HINSTANCE instance) noexcept;
-HWND WINAPI CreateWindowExW(DWORD extendedStyle, LPCWSTR className, LPCWSTR title, DWORD style, int x, int y, int width,
-                            int height, HWND parent, HMENU menu, HINSTANCE instance, LPVOID parameter) noexcept;
-BOOL WINAPI DestroyWindow(HWND window) noexcept; // only by the thread that made it
-LRESULT WINAPI DefWindowProcW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
-// TRUE: a posted message; FALSE: WM_QUIT; -1: failure. Runs the procedures of sent messages inside.
-BOOL WINAPI GetMessageW(MSG* message, HWND window, UINT first, UINT last) noexcept;
-BOOL WINAPI TranslateMessage(const MSG* message) noexcept;
-LRESULT WINAPI DispatchMessageW(const MSG* message) noexcept;
-BOOL WINAPI PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
-int WINAPI GetSystemMetrics(int index) noexcept;
 
 } // extern "C"
 
 // The program's entry; the platform calls it on the main thread. The instance handle is that of GetModuleHandleW(null).
 int WINAPI WinMain(HINSTANCE instance, HINSTANCE previous, LPWSTR commandLine, int show);
+
+#include <winreg.h>
+#include <winuser.h>

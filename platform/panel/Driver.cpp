@@ -180,7 +180,9 @@ PanelStatus Driver::status() {
                        call.image.tracing.load(std::memory_order_relaxed) != 0,
                        {},
                        {},
-                       {}};
+                       {},
+                       call.image.flashWritable != 0,
+                       {std::begin(call.image.backLight), std::end(call.image.backLight)}};
     for (Slot slot = 1; slot <= maxProcesses; ++slot) {
         const ProcessRecord& process = processes::at(call.image, slot);
         if (process.state == ProcessState::free || slot == Runtime::instance().process())

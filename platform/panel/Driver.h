@@ -52,6 +52,8 @@ struct PanelStatus {
     std::vector<ProcessStatus> processes;
     std::vector<EndedStatus> ended; // the last ones, oldest first
     std::vector<WindowStatus> windows;
+    bool flashWritable;
+    std::vector<std::uint32_t> backLight; // what the driver holds
 };
 
 struct InitStart { // of a program that the registry lists under HKEY_LOCAL_MACHINE\init

@@ -30,12 +30,13 @@ void addBytes(std::string& text, const void* bytes, std::size_t count);
 struct Hex { // a number that is read better in hexadecimal
     std::uint64_t value;
 };
-struct Bytes { // their begin is shown
-    const void* begin;
-    std::size_t count;
-};
 struct Word { // as it is, without quotes
     std::string text;
+};
+
+struct Bytes { // what a buffer holds
+    const void* at;
+    std::size_t count;
 };
 
 template<class Value>
@@ -43,7 +44,7 @@ void addAny(std::string& text, const Value& value) {
     if constexpr (std::is_same_v<Value, Hex>)
         addHex(text, value.value);
     else if constexpr (std::is_same_v<Value, Bytes>)
-        addBytes(text, value.begin, value.count);
+        addBytes(text, value.at, value.count);
     else if constexpr (std::is_same_v<Value, Word>)
         text += value.text;
     else if constexpr (std::is_convertible_v<Value, const wchar_t*>)

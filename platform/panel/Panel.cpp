@@ -1,13 +1,11 @@
 #include "platform/panel/Panel.h"
 
-#include "platform/panel/Runtime.h"
+#include "platform/panel/Mapping.h"
 #include "platform/panel/Text.h"
 #include "platform/panel/api/FileTimes.h"
 #include "platform/panel/kernel/Clock.h"
 #include "platform/panel/kernel/Host.h"
-#include "platform/panel/kernel/Lock.h"
 #include "platform/panel/kernel/Processes.h"
-#include "platform/panel/kernel/Scheduler.h"
 
 #include <nlohmann/json.hpp>
 
@@ -16,7 +14,6 @@
 #include <fcntl.h>
 #include <fstream>
 #include <stdexcept>
-#include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -42,40 +39,10 @@ void writeJson(const fs::path& path, const Json& json) {
     host::writeFile(path.string(), json.dump(2) + '\n');
 }
 
-// The mapped kernel file of a panel.
-class Mapping {
-public:
-    explicit Mapping(const fs::path& root) : image(mapImage((root / "run/kernel").string())) {}
-    ~Mapping() {
-        if (image)
-            unmapImage(image);
-    }
-    Mapping(const Mapping&) = delete;
-    Mapping& operator=(const Mapping&) = delete;
-
-    Image* const image;
-};
-
 void setVolumes(Image& image, const std::vector<Volume>& volumes) {
     for (std::uint32_t index = 0; index < maxVolumes; ++index)
         copyText(image.volumes[index], index < volumes.size() ? volumes[index].name : std::string());
 }
-
-// While it lives, other commands that change the panel as a whole wait.
-class Change {
-public:
-    explicit Change(const fs::path& root) : directory(open(root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
-        flock(directory, LOCK_EX);
-    }
-    ~Change() {
-        close(directory);
-    }
-    Change(const Change&) = delete;
-    Change& operator=(const Change&) = delete;
-
-private:
-    int directory;
-};
 
 bool lies(const fs::path& inner, const fs::path& outer) {
     const fs::path relative = fs::canonical(inner).lexically_relative(fs::canonical(outer));
@@ -134,6 +101,7 @@ Panel Panel::create(const fs::path& directory, const PanelOptions& options) {
     registry::store(directory, registry::Copy::now, registry);
     registry::store(directory, registry::Copy::flash, registry);
     Panel panel(directory);
+    panel.devices().create(options.without);
     panel.saveVolumes({{"MMCMemory", false, false}, {"NANDFlash", false, false}});
     return panel;
 }
@@ -151,7 +119,11 @@ fs::path Panel::hostPath(std::string_view panelPath) const {
 
 PanelOptions Panel::options() const {
     const Json facts = readJson(root / "devices/panel.json");
-    return {facts.at("screen").at("width"), facts.at("screen").at("height"), facts.at("date")};
+    PanelOptions options;
+    options.screenWidth = facts.at("screen").at("width");
+    options.screenHeight = facts.at("screen").at("height");
+    options.date = facts.at("date");
+    return options;
 }
 
 bool Panel::isOn() const {
@@ -175,6 +147,8 @@ void Panel::initialise(Image& image, const BootOptions& options, std::int64_t da
     image.screenWidth = facts.at("screen").at("width");
     image.screenHeight = facts.at("screen").at("height");
     setVolumes(image, volumes());
+    const std::vector<std::uint32_t> levels = devices().state("BKL1").values;
+    std::copy(levels.begin(), levels.end(), image.backLight);
     image.on = 1;
     image.magic = imageMagic;
 }
@@ -196,6 +170,7 @@ void Panel::boot(const BootOptions& options) {
     }
     registry::fallBack(root);
     fs::remove_all(root / "run");
+    devices().forgetRequests();
     fs::create_directories(root / "run/output");
     const std::string fresh = (root / "run/kernel.new").string();
     const int file = open(fresh.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0644);

@@ -1,13 +1,15 @@
 // A simulated panel: a directory, and what can be done with its power and its disks.
 //
 //     fs/        the panel's file system
-//     devices/   panel.json: screen size and the calendar clock's date; volumes.json: which top folders are volumes
+//     devices/   panel.json: screen size and the calendar clock's date; volumes.json: which top folders are volumes;
+//                the devices (Devices.h)
 //     registry/  what the registry holds, and what would be left of it after a power cut (Registry.h)
 //     run/       what a power cycle forgets: kernel, trace, output/ (what programs print)
 //
 // All failures are std::runtime_error with a text for people.
 #pragma once
 
+#include "platform/panel/Devices.h"
 #include "platform/panel/Registry.h"
 #include "platform/panel/kernel/Image.h"
 
@@ -26,6 +28,7 @@ struct PanelOptions {
     std::int64_t date = -1; // ms since 1970 UTC; below 0: the host's
     std::string version = "2.15"; // of the platform: HKEY_LOCAL_MACHINE\ORVA, "Version"
     std::string name = "Panel"; // HKEY_LOCAL_MACHINE\Ident, "Name"
+    std::vector<std::string> without; // the devices that it lacks, of knownDevices()
 };
 
 struct BootOptions {
@@ -52,7 +55,11 @@ public:
     // Where a panel path lies on the host; names as they are written.
     std::filesystem::path hostPath(std::string_view panelPath) const;
 
-    PanelOptions options() const; // the date: that of the last switching off
+    Devices devices() const {
+        return Devices(root);
+    }
+
+    PanelOptions options() const; // screen and date, as of the last switching off
     bool isOn() const;
     void boot(const BootOptions& options);
     // Both end all programs at once; fs/ and devices/ stay, run/ is cleared by the next boot.

@@ -96,6 +96,11 @@ std::string volumeOf(const Image& image, std::string_view panelPath) {
     return {};
 }
 
+bool isOnFlash(std::string_view panelPath) {
+    const auto names = components(panelPath);
+    return !names.empty() && equalCaseBlind(names.front(), "NANDFlash");
+}
+
 bool matches(std::string_view pattern, std::string_view name) {
     if (pattern == "*.*")
         return true;

@@ -44,6 +44,12 @@ bool statusOf(const std::string& hostPath, bool top, struct stat& status);
 // The name of the volume that the path lies on, as the kernel file has it; empty: the panel's own object store.
 std::string volumeOf(const Image& image, std::string_view panelPath);
 
+// Whether the path lies on the flash volume, or is it; and whether that must not be changed now.
+bool isOnFlash(std::string_view panelPath);
+inline bool isProtected(const Image& image, std::string_view panelPath) {
+    return !image.flashWritable && isOnFlash(panelPath);
+}
+
 // Whether a name matches a pattern of "*" and "?"; "*.*" matches everything, an empty pattern nothing.
 bool matches(std::string_view pattern, std::string_view name);
 

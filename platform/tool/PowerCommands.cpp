@@ -42,6 +42,8 @@ void addCreate(CLI::App& app) {
         ->type_name("TEXT")
         ->capture_default_str();
     command->add_option("--name", options->facts.name, "The device's name")->type_name("TEXT")->capture_default_str();
+    command->add_option("--without", options->facts.without, "A device that it lacks, such as BKL1 (panel device lists them)")
+        ->type_name("DEVICE");
     command->callback([options] { create(*options); });
 }
 

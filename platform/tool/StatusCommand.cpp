@@ -20,6 +20,8 @@ void addRunning(Json& answer, const panel::PanelStatus& status, std::size_t faul
                        {"factor", status.factor},
                        {"time", status.time},
                        {"ticks", status.ticks}};
+    answer["backLight"] = status.backLight;
+    answer["flashWritable"] = status.flashWritable;
     answer["trace"] = status.tracing;
     answer["faults"] = faults;
     for (const auto& process : status.processes)
@@ -30,6 +32,14 @@ void addRunning(Json& answer, const panel::PanelStatus& status, std::size_t faul
     for (const auto& window : status.windows)
         answer["windows"].push_back(
             {{"class", window.className}, {"process", window.process}, {"visible", window.visible}});
+}
+
+// The four words of the driver's record; the first and the third are levels of brightness.
+std::string levels(const panel::PanelStatus& status) {
+    std::string text;
+    for (const std::uint32_t word : status.backLight)
+        text += (text.empty() ? "" : " ") + std::to_string(word);
+    return text;
 }
 
 std::string describe(const panel::Volume& volume) {
@@ -43,6 +53,8 @@ void addRunning(Table& facts, const panel::PanelStatus& status, std::size_t faul
     facts.add({"clock", stepped ? "stepped" : status.factor == 1 ? "flowing" : factor});
     facts.add({"date", formatDate(status.date)});
     facts.add({"tick count", std::to_string(status.ticks)});
+    facts.add({"backlight", levels(status)});
+    facts.add({"flash", status.flashWritable ? "\\NANDFlash is writable" : "\\NANDFlash is write-protected"});
     facts.add({"trace", status.tracing ? "on" : "off"});
     facts.add({"faults", faults ? std::to_string(faults) + " asked for (panel fault list)" : "none"});
     for (const auto& process : status.processes)

@@ -37,6 +37,7 @@ int main(int argc, char** argv) {
         shared.behindDashes.assign(dashes + 1, argv + argc);
     tool::addPowerCommands(app, shared);
     tool::addDiskCommands(app, shared);
+    tool::addDeviceCommand(app, shared);
     tool::addStartCommand(app, shared);
     tool::addProcessCommands(app, shared);
     tool::addSendCommand(app, shared);

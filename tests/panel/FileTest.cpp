@@ -68,7 +68,7 @@ TEST(Paths, RefuseWhatThePlatformDoesNotKnow) {
     }
     EXPECT_EQ(GetFileAttributesW((L"\\" + std::wstring(MAX_PATH, L'x')).c_str()), INVALID_FILE_ATTRIBUTES);
     EXPECT_EQ(GetLastError(), ERROR_FILENAME_EXCED_RANGE);
-    EXPECT_EQ(openFile(L"BKL1:", GENERIC_WRITE, 0, OPEN_EXISTING), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(openFile(L"COM9:", GENERIC_WRITE, 0, OPEN_EXISTING), INVALID_HANDLE_VALUE);
     EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
 }
 
@@ -148,11 +148,11 @@ TEST(Files, MovesNeverReplaceAndFoldersStayOnTheirVolume) {
     writeFile("\\MMCMemory\\folder\\f", "3");
     EXPECT_FALSE(MoveFileW(L"\\MMCMemory\\from", L"\\MMCMemory\\TO"));
     EXPECT_EQ(GetLastError(), ERROR_ALREADY_EXISTS);
-    EXPECT_FALSE(MoveFileW(L"\\MMCMemory\\folder", L"\\NANDFlash\\folder"));
+    EXPECT_FALSE(MoveFileW(L"\\MMCMemory\\folder", L"\\Windows\\folder"));
     EXPECT_EQ(GetLastError(), ERROR_NOT_SAME_DEVICE);
     EXPECT_FALSE(MoveFileW(L"\\MMCMemory", L"\\Other"));
-    EXPECT_TRUE(MoveFileW(L"\\MMCMemory\\from", L"\\NANDFlash\\from"));
-    EXPECT_EQ(readFile("\\NANDFlash\\from"), "1");
+    EXPECT_TRUE(MoveFileW(L"\\MMCMemory\\from", L"\\Windows\\from"));
+    EXPECT_EQ(readFile("\\Windows\\from"), "1");
     EXPECT_FALSE(exists("\\MMCMemory\\from"));
     EXPECT_TRUE(MoveFileW(L"\\MMCMemory\\to", L"\\MMCMemory\\To"));
     EXPECT_EQ(find(L"\\MMCMemory\\*"), (Names{L"folder", L"To"}));

@@ -102,6 +102,10 @@ TEST_F(PanelCommand, SaysWhatIsWrongInOneLine) {
     fails("send NoWindow Message 1", "NoWindow");
     fails("plug missing-folder", "missing-folder");
     fails("unplug 'Hard Disk'", "Hard Disk");
+    fails("device BKL2 refuse", "BKL2");
+    fails("device BKL1 refuse beep", "beep");
+    fails("device BKL1 explode", "explode");
+    fails("device BKL1 set 1 2", "4 values");
     fails("fault add Sleep", "cannot fail");
     fails("fault add CreateFile", "CreateFile");
     fails("registry read 'HKEY_NONE\\a' v", "HKEY_NONE");
@@ -138,6 +142,26 @@ TEST_F(PanelCommand, ReadsAndChangesTheRegistry) {
     succeed("registry delete 'HKCU\\a' N");
     succeed("registry delete 'HKCU\\a'");
     EXPECT_EQ(json("registry list HKCU").at(0).at("values").size(), 0U);
+}
+
+TEST_F(PanelCommand, ShowsDevicesAndTellsThemWhatToDo) {
+    succeed("create p --without SHC1");
+    succeed("device BKL1 refuse write --error 21"); // also while it is off
+    succeed("boot --stepped");
+    succeed("device bkl1 set 128 1 0x80 1");
+    const Json backlight = json("device BKL1");
+    EXPECT_EQ(backlight.at("values"), Json({128, 1, 128, 1}));
+    EXPECT_EQ(backlight.at("does").at("write"), "refuses with error 21");
+    EXPECT_EQ(backlight.at("does").at("read"), "answers");
+    EXPECT_EQ(json("status").at("backLight"), Json({128, 1, 128, 1}));
+    EXPECT_EQ(json("status").at("flashWritable"), false);
+    EXPECT_EQ(json("device SHC1").at("present"), false);
+    succeed("device SHC1 add");
+    succeed("device BZR1 delay --time 2s beep");
+    EXPECT_EQ(json("device BZR1").at("does").at("beep"), "answers after 2 s");
+    succeed("device BKL1 answer");
+    for (const Json& device : json("device"))
+        EXPECT_EQ(device.at("present"), true) << device;
 }
 
 TEST_F(PanelCommand, StartsAndWaitsWithTheProgramsExitCode) {

@@ -55,6 +55,10 @@ panel::Driver& driver() {
     return *attached;
 }
 
+panel::Devices devices() {
+    return current->devices();
+}
+
 fs::path panelDirectory() {
     return current->directory();
 }
@@ -67,12 +71,20 @@ fs::path hostPath(std::string_view panelPath) {
     return current->hostPath(panelPath);
 }
 
-std::string readFile(std::string_view panelPath) {
-    std::ifstream file(hostPath(panelPath), std::ios::binary);
-    EXPECT_TRUE(file) << "no file " << panelPath;
+std::string readText(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    EXPECT_TRUE(file) << "no file " << path;
     std::ostringstream content;
     content << file.rdbuf();
     return content.str();
+}
+
+void writeText(const fs::path& file, std::string_view content) {
+    std::ofstream(file, std::ios::binary) << content;
+}
+
+std::string readFile(std::string_view panelPath) {
+    return readText(hostPath(panelPath));
 }
 
 void writeFile(std::string_view panelPath, std::string_view content) {

@@ -27,7 +27,13 @@ public:
 // The simulation's own interface: messages to windows, started programs, status.
 panel::Driver& driver();
 
+// Its devices: their state, and what was asked of them.
+panel::Devices devices();
+
 std::filesystem::path panelDirectory();
+// A file of the host, whole; fails the test if it cannot be read.
+std::string readText(const std::filesystem::path& file);
+void writeText(const std::filesystem::path& file, std::string_view content);
 // A program of this build ("TarvexHelper", "Tarvex", "Actor").
 std::filesystem::path programFile(std::string_view name);
 

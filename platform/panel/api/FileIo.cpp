@@ -2,6 +2,7 @@
 #include "platform/panel/Gate.h"
 #include "platform/panel/Paths.h"
 #include "platform/panel/Text.h"
+#include "platform/panel/api/DriverFiles.h"
 #include "platform/panel/api/FileTimes.h"
 #include "platform/panel/api/Numbers.h"
 #include "platform/panel/kernel/Objects.h"
@@ -27,15 +28,17 @@ bool sharingAllows(const Image& image, const struct stat& status, DWORD access, 
 }
 
 // Why the file cannot be opened so; 0 if it can.
-DWORD refusal(const Image& image, const Place& place, DWORD access, DWORD share, DWORD disposition) {
+DWORD refusal(const Image& image, const Place& place, bool isProtected, DWORD access, DWORD share, DWORD disposition) {
     const bool makes = disposition == CREATE_NEW || disposition == CREATE_ALWAYS || disposition == OPEN_ALWAYS;
     if (disposition < CREATE_NEW || disposition > TRUNCATE_EXISTING)
         return ERROR_INVALID_PARAMETER;
     if (!place.exists)
-        return makes && place.canBeMade() ? 0 : place.error;
+        return !makes || !place.canBeMade() ? place.error : isProtected ? ERROR_WRITE_PROTECT : 0;
     if (disposition == CREATE_NEW)
         return ERROR_FILE_EXISTS;
     const bool changes = (access & GENERIC_WRITE) || disposition == CREATE_ALWAYS || disposition == TRUNCATE_EXISTING;
+    if (changes && isProtected && place.isFile())
+        return ERROR_WRITE_PROTECT;
     if (!place.isFile() || (changes && place.isReadOnly()))
         return ERROR_ACCESS_DENIED;
     return sharingAllows(image, place.status, access, share) ? 0 : ERROR_SHARING_VIOLATION;
@@ -73,12 +76,14 @@ HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES*
     if (gate.faulted())
         return gate.fault<HANDLE>();
     const std::string name = toUtf8(path);
-    if (name.ends_with(':')) // a device that this panel lacks
-        return gate.fails(INVALID_HANDLE_VALUE, ERROR_FILE_NOT_FOUND);
     Image& image = gate.image();
-    const Lock lock(image);
+    Lock lock(image);
+    if (name.ends_with(':')) {
+        const DeviceFacts* driver = Devices::driverAt(name);
+        return driver ? openDriver(gate, lock, *driver) : gate.fails(INVALID_HANDLE_VALUE, ERROR_FILE_NOT_FOUND);
+    }
     const Place place = locate(gate.runtime.directory(), name);
-    if (const DWORD error = refusal(image, place, access, share, disposition))
+    if (const DWORD error = refusal(image, place, isProtected(image, name), access, share, disposition))
         return gate.fails(INVALID_HANDLE_VALUE, error);
     const Slot object = objects::make(image, ObjectType::file);
     const std::uint32_t handle = object ? objects::openHandle(image, gate.process(), object) : 0;
@@ -94,6 +99,7 @@ HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES*
     ObjectRecord& record = objects::at(image, object);
     record.access = access;
     record.share = share;
+    record.subject = isOnFlash(name);
     record.device = status.st_dev;
     record.inode = status.st_ino;
     gate.runtime.local(handle).file = file;
@@ -125,6 +131,9 @@ BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD bytes, DWORD* written, void*) 
     const int host = descriptor(gate, file, GENERIC_WRITE);
     if (host < 0)
         return gate.fails(FALSE, ERROR_INVALID_HANDLE);
+    const Slot object = objects::resolve(gate.image(), gate.process(), numberOf(file));
+    if (objects::at(gate.image(), object).subject && !gate.image().flashWritable) // protected since it was opened
+        return gate.fails(FALSE, ERROR_WRITE_PROTECT);
     const ssize_t length = write(host, buffer, bytes);
     *written = length < 0 ? 0 : static_cast<DWORD>(length);
     setWriteTime(gate.image(), host);

@@ -61,7 +61,8 @@ DWORD copyOnHost(const Place& source, const Place& destination) {
     return error;
 }
 
-DWORD copyFile(const Image& image, const Place& source, const Place& destination, bool failIfExists) {
+DWORD copyFile(const Image& image, const Place& source, const Place& destination, bool isProtectedThere,
+               bool failIfExists) {
     if (!source.exists)
         return source.error;
     if (!source.isFile())
@@ -75,11 +76,15 @@ DWORD copyFile(const Image& image, const Place& source, const Place& destination
             return ERROR_FILE_EXISTS;
         if (destination.status.st_ino == source.status.st_ino && destination.status.st_dev == source.status.st_dev)
             return ERROR_SHARING_VIOLATION;
+        if (isProtectedThere)
+            return ERROR_WRITE_PROTECT;
         if (const DWORD error = protection(image, destination))
             return error;
     } else if (!destination.canBeMade()) {
         return destination.error;
     }
+    if (isProtectedThere)
+        return ERROR_WRITE_PROTECT;
     return copyOnHost(source, destination);
 }
 
@@ -98,6 +103,8 @@ DWORD moveFile(const Image& image, const std::string& root, const std::string& f
         return ERROR_ALREADY_EXISTS;
     if (!destination.exists && !destination.canBeMade())
         return destination.error;
+    if (isProtected(image, from) || isProtected(image, to))
+        return ERROR_WRITE_PROTECT;
     const std::string volume = volumeOf(image, from);
     if (!volume.empty() && isTop(root, source))
         return ERROR_ACCESS_DENIED;
@@ -106,7 +113,7 @@ DWORD moveFile(const Image& image, const std::string& root, const std::string& f
             return ERROR_NOT_SAME_DEVICE;
         if (const DWORD error = protection(image, source))
             return error;
-        if (const DWORD error = copyFile(image, source, destination, true))
+        if (const DWORD error = copyFile(image, source, destination, false, true))
             return error;
         return unlink(source.host.c_str()) == 0 ? 0 : ERROR_ACCESS_DENIED;
     }
@@ -181,8 +188,9 @@ BOOL CopyFileW(LPCWSTR source, LPCWSTR destination, BOOL failIfExists) noexcept 
         return gate.fault<BOOL>();
     const std::string& root = gate.runtime.directory();
     const Lock lock(gate.image());
-    return answer(gate, copyFile(gate.image(), locate(root, toUtf8(source)), locate(root, toUtf8(destination)),
-                                 failIfExists != FALSE));
+    const std::string to = toUtf8(destination);
+    return answer(gate, copyFile(gate.image(), locate(root, toUtf8(source)), locate(root, to),
+                                 isProtected(gate.image(), to), failIfExists != FALSE));
 }
 
 BOOL MoveFileW(LPCWSTR source, LPCWSTR destination) noexcept {
@@ -198,9 +206,12 @@ BOOL DeleteFileW(LPCWSTR path) noexcept {
     if (gate.faulted())
         return gate.fault<BOOL>();
     const Lock lock(gate.image());
-    const Place place = locate(gate.runtime.directory(), toUtf8(path));
+    const std::string name = toUtf8(path);
+    const Place place = locate(gate.runtime.directory(), name);
     if (!place.exists)
         return gate.fails(FALSE, place.error);
+    if (isProtected(gate.image(), name))
+        return gate.fails(FALSE, ERROR_WRITE_PROTECT);
     if (const DWORD error = protection(gate.image(), place))
         return gate.fails(FALSE, error);
     return answer(gate, unlink(place.host.c_str()) == 0 ? 0 : ERROR_ACCESS_DENIED);
@@ -211,9 +222,12 @@ BOOL CreateDirectoryW(LPCWSTR path, SECURITY_ATTRIBUTES*) noexcept {
     if (gate.faulted())
         return gate.fault<BOOL>();
     const Lock lock(gate.image());
-    const Place place = locate(gate.runtime.directory(), toUtf8(path));
+    const std::string name = toUtf8(path);
+    const Place place = locate(gate.runtime.directory(), name);
     if (place.exists || !place.canBeMade())
         return gate.fails(FALSE, place.exists ? ERROR_ALREADY_EXISTS : place.error);
+    if (isProtected(gate.image(), name))
+        return gate.fails(FALSE, ERROR_WRITE_PROTECT);
     if (mkdir(place.host.c_str(), 0755) != 0)
         return gate.fails(FALSE, ERROR_ACCESS_DENIED);
     setWriteTime(place.host, clock::date(gate.image()));
@@ -231,6 +245,8 @@ BOOL RemoveDirectoryW(LPCWSTR path) noexcept {
         return gate.fails(FALSE, place.exists ? ERROR_PATH_NOT_FOUND : place.error);
     if (isTop(gate.runtime.directory(), place) && !volumeOf(gate.image(), name).empty())
         return gate.fails(FALSE, ERROR_ACCESS_DENIED);
+    if (isProtected(gate.image(), name))
+        return gate.fails(FALSE, ERROR_WRITE_PROTECT);
     return answer(gate, rmdir(place.host.c_str()) == 0 ? 0 : ERROR_DIR_NOT_EMPTY);
 }
 
@@ -249,9 +265,12 @@ BOOL SetFileAttributesW(LPCWSTR path, DWORD attributes) noexcept {
     if (gate.faulted())
         return gate.fault<BOOL>();
     const Lock lock(gate.image());
-    const Place place = locate(gate.runtime.directory(), toUtf8(path));
+    const std::string name = toUtf8(path);
+    const Place place = locate(gate.runtime.directory(), name);
     if (!place.exists)
         return gate.fails(FALSE, place.error);
+    if (isProtected(gate.image(), name))
+        return gate.fails(FALSE, ERROR_WRITE_PROTECT);
     if (place.isDirectory())
         return gate.done(TRUE);
     const mode_t writable = S_IWUSR | S_IWGRP | S_IWOTH;
@@ -312,9 +331,12 @@ BOOL SHCreateShortcut(LPWSTR shortcut, LPWSTR target) noexcept {
     if (gate.faulted())
         return gate.fault<BOOL>();
     const Lock lock(gate.image());
-    const Place place = locate(gate.runtime.directory(), toUtf8(shortcut));
+    const std::string name = toUtf8(shortcut);
+    const Place place = locate(gate.runtime.directory(), name);
     if (!place.canBeMade())
         return gate.fails(FALSE, place.exists ? ERROR_FILE_EXISTS : place.error);
+    if (isProtected(gate.image(), name))
+        return gate.fails(FALSE, ERROR_WRITE_PROTECT);
     const std::string text = std::to_string(wideLength(target)) + '#' + toUtf8(target);
     const int file = open(place.host.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
     const bool written = file >= 0 && write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size());

@@ -12,7 +12,7 @@
 
 namespace panel {
 
-inline constexpr std::uint32_t imageVersion = 1;
+inline constexpr std::uint32_t imageVersion = 2;
 inline constexpr std::uint32_t maxProcesses = 32; // as on the platform
 inline constexpr std::uint32_t maxThreads = 512;
 inline constexpr std::uint32_t maxObjects = 1024;
@@ -30,7 +30,7 @@ inline constexpr std::uint64_t never = ~std::uint64_t{0}; // a deadline that doe
 
 using Slot = std::uint32_t; // index + 1; 0: none
 
-enum class ObjectType : std::uint32_t { free, event, mutex, process, thread, file, search, key };
+enum class ObjectType : std::uint32_t { free, event, mutex, process, thread, file, search, device, key };
 
 struct ObjectRecord {
     ObjectType type;
@@ -40,7 +40,7 @@ struct ObjectRecord {
     std::uint32_t exitCode; // processes that have ended
     Slot owner; // mutexes: the owning thread
     std::uint32_t recursion; // mutexes: how often the owner must release
-    Slot subject; // processes: its slot while it runs
+    Slot subject; // processes: its slot while it runs; files: 1 on the flash; devices: which, from 1
     std::uint32_t access; // files: GENERIC_* bits
     std::uint32_t share; // files: FILE_SHARE_* bits
     std::uint64_t device; // files: identity on the host, which a rename does not change
@@ -80,7 +80,7 @@ struct ProcessRecord {
 };
 
 enum class ThreadState : std::uint32_t { free, running, waiting };
-enum class WaitKind : std::uint32_t { none, time, objects, section, message, reply };
+enum class WaitKind : std::uint32_t { none, time, objects, section, message, reply, device };
 
 struct ThreadRecord {
     ThreadState state;
@@ -190,6 +190,8 @@ struct Image {
     std::atomic<std::uint32_t> faultCount;
     std::uint32_t screenWidth;
     std::uint32_t screenHeight;
+    std::uint32_t flashWritable; // its volume driver was told so
+    std::uint32_t backLight[4]; // what the driver holds now
     std::uint32_t messagesUsed; // records of `messages` that were ever used
     Slot freeMessage;
     std::uint32_t nextLingering;

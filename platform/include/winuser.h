@@ -1,0 +1,90 @@
+// The part of <windows.h> about windows: classes, messages, the screen, input. Include <windows.h>, which includes it.
+#pragma once
+
+struct HWND__;
+struct HMENU__;
+struct HICON__;
+struct HBRUSH__;
+using HWND = HWND__*;
+using HMENU = HMENU__*;
+using HICON = HICON__*;
+using HCURSOR = HICON;
+using HBRUSH = HBRUSH__*;
+
+extern "C" {
+
+// ---- Windows and messages -------------------------------------------------------------------------------------------
+
+using WNDPROC = LRESULT(CALLBACK*)(HWND, UINT, WPARAM, LPARAM);
+
+struct WNDCLASSW {
+    UINT style;
+    WNDPROC lpfnWndProc;
+    int cbClsExtra;
+    int cbWndExtra;
+    HINSTANCE hInstance;
+    HICON hIcon;
+    HCURSOR hCursor;
+    HBRUSH hbrBackground;
+    LPCWSTR lpszMenuName;
+    LPCWSTR lpszClassName;
+};
+
+struct CREATESTRUCTW {
+    LPVOID lpCreateParams; // CreateWindowExW's last argument
+    HINSTANCE hInstance;
+    HMENU hMenu;
+    HWND hwndParent;
+    int cy;
+    int cx;
+    int y;
+    int x;
+    LONG style;
+    LPCWSTR lpszName;
+    LPCWSTR lpszClass;
+    DWORD dwExStyle;
+};
+
+struct POINT {
+    LONG x;
+    LONG y;
+};
+
+struct MSG {
+    HWND hwnd;
+    UINT message;
+    WPARAM wParam;
+    LPARAM lParam;
+    DWORD time; // ticks
+    POINT pt;
+};
+
+inline constexpr UINT WM_NULL = 0x0000;
+inline constexpr UINT WM_CREATE = 0x0001;
+inline constexpr UINT WM_DESTROY = 0x0002;
+inline constexpr UINT WM_CLOSE = 0x0010;
+inline constexpr UINT WM_QUIT = 0x0012;
+inline constexpr UINT WM_GETMINMAXINFO = 0x0024;
+inline constexpr UINT WM_NCCREATE = 0x0081;
+inline constexpr UINT WM_NCDESTROY = 0x0082;
+inline constexpr UINT WM_NCCALCSIZE = 0x0083;
+inline constexpr int CW_USEDEFAULT = static_cast<int>(0x80000000U);
+inline constexpr int SM_CXSCREEN = 0; // pixels
+inline constexpr int SM_CYSCREEN = 1;
+
+// 0xC000 to 0xFFFF, the same for the same name in every process; 0 on failure [ms911004].
+UINT WINAPI RegisterWindowMessageW(LPCWSTR name) noexcept;
+ATOM WINAPI RegisterClassW(const WNDCLASSW* windowClass) noexcept;
+BOOL WINAPI UnregisterClassW(LPCWSTR className, HINSTANCE instance) noexcept;
+HWND WINAPI CreateWindowExW(DWORD extendedStyle, LPCWSTR className, LPCWSTR title, DWORD style, int x, int y, int width,
+                            int height, HWND parent, HMENU menu, HINSTANCE instance, LPVOID parameter) noexcept;
+BOOL WINAPI DestroyWindow(HWND window) noexcept; // only by the thread that made it
+LRESULT WINAPI DefWindowProcW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
+// TRUE: a posted message; FALSE: WM_QUIT; -1: failure. Runs the procedures of sent messages inside.
+BOOL WINAPI GetMessageW(MSG* message, HWND window, UINT first, UINT last) noexcept;
+BOOL WINAPI TranslateMessage(const MSG* message) noexcept;
+LRESULT WINAPI DispatchMessageW(const MSG* message) noexcept;
+BOOL WINAPI PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
+int WINAPI GetSystemMetrics(int index) noexcept;
+
+} // extern "C"

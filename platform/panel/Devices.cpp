@@ -1,0 +1,294 @@
+#include "platform/panel/Devices.h"
+
+#include "platform/panel/Mapping.h"
+#include "platform/panel/Text.h"
+#include "platform/panel/kernel/Host.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+namespace panel {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::ordered_json;
+
+namespace {
+
+constexpr std::string_view kinds[] = {"answer", "refuse", "block", "delay", "code"}; // by Behaviour::Kind
+
+std::string textOf(const Behaviour& behaviour) {
+    const std::string kind(kinds[static_cast<std::size_t>(behaviour.kind)]);
+    const bool numbered = behaviour.kind != Behaviour::Kind::answer && behaviour.kind != Behaviour::Kind::block;
+    return numbered ? kind + ' ' + std::to_string(behaviour.number) : kind;
+}
+
+Behaviour behaviourFrom(const std::string& text) {
+    std::istringstream words(text);
+    std::string kind;
+    Behaviour behaviour;
+    words >> kind >> behaviour.number;
+    const auto* known = std::find(std::begin(kinds), std::end(kinds), kind);
+    if (known == std::end(kinds))
+        throw std::runtime_error("a device cannot \"" + text + '"');
+    behaviour.kind = static_cast<Behaviour::Kind>(known - std::begin(kinds));
+    return behaviour;
+}
+
+std::string_view withoutSeparator(std::string_view path) {
+    return path.starts_with('\\') ? path.substr(1) : path;
+}
+
+// Threads that wait in a driver look again what it does.
+void wakeWaiting(Image& image) {
+    for (Slot thread = 1; thread <= maxThreads; ++thread) {
+        const ThreadRecord& record = scheduler::at(image, thread);
+        if (record.state == ThreadState::waiting && record.waitKind == WaitKind::device)
+            scheduler::release(image, thread, 0);
+    }
+}
+
+void checkOperation(const DeviceFacts& device, std::string_view operation) {
+    const auto named = [&](const OperationFacts& known) { return known.name == operation; };
+    if (operation == "open" && !device.path.empty())
+        return;
+    if (std::none_of(device.operations.begin(), device.operations.end(), named))
+        throw std::runtime_error("the device " + std::string(device.name) + " has no \"" + std::string(operation) +
+                                 "\" (panel device " + std::string(device.name) + " shows what it has)");
+}
+
+std::string hexLines(std::string_view bytes) {
+    constexpr std::size_t inLine = 16;
+    std::string text;
+    char number[4];
+    for (std::size_t index = 0; index < bytes.size(); ++index) {
+        const bool last = index + 1 == bytes.size() || (index + 1) % inLine == 0;
+        std::snprintf(number, sizeof number, last ? "%02x\n" : "%02x ", static_cast<unsigned char>(bytes[index]));
+        text += number;
+    }
+    return text;
+}
+
+std::string bytesFrom(const std::string& hex) {
+    std::string bytes;
+    std::istringstream words(hex);
+    for (std::string word; words >> word;) {
+        std::size_t used = 0;
+        const auto value = word.size() == 2 ? std::stoul(word, &used, 16) : 0;
+        if (used != 2)
+            throw std::runtime_error("not bytes in hexadecimal: \"" + word + '"');
+        bytes += static_cast<char>(value);
+    }
+    return bytes;
+}
+
+std::string lineOf(const Request& request) {
+    char time[24];
+    std::snprintf(time, sizeof time, "%10llu ", static_cast<unsigned long long>(request.time));
+    std::string line =
+        time + request.process + " t" + std::to_string(request.thread) + ' ' + request.device + ' ' + request.operation;
+    for (const std::uint32_t word : request.words)
+        line += ' ' + std::to_string(word);
+    return line + (request.error ? " = error " + std::to_string(request.error) : " = done") + '\n';
+}
+
+Request requestFrom(const std::string& line) {
+    Request request;
+    const std::size_t thread = line.find(" t", line.find('#')); // a program's name may have blanks
+    std::istringstream head(line.substr(0, thread));
+    head >> request.time >> std::ws;
+    std::getline(head, request.process);
+    std::istringstream rest(line.substr(std::min(thread, line.size() - 2) + 2));
+    rest >> request.thread >> request.device >> request.operation;
+    for (std::string word; rest >> word && word != "=";)
+        request.words.push_back(static_cast<std::uint32_t>(std::stoul(word)));
+    std::string result;
+    rest >> result >> request.error;
+    return request;
+}
+
+} // namespace
+
+const std::vector<DeviceFacts>& knownDevices() {
+    static const std::vector<DeviceFacts> devices = {
+        {"BKL1", "BKL1:", "backlight", {{"read", 0x01130408, 0, 16}, {"write", 0x0113040C, 16, 0}}, {200, 1, 200, 1}},
+        {"BZR1", "BZR1:", "buzzer", {{"beep", 0x01012EF4, 8, 0}}, {}},
+        {"SHC1", "SHC1:", "eMMC counter", {{"count", 0x72EE8, 0, 4}}, {0}},
+        {"NANDFlash",
+         "\\NANDFlash\\Vol:",
+         "flash protection",
+         {{"writable", 0x70230, 0, 0}, {"read-only", 0x7022C, 0, 0}},
+         {}},
+    };
+    return devices;
+}
+
+Behaviour DeviceState::behaviour(std::string_view operation) const {
+    const auto found = behaviours.find(operation);
+    return found == behaviours.end() ? Behaviour{} : found->second;
+}
+
+Devices::Devices(const fs::path& panelDirectory) : root(panelDirectory), folder(root / "devices") {}
+
+const DeviceFacts& Devices::facts(std::string_view name) {
+    for (const DeviceFacts& device : knownDevices())
+        if (equalCaseBlind(device.name, name))
+            return device;
+    throw std::runtime_error("a panel has no device \"" + std::string(name) + "\" (panel device lists them)");
+}
+
+const DeviceFacts* Devices::driverAt(std::string_view panelPath) {
+    for (const DeviceFacts& device : knownDevices())
+        if (!device.path.empty() && equalCaseBlind(withoutSeparator(device.path), withoutSeparator(panelPath)))
+            return &device;
+    return nullptr;
+}
+
+fs::path Devices::fileOf(std::string_view name) const {
+    return folder / (std::string(name) + ".json");
+}
+
+fs::path Devices::fileOf(std::uint32_t tag) const {
+    return folder / "tags" / std::to_string(tag);
+}
+
+DeviceState Devices::state(std::string_view name) const {
+    const DeviceFacts& device = facts(name);
+    DeviceState state{std::string(device.name), false, device.values, {}};
+    std::ifstream file(fileOf(device.name));
+    if (!file) // one that the panel was not made with
+        return state;
+    try {
+        const Json json = Json::parse(file);
+        state.present = json.at("present");
+        if (json.contains("values"))
+            state.values = json.at("values").get<std::vector<std::uint32_t>>();
+        for (const auto& [operation, does] : json.at("does").items())
+            state.behaviours[operation] = behaviourFrom(does);
+    } catch (const std::exception& error) {
+        throw std::runtime_error("not readable: " + fileOf(device.name).string() + ": " + error.what());
+    }
+    if (state.values.size() != device.values.size())
+        throw std::runtime_error("not as many values as the device has: " + fileOf(device.name).string());
+    return state;
+}
+
+bool Devices::has(std::string_view name) const {
+    return state(name).present;
+}
+
+void Devices::save(const DeviceState& state) const {
+    Json json{{"present", state.present}};
+    if (!state.values.empty())
+        json["values"] = state.values;
+    json["does"] = Json::object();
+    for (const auto& [operation, behaviour] : state.behaviours)
+        json["does"][operation] = textOf(behaviour);
+    host::writeFile(fileOf(state.name).string(), json.dump(2) + '\n');
+}
+
+void Devices::setBehaviour(std::string_view name, Behaviour behaviour, std::string_view operation) const {
+    const DeviceFacts& device = facts(name);
+    if (device.operations.empty())
+        throw std::runtime_error(std::string(device.name) + " is asked nothing; it is there or not (add, remove)");
+    if (behaviour.kind == Behaviour::Kind::code && device.name != "tags")
+        throw std::runtime_error("only functions of the tag library give a code");
+    std::vector<std::string> operations;
+    if (!operation.empty()) {
+        checkOperation(device, operation);
+        operations.emplace_back(operation);
+    } else {
+        for (const OperationFacts& known : device.operations)
+            operations.emplace_back(known.name);
+        if (behaviour.kind == Behaviour::Kind::answer)
+            operations.emplace_back("open");
+    }
+    LockedChange change(root);
+    DeviceState changed = state(name);
+    for (const std::string& each : operations) {
+        changed.behaviours.erase(each);
+        if (behaviour.kind != Behaviour::Kind::answer)
+            changed.behaviours[each] = behaviour;
+    }
+    save(changed);
+    if (change.image())
+        wakeWaiting(*change.image());
+}
+
+void Devices::setPresent(std::string_view name, bool present) const {
+    const LockedChange change(root);
+    DeviceState changed = state(name);
+    changed.present = present;
+    save(changed);
+}
+
+void Devices::setValues(std::string_view name, const std::vector<std::uint32_t>& values) const {
+    LockedChange change(root);
+    DeviceState changed = state(name);
+    if (values.size() != changed.values.size())
+        throw std::runtime_error(changed.name + " has " + std::to_string(changed.values.size()) + " values, not " +
+                                 std::to_string(values.size()));
+    changed.values = values;
+    save(changed);
+    if (change.image() && changed.name == "BKL1")
+        std::copy(values.begin(), values.end(), change.image()->backLight);
+}
+
+std::vector<Request> Devices::requests(std::string_view device) const {
+    std::vector<Request> result;
+    std::ifstream file(folder / "requests");
+    for (std::string line; std::getline(file, line);)
+        if (Request request = requestFrom(line); device.empty() || equalCaseBlind(device, request.device))
+            result.push_back(std::move(request));
+    return result;
+}
+
+void Devices::note(const Request& request) const {
+    std::ofstream(folder / "requests", std::ios::app) << lineOf(request);
+}
+
+void Devices::forgetRequests() const {
+    fs::remove(folder / "requests");
+}
+
+std::map<std::uint32_t, std::string> Devices::tags() const {
+    std::map<std::uint32_t, std::string> result;
+    if (!fs::is_directory(folder / "tags"))
+        return result;
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder / "tags")) {
+        const std::string name = entry.path().filename().string();
+        if (name.size() < 10 && name.find_first_not_of("0123456789") == std::string::npos)
+            result[static_cast<std::uint32_t>(std::stoul(name))] = bytesFrom(host::readFile(entry.path().string()));
+    }
+    return result;
+}
+
+std::optional<std::string> Devices::tag(std::uint32_t id) const {
+    if (!fs::exists(fileOf(id)))
+        return std::nullopt;
+    return bytesFrom(host::readFile(fileOf(id).string()));
+}
+
+void Devices::setTag(std::uint32_t id, std::string_view bytes) const {
+    fs::create_directories(folder / "tags");
+    host::writeFile(fileOf(id).string(), hexLines(bytes));
+}
+
+bool Devices::removeTag(std::uint32_t id) const {
+    return fs::remove(fileOf(id));
+}
+
+void Devices::create(const std::vector<std::string>& without) const {
+    for (const std::string& name : without)
+        facts(name);
+    for (const DeviceFacts& device : knownDevices()) {
+        const bool missing = std::any_of(without.begin(), without.end(),
+                                         [&](const std::string& name) { return equalCaseBlind(name, device.name); });
+        save({std::string(device.name), !missing, device.values, {}});
+    }
+}
+
+} // namespace panel

@@ -1,0 +1,72 @@
+// Changing a panel from outside of it, whether it is on or off.
+#pragma once
+
+#include "platform/panel/Runtime.h"
+#include "platform/panel/kernel/Lock.h"
+#include "platform/panel/kernel/Scheduler.h"
+
+#include <fcntl.h>
+#include <filesystem>
+#include <optional>
+#include <sys/file.h>
+#include <unistd.h>
+
+namespace panel {
+
+// The mapped kernel file of a panel; no image if it is off.
+class Mapping {
+public:
+    explicit Mapping(const std::filesystem::path& root) : image(mapImage((root / "run/kernel").string())) {}
+    ~Mapping() {
+        if (image)
+            unmapImage(image);
+    }
+    Mapping(const Mapping&) = delete;
+    Mapping& operator=(const Mapping&) = delete;
+
+    Image* const image;
+};
+
+// While it lives, other commands that change the panel as a whole wait.
+class Change {
+public:
+    explicit Change(const std::filesystem::path& root)
+        : directory(open(root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+        flock(directory, LOCK_EX);
+    }
+    ~Change() {
+        close(directory);
+    }
+    Change(const Change&) = delete;
+    Change& operator=(const Change&) = delete;
+
+private:
+    int directory;
+};
+
+// A change of what programs of the panel may be using: with the kernel file's lock, if the panel is on.
+class LockedChange {
+public:
+    explicit LockedChange(const std::filesystem::path& root) : change(root), mapping(root) {
+        if (mapping.image)
+            lock.emplace(*mapping.image);
+    }
+    ~LockedChange() {
+        lock.reset();
+        if (mapping.image)
+            scheduler::deliverWakes(*mapping.image);
+    }
+    LockedChange(const LockedChange&) = delete;
+    LockedChange& operator=(const LockedChange&) = delete;
+
+    Image* image() { // null: it is off
+        return mapping.image;
+    }
+
+private:
+    Change change;
+    Mapping mapping;
+    std::optional<Lock> lock;
+};
+
+} // namespace panel

@@ -1,0 +1,191 @@
+#include "platform/tool/Commands.h"
+#include "platform/tool/Table.h"
+#include "platform/tool/Units.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstdio>
+#include <memory>
+#include <stdexcept>
+
+namespace tool {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+using panel::Behaviour;
+
+struct DeviceOptions {
+    std::string device;
+    std::string action = "show";
+    std::vector<std::string> words;
+    std::uint32_t error = 31;
+    std::string time = "1s";
+    bool json = false;
+};
+
+std::string describe(const Behaviour& behaviour) {
+    switch (behaviour.kind) {
+    case Behaviour::Kind::answer:
+        return "answers";
+    case Behaviour::Kind::refuse:
+        return "refuses with error " + std::to_string(behaviour.number);
+    case Behaviour::Kind::block:
+        return "blocks";
+    case Behaviour::Kind::delay:
+        return "answers after " + formatDuration(behaviour.number);
+    case Behaviour::Kind::code:
+        return "succeeds with the error code " + std::to_string(behaviour.number);
+    }
+    return {};
+}
+
+std::string joined(const std::vector<std::uint32_t>& numbers) {
+    std::string text;
+    for (const std::uint32_t number : numbers)
+        text += (text.empty() ? "" : " ") + std::to_string(number);
+    return text;
+}
+
+// What it does otherwise than to answer: "write refuses with error 31".
+std::string peculiarities(const panel::DeviceState& state) {
+    std::string text;
+    for (const auto& [operation, behaviour] : state.behaviours)
+        text += (text.empty() ? "" : ", ") + operation + ' ' + describe(behaviour);
+    return text;
+}
+
+std::string resultOf(const panel::Request& request) {
+    return request.error ? "error " + std::to_string(request.error) : "done";
+}
+
+Json asJson(const panel::Devices& devices, const panel::DeviceFacts& facts, bool withRequests) {
+    const panel::DeviceState state = devices.state(facts.name);
+    Json answer{{"name", state.name}, {"what", facts.what}, {"present", state.present}, {"values", state.values}};
+    answer["does"] = Json::object();
+    for (const panel::OperationFacts& operation : facts.operations)
+        answer["does"][std::string(operation.name)] = describe(state.behaviour(operation.name));
+    if (!withRequests)
+        return answer;
+    answer["requests"] = Json::array();
+    for (const panel::Request& request : devices.requests(state.name))
+        answer["requests"].push_back({{"time", request.time},
+                                      {"process", request.process},
+                                      {"thread", request.thread},
+                                      {"operation", request.operation},
+                                      {"words", request.words},
+                                      {"error", request.error}});
+    return answer;
+}
+
+void list(const panel::Devices& devices, bool json) {
+    Table table({"DEVICE", "WHAT", "THERE", "VALUES", "DOES"});
+    Json answer = Json::array();
+    for (const panel::DeviceFacts& facts : panel::knownDevices()) {
+        const panel::DeviceState state = devices.state(facts.name);
+        answer.push_back(asJson(devices, facts, false));
+        table.add({state.name, std::string(facts.what), state.present ? "yes" : "no", joined(state.values),
+                   peculiarities(state)});
+    }
+    if (json)
+        std::puts(answer.dump(2).c_str());
+    else
+        table.print();
+}
+
+void show(const panel::Devices& devices, const panel::DeviceFacts& facts, bool json) {
+    if (json)
+        return void(std::puts(asJson(devices, facts, true).dump(2).c_str()));
+    const panel::DeviceState state = devices.state(facts.name);
+    Table table;
+    table.add({"device", state.name + ", " + std::string(facts.what) + (state.present ? "" : ", not there")});
+    if (!state.values.empty())
+        table.add({"values", joined(state.values)});
+    for (const panel::OperationFacts& operation : facts.operations)
+        table.add({std::string(operation.name), describe(state.behaviour(operation.name))});
+    for (const panel::Request& request : devices.requests(state.name))
+        table.add({"request", "at " + std::to_string(request.time) + " ms, " + request.process + " thread " +
+                                  std::to_string(request.thread) + ": " + request.operation + ' ' +
+                                  joined(request.words) + " = " + resultOf(request)});
+    table.print();
+}
+
+Behaviour behaviourOf(const DeviceOptions& options) {
+    if (options.action == "refuse")
+        return {Behaviour::Kind::refuse, options.error};
+    if (options.action == "code")
+        return {Behaviour::Kind::code, options.error};
+    if (options.action == "delay")
+        return {Behaviour::Kind::delay, parseLimit(options.time)};
+    return {options.action == "block" ? Behaviour::Kind::block : Behaviour::Kind::answer, 0};
+}
+
+std::vector<std::uint32_t> valuesOf(const std::vector<std::string>& words) {
+    std::vector<std::uint32_t> values;
+    for (const std::string& word : words) {
+        const std::int64_t value = parseNumber(word);
+        if (value < 0 || value > UINT32_MAX)
+            throw std::runtime_error("not a value of 32 bits: " + word);
+        values.push_back(static_cast<std::uint32_t>(value));
+    }
+    return values;
+}
+
+void change(const panel::Devices& devices, const DeviceOptions& options) {
+    if (options.action == "add" || options.action == "remove")
+        return devices.setPresent(options.device, options.action == "add");
+    if (options.action == "set")
+        return devices.setValues(options.device, valuesOf(options.words));
+    if (options.words.empty())
+        return devices.setBehaviour(options.device, behaviourOf(options));
+    for (const std::string& operation : options.words)
+        devices.setBehaviour(options.device, behaviourOf(options), operation);
+}
+
+constexpr const char* examples = R"(
+Actions:
+  show       its state, and what programs have asked of it since boot (without an action)
+  refuse     fail, with --error; which of its operations: the WORDS, default: all ("open": it cannot be opened)
+  block      let who asks wait, until it is told otherwise
+  delay      answer after --time of the panel's time
+  code       of the tag library's functions: succeed, and give --error as the error code nevertheless
+  answer     do its work again
+  set        its values: the WORDS. BKL1: the four words of its record; SHC1: the count
+  add        from now on it is there
+  remove     from now on it is not
+
+Examples:
+  panel device BKL1 refuse write
+  panel device BKL1 set 128 1 128 1
+  panel device NANDFlash refuse read-only --error 5
+)";
+
+} // namespace
+
+void addDeviceCommand(CLI::App& app, Tool& tool) {
+    auto* command = app.add_subcommand("device", "Look at the panel's devices, and tell them what to do");
+    auto options = std::make_shared<DeviceOptions>();
+    command->add_option("DEVICE", options->device, "Its name; without one all are listed");
+    command->add_option("ACTION", options->action, "What it is to do")
+        ->check(CLI::IsMember({"show", "refuse", "block", "delay", "code", "answer", "set", "add", "remove"}));
+    command->add_option("WORDS", options->words, "Operations, or values");
+    command->add_option("--error", options->error, "The error of a refusal, or the error code")
+        ->type_name("N")
+        ->capture_default_str();
+    command->add_option("--time", options->time, "How long a delayed answer takes")
+        ->type_name("DURATION")
+        ->capture_default_str();
+    command->add_flag("--json", options->json, "Answer in JSON");
+    command->footer(examples);
+    command->callback([options, &tool] {
+        const panel::Devices devices = tool.panel().devices();
+        if (options->device.empty())
+            list(devices, options->json);
+        else if (options->action == "show")
+            show(devices, panel::Devices::facts(options->device), options->json);
+        else
+            change(devices, *options);
+    });
+}
+
+} // namespace tool

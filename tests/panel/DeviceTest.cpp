@@ -1,0 +1,249 @@
+// Drivers, and the flash volume's write protection.
+#include "tests/support/TestPanel.h"
+
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <atomic>
+#include <cstring>
+#include <filesystem>
+
+using namespace testing_panel;
+using panel::Behaviour;
+
+namespace {
+
+constexpr DWORD readLevels = 0x01130408;
+constexpr DWORD writeLevels = 0x0113040C;
+constexpr DWORD beep = 0x01012EF4;
+constexpr DWORD writable = 0x70230;
+constexpr DWORD readOnly = 0x7022C;
+
+using Words = std::vector<std::uint32_t>;
+
+HANDLE openDevice(const wchar_t* name) {
+    return CreateFileW(name, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
+                       FILE_FLAG_RANDOM_ACCESS, nullptr);
+}
+
+DWORD control(HANDLE device, DWORD code, Words input, DWORD outputSize = 0, Words* output = nullptr) {
+    Words answer(4, 99);
+    DWORD returned = 99;
+    const BOOL granted =
+        DeviceIoControl(device, code, input.empty() ? nullptr : input.data(), static_cast<DWORD>(4 * input.size()),
+                        outputSize ? answer.data() : nullptr, outputSize, &returned, nullptr);
+    EXPECT_TRUE(!granted || returned <= outputSize);
+    answer.resize(granted ? returned / 4 : 0);
+    if (output)
+        *output = answer;
+    return granted ? 0 : GetLastError();
+}
+
+DWORD protect(DWORD code) {
+    const HANDLE volume = openDevice(L"\\NANDFlash\\Vol:");
+    EXPECT_NE(volume, INVALID_HANDLE_VALUE);
+    const DWORD error = DeviceIoControl(volume, code, nullptr, 0, nullptr, 0, nullptr, nullptr) ? 0 : GetLastError();
+    CloseHandle(volume);
+    return error;
+}
+
+DWORD errorOf(BOOL done) {
+    return done ? 0 : GetLastError();
+}
+
+} // namespace
+
+TEST(Devices, AreOpenedByTheirNamesIfThePanelHasThem) {
+    for (const wchar_t* name : {L"BKL1:", L"bzr1:", L"\\SHC1:", L"NANDFlash\\vol:"}) {
+        const HANDLE device = openDevice(name);
+        EXPECT_NE(device, INVALID_HANDLE_VALUE);
+        DWORD count = 0;
+        EXPECT_FALSE(WriteFile(device, "x", 1, &count, nullptr));
+        EXPECT_TRUE(CloseHandle(device));
+        EXPECT_FALSE(DeviceIoControl(device, readLevels, nullptr, 0, nullptr, 0, nullptr, nullptr));
+        EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+    }
+    EXPECT_EQ(openDevice(L"UIO1:"), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
+    devices().setPresent("SHC1", false);
+    EXPECT_EQ(openDevice(L"SHC1:"), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
+    devices().setPresent("SHC1", true);
+    devices().setBehaviour("SHC1", {Behaviour::Kind::refuse, 5}, "open");
+    EXPECT_EQ(openDevice(L"SHC1:"), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), 5U);
+}
+
+TEST(Devices, TakeRequestsOfTheirOwnShapeOnly) {
+    const HANDLE backlight = openDevice(L"BKL1:");
+    EXPECT_EQ(control(backlight, readLevels, {}, 12), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(control(backlight, writeLevels, {1, 2, 3}), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(control(backlight, beep, {1000, 50}), ERROR_NOT_SUPPORTED);
+    const HANDLE buzzer = openDevice(L"BZR1:");
+    EXPECT_EQ(control(buzzer, beep, {1000, 1001}), ERROR_INVALID_PARAMETER);
+    const HANDLE file = CreateFileW(L"\\f", GENERIC_READ, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+    EXPECT_EQ(control(file, beep, {1000, 50}), ERROR_INVALID_HANDLE);
+}
+
+TEST(Backlight, KeepsWhatIsWrittenUntilThePowerGoes) {
+    const HANDLE device = openDevice(L"BKL1:");
+    Words levels;
+    EXPECT_EQ(control(device, readLevels, {}, 16, &levels), 0U);
+    EXPECT_EQ(levels, (Words{200, 1, 200, 1}));
+    EXPECT_EQ(control(device, writeLevels, {7, 1, 8, 1}), 0U);
+    control(device, readLevels, {}, 16, &levels);
+    EXPECT_EQ(levels, (Words{7, 1, 8, 1}));
+    EXPECT_EQ(driver().status().backLight, levels);
+    EXPECT_EQ(devices().state("BKL1").values, (Words{200, 1, 200, 1})); // what it begins with
+    devices().setValues("BKL1", {100, 1, 100, 1}); // the user
+    control(device, readLevels, {}, 16, &levels);
+    EXPECT_EQ(levels, (Words{100, 1, 100, 1}));
+    EXPECT_THROW(devices().setValues("BKL1", {100}), std::runtime_error);
+}
+
+TEST(Devices, KeepARecordOfWhatIsAskedOfThem) {
+    Sleep(1500);
+    const HANDLE device = openDevice(L"BKL1:");
+    devices().setBehaviour("BKL1", {Behaviour::Kind::refuse, 21}, "write");
+    EXPECT_EQ(control(device, writeLevels, {7, 1, 8, 1}), 21U);
+    EXPECT_EQ(driver().status().backLight.front(), 200U);
+    EXPECT_EQ(control(device, readLevels, {}, 16), 0U);
+    devices().setBehaviour("BKL1", {});
+    EXPECT_EQ(control(device, writeLevels, {7, 1, 8, 1}), 0U);
+    control(openDevice(L"BZR1:"), beep, {2400, 50});
+    EXPECT_EQ(readText(panelDirectory() / "devices/requests"),
+              "      1500 TarvexHelper.exe#1 t1 BKL1 write 7 1 8 1 = error 21\n"
+              "      1500 TarvexHelper.exe#1 t1 BKL1 read 200 1 200 1 = done\n"
+              "      1500 TarvexHelper.exe#1 t1 BKL1 write 7 1 8 1 = done\n"
+              "      1500 TarvexHelper.exe#1 t1 BZR1 beep 2400 50 = done\n");
+    const std::vector<panel::Request> requests = devices().requests("bkl1");
+    ASSERT_EQ(requests.size(), 3U);
+    EXPECT_EQ(requests[0].time, 1500U);
+    EXPECT_EQ(requests[0].process, "TarvexHelper.exe#1");
+    EXPECT_EQ(requests[0].thread, 1U);
+    EXPECT_EQ(requests[0].operation, "write");
+    EXPECT_EQ(requests[0].words, (Words{7, 1, 8, 1}));
+    EXPECT_EQ(requests[0].error, 21U);
+    EXPECT_EQ(requests[2].error, 0U);
+}
+
+TEST(Devices, BlockOrTakeTheirTimeOnDemand) {
+    const HANDLE buzzer = openDevice(L"BZR1:");
+    devices().setBehaviour("BZR1", {Behaviour::Kind::delay, 300});
+    EXPECT_EQ(control(buzzer, beep, {2400, 50}), 0U);
+    EXPECT_EQ(GetTickCount(), 300U);
+    devices().setBehaviour("BZR1", {Behaviour::Kind::block, 0});
+    static std::atomic<DWORD> error{99};
+    const HANDLE thread = CreateThread(
+        nullptr, 0,
+        [](LPVOID device) -> DWORD {
+            error = control(device, beep, {3400, 50});
+            return 0;
+        },
+        buzzer, 0, nullptr);
+    EXPECT_EQ(WaitForSingleObject(thread, 5000), WAIT_TIMEOUT); // time goes on meanwhile
+    EXPECT_EQ(devices().requests("BZR1").size(), 1U);
+    devices().setBehaviour("BZR1", {Behaviour::Kind::refuse, 31});
+    EXPECT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
+    EXPECT_EQ(error, 31U);
+    EXPECT_EQ(devices().requests("BZR1").back().time, 5300U);
+}
+
+TEST(Devices, WhoseStateNobodyCanReadAreBroken) {
+    const HANDLE device = openDevice(L"BKL1:");
+    writeText(panelDirectory() / "devices/BKL1.json", "{");
+    EXPECT_EQ(control(device, readLevels, {}, 16), ERROR_GEN_FAILURE);
+    EXPECT_EQ(openDevice(L"BKL1:"), INVALID_HANDLE_VALUE);
+    EXPECT_THROW(static_cast<void>(devices().state("BKL1")), std::runtime_error);
+    EXPECT_THROW(static_cast<void>(devices().state("BKL2")), std::runtime_error);
+    EXPECT_THROW(devices().setBehaviour("SHC1", {}, "beep"), std::runtime_error);
+}
+
+TEST(Counter, AnswersTheCountThatItWasSetTo) {
+    const HANDLE device = openDevice(L"SHC1:");
+    for (const std::uint32_t count : {0U, 12345U, 0xFFFFFFFFU}) {
+        devices().setValues("SHC1", {count});
+        Words answer;
+        EXPECT_EQ(control(device, 0x72EE8, {}, 4, &answer), 0U);
+        EXPECT_EQ(answer, (Words{count}));
+    }
+}
+
+TEST(Flash, RefusesEveryChangeWhileItIsProtected) {
+    writeFile("\\NANDFlash\\there", "x");
+    writeFile("\\NANDFlash\\folder\\file", "y");
+    writeFile("\\MMCMemory\\source", "z");
+    const auto open = [](const wchar_t* path, DWORD access, DWORD disposition) {
+        const HANDLE file = CreateFileW(path, access, 0, nullptr, disposition, 0, nullptr);
+        return file == INVALID_HANDLE_VALUE ? GetLastError() : errorOf(CloseHandle(file));
+    };
+    wchar_t shortcut[] = L"\\NANDFlash\\link.lnk";
+    wchar_t target[] = L"\\x";
+    // Every change in an order in which, without protection, all of them succeed.
+    const auto attempt = [&] {
+        return std::vector<DWORD>{
+            open(L"\\NANDFlash\\new", GENERIC_WRITE, CREATE_NEW),
+            open(L"NANDFLASH\\there", GENERIC_WRITE, OPEN_EXISTING),
+            open(L"\\nandflash\\there", GENERIC_READ, TRUNCATE_EXISTING),
+            errorOf(CopyFileW(L"\\MMCMemory\\source", L"\\NANDFlash\\copy", FALSE)),
+            errorOf(CopyFileW(L"\\MMCMemory\\source", L"\\NANDFlash\\there", FALSE)),
+            errorOf(MoveFileW(L"\\NANDFlash\\there", L"\\NANDFlash\\here")),
+            errorOf(MoveFileW(L"\\NANDFlash\\here", L"\\MMCMemory\\moved")),
+            errorOf(MoveFileW(L"\\MMCMemory\\moved", L"\\NANDFlash\\there")),
+            errorOf(SetFileAttributesW(L"\\NANDFlash\\folder\\file", FILE_ATTRIBUTE_READONLY)),
+            errorOf(SetFileAttributesW(L"\\NANDFlash\\folder\\file", FILE_ATTRIBUTE_NORMAL)),
+            errorOf(CreateDirectoryW(L"\\NANDFlash\\sub", nullptr)),
+            errorOf(SHCreateShortcut(shortcut, target)),
+            errorOf(DeleteFileW(L"\\NANDFlash\\folder\\file")),
+            errorOf(RemoveDirectoryW(L"\\NANDFlash\\folder")),
+        };
+    };
+    const auto before = list("\\NANDFlash");
+    std::vector<DWORD> wanted(14, ERROR_WRITE_PROTECT);
+    wanted[6] = wanted[7] = ERROR_FILE_NOT_FOUND; // what is not there is not protected
+    EXPECT_EQ(attempt(), wanted);
+    EXPECT_EQ(list("\\NANDFlash"), before);
+    EXPECT_EQ(readFile("\\NANDFlash\\there"), "x");
+    EXPECT_EQ(open(L"\\NANDFlash\\there", GENERIC_READ, OPEN_EXISTING), 0U);
+    EXPECT_FALSE(driver().status().flashWritable);
+
+    EXPECT_EQ(protect(writable), 0U);
+    EXPECT_TRUE(driver().status().flashWritable);
+    EXPECT_EQ(attempt(), std::vector<DWORD>(14, 0));
+    EXPECT_EQ(protect(readOnly), 0U);
+    EXPECT_FALSE(DeleteFileW(L"\\NANDFlash\\there"));
+    EXPECT_EQ(GetLastError(), ERROR_WRITE_PROTECT);
+}
+
+TEST(Flash, RefusesToBeSwitchedWhenToldSo) {
+    devices().setBehaviour("NANDFlash", {Behaviour::Kind::refuse, 5}, "writable");
+    EXPECT_EQ(protect(writable), 5U);
+    EXPECT_FALSE(CreateDirectoryW(L"\\NANDFlash\\d", nullptr));
+    devices().setBehaviour("NANDFlash", {}, "writable");
+    devices().setBehaviour("NANDFlash", {Behaviour::Kind::refuse, 31}, "read-only");
+    EXPECT_EQ(protect(writable), 0U);
+    EXPECT_EQ(protect(readOnly), 31U);
+    EXPECT_TRUE(CreateDirectoryW(L"\\NANDFlash\\d", nullptr));
+    const HANDLE file = CreateFileW(L"\\NANDFlash\\f", GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+    devices().setBehaviour("NANDFlash", {});
+    EXPECT_EQ(protect(readOnly), 0U);
+    DWORD count = 0;
+    EXPECT_FALSE(WriteFile(file, "x", 1, &count, nullptr)); // also through what is open already
+    EXPECT_EQ(GetLastError(), ERROR_WRITE_PROTECT);
+}
+
+TEST(Devices, PassTheGateWithTheirBytes) {
+    const HANDLE device = openDevice(L"BKL1:");
+    failCall("DeviceIoControl", 2);
+    startTrace();
+    control(device, writeLevels, {1, 0, 255, 0});
+    control(device, readLevels, {}, 16);
+    control(device, readLevels, {}, 16);
+    const std::string handle = trace().at(0).substr(16, trace().at(0).find(',') - 16);
+    EXPECT_EQ(
+        trace(),
+        (std::vector<std::string>{
+            "DeviceIoControl(" + handle + ", 0x113040c, {01 00 00 00 00 00 00 00 ff 00 00 00 00 00 00 00}, {}) = 1",
+            "DeviceIoControl(" + handle + ", 0x1130408, {}) = 0 fault error 31", "GetLastError() = 31",
+            "DeviceIoControl(" + handle + ", 0x1130408, {}, {01 00 00 00 00 00 00 00 ff 00 00 00 00 00 00 00}) = 1"}));
+}
