@@ -11,7 +11,7 @@ struct PARTINFO {
     DWORD cbSize; // of this record, bytes; set by the caller
     std::uint16_t szPartitionName[32];
     std::uint16_t szFileSys[32];
-    std::uint16_t szVolumeName[64]; // the mount folder, such as "Hard Disk"
+    std::uint16_t szVolumeName[64]; // the mount folder, such as "\Hard Disk"
     std::uint64_t snNumSectors;
     FILETIME ftCreation;
     FILETIME ftLastModified;

@@ -1,5 +1,8 @@
 #include "platform/panel/Functions.h"
 
+#include <msgqueue.h>
+#include <pnp.h>
+#include <storemgr.h>
 #include <windows.h>
 
 namespace panel {

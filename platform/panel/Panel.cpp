@@ -2,7 +2,6 @@
 
 #include "platform/panel/Mapping.h"
 #include "platform/panel/Text.h"
-#include "platform/panel/api/FileTimes.h"
 #include "platform/panel/kernel/Clock.h"
 #include "platform/panel/kernel/Host.h"
 #include "platform/panel/kernel/Processes.h"
@@ -39,45 +38,6 @@ void writeJson(const fs::path& path, const Json& json) {
     host::writeFile(path.string(), json.dump(2) + '\n');
 }
 
-void setVolumes(Image& image, const std::vector<Volume>& volumes) {
-    for (std::uint32_t index = 0; index < maxVolumes; ++index)
-        copyText(image.volumes[index], index < volumes.size() ? volumes[index].name : std::string());
-}
-
-bool lies(const fs::path& inner, const fs::path& outer) {
-    const fs::path relative = fs::canonical(inner).lexically_relative(fs::canonical(outer));
-    return !relative.empty() && *relative.begin() != "..";
-}
-
-// Its files and folders, no links, as if they had been written on the panel at that date: the same on every machine.
-void copyFolder(const fs::path& folder, const fs::path& place, std::int64_t date) {
-    fs::create_directory(place);
-    for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
-        const fs::path copy = place / entry.path().filename();
-        if (entry.is_symlink() || !(entry.is_directory() || entry.is_regular_file()))
-            continue;
-        if (entry.is_directory())
-            copyFolder(entry.path(), copy, date);
-        else
-            fs::copy_file(entry.path(), copy);
-        setWriteTime(copy.string(), date);
-    }
-}
-
-// Appears as a whole or not at all.
-void copyDisk(const fs::path& root, const fs::path& folder, const fs::path& place, std::int64_t date) {
-    const fs::path unfinished = root / "plugging";
-    fs::remove_all(unfinished);
-    try {
-        copyFolder(folder, unfinished, date);
-        fs::rename(unfinished, place);
-    } catch (const fs::filesystem_error& error) {
-        std::error_code ignored;
-        fs::remove_all(unfinished, ignored);
-        throw std::runtime_error("cannot copy " + folder.string() + ": " + error.code().message());
-    }
-}
-
 bool isEmptyOrMissing(const fs::path& directory) {
     return !fs::exists(directory) || (fs::is_directory(directory) && fs::is_empty(directory));
 }
@@ -102,7 +62,7 @@ Panel Panel::create(const fs::path& directory, const PanelOptions& options) {
     registry::store(directory, registry::Copy::flash, registry);
     Panel panel(directory);
     panel.devices().create(options.without);
-    panel.saveVolumes({{"MMCMemory", false, false}, {"NANDFlash", false, false}});
+    panel.disks().create();
     return panel;
 }
 
@@ -146,7 +106,7 @@ void Panel::initialise(Image& image, const BootOptions& options, std::int64_t da
     image.clock.bootTicks = options.ticks;
     image.screenWidth = facts.at("screen").at("width");
     image.screenHeight = facts.at("screen").at("height");
-    setVolumes(image, volumes());
+    disks().show(image);
     const std::vector<std::uint32_t> levels = devices().state("BKL1").values;
     std::copy(levels.begin(), levels.end(), image.backLight);
     image.on = 1;
@@ -254,61 +214,8 @@ void Panel::saveDate(std::int64_t date) const {
     writeJson(root / "devices/panel.json", facts);
 }
 
-std::vector<Volume> Panel::volumes() const {
-    std::vector<Volume> result;
-    for (const Json& volume : readJson(root / "devices/volumes.json"))
-        result.push_back({volume.at("name"), volume.at("disk"), volume.at("inPlace")});
-    return result;
-}
-
-void Panel::saveVolumes(const std::vector<Volume>& volumes) const {
-    Json list = Json::array();
-    for (const Volume& volume : volumes)
-        list.push_back({{"name", volume.name}, {"disk", volume.disk}, {"inPlace", volume.inPlace}});
-    writeJson(root / "devices/volumes.json", list);
-    const Mapping kernel(root);
-    if (!kernel.image)
-        return;
-    const Lock lock(*kernel.image);
-    setVolumes(*kernel.image, volumes);
-}
-
-void Panel::plug(const fs::path& folder, const std::string& name, bool inPlace) {
-    if (!fs::is_directory(folder))
-        throw std::runtime_error("no such folder: " + folder.string());
-    if (name.empty() || name == "." || name == ".." || name.find_first_of("/\\:*?\"<>|") != std::string::npos)
-        throw std::runtime_error("not a name for a volume: \"" + name + "\"");
-    if (name.size() >= sizeof Image::volumes[0])
-        throw std::runtime_error("too long for the name of a volume: \"" + name + "\"");
-    if (lies(folder, root) || lies(root, folder))
-        throw std::runtime_error("the folder and the panel lie in each other: " + folder.string());
-    const Change change(root);
-    auto known = volumes();
-    if (known.size() == maxVolumes)
-        throw std::runtime_error("all block devices are taken (panel unplug frees one)");
-    for (const fs::directory_entry& entry : fs::directory_iterator(root / "fs"))
-        if (equalCaseBlind(entry.path().filename().string(), name))
-            throw std::runtime_error("the panel has a \"" + name + "\" already (panel unplug removes a disk)");
-    const fs::path place = root / "fs" / name;
-    if (inPlace)
-        fs::create_directory_symlink(fs::absolute(folder), place);
-    else
-        copyDisk(root, folder, place, currentDate());
-    known.push_back({name, true, inPlace});
-    saveVolumes(known);
-}
-
-void Panel::unplug(const std::string& name) {
-    const Change change(root);
-    auto known = volumes();
-    const auto found = std::find_if(known.begin(), known.end(), [&](const Volume& volume) {
-        return volume.disk && equalCaseBlind(volume.name, name);
-    });
-    if (found == known.end())
-        throw std::runtime_error("no disk \"" + name + "\" is plugged");
-    fs::remove_all(root / "fs" / found->name); // of a folder in place only the link goes
-    known.erase(found);
-    saveVolumes(known);
+std::string Panel::plug(Disk disk) {
+    return disks().plug(std::move(disk), currentDate());
 }
 
 } // namespace panel

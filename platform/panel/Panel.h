@@ -1,7 +1,7 @@
 // A simulated panel: a directory, and what can be done with its power and its disks.
 //
 //     fs/        the panel's file system
-//     devices/   panel.json: screen size and the calendar clock's date; volumes.json: which top folders are volumes;
+//     devices/   panel.json: screen size and the calendar clock's date; disks.json: what is plugged (Disks.h);
 //                the devices (Devices.h)
 //     registry/  what the registry holds, and what would be left of it after a power cut (Registry.h)
 //     run/       what a power cycle forgets: kernel, trace, output/ (what programs print)
@@ -10,6 +10,7 @@
 #pragma once
 
 #include "platform/panel/Devices.h"
+#include "platform/panel/Disks.h"
 #include "platform/panel/Registry.h"
 #include "platform/panel/kernel/Image.h"
 
@@ -37,12 +38,6 @@ struct BootOptions {
     std::uint32_t ticks = 0; // the tick count at boot, ms
 };
 
-struct Volume {
-    std::string name; // the top folder
-    bool disk; // plugged, can be unplugged
-    bool inPlace; // shows a folder of the host itself, not a copy
-};
-
 class Panel {
 public:
     // Makes the directory; it must not exist yet, or be empty.
@@ -58,6 +53,9 @@ public:
     Devices devices() const {
         return Devices(root);
     }
+    Disks disks() const {
+        return Disks(root);
+    }
 
     PanelOptions options() const; // screen and date, as of the last switching off
     bool isOn() const;
@@ -70,17 +68,13 @@ public:
     // Under the kernel's lock; `flushed`: flash has it too. Off, both copies are the same.
     void changeRegistry(const std::function<void(registry::Tree&)>& change, bool flushed);
 
-    std::vector<Volume> volumes() const;
-    // The folder's content appears as a volume of this name. In place: programs write to and delete from the folder
-    // itself. Works on and off.
-    void plug(const std::filesystem::path& folder, const std::string& name, bool inPlace);
-    void unplug(const std::string& name);
+    // Its partitions' folders appear as volumes, and programs hear of it; the device that it got ("DSK1:").
+    std::string plug(Disk disk);
 
 private:
     void stop(void (*settleRegistry)(const std::filesystem::path&));
     std::int64_t currentDate() const; // ms since 1970 UTC, on the panel
     void saveDate(std::int64_t date) const;
-    void saveVolumes(const std::vector<Volume>& volumes) const;
     void initialise(Image& image, const BootOptions& options, std::int64_t date) const;
 
     std::filesystem::path root;

@@ -1,25 +1,67 @@
 #include "platform/tool/Commands.h"
+#include "platform/tool/Units.h"
 
 #include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <set>
+#include <stdexcept>
 
 namespace tool {
 
 namespace {
 
+constexpr const char* notMounted = "-";
+
 struct PlugOptions {
-    std::string folder;
-    std::string name = "Hard Disk";
+    std::vector<std::string> folders;
+    std::vector<std::string> names;
+    std::string readyAfter = "0";
+    bool neverReady = false;
+    bool withoutPartitions = false;
     bool inPlace = false;
 };
 
+// Names for the volumes that were not given one: "Hard Disk", "Hard Disk2", ...
+std::string nextName(const panel::Panel& panel, std::set<std::string>& taken) {
+    for (const panel::Volume& volume : panel.disks().volumes())
+        taken.insert(volume.name);
+    std::string name = "Hard Disk";
+    for (int number = 2; taken.count(name); ++number)
+        name = "Hard Disk" + std::to_string(number);
+    return name;
+}
+
 void plug(panel::Panel panel, const PlugOptions& options) {
-    panel.plug(options.folder, options.name, options.inPlace);
-    if (options.inPlace)
-        complain("warning: programs of the panel may change and delete what is in " + options.folder);
-    std::printf("Plugged %s%s as \\%s\n", options.inPlace ? "" : "a copy of ", options.folder.c_str(),
-                options.name.c_str());
+    if (options.folders.empty() != options.withoutPartitions)
+        throw std::runtime_error("a disk has folders, or it is without partitions (--help shows what is possible)");
+    panel::Disk disk;
+    disk.readyAfter = options.neverReady ? panel::never : parseDuration(options.readyAfter);
+    disk.inPlace = options.inPlace;
+    std::set<std::string> taken(options.names.begin(), options.names.end());
+    auto name = options.names.begin();
+    for (const std::string& folder : options.folders) {
+        const bool mounted = folder != notMounted;
+        panel::Partition partition{mounted ? folder : "", "", mounted ? panel::mountedPartition : 0};
+        if (mounted)
+            partition.volume = name != options.names.end() ? *name++ : nextName(panel, taken);
+        taken.insert(partition.volume);
+        disk.partitions.push_back(partition);
+    }
+    if (name != options.names.end())
+        throw std::runtime_error("\"" + *name + "\" names no partition (each --as names one mounted FOLDER, in order)");
+    const std::string device = panel.plug(disk);
+    for (const panel::Partition& partition : disk.partitions)
+        if (!partition.folder.empty() && options.inPlace)
+            complain("warning: programs of the panel may change and delete what is in " + partition.folder.string());
+    for (const panel::Partition& partition : disk.partitions)
+        if (partition.folder.empty())
+            std::printf("Plugged a partition that is not mounted, on %s\n", device.c_str());
+        else
+            std::printf("Plugged %s%s as \\%s, on %s\n", options.inPlace ? "" : "a copy of ", partition.folder.c_str(),
+                        partition.volume.c_str(), device.c_str());
+    if (disk.partitions.empty())
+        std::printf("Plugged a disk without partitions, %s\n", device.c_str());
 }
 
 } // namespace
@@ -27,19 +69,29 @@ void plug(panel::Panel panel, const PlugOptions& options) {
 void addDiskCommands(CLI::App& app, Tool& tool) {
     auto* command = app.add_subcommand("plug", "Plug a copy of a folder of this machine as a disk");
     auto options = std::make_shared<PlugOptions>();
-    command->add_option("FOLDER", options->folder, "What the disk holds")->required();
-    command->add_option("--as", options->name, "The disk's name on the panel")
+    command->add_option("FOLDER", options->folders,
+                        "What the disk holds; several: its partitions, where \"-\" is one that is not mounted");
+    command
+        ->add_option("--as", options->names,
+                     "The volume's name on the panel, once for each folder; default: the next free of Hard Disk, "
+                     "Hard Disk2, ...")
         ->type_name("NAME")
-        ->capture_default_str();
+        ->allow_extra_args(false);
+    auto* after = command
+                      ->add_option("--ready-after", options->readyAfter,
+                                   "How long its store does not open, after plugging and after each boot")
+                      ->type_name("DURATION");
+    command->add_flag("--never-ready", options->neverReady, "Its store never opens")->excludes(after);
+    command->add_flag("--without-partitions", options->withoutPartitions, "A disk that nobody has formatted");
     command->add_flag("--in-place", options->inPlace, "The folder itself, no copy: programs may delete from it");
     command->callback([options, &tool] { plug(tool.panel(), *options); });
 
-    auto* removal = app.add_subcommand("unplug", "Pull a disk out; its copy goes");
+    auto* removal = app.add_subcommand("unplug", "Pull a disk out, with all its partitions; its copy goes");
     auto name = std::make_shared<std::string>();
-    removal->add_option("NAME", *name, "The disk's name on the panel")->required();
+    removal->add_option("NAME", *name, "A volume of it, or its device (DSK1:)")->required();
     removal->callback([name, &tool] {
-        tool.panel().unplug(*name);
-        std::printf("Unplugged \\%s\n", name->c_str());
+        tool.panel().disks().unplug(*name);
+        std::printf("Unplugged %s\n", name->c_str());
     });
 }
 

@@ -43,7 +43,7 @@ std::string levels(const panel::PanelStatus& status) {
 }
 
 std::string describe(const panel::Volume& volume) {
-    return '\\' + volume.name + (volume.inPlace ? " (disk, in place)" : volume.disk ? " (disk)" : "");
+    return '\\' + volume.name + (volume.device.empty() ? "" : " on " + volume.device + (volume.inPlace ? " (in place)" : ""));
 }
 
 void addRunning(Table& facts, const panel::PanelStatus& status, std::size_t faults) {
@@ -82,8 +82,8 @@ void print(const panel::Panel& panel, bool json) {
                     {"on", on},
                     {"screen", {{"width", options.screenWidth}, {"height", options.screenHeight}}},
                     {"date", formatDate(options.date)}};
-        for (const auto& volume : panel.volumes())
-            answer["volumes"].push_back({{"name", volume.name}, {"disk", volume.disk}, {"inPlace", volume.inPlace}});
+        for (const auto& volume : panel.disks().volumes())
+            answer["volumes"].push_back({{"name", volume.name}, {"device", volume.device}, {"inPlace", volume.inPlace}});
         for (const char* list : {"processes", "ended", "windows"})
             answer[list] = Json::array();
         if (on)
@@ -95,7 +95,7 @@ void print(const panel::Panel& panel, bool json) {
     facts.add({"panel", panel.directory().string()});
     facts.add({"power", on ? "on, booted " + formatDuration(status.time) + " ago" : "off (panel boot switches it on)"});
     facts.add({"screen", std::to_string(options.screenWidth) + " x " + std::to_string(options.screenHeight)});
-    for (const auto& volume : panel.volumes())
+    for (const auto& volume : panel.disks().volumes())
         facts.add({"volume", describe(volume)});
     if (on)
         addRunning(facts, status, faults);

@@ -164,6 +164,28 @@ TEST_F(PanelCommand, ShowsDevicesAndTellsThemWhatToDo) {
         EXPECT_EQ(device.at("present"), true) << device;
 }
 
+TEST_F(PanelCommand, PlugsDisksWithPartitions) {
+    succeed("create p");
+    fs::create_directories(directory / "one");
+    fs::create_directories(directory / "two");
+    EXPECT_EQ(call("plug one - two --as Stick").text, "Plugged a copy of one as \\Stick, on DSK1:\n"
+                                                      "Plugged a partition that is not mounted, on DSK1:\n"
+                                                      "Plugged a copy of two as \\Hard Disk, on DSK1:\n");
+    succeed("boot --stepped");
+    succeed("plug two --as 'USB Disk' --ready-after 30s --in-place");
+    EXPECT_EQ(call("plug --without-partitions --never-ready").text, "Plugged a disk without partitions, DSK3:\n");
+    succeed("plug one");
+    const Json volumes = json("status").at("volumes");
+    ASSERT_EQ(volumes.size(), 6U);
+    EXPECT_EQ(volumes.at(5), Json({{"name", "Hard Disk2"}, {"device", "DSK4:"}, {"inPlace", false}}));
+    succeed("unplug 'hard disk'");
+    succeed("unplug dsk3:");
+    EXPECT_FALSE(fs::exists(directory / "p/fs/Stick")); // the whole disk went
+    EXPECT_EQ(json("status").at("volumes").size(), 4U);
+    EXPECT_NE(call("plug").text.find("without partitions"), std::string::npos);
+    EXPECT_NE(call("plug one --as A --as B").text.find("\"B\" names no partition"), std::string::npos);
+}
+
 TEST_F(PanelCommand, StartsAndWaitsWithTheProgramsExitCode) {
     succeed("create p");
     install();

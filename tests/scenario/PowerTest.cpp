@@ -138,25 +138,25 @@ TEST(Disks, ArePluggedAsCopiesOrInPlaceAndUnplugged) {
     ScenarioPanel panel;
     const HostFolder host;
     const fs::path folder = host.path / "disk";
-    EXPECT_THROW(panel.panel().plug(panel.panel().directory(), "Hard Disk", false), std::runtime_error);
-    panel.panel().plug(folder, "Hard Disk", false);
+    EXPECT_THROW(panel.panel().plug({{{panel.panel().directory(), "Hard Disk"}}}), std::runtime_error);
+    panel.panel().plug({{{folder, "Hard Disk"}}});
     EXPECT_EQ(panel.read("\\Hard Disk\\sub\\file.txt"), "content");
     fs::remove(panel.panel().hostPath("\\Hard Disk\\sub\\file.txt"));
     EXPECT_TRUE(fs::exists(folder / "sub/file.txt")); // it was a copy
-    panel.panel().plug(folder, "Hard Disk2", true);
-    EXPECT_THROW(panel.panel().plug(folder, "hard disk2", false), std::runtime_error);
-    EXPECT_THROW(panel.panel().plug(folder, "a\\b", false), std::runtime_error);
-    EXPECT_THROW(panel.panel().plug(folder / "none", "Hard Disk3", false), std::runtime_error);
-    EXPECT_THROW(panel.panel().unplug("MMCMemory"), std::runtime_error);
+    panel.panel().plug({{{folder, "Hard Disk2"}}, 0, true});
+    EXPECT_THROW(panel.panel().plug({{{folder, "hard disk2"}}}), std::runtime_error);
+    EXPECT_THROW(panel.panel().plug({{{folder, "a\\b"}}}), std::runtime_error);
+    EXPECT_THROW(panel.panel().plug({{{folder / "none", "Hard Disk3"}}}), std::runtime_error);
+    EXPECT_THROW(panel.panel().disks().unplug("MMCMemory"), std::runtime_error);
     panel.put("\\Hard Disk2\\Tarvex\\TarvexHelper.exe", helperFile());
     fs::create_directory_symlink(host.path / "precious", folder / "Tarvex/link");
     EXPECT_EQ(panel.run("\\Hard Disk2\\Tarvex\\TarvexHelper.exe"), 0U); // which deletes its folder
     EXPECT_TRUE(fs::exists(host.path / "precious/file.txt")); // but nothing outside of the disk
     panel.reboot();
     EXPECT_EQ(panel.read("\\Hard Disk2\\sub\\file.txt"), "content"); // still plugged
-    panel.panel().unplug("HARD DISK2");
+    panel.panel().disks().unplug("HARD DISK2");
     EXPECT_TRUE(fs::exists(folder / "sub/file.txt")); // it was in place
-    panel.panel().unplug("Hard Disk");
+    panel.panel().disks().unplug("Hard Disk");
     EXPECT_FALSE(panel.exists("\\Hard Disk"));
 }
 
@@ -167,14 +167,14 @@ TEST(Disks, OfTwoPluggedAtOnceBothStay) {
     for (int index = 0; index < 6; ++index) {
         children.push_back(fork());
         if (children.back() == 0) {
-            panel::Panel(panel.panel().directory()).plug(host.path / "disk", "Disk" + std::to_string(index), false);
+            panel::Panel(panel.panel().directory()).plug({{{host.path / "disk", "Disk" + std::to_string(index)}}});
             _exit(0);
         }
     }
     for (const pid_t child : children)
         waitpid(child, nullptr, 0);
     for (int index = 0; index < 6; ++index)
-        panel.panel().unplug("Disk" + std::to_string(index));
+        panel.panel().disks().unplug("Disk" + std::to_string(index));
 }
 
 TEST(Starting, IsFinishedWithoutAStarterThatWasKilled) {

@@ -95,7 +95,7 @@ void ScenarioPanel::plugDisk(const std::string& name, bool withApplication) {
         fs::copy_file(programFile("Tarvex"), folder / "Tarvex/Tarvex.exe");
     std::ofstream(folder / "Tarvex/readme.txt") << "from " << name;
     std::ofstream(folder / "Tarvex/data/deep/table.bin") << std::string(70000, 'x');
-    simulated->plug(folder, name, false);
+    simulated->plug({{{folder, name}}});
     fs::remove_all(folder);
 }
 

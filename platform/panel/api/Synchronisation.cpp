@@ -57,7 +57,7 @@ HANDLE answer(Gate& gate, const NamedObject& made) {
 
 bool canBeWaitedFor(const ObjectRecord& object) {
     return object.type == ObjectType::event || object.type == ObjectType::mutex || object.type == ObjectType::process ||
-           object.type == ObjectType::thread;
+           object.type == ObjectType::thread || object.type == ObjectType::queue;
 }
 
 DWORD waitFor(Gate& gate, DWORD count, const HANDLE* handles, DWORD milliseconds) {
@@ -85,7 +85,8 @@ BOOL CloseHandle(HANDLE object) noexcept {
     const Lock lock(gate.image());
     const Slot slot = objects::resolve(gate.image(), gate.process(), numberOf(object));
     const ObjectType type = slot ? objects::at(gate.image(), slot).type : ObjectType::free;
-    if (!slot || type == ObjectType::search || type == ObjectType::key) // these have closing functions of their own
+    if (!slot || type == ObjectType::search || type == ObjectType::key || type == ObjectType::partitions ||
+        type == ObjectType::notification) // these have closing functions of their own
         return gate.fails(FALSE, ERROR_INVALID_HANDLE);
     if (type == ObjectType::file) {
         LocalObject& local = gate.runtime.local(numberOf(object));

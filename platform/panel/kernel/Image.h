@@ -24,13 +24,31 @@ inline constexpr std::uint32_t maxRegisteredMessages = 256;
 inline constexpr std::uint32_t maxPrograms = 64;
 inline constexpr std::uint32_t maxVolumes = 16;
 inline constexpr std::uint32_t maxFaults = 32;
+inline constexpr std::uint32_t maxQueueMessages = 256; // of all message queues
+inline constexpr std::uint32_t maxQueueMessageSize = 256; // bytes
+inline constexpr std::uint32_t maxBlockDevices = 8;
+inline constexpr std::uint32_t maxPartitions = 8; // of a block device
 inline constexpr std::uint32_t maxLingering = 128;
 inline constexpr std::uint32_t maxEnded = 64;
 inline constexpr std::uint64_t never = ~std::uint64_t{0}; // a deadline that does not come
 
 using Slot = std::uint32_t; // index + 1; 0: none
 
-enum class ObjectType : std::uint32_t { free, event, mutex, process, thread, file, search, device, key };
+enum class ObjectType : std::uint32_t {
+    free,
+    event,
+    mutex,
+    process,
+    thread,
+    file,
+    search,
+    device,
+    key,
+    queue,
+    notification,
+    store,
+    partitions, // a search for them
+};
 
 struct ObjectRecord {
     ObjectType type;
@@ -40,7 +58,12 @@ struct ObjectRecord {
     std::uint32_t exitCode; // processes that have ended
     Slot owner; // mutexes: the owning thread
     std::uint32_t recursion; // mutexes: how often the owner must release
-    Slot subject; // processes: its slot while it runs; files: 1 on the flash; devices: which, from 1
+    std::uint32_t limit; // queues: how many messages they take, 0: any number; notifications: wants block devices
+    std::uint32_t size; // queues: bytes of a message at most
+    std::uint32_t serial; // stores and partition searches: which use of the block device's record
+    std::uint32_t next; // partition searches: where they go on
+    Slot subject; // processes: its slot while it runs; files: 1 on the flash; devices: which, from 1; queues: the first
+                  // message; notifications: their queue; stores and partition searches: the block device
     std::uint32_t access; // files: GENERIC_* bits
     std::uint32_t share; // files: FILE_SHARE_* bits
     std::uint64_t device; // files: identity on the host, which a rename does not change
@@ -130,6 +153,29 @@ struct WindowRecord {
     char className[128];
 };
 
+struct QueueMessageRecord {
+    std::uint32_t used;
+    Slot next;
+    std::uint32_t size;
+    std::uint8_t bytes[maxQueueMessageSize];
+};
+
+struct PartitionRecord {
+    char volume[64]; // its top folder, without a separator; of one that is not mounted: what it would be
+    std::uint32_t attributes; // PARTITION_ATTRIBUTE_*
+    std::uint32_t unused;
+};
+
+struct BlockDeviceRecord {
+    std::uint32_t used;
+    std::uint32_t serial;
+    std::uint64_t readyAt; // panel ms; never: its store does not open
+    char name[16]; // "DSK1:"
+    std::uint32_t partitionCount;
+    std::uint32_t unused;
+    PartitionRecord partitions[maxPartitions];
+};
+
 struct ProgramRecord {
     char name[128]; // file name, as first started
     std::uint32_t starts;
@@ -203,6 +249,8 @@ struct Image {
     FaultRecord faults[maxFaults];
     LingeringRecord lingering[maxLingering];
     EndedRecord ended[maxEnded]; // a ring: the last ones
+    BlockDeviceRecord blockDevices[maxBlockDevices];
+    QueueMessageRecord queueMessages[maxQueueMessages];
     ObjectRecord objects[maxObjects];
     WindowRecord windows[maxWindows];
     ThreadRecord threads[maxThreads];
@@ -211,6 +259,7 @@ struct Image {
 };
 
 static_assert(std::atomic<std::uint32_t>::is_always_lock_free && sizeof(std::atomic<std::uint32_t>) == 4);
-static_assert(sizeof(MessageRecord) == 48 && sizeof(ObjectRecord) == 840 && sizeof(ClockRecord) == 40);
+static_assert(sizeof(MessageRecord) == 48 && sizeof(ObjectRecord) == 856 && sizeof(ClockRecord) == 40 &&
+              sizeof(BlockDeviceRecord) == 616 && sizeof(QueueMessageRecord) == 268);
 
 } // namespace panel

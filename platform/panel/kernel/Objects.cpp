@@ -1,5 +1,7 @@
 #include "platform/panel/kernel/Objects.h"
 
+#include "platform/panel/kernel/Queues.h"
+
 #include <cstring>
 
 namespace panel::objects {
@@ -37,6 +39,10 @@ void drop(Image& image, Slot object) {
         return;
     if (record.type == ObjectType::process && record.subject)
         image.processes[record.subject - 1].object = 0;
+    if (record.type == ObjectType::queue)
+        queues::clear(image, object);
+    if (record.type == ObjectType::notification)
+        drop(image, record.subject);
     if (record.type == ObjectType::thread && record.subject)
         image.threads[record.subject - 1].object = 0;
     record.type = ObjectType::free;

@@ -3,6 +3,9 @@
 #include "platform/panel/Runtime.h"
 #include "platform/tool/loader/Image.h"
 
+#include <msgqueue.h>
+#include <pnp.h>
+#include <storemgr.h>
 #include <windows.h>
 
 #include <map>

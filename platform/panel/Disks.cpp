@@ -1,0 +1,241 @@
+#include "platform/panel/Disks.h"
+
+#include "platform/panel/Mapping.h"
+#include "platform/panel/Text.h"
+#include "platform/panel/api/FileTimes.h"
+#include "platform/panel/kernel/Clock.h"
+#include "platform/panel/kernel/Host.h"
+#include "platform/panel/kernel/Queues.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace panel {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::json;
+
+namespace {
+
+bool lies(const fs::path& inner, const fs::path& outer) {
+    const fs::path relative = fs::canonical(inner).lexically_relative(fs::canonical(outer));
+    return !relative.empty() && *relative.begin() != "..";
+}
+
+// Its files and folders, no links, as if they had been written on the panel at that date: the same on every machine.
+void copyFolder(const fs::path& folder, const fs::path& place, std::int64_t date) {
+    fs::create_directory(place);
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+        const fs::path copy = place / entry.path().filename();
+        if (entry.is_symlink() || !(entry.is_directory() || entry.is_regular_file()))
+            continue;
+        if (entry.is_directory())
+            copyFolder(entry.path(), copy, date);
+        else
+            fs::copy_file(entry.path(), copy);
+        setWriteTime(copy.string(), date);
+    }
+}
+
+// Appears as a whole or not at all.
+void copyDisk(const fs::path& root, const fs::path& folder, const fs::path& place, std::int64_t date) {
+    const fs::path unfinished = root / "plugging";
+    fs::remove_all(unfinished);
+    try {
+        copyFolder(folder, unfinished, date);
+        fs::rename(unfinished, place);
+    } catch (const fs::filesystem_error& error) {
+        std::error_code ignored;
+        fs::remove_all(unfinished, ignored);
+        throw std::runtime_error("cannot copy " + folder.string() + ": " + error.code().message());
+    }
+}
+
+bool isMounted(const Partition& partition) {
+    return partition.attributes & mountedPartition;
+}
+
+std::string freeDevice(const std::vector<Disk>& disks) {
+    for (std::uint32_t number = 1; number <= maxBlockDevices; ++number) {
+        const std::string name = "DSK" + std::to_string(number) + ':';
+        if (std::none_of(disks.begin(), disks.end(), [&](const Disk& disk) { return disk.device == name; }))
+            return name;
+    }
+    throw std::runtime_error("all block devices are taken (panel unplug frees one)");
+}
+
+bool isCalled(const Disk& disk, const std::string& name) {
+    return equalCaseBlind(disk.device, name) ||
+           std::any_of(disk.partitions.begin(), disk.partitions.end(), [&](const Partition& partition) {
+               return isMounted(partition) && equalCaseBlind(partition.volume, name);
+           });
+}
+
+void setVolumes(Image& image, const std::vector<Volume>& volumes) {
+    for (std::uint32_t index = 0; index < maxVolumes; ++index)
+        copyText(image.volumes[index], index < volumes.size() ? volumes[index].name : std::string());
+}
+
+void addDevice(Image& image, const Disk& disk) {
+    const auto free = std::find_if(std::begin(image.blockDevices), std::end(image.blockDevices),
+                                   [](const BlockDeviceRecord& record) { return !record.used; });
+    if (free == std::end(image.blockDevices))
+        return; // there are as many as devices have names
+    const std::uint32_t serial = free->serial + 1;
+    *free = {};
+    free->serial = serial;
+    free->used = 1;
+    free->readyAt = disk.readyAfter == never ? never : clock::now(image) + disk.readyAfter;
+    copyText(free->name, disk.device);
+    for (const Partition& partition : disk.partitions) {
+        PartitionRecord& record = free->partitions[free->partitionCount++];
+        copyText(record.volume, partition.volume);
+        record.attributes = partition.attributes;
+    }
+}
+
+} // namespace
+
+Disks::Disks(fs::path panelDirectory) : root(std::move(panelDirectory)), file(root / "devices/disks.json") {}
+
+std::vector<Disk> Disks::list() const {
+    std::vector<Disk> disks;
+    try {
+        for (const Json& json : Json::parse(host::readFile(file.string()))) {
+            Disk disk;
+            disk.device = json.at("device");
+            disk.inPlace = json.at("inPlace");
+            disk.readyAfter = json.at("readyAfter").is_null() ? never : json["readyAfter"].get<std::uint64_t>();
+            for (const Json& partition : json.at("partitions"))
+                disk.partitions.push_back({{}, partition.at("volume"), partition.at("attributes")});
+            disks.push_back(std::move(disk));
+        }
+    } catch (const Json::exception& error) {
+        throw std::runtime_error("not readable: " + file.string() + ": " + error.what());
+    }
+    return disks;
+}
+
+void Disks::save(const std::vector<Disk>& disks) const {
+    Json list = Json::array();
+    for (const Disk& disk : disks) {
+        Json partitions = Json::array();
+        for (const Partition& partition : disk.partitions)
+            partitions.push_back({{"volume", partition.volume}, {"attributes", partition.attributes}});
+        list.push_back({{"device", disk.device},
+                        {"inPlace", disk.inPlace},
+                        {"readyAfter", disk.readyAfter == never ? Json() : Json(disk.readyAfter)},
+                        {"partitions", partitions}});
+    }
+    host::writeFile(file.string(), list.dump(2) + '\n');
+}
+
+void Disks::create() const {
+    save({});
+}
+
+std::vector<Volume> Disks::volumes() const {
+    std::vector<Volume> volumes{{"MMCMemory", "", false}, {"NANDFlash", "", false}};
+    for (const Disk& disk : list())
+        for (const Partition& partition : disk.partitions)
+            if (isMounted(partition))
+                volumes.push_back({partition.volume, disk.device, disk.inPlace});
+    return volumes;
+}
+
+void Disks::show(Image& image) const {
+    setVolumes(image, volumes());
+    for (const Disk& disk : list())
+        addDevice(image, disk);
+}
+
+void Disks::check(const Disk& disk, const std::vector<Volume>& known) const {
+    std::vector<std::string> names;
+    for (const fs::directory_entry& entry : fs::directory_iterator(root / "fs"))
+        names.push_back(entry.path().filename().string());
+    std::size_t count = known.size();
+    for (const Partition& partition : disk.partitions) {
+        if (!isMounted(partition))
+            continue;
+        const std::string& name = partition.volume;
+        if (!fs::is_directory(partition.folder))
+            throw std::runtime_error("no such folder: " + partition.folder.string());
+        if (name.empty() || name == "." || name == ".." || name.find_first_of("/\\:*?\"<>|") != std::string::npos)
+            throw std::runtime_error("not a name for a volume: \"" + name + "\"");
+        if (name.size() >= sizeof PartitionRecord::volume)
+            throw std::runtime_error("too long for the name of a volume: \"" + name + "\"");
+        if (lies(partition.folder, root) || lies(root, partition.folder))
+            throw std::runtime_error("the folder and the panel lie in each other: " + partition.folder.string());
+        for (const std::string& other : names)
+            if (equalCaseBlind(other, name))
+                throw std::runtime_error("the panel has a \"" + name + "\" already (panel unplug removes a disk)");
+        names.push_back(name);
+        if (++count > maxVolumes)
+            throw std::runtime_error("the panel has as many volumes as it can (panel unplug removes a disk)");
+    }
+    if (disk.partitions.size() > maxPartitions)
+        throw std::runtime_error("a disk has no more than " + std::to_string(maxPartitions) + " partitions");
+}
+
+void Disks::tell(const Disk& disk, bool attached) const {
+    const Mapping kernel(root);
+    if (!kernel.image)
+        return;
+    {
+        const Lock lock(*kernel.image);
+        setVolumes(*kernel.image, volumes());
+        if (attached)
+            addDevice(*kernel.image, disk);
+        for (BlockDeviceRecord& record : kernel.image->blockDevices)
+            if (!attached && record.used && record.name == disk.device)
+                record.used = 0;
+        queues::announce(*kernel.image, disk.device, attached);
+    }
+    scheduler::deliverWakes(*kernel.image);
+}
+
+void Disks::removeFolders(const Disk& disk) const {
+    for (const Partition& partition : disk.partitions)
+        if (isMounted(partition))
+            fs::remove_all(root / "fs" / partition.volume); // of a folder in place only the link goes
+}
+
+std::string Disks::plug(Disk disk, std::int64_t date) const {
+    const Change alone(root);
+    std::vector<Disk> disks = list();
+    check(disk, volumes());
+    disk.device = freeDevice(disks);
+    try {
+        for (const Partition& partition : disk.partitions) {
+            const fs::path place = root / "fs" / partition.volume;
+            if (isMounted(partition) && disk.inPlace)
+                fs::create_directory_symlink(fs::absolute(partition.folder), place);
+            else if (isMounted(partition))
+                copyDisk(root, partition.folder, place, date);
+        }
+        disks.push_back(disk);
+        save(disks);
+    } catch (...) {
+        removeFolders(disk);
+        throw;
+    }
+    tell(disk, true);
+    return disk.device;
+}
+
+void Disks::unplug(const std::string& name) const {
+    const Change alone(root);
+    std::vector<Disk> disks = list();
+    const auto found = std::find_if(disks.begin(), disks.end(), [&](const Disk& disk) { return isCalled(disk, name); });
+    if (found == disks.end())
+        throw std::runtime_error("no disk \"" + name + "\" is plugged");
+    const Disk disk = *found;
+    disks.erase(found);
+    removeFolders(disk);
+    save(disks);
+    tell(disk, false);
+}
+
+} // namespace panel

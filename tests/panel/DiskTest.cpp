@@ -1,0 +1,164 @@
+// Block devices that come and go: message queues, device notifications, stores and their partitions.
+#include "tests/support/TestPanel.h"
+
+#include <gtest/gtest.h>
+#include <msgqueue.h>
+#include <pnp.h>
+#include <storemgr.h>
+#include <windows.h>
+
+#include <cstring>
+
+using namespace testing_panel;
+
+namespace {
+
+constexpr GUID blockDevices = {0xA4E7EDDA, 0xE575, 0x4252, {0x9D, 0x6B, 0x41, 0x95, 0xD4, 0x8B, 0xB8, 0x65}};
+
+HANDLE makeQueue(DWORD messages = 0, DWORD size = 160) {
+    const MSGQUEUEOPTIONS options{sizeof options, 0, messages, size, TRUE};
+    return CreateMsgQueue(nullptr, &options);
+}
+
+std::wstring text(const std::uint16_t* characters) {
+    std::wstring result;
+    for (; *characters; ++characters)
+        result += static_cast<wchar_t>(*characters);
+    return result;
+}
+
+// The oldest message: "+DSK1:", "-DSK1:"; empty: there is none.
+std::wstring next(HANDLE queue) {
+    std::uint16_t message[80] = {};
+    DWORD size = 0;
+    DWORD flags = 0;
+    if (!ReadMsgQueue(queue, message, sizeof message, &size, 0, &flags))
+        return {};
+    DEVDETAIL detail;
+    std::memcpy(&detail, message, sizeof detail);
+    const std::wstring name = text(message + offsetof(DEVDETAIL, szName) / 2);
+    EXPECT_EQ(std::memcmp(&detail.guidDevClass, &blockDevices, sizeof blockDevices), 0);
+    EXPECT_EQ(detail.cbName, static_cast<int>(2 * name.size() + 2));
+    EXPECT_EQ(size, 28U + static_cast<DWORD>(detail.cbName));
+    return (detail.fAttached ? L"+" : L"-") + name;
+}
+
+// A folder of the host that can be plugged.
+struct Folder {
+    Folder() : path(panelDirectory().string() + "-disk") {
+        std::filesystem::create_directory(path);
+    }
+    ~Folder() {
+        std::filesystem::remove_all(path);
+    }
+    std::filesystem::path path;
+};
+
+panel::Panel thePanel() {
+    return panel::Panel(panelDirectory());
+}
+
+} // namespace
+
+TEST(Notifications, AnnounceWhatIsThereAndWhatComesAndGoes) {
+    const Folder folder;
+    thePanel().plug({{{folder.path, "Hard Disk"}}});
+    const HANDLE queue = makeQueue();
+    const HANDLE late = makeQueue();
+    EXPECT_EQ(WaitForSingleObject(queue, 0), WAIT_TIMEOUT);
+    const HANDLE all = RequestDeviceNotifications(&blockDevices, queue, TRUE);
+    const HANDLE fresh = RequestDeviceNotifications(nullptr, late, FALSE); // every class
+    ASSERT_TRUE(all && fresh);
+    EXPECT_EQ(WaitForSingleObject(queue, 0), WAIT_OBJECT_0);
+    EXPECT_EQ(WaitForSingleObject(queue, 0), WAIT_OBJECT_0); // until it is read
+    EXPECT_EQ(next(queue), L"+DSK1:");
+    EXPECT_EQ(WaitForSingleObject(queue, 0), WAIT_TIMEOUT);
+    thePanel().plug({{{folder.path, "USB Disk"}}});
+    thePanel().disks().unplug("Hard Disk");
+    thePanel().plug({{{folder.path, "Hard Disk"}}}); // takes the free name
+    for (const HANDLE each : {queue, late})
+        for (const wchar_t* message : {L"+DSK2:", L"-DSK1:", L"+DSK1:", L""})
+            EXPECT_EQ(next(each), message);
+    EXPECT_TRUE(StopDeviceNotifications(all));
+    EXPECT_FALSE(StopDeviceNotifications(all));
+    thePanel().disks().unplug("USB Disk");
+    EXPECT_EQ(next(queue), L"");
+    EXPECT_EQ(next(late), L"-DSK2:");
+    EXPECT_TRUE(CloseMsgQueue(queue));
+    EXPECT_TRUE(CloseHandle(late)); // as good
+    thePanel().disks().unplug("Hard Disk"); // nobody reads it
+}
+
+TEST(Notifications, RefuseWhatAPanelRefuses) {
+    EXPECT_EQ(RequestDeviceNotifications(&blockDevices, nullptr, TRUE), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+    MSGQUEUEOPTIONS options{16, 0, 0, 160, TRUE};
+    EXPECT_EQ(CreateMsgQueue(nullptr, &options), nullptr);
+    const HANDLE queue = makeQueue(1, 30); // too short for a name
+    const HANDLE one = makeQueue(1);
+    const GUID other{};
+    const HANDLE deaf = makeQueue();
+    for (const HANDLE each : {queue, one})
+        ASSERT_NE(RequestDeviceNotifications(&blockDevices, each, TRUE), nullptr);
+    ASSERT_NE(RequestDeviceNotifications(&other, deaf, TRUE), nullptr);
+    const Folder folder;
+    thePanel().plug({{{folder.path, "Hard Disk"}}});
+    thePanel().disks().unplug("DSK1:");
+    EXPECT_EQ(next(queue), L"");
+    EXPECT_EQ(next(deaf), L"");
+    EXPECT_EQ(next(one), L"+DSK1:"); // the second found it full
+    EXPECT_EQ(next(one), L"");
+    char little[4];
+    DWORD size = 0;
+    DWORD flags = 0;
+    thePanel().plug({{{folder.path, "Hard Disk"}}});
+    EXPECT_FALSE(ReadMsgQueue(one, little, sizeof little, &size, 0, &flags));
+    EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
+    EXPECT_EQ(size, 4U);
+    EXPECT_FALSE(ReadMsgQueue(one, little, sizeof little, &size, 250, &flags));
+    EXPECT_EQ(GetLastError(), ERROR_TIMEOUT);
+    EXPECT_EQ(GetTickCount(), 250U);
+}
+
+TEST(Stores, OpenWhenTheyAreReadyAndListTheirPartitions) {
+    const Folder folder;
+    panel::Disk disk;
+    disk.readyAfter = 1000;
+    disk.partitions = {{folder.path, "Hard Disk"}, {"", "", 0x2}, {folder.path, "\u00dcSB", 0x10}};
+    thePanel().plug(disk);
+    thePanel().plug({{}, panel::never}); // neither ready nor formatted
+    thePanel().plug({});
+    EXPECT_EQ(OpenStore(L"DSK1:"), INVALID_HANDLE_VALUE);
+    EXPECT_EQ(GetLastError(), ERROR_NOT_READY);
+    Sleep(1000);
+    const HANDLE store = OpenStore(L"dsk1:");
+    ASSERT_NE(store, INVALID_HANDLE_VALUE);
+    PARTINFO info{};
+    EXPECT_EQ(FindFirstPartition(store, &info), INVALID_HANDLE_VALUE); // the size is not set
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    info.cbSize = sizeof info;
+    const HANDLE search = FindFirstPartition(store, &info);
+    ASSERT_NE(search, INVALID_HANDLE_VALUE);
+    EXPECT_EQ(text(info.szVolumeName), L"\\Hard Disk");
+    EXPECT_EQ(text(info.szPartitionName), L"PART00");
+    EXPECT_EQ(info.dwAttributes, PARTITION_ATTRIBUTE_MOUNTED);
+    EXPECT_TRUE(FindNextPartition(search, &info));
+    EXPECT_EQ(text(info.szVolumeName), L"");
+    EXPECT_EQ(info.dwAttributes, 2U);
+    EXPECT_TRUE(FindNextPartition(search, &info));
+    EXPECT_EQ(text(info.szVolumeName), L"\\\u00dcSB");
+    EXPECT_FALSE(FindNextPartition(search, &info));
+    EXPECT_FALSE(CloseHandle(search)); // has a function of its own
+    EXPECT_TRUE(FindClosePartition(search));
+    EXPECT_FALSE(FindNextPartition(search, &info));
+
+    EXPECT_EQ(OpenStore(L"DSK2:"), INVALID_HANDLE_VALUE);
+    const HANDLE empty = OpenStore(L"DSK3:");
+    EXPECT_EQ(FindFirstPartition(empty, &info), INVALID_HANDLE_VALUE);
+    thePanel().disks().unplug("DSK1:");
+    EXPECT_EQ(FindFirstPartition(store, &info), INVALID_HANDLE_VALUE); // gone under its feet
+    EXPECT_TRUE(CloseHandle(store));
+    EXPECT_TRUE(CloseHandle(empty));
+    EXPECT_FALSE(DismountStore(empty));
+    EXPECT_EQ(GetLastError(), ERROR_NOT_SUPPORTED);
+}
