@@ -245,6 +245,8 @@ void Driver::addFault(const Fault& fault) {
                   fault.call,
                   fault.ever,
                   0,
+                  fault.answer.has_value(),
+                  fault.answer.value_or(0),
                   {}};
         copyText(record.program, fault.program);
         call.image.faultCount.fetch_add(1, std::memory_order_relaxed);
@@ -259,7 +261,8 @@ std::vector<Fault> Driver::faults() {
     for (const FaultRecord& fault : call.image.faults)
         if (fault.action != FaultAction::none)
             result.push_back({std::string(facts(static_cast<Function>(fault.function)).name), fault.program,
-                              fault.start, fault.thread, fault.call, fault.ever != 0, fault.action, fault.hits});
+                              fault.start, fault.thread, fault.call, fault.ever != 0, fault.action, fault.hits,
+                              fault.answers ? std::optional(fault.answer) : std::nullopt});
     return result;
 }
 

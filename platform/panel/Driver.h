@@ -72,6 +72,7 @@ struct Fault {
     bool ever = false; // and all after it
     FaultAction action = FaultAction::fail;
     std::uint32_t hits = 0; // how often it was applied
+    std::optional<std::int64_t> answer = {}; // instead of what the list says that a failure answers
 };
 
 class Driver {

@@ -109,6 +109,8 @@ void Gate::applyFaults() {
         }
         if (fault.action == FaultAction::fail) {
             faultHit = true;
+            if (fault.answers)
+                failure = fault.answer;
             notes += " fault";
         }
     }

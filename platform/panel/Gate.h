@@ -14,6 +14,7 @@
 
 #include <windows.h>
 
+#include <optional>
 #include <string>
 #include <type_traits>
 
@@ -78,9 +79,9 @@ public:
         thread.lastError = known.lastError;
         note(" error ", known.lastError);
         if constexpr (std::is_pointer_v<Result>)
-            return done(reinterpret_cast<Result>(static_cast<std::intptr_t>(known.failure)));
+            return done(reinterpret_cast<Result>(static_cast<std::intptr_t>(failure.value_or(known.failure))));
         else
-            return done(static_cast<Result>(known.failure));
+            return done(static_cast<Result>(failure.value_or(known.failure)));
     }
 
     // The call's result; for pointers the handle's number is what the trace shows.
@@ -134,6 +135,7 @@ private:
     std::uint32_t call; // how many-th of this function in this thread
     bool tracing;
     bool faultHit = false;
+    std::optional<std::int64_t> failure; // asked for instead of the list's
     std::uint64_t begun = 0; // panel time
     std::string text; // arguments
     std::string result;

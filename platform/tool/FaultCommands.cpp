@@ -16,6 +16,12 @@ using Json = nlohmann::ordered_json;
 using panel::Fault;
 using panel::FaultAction;
 
+std::string action(const Fault& fault) {
+    if (fault.action == FaultAction::cut)
+        return "power cut";
+    return fault.answer ? "answers " + std::to_string(*fault.answer) : "fails";
+}
+
 std::string which(const Fault& fault) {
     return std::to_string(fault.call) + (fault.ever ? " and all after it" : "");
 }
@@ -42,6 +48,8 @@ void addAdd(CLI::App& faults, Tool& tool) {
         ->type_name("K")
         ->capture_default_str();
     command->add_flag("--from-then-on", fault.ever, "That call and all after it");
+    command->add_option("--answer", fault.answer, "What it answers; default: what a failure answers on a panel")
+        ->type_name("N");
     command->add_flag("--cut", options->cut, "The panel's power is cut there, instead");
     command->callback([options, &tool] {
         options->fault.action = options->cut ? FaultAction::cut : FaultAction::fail;
@@ -52,7 +60,7 @@ void addAdd(CLI::App& faults, Tool& tool) {
 void list(panel::Driver& driver, bool json) {
     if (json) {
         Json answer = Json::array();
-        for (const Fault& fault : driver.faults())
+        for (const Fault& fault : driver.faults()) {
             answer.push_back({{"function", fault.function},
                               {"program", fault.program},
                               {"start", fault.start},
@@ -61,14 +69,16 @@ void list(panel::Driver& driver, bool json) {
                               {"fromThenOn", fault.ever},
                               {"cut", fault.action == FaultAction::cut},
                               {"hits", fault.hits}});
+            if (fault.answer)
+                answer.back()["answers"] = *fault.answer;
+        }
         std::puts(answer.dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
         return;
     }
     Table table({"FUNCTION", "CALL", "PROGRAM", "START", "THREAD", "ACTION", "HITS"});
     for (const Fault& fault : driver.faults())
         table.add({fault.function, which(fault), fault.program.empty() ? "any" : fault.program, anyOr(fault.start),
-                   anyOr(fault.thread), fault.action == FaultAction::cut ? "power cut" : "fails",
-                   std::to_string(fault.hits)});
+                   anyOr(fault.thread), action(fault), std::to_string(fault.hits)});
     table.print();
     if (table.empty())
         std::puts("No fault is asked for.");

@@ -203,6 +203,8 @@ struct FaultRecord {
     std::uint32_t call; // 1: the first
     std::uint32_t ever; // from that call on
     std::uint32_t hits;
+    std::uint32_t answers; // `answer` stands in for the list's failure
+    std::int64_t answer;
     char program[128]; // empty: every program
 };
 
