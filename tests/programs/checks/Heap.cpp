@@ -46,8 +46,10 @@ void growth() {
 }
 
 void severalThreads() {
-    checks::onThreads(4, [](unsigned thread) {
+    checks::MeetingPoint start(4, 1);
+    checks::onThreads(4, [&](unsigned thread) {
         std::vector<Block> blocks(32);
+        start.meet(0);
         for (unsigned turn = 0; turn < 2000; ++turn) {
             const std::size_t index = turn * 7 % blocks.size();
             const std::size_t size = 1 + turn * 37 % 3000;

@@ -4,6 +4,7 @@
 #include "tests/programs/checks/Check.h"
 #include "tests/programs/checks/Team.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <stdexcept>
 
@@ -22,8 +23,12 @@ struct AtFileLevel {
 std::atomic<int> made = 0;
 
 struct Shared {
-    Shared() : number(++made) {}
+    Shared() : number(++made) {
+        for (int turn = 0; turn < 2000000; ++turn) // long enough for the other threads to ask
+            work = work + turn;
+    }
     int number;
+    volatile unsigned work = 0;
 };
 
 const Shared& shared() {
