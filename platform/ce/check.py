@@ -10,8 +10,11 @@ import re
 import subprocess
 import sys
 
-# Parts of the ready-made libraries that take a wide character for 32 bits.
-WIDE = re.compile(r"\((?:cow-)?(?:wstring|wlocale|ext-inst|wio|istream-wide|ostream-wide)[\w-]*\.o\)")
+# Parts of the ready-made libraries that take a wide character for 32 bits. (Of the C library mbtowc_r and wctomb_r are no
+# such: by them it reads its own patterns, a character at a time.)
+WIDE = re.compile(r"libstdc\+\+\.a\((?:cow-)?(?:wstring|wlocale|ext-inst|wio|istream-wide|ostream-wide)[\w-]*\.o\)|"
+                  r"libc\.a\(lib_a-(?:\w*wcs\w*|wmem\w+|[fgp]\w*wc|fputws\w*|fgetws\w*|[sv]?\w*wprintf|\w*wscanf|"
+                  r"mbr\w+|wcr\w+|isw\w+|tow\w+)\.o\)")
 # Declared, and no function of coredll.dll: read from the kernel's data page; the program's own.
 NOT_COREDLL = {"GetCurrentThreadId", "WinMain"}
 
