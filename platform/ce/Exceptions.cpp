@@ -3,8 +3,8 @@
 
 #include <atomic>
 #include <cstdlib>
-#include <iterator>
 #include <cxxabi.h>
+#include <iterator>
 
 namespace {
 

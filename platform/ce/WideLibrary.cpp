@@ -1,5 +1,5 @@
-// What the C library's formatted input and output would do with wide text ("%ls", wide streams). Nobody asks for it, and
-// the ready-made functions, which take a wide character for 32 bits, stay out of the executable.
+// What the C library's formatted input and output would do with wide text ("%ls", wide streams). Nobody asks for it,
+// and the ready-made functions, which take a wide character for 32 bits, stay out of the executable.
 #include <cstdio>
 #include <cstdlib>
 #include <cwchar>

@@ -69,6 +69,23 @@ TEST(PanelChecks, WindowProceduresKeepParametersAndExceptions) {
 // On a panel there are no unwind tables behind these: the run time must notice, and end the process.
 TEST(PanelChecks, AnExceptionThatReachesThePlatformEndsTheProcess) {
     PanelChecks panel;
+    EXPECT_EQ(panel.run(program, "escape-main"), ownFault);
     EXPECT_EQ(panel.run(program, "escape-thread"), ownFault);
     EXPECT_EQ(panel.run(program, "escape-procedure"), ownFault);
+}
+
+// The loader begins everything that the platform calls with a stack that is aligned to 4 bytes alone.
+TEST(PanelChecks, AlignsTheStackThatThePlatformGives) {
+    PanelChecks panel;
+    EXPECT_EQ(panel.run(program, "stack"), 0U);
+}
+
+TEST(PanelChecks, MeetsAWriteToWhatIsNotWritable) {
+    PanelChecks panel;
+    for (const char* group : {"write-constant", "write-code"}) {
+        EXPECT_EQ(panel.run(program, group), ownFault) << group;
+        panel.driver().waitForLingering();
+    }
+    for (const auto& entry : std::filesystem::directory_iterator(panel.panel().directory() / "run/output"))
+        std::filesystem::remove(entry); // the emulator tells of the fault
 }

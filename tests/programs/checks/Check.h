@@ -15,8 +15,12 @@ void exceptions();
 void statics();
 void heap();
 void window();
+void stack();
+void writeConstant();
+void writeCode();
 
-// Let an exception out of a thread's entry or a window procedure; they do not come back.
+// Let an exception out of the program, a thread's entry or a window procedure; they do not come back.
+void escapeFromMain();
 void escapeFromThread();
 void escapeFromProcedure();
 

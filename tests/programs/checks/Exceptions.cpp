@@ -191,6 +191,10 @@ void checks::exceptions() {
     counts();
 }
 
+void checks::escapeFromMain() {
+    throw Failure(0, 0);
+}
+
 void checks::escapeFromThread() {
     const HANDLE thread = CreateThread(nullptr, 0, throwing, nullptr, 0, nullptr);
     WaitForSingleObject(thread, INFINITE);

@@ -26,6 +26,10 @@ constexpr Group groups[] = {
     {L"statics", statics},
     {L"heap", heap},
     {L"window", window},
+    {L"stack", stack},
+    {L"write-constant", writeConstant},
+    {L"write-code", writeCode},
+    {L"escape-main", escapeFromMain},
     {L"escape-thread", escapeFromThread},
     {L"escape-procedure", escapeFromProcedure},
 };
