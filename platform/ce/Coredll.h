@@ -45,4 +45,5 @@ private:
 void initialiseHeap() noexcept;
 void initialiseExceptions() noexcept;
 void initialiseStreams() noexcept;
+void initialiseCallbacks() noexcept;
 [[noreturn]] void endProcess(DWORD exitCode) noexcept;

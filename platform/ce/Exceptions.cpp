@@ -1,8 +1,10 @@
 // What the C++ run time needs where there are threads: each thread's exceptions, and statics that are made once.
 #include "platform/ce/Coredll.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <cxxabi.h>
+#include <iterator>
 
 namespace {
 
@@ -13,8 +15,19 @@ struct ThreadExceptions {
     void* propagating;
 };
 
+// For threads whose first exception tells that there is no memory.
+ThreadExceptions reserve[32];
+std::atomic<unsigned> reserved = 0;
+
 DWORD exceptionsIndex;
 RunTimeLock staticsLock;
+
+void* newExceptions() noexcept {
+    if (void* const exceptions = std::calloc(1, sizeof(ThreadExceptions)))
+        return exceptions;
+    const unsigned index = reserved++;
+    return index < std::size(reserve) ? &reserve[index] : nullptr;
+}
 
 } // namespace
 
@@ -29,7 +42,7 @@ namespace __cxxabiv1 {
 extern "C" __cxa_eh_globals* __cxa_get_globals() noexcept {
     void* exceptions = runtime_TlsGetValue(exceptionsIndex);
     if (exceptions == nullptr) {
-        exceptions = std::calloc(1, sizeof(ThreadExceptions));
+        exceptions = newExceptions();
         if (exceptions == nullptr || !runtime_TlsSetValue(exceptionsIndex, exceptions))
             std::abort();
     }

@@ -4,8 +4,11 @@
     .global start
     .type start, %function
 start:
+    .fnstart
+    .cantunwind
     bic sp, sp, #7
     bl runProgram
+    .fnend
 
 // The calling thread's id: a word of the page of kernel data that every process can read. The simulated panel serves the
 // read when it faults; one load of r0 through r0 is all that it expects there.

@@ -18,6 +18,7 @@ void __libc_init_array();
     initialiseHeap();
     initialiseExceptions();
     initialiseStreams();
+    initialiseCallbacks();
     __libc_init_array();
     std::exit(WinMain(instance, previous, commandLine, show));
 }

@@ -51,8 +51,6 @@ const char* errorText(std::uint32_t error) {
         return "that is no path of the panel (such as \\MMCMemory\\Tarvex\\Tarvex.exe)";
     case 206:
         return "its path or its arguments are too long";
-    case 193:
-        return "it is no program (a program for the panel's simulation, or a script that begins with #!)";
     default:
         return "the host refused";
     }
@@ -72,8 +70,13 @@ ProcessHandle Driver::start(const std::string& path, const std::string& commandL
     Call call;
     processes::noticeDead(call.image);
     const Started started = startProgram(call.image, panel.directory().string(), path, commandLine, call.self);
-    if (!started.process)
-        throw std::runtime_error("cannot start " + path + ": " + errorText(started.error));
+    if (!started.process) {
+        const bool bad = started.error == 193;
+        const std::string full = path.starts_with('\\') ? path : '\\' + path;
+        const Place place = locate(panel.directory().string(), full);
+        throw std::runtime_error("cannot start " + path + ": " +
+                                 (bad ? whyNot(kindOf(place.host)) : errorText(started.error)));
+    }
     const ProcessRecord& process = processes::at(call.image, started.process);
     const std::uint32_t handle = objects::openHandle(call.image, Runtime::instance().process(), process.object);
     return {processes::name(call.image, process), handle, process.hostPid, process.aware != 0};

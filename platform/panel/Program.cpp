@@ -6,6 +6,7 @@
 #include <windows.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 #include <elf.h>
 #include <fcntl.h>
@@ -105,9 +106,9 @@ void execute(const Launch& launch) {
 // The panel executable is run by the loader, which the host's emulator runs.
 constexpr const char* emulator = "/usr/bin/qemu-arm-static";
 
-bool canRun(ProgramKind kind) {
-    const bool hasLoader = access(emulator, X_OK) == 0 && access(PANEL_LOADER, X_OK) == 0;
-    return kind != ProgramKind::none && (kind != ProgramKind::panelExecutable || hasLoader);
+const char* loaderPath() {
+    const char* named = std::getenv("PANEL_LOADER");
+    return named ? named : PANEL_LOADER;
 }
 
 void addWords(std::vector<std::string>& words, const std::string& text) {
@@ -136,7 +137,7 @@ Launch prepare(Image& image, const std::string& root, ProgramKind kind, int file
                   kind == ProgramKind::native,
                   !record.aware};
     if (interpreted) {
-        launch.texts = {emulator, PANEL_LOADER, programPath};
+        launch.texts = {emulator, loaderPath(), programPath};
     } else {
         launch.texts.emplace_back(record.path);
         addWords(launch.texts, record.commandLine);
@@ -173,6 +174,19 @@ ProgramKind kindOf(const std::string& hostPath) {
     return kind;
 }
 
+std::string whyNot(ProgramKind kind) {
+    if (kind == ProgramKind::none)
+        return "it is no program (a program for the panel's simulation, a panel executable, or a script that begins "
+               "with #!)";
+    if (kind == ProgramKind::panelExecutable && access(emulator, X_OK) != 0)
+        return std::string("it is a panel executable, and the emulator that it takes is missing: ") + emulator +
+               " (script/setup installs it)";
+    if (kind == ProgramKind::panelExecutable && access(loaderPath(), X_OK) != 0)
+        return std::string("it is a panel executable, and the loader that it takes is missing: ") + loaderPath() +
+               " (cmake --preset loader && ninja -C build/loader makes it)";
+    return {};
+}
+
 Started startProgram(Image& image, const std::string& root, const std::string& path, const std::string& commandLine,
                      Slot starter) {
     if (!image.on)
@@ -184,7 +198,7 @@ Started startProgram(Image& image, const std::string& root, const std::string& p
     if (full.size() >= sizeof ProcessRecord::path || commandLine.size() >= sizeof ProcessRecord::commandLine)
         return {0, ERROR_FILENAME_EXCED_RANGE};
     const ProgramKind kind = kindOf(place.host);
-    if (!canRun(kind))
+    if (!whyNot(kind).empty())
         return {0, ERROR_BAD_EXE_FORMAT};
     if (!(place.status.st_mode & S_IXUSR)) // the panel has no such attribute
         chmod(place.host.c_str(), place.status.st_mode | S_IXUSR | S_IXGRP | S_IXOTH);

@@ -18,6 +18,10 @@ enum class ProgramKind {
 
 ProgramKind kindOf(const std::string& hostPath);
 
+// For people: why this machine cannot run such a file; empty if it can. A panel executable takes an emulator, and the
+// loader of the build (or the one that PANEL_LOADER in the environment names).
+std::string whyNot(ProgramKind kind);
+
 struct Started {
     Slot process = 0;
     std::uint32_t error = 0; // a Windows error if process is 0

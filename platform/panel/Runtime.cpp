@@ -89,7 +89,8 @@ void Runtime::attachProgram() {
     root = directory;
     mapped = mapImage(root + "/run/kernel");
     if (!mapped || slot < 1 || slot > maxProcesses || !begin(slot, serial)) {
-        std::fputs("The panel has been switched off.\n", stderr);
+        std::fputs("The panel has been switched off, or was switched on by another version of the simulation.\n",
+                   stderr);
         _exit(127);
     }
     processSlot = slot;

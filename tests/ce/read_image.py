@@ -11,6 +11,13 @@ MACHINE_ARM = 0x01C0
 SUBSYSTEM_CE = 9
 MAXIMUM_SIZE = 400 * 1024
 PAGE = 0x1000
+# Fixed address, executable, no line numbers, no symbols, 32 bits.
+CHARACTERISTICS = 0x010F
+SECTIONS = [
+    (b".text", 0x60000020), # code, executable, readable
+    (b".rdata", 0x40000040), # initialised, readable
+    (b".data", 0xC0000040), # initialised, readable, writable
+]
 
 
 def listed(path):
@@ -33,12 +40,22 @@ def main(executable, inc):
     faults += image.get_warnings()
     header = image.OPTIONAL_HEADER
     expect("machine", image.FILE_HEADER.Machine, MACHINE_ARM)
+    expect("characteristics", image.FILE_HEADER.Characteristics, CHARACTERISTICS)
+    expect("kind of header", header.Magic, 0x010B)
     expect("subsystem", header.Subsystem, SUBSYSTEM_CE)
     expect("subsystem version", (header.MajorSubsystemVersion, header.MinorSubsystemVersion), (5, 0))
     expect("base", header.ImageBase, 0x10000)
     expect("alignments", (header.SectionAlignment, header.FileAlignment), (PAGE, PAGE))
     expect("time", image.FILE_HEADER.TimeDateStamp, 0)
-    expect("sections", [s.Name.rstrip(b"\0") for s in image.sections], [b".text", b".rdata", b".data"])
+    expect("sections", [(s.Name.rstrip(b"\0"), s.Characteristics) for s in image.sections], SECTIONS)
+    next_address = header.SizeOfHeaders
+    for section in image.sections:
+        # What lies at an offset of the file lies at that offset of the image.
+        expect(f"{section.Name} in the file", section.PointerToRawData, section.VirtualAddress)
+        expect(f"{section.Name} in memory", section.VirtualAddress, next_address)
+        expect(f"{section.Name} beyond whole pages", section.SizeOfRawData % PAGE, 0)
+        next_address = (section.VirtualAddress + section.Misc_VirtualSize + PAGE - 1) // PAGE * PAGE
+    expect("relocations", image.OPTIONAL_HEADER.DATA_DIRECTORY[5].Size, 0)
     code = image.sections[0]
     if not code.VirtualAddress <= header.AddressOfEntryPoint < code.VirtualAddress + code.Misc_VirtualSize:
         faults.append("the entry lies outside of the code")
@@ -47,6 +64,10 @@ def main(executable, inc):
     blocks = image.DIRECTORY_ENTRY_IMPORT
     expect("libraries", {b.dll.lower() for b in blocks}, {b"coredll.dll"})
     expect("imports", [[i.name.decode() for i in b.imports] for b in blocks], listed(inc))
+    data = image.sections[2]
+    slots = header.DATA_DIRECTORY[12] # the import address table, which the platform writes to
+    if not data.VirtualAddress <= slots.VirtualAddress <= data.VirtualAddress + data.SizeOfRawData - slots.Size:
+        faults.append("the addresses of the imports lie outside of the writable section")
     size = len(image.__data__)
     if size > MAXIMUM_SIZE:
         faults.append(f"{size} bytes, more than {MAXIMUM_SIZE}")

@@ -5,6 +5,8 @@
 #include <nlohmann/json.hpp>
 
 #include <cstdio>
+#include <cstdlib>
+#include <fstream>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -99,6 +101,12 @@ TEST_F(PanelCommand, SaysWhatIsWrongInOneLine) {
     succeed("boot --stepped");
     fails("boot", "on already");
     fails("start '\\MMCMemory\\none.exe'", "no such file");
+    std::ofstream(directory / "p/fs/MMCMemory/text.exe") << "text";
+    fails("start '\\MMCMemory\\text.exe'", "it is no program");
+    std::ofstream(directory / "p/fs/MMCMemory/panel.exe") << "MZ";
+    setenv("PANEL_LOADER", "/nowhere/loader", 1);
+    fails("start '\\MMCMemory\\panel.exe'", "the loader that it takes is missing: /nowhere/loader (");
+    unsetenv("PANEL_LOADER");
     fails("send NoWindow Message 1", "NoWindow");
     fails("plug missing-folder", "missing-folder");
     fails("unplug 'Hard Disk'", "Hard Disk");

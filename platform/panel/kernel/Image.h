@@ -8,11 +8,11 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 
 namespace panel {
 
-inline constexpr std::uint32_t imageVersion = 2;
 inline constexpr std::uint32_t maxProcesses = 32; // as on the platform
 inline constexpr std::uint32_t maxThreads = 512;
 inline constexpr std::uint32_t maxObjects = 1024;
@@ -263,5 +263,43 @@ struct Image {
 static_assert(std::atomic<std::uint32_t>::is_always_lock_free && sizeof(std::atomic<std::uint32_t>) == 4);
 static_assert(sizeof(MessageRecord) == 48 && sizeof(ObjectRecord) == 856 && sizeof(ClockRecord) == 40 &&
               sizeof(BlockDeviceRecord) == 616 && sizeof(QueueMessageRecord) == 268);
+
+// One number for the layout. A program that was built with another one, be it for the other machine, is refused: it
+// would misread the tables. A new table of Image joins by a line here.
+constexpr std::uint32_t layoutNumber() {
+    const std::size_t facts[] = {
+        sizeof(Image),
+        offsetof(Image, clock),
+        offsetof(Image, tracing),
+        offsetof(Image, volumes),
+        offsetof(Image, programs),
+        offsetof(Image, faults),
+        offsetof(Image, lingering),
+        offsetof(Image, ended),
+        offsetof(Image, blockDevices),
+        offsetof(Image, queueMessages),
+        offsetof(Image, objects),
+        offsetof(Image, windows),
+        offsetof(Image, threads),
+        offsetof(Image, processes),
+        offsetof(Image, messages),
+        offsetof(ObjectRecord, device),
+        offsetof(BlockDeviceRecord, partitions),
+        offsetof(ProcessRecord, hostStart),
+        offsetof(ProcessRecord, path),
+        offsetof(ProcessRecord, handles),
+        offsetof(ThreadRecord, waitKey),
+        offsetof(ThreadRecord, waitObjects),
+        offsetof(ThreadRecord, id),
+        offsetof(MessageRecord, lParam),
+        offsetof(WindowRecord, procedure),
+    };
+    std::uint32_t number = 2166136261U; // FNV-1a over words
+    for (const std::size_t fact : facts)
+        number = (number ^ static_cast<std::uint32_t>(fact)) * 16777619U;
+    return number;
+}
+
+inline constexpr std::uint32_t imageVersion = layoutNumber();
 
 } // namespace panel

@@ -1,6 +1,7 @@
 // What the imports of the panel executable are bound to. The C run time's own calls neither count nor show in a trace,
 // so they are served here, past the simulated panel's gate.
 #include "platform/panel/Runtime.h"
+#include "platform/tool/loader/Callbacks.h"
 #include "platform/tool/loader/Image.h"
 
 #include <msgqueue.h>
@@ -77,6 +78,21 @@ BOOL TerminateProcess(HANDLE, DWORD exitCode) noexcept { // only its own
 
 } // namespace runtime
 
+namespace program { // what takes a function of the program, which the platform will call
+
+HANDLE CreateThread(SECURITY_ATTRIBUTES* security, DWORD stackSize, LPTHREAD_START_ROUTINE entry, LPVOID parameter,
+                    DWORD flags, DWORD* threadId) noexcept {
+    return ::CreateThread(security, stackSize, onPlatformStack(entry), parameter, flags, threadId);
+}
+
+ATOM RegisterClassW(const WNDCLASSW* windowClass) noexcept {
+    WNDCLASSW registered = *windowClass;
+    registered.lpfnWndProc = onPlatformStack(registered.lpfnWndProc);
+    return ::RegisterClassW(&registered);
+}
+
+} // namespace program
+
 using Table = std::map<std::string, void*>;
 
 template<class Function>
@@ -86,6 +102,8 @@ void* address(Function* function) {
 
 Table programTable() {
     return {
+        {"CreateThread", address(&program::CreateThread)}, // the first of a name stays
+        {"RegisterClassW", address(&program::RegisterClassW)},
 #define COREDLL(name, how, failure, lastError) {#name, address(&::name)},
 #define COREDLL_SURE(name, how) {#name, address(&::name)},
 #include <coredll.inc>

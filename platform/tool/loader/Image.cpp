@@ -2,6 +2,7 @@
 
 #include "platform/panel/kernel/Host.h"
 
+#include <algorithm>
 #include <cstring>
 #include <stdexcept>
 #include <sys/mman.h>
@@ -66,6 +67,12 @@ void bindImports(char* base, std::uint32_t directory) {
         throw std::runtime_error("the panel has no" + missing);
 }
 
+// Who may do what with a section: its flags' upper bits.
+int protectionOf(std::uint32_t flags) {
+    return (flags & 0x40000000 ? PROT_READ : 0) | (flags & 0x80000000 ? PROT_WRITE : 0) |
+           (flags & 0x20000000 ? PROT_EXEC : 0);
+}
+
 } // namespace
 
 Image load(const std::string& hostPath) {
@@ -76,11 +83,12 @@ Image load(const std::string& hostPath) {
     auto* const wanted =
         reinterpret_cast<char*>(static_cast<std::uintptr_t>(at<std::uint32_t>(file, header + imageBase)));
     const auto size = at<std::uint32_t>(file, header + imageSize);
-    void* const base = mmap(wanted, size, PROT_READ | PROT_WRITE | PROT_EXEC,
-                            MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED_NOREPLACE, -1, 0);
+    void* const base =
+        mmap(wanted, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_FIXED_NOREPLACE, -1, 0);
     if (base != wanted)
         throw std::runtime_error("the address of its image is taken");
-    for (std::uint32_t index = 0; index < at<std::uint16_t>(file, header + sectionCount); ++index) {
+    const auto sections = at<std::uint16_t>(file, header + sectionCount);
+    for (std::uint32_t index = 0; index < sections; ++index) {
         const std::uint32_t section = header + sectionTable + index * sectionRecord;
         const auto target = at<std::uint32_t>(file, section + 12);
         const auto length = at<std::uint32_t>(file, section + 16);
@@ -91,6 +99,14 @@ Image load(const std::string& hostPath) {
     }
     bindImports(wanted, at<std::uint32_t>(file, header + importDirectory));
     __builtin___clear_cache(wanted, wanted + size);
+    mprotect(wanted, size, PROT_READ);
+    for (std::uint32_t index = 0; index < sections; ++index) {
+        const std::uint32_t section = header + sectionTable + index * sectionRecord;
+        const auto target = at<std::uint32_t>(file, section + 12);
+        const auto length = std::max(at<std::uint32_t>(file, section + 8), at<std::uint32_t>(file, section + 16));
+        if (mprotect(wanted + target, length, protectionOf(at<std::uint32_t>(file, section + 36))) != 0)
+            throw std::runtime_error("its sections overlap or lie outside of its image");
+    }
     return {static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(wanted)) +
             at<std::uint32_t>(file, header + entryPoint)};
 }

@@ -3,6 +3,7 @@
 #include "platform/panel/Runtime.h"
 #include "platform/panel/Text.h"
 #include "platform/panel/api/Numbers.h"
+#include "platform/tool/loader/Callbacks.h"
 #include "platform/tool/loader/Image.h"
 
 #include <windows.h>
@@ -51,7 +52,7 @@ int main(int argc, char** argv) {
     const auto text = std::make_unique<wchar_t[]>(capacity);
     panel::toWide(commandLine, text.get(), capacity);
     try {
-        const auto entry = reinterpret_cast<Entry>(loader::load(argv[1]).entry);
+        const auto entry = loader::onPlatformStack(reinterpret_cast<Entry>(loader::load(argv[1]).entry));
         entry(reinterpret_cast<HINSTANCE>(panel::handleOf(panel::moduleHandle)), nullptr, text.get(), 5);
     } catch (const std::exception& failure) {
         std::fprintf(stderr, "%s cannot be run: %s\n", argv[1], failure.what());
