@@ -96,6 +96,9 @@ Panel Panel::create(const fs::path& directory, const PanelOptions& options) {
                {"date", options.date < 0 ? hostDate.count() : options.date}});
     Panel panel(directory);
     panel.devices().create(options.without);
+    const char model[] = {static_cast<char>(options.model), static_cast<char>(options.model >> 8)};
+    panel.devices().setTag(18, {model, sizeof model});
+    panel.devices().setTag(48, options.guid);
     panel.saveVolumes({{"MMCMemory", false, false}, {"NANDFlash", false, false}});
     return panel;
 }
@@ -113,7 +116,11 @@ fs::path Panel::hostPath(std::string_view panelPath) const {
 
 PanelOptions Panel::options() const {
     const Json facts = readJson(root / "devices/panel.json");
-    return {facts.at("screen").at("width"), facts.at("screen").at("height"), facts.at("date"), {}};
+    PanelOptions options;
+    options.screenWidth = facts.at("screen").at("width");
+    options.screenHeight = facts.at("screen").at("height");
+    options.date = facts.at("date");
+    return options;
 }
 
 bool Panel::isOn() const {

@@ -24,6 +24,8 @@ struct PanelOptions {
     std::uint32_t screenHeight = 480;
     std::int64_t date = -1; // ms since 1970 UTC; below 0: the host's
     std::vector<std::string> without; // the devices that it lacks, of knownDevices()
+    std::uint16_t model = 1026; // the model code, tag 18
+    std::string guid = std::string("\x00\x11\x22\x33\x44\x55\x66\x77\x88\x99\xaa\xbb\xcc\xdd\xee\xff", 16); // tag 48
 };
 
 struct BootOptions {

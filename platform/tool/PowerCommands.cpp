@@ -15,6 +15,8 @@ struct CreateOptions {
     std::string screen = "800x480";
     std::string date;
     std::vector<std::string> without;
+    std::uint16_t model = panel::PanelOptions().model;
+    std::string guid;
 };
 
 void create(const CreateOptions& options) {
@@ -27,6 +29,11 @@ void create(const CreateOptions& options) {
     if (!options.date.empty())
         facts.date = parseDate(options.date);
     facts.without = options.without;
+    facts.model = options.model;
+    if (!options.guid.empty())
+        facts.guid = panel::parseHex(options.guid);
+    if (facts.guid.size() != 16)
+        throw std::runtime_error("a GUID has 16 bytes: \"" + options.guid + "\" is none");
     const auto made = panel::Panel::create(options.directory, facts);
     std::printf("Made a panel in %s: screen %u x %u, %s\n", made.directory().c_str(), facts.screenWidth,
                 facts.screenHeight, formatDate(made.options().date).c_str());
@@ -41,6 +48,8 @@ void addCreate(CLI::App& app) {
         ->type_name("DATE");
     command->add_option("--without", options->without, "A device that it lacks, such as BKL1 (panel device lists them)")
         ->type_name("DEVICE");
+    command->add_option("--model", options->model, "Its model code (tag 18)")->type_name("N")->capture_default_str();
+    command->add_option("--guid", options->guid, "Its GUID (tag 48): 16 bytes in hexadecimal")->type_name("BYTES");
     command->callback([options] { create(*options); });
 }
 
