@@ -141,6 +141,7 @@ const std::vector<DeviceFacts>& knownDevices() {
          {{"writable", 0x70230, 0, 0}, {"read-only", 0x7022C, 0, 0}},
          {}},
         {"tags", "", "tag library", tagOperations(), {}},
+        {"PowerManager", "", "user activity", {}, {}},
     };
     return devices;
 }

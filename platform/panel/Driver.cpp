@@ -4,6 +4,7 @@
 #include "platform/panel/Functions.h"
 #include "platform/panel/Program.h"
 #include "platform/panel/Text.h"
+#include "platform/panel/kernel/Activity.h"
 #include "platform/panel/kernel/Clock.h"
 #include "platform/panel/kernel/Host.h"
 #include "platform/panel/kernel/Objects.h"
@@ -152,6 +153,7 @@ PanelStatus Driver::status() {
                        {},
                        {},
                        {},
+                       activity::isActive(call.image),
                        call.image.flashWritable != 0,
                        {std::begin(call.image.backLight), std::end(call.image.backLight)}};
     for (Slot slot = 1; slot <= maxProcesses; ++slot) {

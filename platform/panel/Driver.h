@@ -52,6 +52,7 @@ struct PanelStatus {
     std::vector<ProcessStatus> processes;
     std::vector<EndedStatus> ended; // the last ones, oldest first
     std::vector<WindowStatus> windows;
+    std::optional<bool> userActive; // empty: there is no power manager
     bool flashWritable;
     std::vector<std::uint32_t> backLight; // what the driver holds
 };

@@ -3,6 +3,7 @@
 #include "platform/panel/Mapping.h"
 #include "platform/panel/Text.h"
 #include "platform/panel/api/FileTimes.h"
+#include "platform/panel/kernel/Activity.h"
 #include "platform/panel/kernel/Clock.h"
 #include "platform/panel/kernel/Host.h"
 #include "platform/panel/kernel/Processes.h"
@@ -146,6 +147,8 @@ void Panel::initialise(Image& image, const BootOptions& options, std::int64_t da
     setVolumes(image, volumes());
     const std::vector<std::uint32_t> levels = devices().state("BKL1").values;
     std::copy(levels.begin(), levels.end(), image.backLight);
+    if (devices().has("PowerManager"))
+        activity::make(image);
     image.on = 1;
     image.magic = imageMagic;
 }

@@ -20,6 +20,7 @@ void addRunning(Json& answer, const panel::PanelStatus& status, std::size_t faul
                        {"factor", status.factor},
                        {"time", status.time},
                        {"ticks", status.ticks}};
+    answer["userActive"] = status.userActive ? Json(*status.userActive) : Json(nullptr);
     answer["backLight"] = status.backLight;
     answer["flashWritable"] = status.flashWritable;
     answer["trace"] = status.tracing;
@@ -53,6 +54,9 @@ void addRunning(Table& facts, const panel::PanelStatus& status, std::size_t faul
     facts.add({"clock", stepped ? "stepped" : status.factor == 1 ? "flowing" : factor});
     facts.add({"date", formatDate(status.date)});
     facts.add({"tick count", std::to_string(status.ticks)});
+    facts.add({"user", !status.userActive   ? "unknown: there is no power manager"
+                       : *status.userActive ? "active"
+                                            : "inactive"});
     facts.add({"backlight", levels(status)});
     facts.add({"flash", status.flashWritable ? "\\NANDFlash is writable" : "\\NANDFlash is write-protected"});
     facts.add({"trace", status.tracing ? "on" : "off"});

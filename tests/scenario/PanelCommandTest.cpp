@@ -132,6 +132,21 @@ TEST_F(PanelCommand, ShowsDevicesAndTellsThemWhatToDo) {
         EXPECT_EQ(device.at("present"), true) << device;
 }
 
+TEST_F(PanelCommand, LetsTheUserComeAndGo) {
+    succeed("create p");
+    succeed("boot --stepped");
+    EXPECT_EQ(json("status").at("userActive"), true);
+    succeed("idle");
+    EXPECT_EQ(json("status").at("userActive"), false);
+    succeed("active");
+    EXPECT_EQ(json("status").at("userActive"), true);
+    succeed("off");
+    succeed("device PowerManager remove");
+    succeed("boot --stepped");
+    EXPECT_EQ(json("status").at("userActive"), nullptr);
+    EXPECT_EQ(call("idle").code, 1);
+}
+
 TEST_F(PanelCommand, KeepsTheTagStore) {
     succeed("create p --model 1030 --guid 000102030405060708090a0b0c0d0e0f");
     succeed("tag set 7 0a 0B0c");

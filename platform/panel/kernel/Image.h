@@ -191,6 +191,8 @@ struct Image {
     std::uint32_t screenWidth;
     std::uint32_t screenHeight;
     std::uint32_t flashWritable; // its volume driver was told so
+    Slot activeEvent; // the power manager's; 0: the panel has none
+    Slot inactiveEvent;
     std::uint32_t backLight[4]; // what the driver holds now
     std::uint32_t messagesUsed; // records of `messages` that were ever used
     Slot freeMessage;
