@@ -187,6 +187,7 @@ HMODULE WINAPI GetModuleHandleW(LPCWSTR module) noexcept; // only null: the prog
 // Characters written, without the zero; the path that the program was started by. 0 on failure.
 DWORD WINAPI GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD characters) noexcept;
 
+// Of no type in particular: to be cast, by way of void*, which compilers take without a warning.
 using FARPROC = std::intptr_t(WINAPI*)();
 
 // The name's case, and its ".dll", do not matter. Null and ERROR_MOD_NOT_FOUND if there is none.

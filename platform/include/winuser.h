@@ -10,6 +10,7 @@ using HMENU = HMENU__*;
 using HICON = HICON__*;
 using HCURSOR = HICON;
 using HBRUSH = HBRUSH__*;
+using HGDIOBJ = void*; // a brush, here
 
 extern "C" {
 
@@ -65,9 +66,15 @@ inline constexpr UINT WM_DESTROY = 0x0002;
 inline constexpr UINT WM_CLOSE = 0x0010;
 inline constexpr UINT WM_QUIT = 0x0012;
 inline constexpr UINT WM_GETMINMAXINFO = 0x0024;
+inline constexpr UINT WM_SHOWWINDOW = 0x0018; // wParam: becomes visible
 inline constexpr UINT WM_NCCREATE = 0x0081;
 inline constexpr UINT WM_NCDESTROY = 0x0082;
 inline constexpr UINT WM_NCCALCSIZE = 0x0083;
+inline constexpr UINT WM_USER = 0x0400;
+inline constexpr DWORD WS_VISIBLE = 0x10000000;
+inline constexpr DWORD WS_POPUP = 0x80000000;
+inline constexpr DWORD WS_EX_TOPMOST = 0x8;
+inline constexpr DWORD WS_EX_TOOLWINDOW = 0x80;
 inline constexpr int CW_USEDEFAULT = static_cast<int>(0x80000000U);
 inline constexpr int SM_CXSCREEN = 0; // pixels
 inline constexpr int SM_CYSCREEN = 1;
@@ -86,5 +93,19 @@ BOOL WINAPI TranslateMessage(const MSG* message) noexcept;
 LRESULT WINAPI DispatchMessageW(const MSG* message) noexcept;
 BOOL WINAPI PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
 int WINAPI GetSystemMetrics(int index) noexcept;
+
+// ---- The screen -----------------------------------------------------------------------------------------------------
+
+inline constexpr int SW_HIDE = 0;
+inline constexpr int SW_SHOW = 5;
+inline constexpr int WHITE_BRUSH = 0; // objects of GetStockObject
+inline constexpr int BLACK_BRUSH = 4;
+inline constexpr int NULL_BRUSH = 5;
+
+BOOL WINAPI ShowWindow(HWND window, int command) noexcept; // whether it was visible before
+BOOL WINAPI UpdateWindow(HWND window) noexcept; // paints at once what is to be painted
+// Counts up or down; the cursor is shown while the count is not below 0. Answers the new count.
+int WINAPI ShowCursor(BOOL show) noexcept;
+HGDIOBJ WINAPI GetStockObject(int object) noexcept; // not to be deleted
 
 } // extern "C"

@@ -7,6 +7,8 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <cctype>
+#include <cstdio>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -60,31 +62,6 @@ void checkOperation(const DeviceFacts& device, std::string_view operation) {
                                  "\" (panel device " + std::string(device.name) + " shows what it has)");
 }
 
-std::string hexLines(std::string_view bytes) {
-    constexpr std::size_t inLine = 16;
-    std::string text;
-    char number[4];
-    for (std::size_t index = 0; index < bytes.size(); ++index) {
-        const bool last = index + 1 == bytes.size() || (index + 1) % inLine == 0;
-        std::snprintf(number, sizeof number, last ? "%02x\n" : "%02x ", static_cast<unsigned char>(bytes[index]));
-        text += number;
-    }
-    return text;
-}
-
-std::string bytesFrom(const std::string& hex) {
-    std::string bytes;
-    std::istringstream words(hex);
-    for (std::string word; words >> word;) {
-        std::size_t used = 0;
-        const auto value = word.size() == 2 ? std::stoul(word, &used, 16) : 0;
-        if (used != 2)
-            throw std::runtime_error("not bytes in hexadecimal: \"" + word + '"');
-        bytes += static_cast<char>(value);
-    }
-    return bytes;
-}
-
 std::string lineOf(const Request& request) {
     char time[24];
     std::snprintf(time, sizeof time, "%10llu ", static_cast<unsigned long long>(request.time));
@@ -110,7 +87,48 @@ Request requestFrom(const std::string& line) {
     return request;
 }
 
+// The tag library's operations are its functions.
+std::vector<OperationFacts> tagOperations() {
+    return {
+#define TAG_FUNCTION(name) {#name, 0, 0, 0},
+#include <tagUserAPI.inc>
+    };
+}
+
 } // namespace
+
+std::string formatHex(std::string_view bytes) {
+    constexpr std::size_t inLine = 16;
+    std::string text;
+    char number[4];
+    for (std::size_t index = 0; index < bytes.size(); ++index) {
+        const bool last = index + 1 == bytes.size() || (index + 1) % inLine == 0;
+        std::snprintf(number, sizeof number, last ? "%02x\n" : "%02x ", static_cast<unsigned char>(bytes[index]));
+        text += number;
+    }
+    return text;
+}
+
+std::string parseHex(std::string_view text) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::string bytes;
+    bool half = false;
+    for (const char character : text) {
+        if (std::isspace(static_cast<unsigned char>(character)) && !half)
+            continue;
+        const auto digit = digits.find(static_cast<char>(std::tolower(static_cast<unsigned char>(character))));
+        if (digit == std::string_view::npos)
+            throw std::runtime_error("not bytes in hexadecimal: \"" + std::string(text) + "\" (such as \"02 04\")");
+        if (half)
+            bytes.back() = static_cast<char>(bytes.back() << 4 | static_cast<char>(digit));
+        else
+            bytes += static_cast<char>(digit);
+        half = !half;
+    }
+    if (half)
+        throw std::runtime_error("a byte has two digits: \"" + std::string(text) + '"');
+    return bytes;
+}
 
 const std::vector<DeviceFacts>& knownDevices() {
     static const std::vector<DeviceFacts> devices = {
@@ -122,6 +140,8 @@ const std::vector<DeviceFacts>& knownDevices() {
          "flash protection",
          {{"writable", 0x70230, 0, 0}, {"read-only", 0x7022C, 0, 0}},
          {}},
+        {"tags", "", "tag library", tagOperations(), {}},
+        {"PowerManager", "", "user activity", {}, {}},
     };
     return devices;
 }
@@ -261,7 +281,7 @@ std::map<std::uint32_t, std::string> Devices::tags() const {
     for (const fs::directory_entry& entry : fs::directory_iterator(folder / "tags")) {
         const std::string name = entry.path().filename().string();
         if (name.size() < 10 && name.find_first_not_of("0123456789") == std::string::npos)
-            result[static_cast<std::uint32_t>(std::stoul(name))] = bytesFrom(host::readFile(entry.path().string()));
+            result[static_cast<std::uint32_t>(std::stoul(name))] = parseHex(host::readFile(entry.path().string()));
     }
     return result;
 }
@@ -269,12 +289,12 @@ std::map<std::uint32_t, std::string> Devices::tags() const {
 std::optional<std::string> Devices::tag(std::uint32_t id) const {
     if (!fs::exists(fileOf(id)))
         return std::nullopt;
-    return bytesFrom(host::readFile(fileOf(id).string()));
+    return parseHex(host::readFile(fileOf(id).string()));
 }
 
 void Devices::setTag(std::uint32_t id, std::string_view bytes) const {
     fs::create_directories(folder / "tags");
-    host::writeFile(fileOf(id).string(), hexLines(bytes));
+    host::writeFile(fileOf(id).string(), formatHex(bytes));
 }
 
 bool Devices::removeTag(std::uint32_t id) const {

@@ -77,6 +77,10 @@ struct Request {
     std::uint32_t error = 0; // 0: it was granted
 };
 
+// A tag's bytes as people write them: "02 04", sixteen in a line.
+std::string formatHex(std::string_view bytes);
+std::string parseHex(std::string_view text);
+
 class Devices {
 public:
     explicit Devices(const std::filesystem::path& panelDirectory);

@@ -4,10 +4,13 @@
 #include "platform/panel/Functions.h"
 #include "platform/panel/Program.h"
 #include "platform/panel/Text.h"
+#include "platform/panel/api/Numbers.h"
+#include "platform/panel/kernel/Activity.h"
 #include "platform/panel/kernel/Clock.h"
 #include "platform/panel/kernel/Host.h"
 #include "platform/panel/kernel/Objects.h"
 #include "platform/panel/kernel/Processes.h"
+#include "platform/panel/kernel/Screen.h"
 #include "platform/panel/kernel/Wait.h"
 
 #include <algorithm>
@@ -54,6 +57,24 @@ const char* errorText(std::uint32_t error) {
     default:
         return "the host refused";
     }
+}
+
+std::string processOf(Image& image, const WindowRecord& window) {
+    return processes::name(image, processes::at(image, scheduler::at(image, window.thread).process));
+}
+
+std::string backgroundOf(const WindowRecord& window) {
+    const std::uint32_t brush = window.background - firstStockObject;
+    if (window.background == 0 || brush == NULL_BRUSH)
+        return "none";
+    return brush == BLACK_BRUSH ? "black" : brush == WHITE_BRUSH ? "white" : "other";
+}
+
+ScreenStatus screenStatus(Image& image) {
+    const WindowRecord* window = screen::cover(image);
+    if (!window)
+        return {{}, {}, "none", image.cursorCount};
+    return {window->className, processOf(image, *window), backgroundOf(*window), image.cursorCount};
 }
 
 } // namespace
@@ -184,8 +205,14 @@ PanelStatus Driver::status() {
                        {},
                        {},
                        {},
+                       activity::isActive(call.image),
                        call.image.flashWritable != 0,
-                       {std::begin(call.image.backLight), std::end(call.image.backLight)}};
+                       {std::begin(call.image.backLight), std::end(call.image.backLight)},
+                       screenStatus(call.image),
+                       {}};
+    for (const SignalRecord& signal : call.image.signals)
+        if (signal.name[0])
+            status.signals.push_back({signal.name, signal.count});
     for (Slot slot = 1; slot <= maxProcesses; ++slot) {
         const ProcessRecord& process = processes::at(call.image, slot);
         if (process.state == ProcessState::free || slot == Runtime::instance().process())
@@ -212,11 +239,8 @@ PanelStatus Driver::status() {
                  ended.exitCode, ended.time});
     }
     for (const WindowRecord& window : call.image.windows)
-        if (window.used) {
-            const Slot owner = scheduler::at(call.image, window.thread).process;
-            const std::string process = processes::name(call.image, processes::at(call.image, owner));
-            status.windows.push_back({window.className, process, window.visible != 0});
-        }
+        if (window.used)
+            status.windows.push_back({window.className, processOf(call.image, window), window.visible != 0});
     return status;
 }
 

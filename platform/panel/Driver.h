@@ -42,6 +42,18 @@ struct EndedStatus {
     std::uint64_t time; // panel ms
 };
 
+struct ScreenStatus {
+    std::string cover; // class of the window that takes the whole screen; empty: none does
+    std::string process; // its
+    std::string background; // "black", "white", "none" or "other"
+    std::int32_t cursorCount; // the cursor is shown while it is not below 0
+};
+
+struct SignalStatus { // a named event that was set since boot
+    std::string event;
+    std::uint32_t count;
+};
+
 struct PanelStatus {
     ClockMode mode;
     double factor;
@@ -52,8 +64,11 @@ struct PanelStatus {
     std::vector<ProcessStatus> processes;
     std::vector<EndedStatus> ended; // the last ones, oldest first
     std::vector<WindowStatus> windows;
+    std::optional<bool> userActive; // empty: there is no power manager
     bool flashWritable;
     std::vector<std::uint32_t> backLight; // what the driver holds
+    ScreenStatus screen;
+    std::vector<SignalStatus> signals; // the first of them that were set
 };
 
 struct InitStart { // of a program that the registry lists under HKEY_LOCAL_MACHINE\init

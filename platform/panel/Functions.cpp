@@ -1,9 +1,7 @@
 #include "platform/panel/Functions.h"
 
-#include <msgqueue.h>
-#include <pnp.h>
-#include <storemgr.h>
-#include <windows.h>
+#include <coredll.h>
+#include <tagUserAPI.h>
 
 namespace panel {
 
@@ -17,11 +15,15 @@ constexpr bool isPlatformFunction(Result (*)(Arguments...) noexcept) {
     return true;
 }
 #include <coredll.inc>
+#define TAG_FUNCTION(name) static_assert(isPlatformFunction(&::name));
+#include <tagUserAPI.inc>
 
 constexpr FunctionFacts table[] = {
 #define COREDLL(name, how, failure, lastError) {#name, true, failure, lastError},
 #define COREDLL_SURE(name, how) {#name, false, 0, 0},
 #include <coredll.inc>
+#define TAG_FUNCTION(name) {#name, true, FALSE, ERROR_GEN_FAILURE},
+#include <tagUserAPI.inc>
 };
 
 } // namespace

@@ -1,4 +1,5 @@
-// The API's functions by number, with what each answers when it fails: the one list of platform/include, as a table.
+// The API's functions by number, with what each answers when it fails: the list of platform/include, as a table; and
+// those of the tag library.
 #pragma once
 
 #include <cstdint>
@@ -11,6 +12,8 @@ enum class Function : std::uint32_t {
 #define COREDLL(name, how, failure, lastError) name,
 #define COREDLL_SURE(name, how) name,
 #include <coredll.inc>
+#define TAG_FUNCTION(name) name,
+#include <tagUserAPI.inc>
     count
 };
 

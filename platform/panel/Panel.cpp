@@ -2,6 +2,7 @@
 
 #include "platform/panel/Mapping.h"
 #include "platform/panel/Text.h"
+#include "platform/panel/kernel/Activity.h"
 #include "platform/panel/kernel/Clock.h"
 #include "platform/panel/kernel/Host.h"
 #include "platform/panel/kernel/Processes.h"
@@ -63,6 +64,9 @@ Panel Panel::create(const fs::path& directory, const PanelOptions& options) {
     Panel panel(directory);
     panel.devices().create(options.without);
     panel.disks().create();
+    const char model[] = {static_cast<char>(options.model), static_cast<char>(options.model >> 8)};
+    panel.devices().setTag(18, {model, sizeof model});
+    panel.devices().setTag(48, options.guid);
     return panel;
 }
 
@@ -109,6 +113,8 @@ void Panel::initialise(Image& image, const BootOptions& options, std::int64_t da
     disks().show(image);
     const std::vector<std::uint32_t> levels = devices().state("BKL1").values;
     std::copy(levels.begin(), levels.end(), image.backLight);
+    if (devices().has("PowerManager"))
+        activity::make(image);
     image.on = 1;
     image.magic = imageMagic;
 }

@@ -30,6 +30,8 @@ struct PanelOptions {
     std::string version = "2.15"; // of the platform: HKEY_LOCAL_MACHINE\ORVA, "Version"
     std::string name = "Panel"; // HKEY_LOCAL_MACHINE\Ident, "Name"
     std::vector<std::string> without; // the devices that it lacks, of knownDevices()
+    std::uint16_t model = 1026; // the model code, tag 18
+    std::string guid = std::string("\x00\x11\x22\x33\x44\x55\x66\x77\x88\x99\xaa\xbb\xcc\xdd\xee\xff", 16); // tag 48
 };
 
 struct BootOptions {

@@ -15,6 +15,7 @@ struct CreateOptions {
     std::string screen = "800x480";
     std::string date;
     panel::PanelOptions facts;
+    std::string guid;
 };
 
 void create(const CreateOptions& options) {
@@ -26,6 +27,10 @@ void create(const CreateOptions& options) {
         throw std::runtime_error("not a screen size: \"" + options.screen + "\" (such as 800x480)");
     if (!options.date.empty())
         facts.date = parseDate(options.date);
+    if (!options.guid.empty())
+        facts.guid = panel::parseHex(options.guid);
+    if (facts.guid.size() != 16)
+        throw std::runtime_error("a GUID has 16 bytes: \"" + options.guid + "\" is none");
     const auto made = panel::Panel::create(options.directory, facts);
     std::printf("Made a panel in %s: screen %u x %u, %s\n", made.directory().c_str(), facts.screenWidth,
                 facts.screenHeight, formatDate(made.options().date).c_str());
@@ -42,8 +47,14 @@ void addCreate(CLI::App& app) {
         ->type_name("TEXT")
         ->capture_default_str();
     command->add_option("--name", options->facts.name, "The device's name")->type_name("TEXT")->capture_default_str();
-    command->add_option("--without", options->facts.without, "A device that it lacks, such as BKL1 (panel device lists them)")
+    command
+        ->add_option("--without", options->facts.without,
+                     "A device that it lacks, such as BKL1 (panel device lists them)")
         ->type_name("DEVICE");
+    command->add_option("--model", options->facts.model, "Its model code (tag 18)")
+        ->type_name("N")
+        ->capture_default_str();
+    command->add_option("--guid", options->guid, "Its GUID (tag 48): 16 bytes in hexadecimal")->type_name("BYTES");
     command->callback([options] { create(*options); });
 }
 

@@ -20,7 +20,15 @@ void addRunning(Json& answer, const panel::PanelStatus& status, std::size_t faul
                        {"factor", status.factor},
                        {"time", status.time},
                        {"ticks", status.ticks}};
+    answer["userActive"] = status.userActive ? Json(*status.userActive) : Json(nullptr);
     answer["backLight"] = status.backLight;
+    answer["screen"]["cover"] = status.screen.cover.empty() ? Json(nullptr) : Json(status.screen.cover);
+    answer["screen"]["process"] = status.screen.process;
+    answer["screen"]["background"] = status.screen.background;
+    answer["cursor"] = {{"count", status.screen.cursorCount}, {"shown", status.screen.cursorCount >= 0}};
+    answer["signals"] = Json::object();
+    for (const auto& signal : status.signals)
+        answer["signals"][signal.event] = signal.count;
     answer["flashWritable"] = status.flashWritable;
     answer["trace"] = status.tracing;
     answer["faults"] = faults;
@@ -42,6 +50,12 @@ std::string levels(const panel::PanelStatus& status) {
     return text;
 }
 
+std::string shown(const panel::ScreenStatus& screen) {
+    if (screen.cover.empty())
+        return "nothing that covers it";
+    return screen.background + ": " + screen.cover + " of " + screen.process + " covers it";
+}
+
 std::string describe(const panel::Volume& volume) {
     return '\\' + volume.name + (volume.device.empty() ? "" : " on " + volume.device + (volume.inPlace ? " (in place)" : ""));
 }
@@ -53,7 +67,13 @@ void addRunning(Table& facts, const panel::PanelStatus& status, std::size_t faul
     facts.add({"clock", stepped ? "stepped" : status.factor == 1 ? "flowing" : factor});
     facts.add({"date", formatDate(status.date)});
     facts.add({"tick count", std::to_string(status.ticks)});
+    facts.add({"user", !status.userActive   ? "unknown: there is no power manager"
+                       : *status.userActive ? "active"
+                                            : "inactive"});
     facts.add({"backlight", levels(status)});
+    facts.add({"shows", shown(status.screen)});
+    facts.add({"cursor", std::string(status.screen.cursorCount >= 0 ? "shown" : "hidden") + ", count " +
+                             std::to_string(status.screen.cursorCount)});
     facts.add({"flash", status.flashWritable ? "\\NANDFlash is writable" : "\\NANDFlash is write-protected"});
     facts.add({"trace", status.tracing ? "on" : "off"});
     facts.add({"faults", faults ? std::to_string(faults) + " asked for (panel fault list)" : "none"});
@@ -63,6 +83,8 @@ void addRunning(Table& facts, const panel::PanelStatus& status, std::size_t faul
     for (const auto& ended : status.ended)
         facts.add({"ended", ended.name + "  exit code " + std::to_string(ended.exitCode) + ", " +
                                 formatDuration(ended.time) + " after boot"});
+    for (const auto& signal : status.signals)
+        facts.add({"event", signal.event + " was set " + std::to_string(signal.count) + " times"});
     for (const auto& window : status.windows)
         facts.add({"window", window.className + " of " + window.process + (window.visible ? ", visible" : ", hidden")});
 }

@@ -38,6 +38,8 @@ int main(int argc, char** argv) {
     tool::addPowerCommands(app, shared);
     tool::addDiskCommands(app, shared);
     tool::addDeviceCommand(app, shared);
+    tool::addTagCommands(app, shared);
+    tool::addOperatorCommands(app, shared);
     tool::addStartCommand(app, shared);
     tool::addProcessCommands(app, shared);
     tool::addSendCommand(app, shared);

@@ -194,6 +194,37 @@ TEST_F(PanelCommand, PlugsDisksWithPartitions) {
     EXPECT_NE(call("plug one --as A --as B").text.find("\"B\" names no partition"), std::string::npos);
 }
 
+TEST_F(PanelCommand, LetsTheUserComeAndGo) {
+    succeed("create p");
+    succeed("boot --stepped");
+    EXPECT_EQ(json("status").at("userActive"), true);
+    succeed("idle");
+    EXPECT_EQ(json("status").at("userActive"), false);
+    succeed("active");
+    EXPECT_EQ(json("status").at("userActive"), true);
+    succeed("off");
+    succeed("device PowerManager remove");
+    succeed("boot --stepped");
+    EXPECT_EQ(json("status").at("userActive"), nullptr);
+    EXPECT_EQ(call("idle").code, 1);
+}
+
+TEST_F(PanelCommand, KeepsTheTagStore) {
+    succeed("create p --model 1030 --guid 000102030405060708090a0b0c0d0e0f");
+    succeed("tag set 7 0a 0B0c");
+    succeed("tag set 9 --number 513");
+    const Json tags = json("tag list");
+    ASSERT_EQ(tags.size(), 4U);
+    EXPECT_EQ(tags.at(0).at("bytes"), "0a 0b 0c");
+    EXPECT_EQ(tags.at(1).at("bytes"), "01 02");
+    EXPECT_EQ(tags.at(2).at("bytes"), "06 04");
+    EXPECT_EQ(tags.at(3).at("bytes"), "00 01 02 03 04 05 06 07 08 09 0a 0b 0c 0d 0e 0f");
+    succeed("tag remove 7");
+    EXPECT_EQ(call("tag remove 7").code, 1);
+    EXPECT_EQ(call("tag set 7 0").code, 1);
+    EXPECT_EQ(json("tag list").size(), 3U);
+}
+
 TEST_F(PanelCommand, StartsAndWaitsWithTheProgramsExitCode) {
     succeed("create p");
     install();

@@ -9,6 +9,8 @@ namespace panel {
 
 inline constexpr std::uint32_t moduleHandle = 0x10000; // the image base of a program, as good as any
 
+inline constexpr std::uint32_t firstStockObject = 0x500000; // of GetStockObject's numbers
+
 inline std::uint32_t numberOf(const void* handle) {
     const auto value = reinterpret_cast<std::uintptr_t>(handle);
     return value > 0xFFFFFFFF ? 0xFFFFFFFF : static_cast<std::uint32_t>(value); // of no handle

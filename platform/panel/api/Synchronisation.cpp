@@ -48,6 +48,19 @@ NamedObject openOrMake(Gate& gate, ObjectType type, LPCWSTR name, Initialise ini
     return {handle, existed ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS};
 }
 
+// For who watches the panel: an event whose setter holds it alone is gone with its handle.
+void countSignal(Image& image, std::string_view event) {
+    event = event.substr(0, sizeof SignalRecord::name - 1);
+    for (SignalRecord& signal : image.signals) {
+        if (signal.name[0] == 0)
+            copyText(signal.name, event);
+        if (event == signal.name) {
+            ++signal.count;
+            return;
+        }
+    }
+}
+
 HANDLE answer(Gate& gate, const NamedObject& made) {
     if (made.error != ERROR_SUCCESS)
         return gate.fails(handleOf(made.handle), made.error);
@@ -151,8 +164,11 @@ BOOL EventModify(HANDLE event, DWORD operation) noexcept {
     if (operation < EVENT_PULSE || operation > EVENT_SET)
         return gate.fails(FALSE, ERROR_INVALID_PARAMETER);
     objects::at(gate.image(), slot).signalled = operation != EVENT_RESET;
-    if (operation != EVENT_RESET)
+    if (operation != EVENT_RESET) {
+        if (objects::at(gate.image(), slot).name[0])
+            countSignal(gate.image(), objects::at(gate.image(), slot).name);
         scheduler::serve(gate.image(), slot);
+    }
     if (operation == EVENT_PULSE)
         objects::at(gate.image(), slot).signalled = 0;
     return gate.done(TRUE);

@@ -5,9 +5,11 @@
 #include "platform/panel/Gate.h"
 #include "platform/panel/Text.h"
 #include "platform/panel/api/Numbers.h"
+#include "platform/panel/api/WindowCalls.h"
 #include "platform/panel/kernel/Clock.h"
 #include "platform/panel/kernel/Messages.h"
 #include "platform/panel/kernel/Scheduler.h"
+#include "platform/panel/kernel/Screen.h"
 #include "platform/panel/kernel/Wait.h"
 
 #include <map>
@@ -18,6 +20,7 @@ namespace {
 
 struct WindowClass {
     WNDPROC procedure;
+    HBRUSH background;
     ATOM atom;
 };
 
@@ -35,7 +38,10 @@ LRESULT callProcedure(WNDPROC procedure, std::uint32_t window, UINT message, std
     return procedure(windowOf(window), message, static_cast<WPARAM>(wParam), static_cast<LPARAM>(lParam));
 }
 
-// Calls the procedure of a window of this thread; 0 if there is none by now.
+} // namespace
+
+namespace panel {
+
 LRESULT callWindow(Gate& gate, std::uint32_t window, UINT message, std::uint64_t wParam, std::int64_t lParam) {
     WNDPROC procedure = nullptr;
     {
@@ -47,6 +53,10 @@ LRESULT callWindow(Gate& gate, std::uint32_t window, UINT message, std::uint64_t
     gate.deliverWakes();
     return procedure ? callProcedure(procedure, window, message, wParam, lParam) : 0;
 }
+
+} // namespace panel
+
+namespace {
 
 void destroy(Gate& gate, std::uint32_t window) {
     callWindow(gate, window, WM_DESTROY, 0, 0);
@@ -88,7 +98,8 @@ ATOM RegisterClassW(const WNDCLASSW* windowClass) noexcept {
     if (name.empty() || name.size() >= sizeof WindowRecord::className || !windowClass->lpfnWndProc)
         return gate.fails(ATOM{0}, ERROR_INVALID_PARAMETER);
     const Lock lock(gate.image());
-    const auto [entry, added] = classes.try_emplace(name, WindowClass{windowClass->lpfnWndProc, 0});
+    const auto [entry, added] =
+        classes.try_emplace(name, WindowClass{windowClass->lpfnWndProc, windowClass->hbrBackground, 0});
     if (!added)
         return gate.fails(ATOM{0}, ERROR_CLASS_ALREADY_EXISTS);
     entry->second.atom = ++lastAtom;
@@ -129,6 +140,8 @@ HWND CreateWindowExW(DWORD extendedStyle, LPCWSTR className, LPCWSTR title, DWOR
         if (!window)
             return gate.fails(HWND{}, ERROR_NOT_ENOUGH_MEMORY);
         WindowRecord& record = *messages::window(gate.image(), window);
+        record.extendedStyle = extendedStyle;
+        record.background = numberOf(static_cast<const void*>(entry->second.background));
         record.x = x == CW_USEDEFAULT ? 0 : x;
         record.y = x == CW_USEDEFAULT ? 0 : y;
         record.width = width == CW_USEDEFAULT ? 0 : width;
@@ -147,6 +160,14 @@ HWND CreateWindowExW(DWORD extendedStyle, LPCWSTR className, LPCWSTR title, DWOR
     if (!made) {
         destroy(gate, window);
         return gate.fails(HWND{}, ERROR_NOT_ENOUGH_MEMORY);
+    }
+    if (style & WS_VISIBLE) {
+        {
+            const Lock lock(gate.image());
+            if (WindowRecord* record = messages::window(gate.image(), window))
+                screen::show(gate.image(), *record, true);
+        }
+        callWindow(gate, window, WM_SHOWWINDOW, TRUE, 0);
     }
     return gate.done(windowOf(window));
 }

@@ -28,6 +28,7 @@ inline constexpr std::uint32_t maxQueueMessages = 256; // of all message queues
 inline constexpr std::uint32_t maxQueueMessageSize = 256; // bytes
 inline constexpr std::uint32_t maxBlockDevices = 8;
 inline constexpr std::uint32_t maxPartitions = 8; // of a block device
+inline constexpr std::uint32_t maxSignals = 32;
 inline constexpr std::uint32_t maxLingering = 128;
 inline constexpr std::uint32_t maxEnded = 64;
 inline constexpr std::uint64_t never = ~std::uint64_t{0}; // a deadline that does not come
@@ -149,6 +150,9 @@ struct WindowRecord {
     Slot thread;
     std::uint32_t visible;
     std::int32_t x, y, width, height;
+    std::uint32_t extendedStyle;
+    std::uint32_t background; // its class's brush
+    std::uint64_t order; // which of all showings was its last
     std::uint64_t procedure; // address in its process
     char className[128];
 };
@@ -222,6 +226,12 @@ struct EndedRecord { // a program's exit code for people; the platform keeps it 
     std::uint64_t time; // panel ms
 };
 
+struct SignalRecord { // how often an event was set, whoever held it
+    char name[128]; // empty: the entry is free
+    std::uint32_t count;
+    std::uint32_t unused;
+};
+
 struct Image {
     std::uint32_t magic; // set last, when the image is ready
     std::uint32_t version;
@@ -239,7 +249,13 @@ struct Image {
     std::uint32_t screenWidth;
     std::uint32_t screenHeight;
     std::uint32_t flashWritable; // its volume driver was told so
+    Slot activeEvent; // the power manager's; 0: the panel has none
+    Slot inactiveEvent;
     std::uint32_t backLight[4]; // what the driver holds now
+    std::uint64_t shows; // of windows, so far
+    std::int32_t cursorCount;
+    std::uint32_t unused;
+    SignalRecord signals[maxSignals];
     std::uint32_t messagesUsed; // records of `messages` that were ever used
     Slot freeMessage;
     std::uint32_t nextLingering;

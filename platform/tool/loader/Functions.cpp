@@ -4,10 +4,7 @@
 #include "platform/tool/loader/Callbacks.h"
 #include "platform/tool/loader/Image.h"
 
-#include <msgqueue.h>
-#include <pnp.h>
-#include <storemgr.h>
-#include <windows.h>
+#include <coredll.h>
 
 #include <map>
 #include <pthread.h>

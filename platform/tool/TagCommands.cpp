@@ -1,0 +1,86 @@
+#include "platform/tool/Commands.h"
+#include "platform/tool/Table.h"
+#include "platform/tool/Units.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstdio>
+#include <memory>
+#include <stdexcept>
+
+namespace tool {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+void list(const panel::Devices& devices, bool json) {
+    Json answer = Json::array();
+    Table table({"TAG", "SIZE", "BYTES"});
+    for (const auto& [id, bytes] : devices.tags()) {
+        std::string text = panel::formatHex(bytes);
+        text.erase(text.find_last_not_of('\n') + 1);
+        answer.push_back({{"tag", id}, {"bytes", text}});
+        const std::size_t line = text.find('\n');
+        table.add({std::to_string(id), std::to_string(bytes.size()),
+                   line == std::string::npos ? text : text.substr(0, line) + " ..."});
+    }
+    if (json)
+        std::puts(answer.dump(2).c_str());
+    else if (table.empty())
+        std::puts("There are no tags.");
+    else
+        table.print();
+}
+
+void addSet(CLI::App& tags, Tool& tool) {
+    struct Options {
+        std::uint32_t id = 0;
+        std::vector<std::string> bytes;
+        std::string number;
+    };
+    auto* command = tags.add_subcommand("set", "Give a tag new data; it need not be there");
+    auto options = std::make_shared<Options>();
+    command->add_option("TAG", options->id, "Its number: 18 is the model code, 48 the GUID")->required();
+    auto* bytes = command->add_option("BYTES", options->bytes, "In hexadecimal, such as 02 04");
+    command->add_option("--number", options->number, "A number of 16 bits instead, such as 1026")
+        ->type_name("N")
+        ->excludes(bytes);
+    command->callback([options, &tool] {
+        std::string content;
+        for (const std::string& word : options->bytes)
+            content += panel::parseHex(word);
+        if (!options->number.empty()) {
+            const std::int64_t number = parseNumber(options->number);
+            if (number < 0 || number > 0xFFFF)
+                throw std::runtime_error("not a number of 16 bits: " + options->number);
+            content = {static_cast<char>(number), static_cast<char>(number >> 8)};
+        }
+        tool.panel().devices().setTag(options->id, content);
+    });
+}
+
+} // namespace
+
+void addTagCommands(CLI::App& app, Tool& tool) {
+    auto* tags = app.add_subcommand("tag", "The panel's tag store: its files are in devices/tags");
+    tags->require_subcommand(1);
+    auto json = std::make_shared<bool>(false);
+    auto* listing = tags->add_subcommand("list", "List the tags and their data");
+    listing->add_flag("--json", *json, "Answer in JSON");
+    listing->callback([json, &tool] { list(tool.panel().devices(), *json); });
+    addSet(*tags, tool);
+    auto id = std::make_shared<std::uint32_t>(0);
+    auto* removal = tags->add_subcommand("remove", "Remove a tag");
+    removal->add_option("TAG", *id, "Its number")->required();
+    removal->callback([id, &tool] {
+        if (!tool.panel().devices().removeTag(*id))
+            throw std::runtime_error("there is no tag " + std::to_string(*id) + " (panel tag list)");
+    });
+    tags->footer("\nHow the tag library fails, or is not there:\n"
+                 "  panel device tags refuse TAG_Get_Data --error 7\n"
+                 "  panel device tags code TAG_Open --error 7\n"
+                 "  panel device tags remove");
+}
+
+} // namespace tool
