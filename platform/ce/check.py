@@ -4,8 +4,9 @@ usage: check.py imports NM EXECUTABLE.elf INCLUDE-FOLDER
        check.py wide EXECUTABLE.map
 
 imports: a function that is used and not on the list does not link; here one that is on the list as imported, and not
-used, is found (the linker has left its thunk out), and one that windows.h declares and the list lacks.
+used, is found (the linker has left its thunk out), and one that a header declares and the list lacks.
 """
+import glob
 import re
 import subprocess
 import sys
@@ -17,6 +18,7 @@ WIDE = re.compile(r"libstdc\+\+\.a\((?:cow-)?(?:wstring|wlocale|ext-inst|wio|ist
                   r"mbr\w+|wcr\w+|isw\w+|tow\w+)\.o\)")
 # Declared, and no function of coredll.dll: read from the kernel's data page; the program's own.
 NOT_COREDLL = {"GetCurrentThreadId", "WinMain"}
+OTHER_LIBRARY = "tagUserAPI.h"
 
 
 def read(path):
@@ -31,10 +33,11 @@ def imports(nm, executable, include):
     wanted = [name for name, how in program if how == "IMPORTED"]
     wanted += ["runtime_" + name for name in re.findall(r"^COREDLL_RUN_TIME\((\w+)\)$", listing, re.MULTILINE)]
     faults = [f"coredll.inc imports {name}, and nothing uses it" for name in wanted if name not in symbols]
-    declared = set(re.findall(r"^[\w ]+\*? WINAPI (\w+)\(", read(include + "/windows.h"), re.MULTILINE))
+    headers = [path for path in glob.glob(include + "/*.h") if not path.endswith("/" + OTHER_LIBRARY)]
+    declared = set(re.findall(r"^[\w ]+\*? WINAPI (\w+)\(", "".join(map(read, headers)), re.MULTILINE))
     listed = {name for name, _ in program}
-    faults += [f"windows.h declares {name}, and coredll.inc lacks it" for name in declared - listed - NOT_COREDLL]
-    faults += [f"coredll.inc lists {name}, and windows.h does not declare it" for name in listed - declared]
+    faults += [f"the headers declare {name}, and coredll.inc lacks it" for name in declared - listed - NOT_COREDLL]
+    faults += [f"coredll.inc lists {name}, and no header declares it" for name in listed - declared]
     return faults
 
 
