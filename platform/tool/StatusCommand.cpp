@@ -45,10 +45,13 @@ void addRunning(Json& answer, const panel::PanelStatus& status, std::size_t faul
 
 // The four words of the driver's record; the first and the third are levels of brightness.
 std::string levels(const panel::PanelStatus& status) {
-    std::string text;
-    for (const std::uint32_t word : status.backLight)
-        text += (text.empty() ? "" : " ") + std::to_string(word);
-    return text;
+    const std::vector<std::uint32_t>& words = status.backLight;
+    std::string record;
+    for (const std::uint32_t word : words)
+        record += ' ' + std::to_string(word);
+    const std::string first = std::to_string(words.at(0));
+    const std::string second = std::to_string(words.at(2));
+    return (first == second ? "level " + first : "levels " + first + " and " + second) + " (record" + record + ')';
 }
 
 std::string shown(const panel::ScreenStatus& screen) {
