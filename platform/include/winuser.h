@@ -70,6 +70,11 @@ inline constexpr UINT WM_SHOWWINDOW = 0x0018; // wParam: becomes visible
 inline constexpr UINT WM_NCCREATE = 0x0081;
 inline constexpr UINT WM_NCDESTROY = 0x0082;
 inline constexpr UINT WM_NCCALCSIZE = 0x0083;
+inline constexpr UINT WM_MOUSEMOVE = 0x0200; // lParam: x in the low, y in the high 16 bits, from the window's corner
+inline constexpr UINT WM_LBUTTONDOWN = 0x0201;
+inline constexpr UINT WM_LBUTTONUP = 0x0202;
+inline constexpr UINT WM_RBUTTONDOWN = 0x0204;
+inline constexpr UINT WM_RBUTTONUP = 0x0205;
 inline constexpr UINT WM_USER = 0x0400;
 inline constexpr DWORD WS_VISIBLE = 0x10000000;
 inline constexpr DWORD WS_POPUP = 0x80000000;
@@ -107,5 +112,29 @@ BOOL WINAPI UpdateWindow(HWND window) noexcept; // paints at once what is to be 
 // Counts up or down; the cursor is shown while the count is not below 0. Answers the new count.
 int WINAPI ShowCursor(BOOL show) noexcept;
 HGDIOBJ WINAPI GetStockObject(int object) noexcept; // not to be deleted
+
+// ---- Hooks ----------------------------------------------------------------------------------------------------------
+
+struct HHOOK__;
+using HHOOK = HHOOK__*;
+// Of the mouse hook: wParam is the message, lParam points to an MSLLHOOKSTRUCT. Non-zero keeps the event from windows.
+using HOOKPROC = LRESULT(CALLBACK*)(int code, WPARAM wParam, LPARAM lParam);
+
+struct MSLLHOOKSTRUCT {
+    POINT pt; // pixels of the screen
+    DWORD mouseData;
+    DWORD flags;
+    DWORD time; // ticks
+    std::uintptr_t dwExtraInfo;
+};
+
+inline constexpr int WH_MOUSE_LL = 21; // the low-level mouse hook [dn529147]
+inline constexpr int HC_ACTION = 0;
+
+// One low-level mouse hook at a time: null if there is one. The thread id must be 0. The procedure runs on the calling
+// thread, inside GetMessageW, and input waits until it returns [dn529147].
+HHOOK WINAPI SetWindowsHookExW(int type, HOOKPROC procedure, HINSTANCE instance, DWORD threadId) noexcept;
+BOOL WINAPI UnhookWindowsHookEx(HHOOK hook) noexcept;
+LRESULT WINAPI CallNextHookEx(HHOOK hook, int code, WPARAM wParam, LPARAM lParam) noexcept;
 
 } // extern "C"

@@ -87,6 +87,31 @@ Request requestFrom(const std::string& line) {
     return request;
 }
 
+std::string lineOf(const LandedTouch& touch) {
+    char start[80];
+    std::snprintf(start, sizeof start, "%10llu %s %d %d ", static_cast<unsigned long long>(touch.time),
+                  touch.event.c_str(), touch.x, touch.y);
+    std::string line = start;
+    if (touch.swallowed)
+        line += "swallowed ";
+    return line + (touch.window.empty() ? "on nothing" : "on " + touch.window + " of " + touch.process) + '\n';
+}
+
+LandedTouch touchFrom(const std::string& line) {
+    LandedTouch touch;
+    std::istringstream words(line);
+    std::string word;
+    words >> touch.time >> touch.event >> touch.x >> touch.y >> word;
+    touch.swallowed = word == "swallowed";
+    const std::size_t on = line.find(" on ") + 4;
+    const std::size_t of = line.rfind(" of ");
+    if (of != std::string::npos && of > on) {
+        touch.window = line.substr(on, of - on);
+        touch.process = line.substr(of + 4);
+    }
+    return touch;
+}
+
 // The tag library's operations are its functions.
 std::vector<OperationFacts> tagOperations() {
     return {
@@ -270,8 +295,21 @@ void Devices::note(const Request& request) const {
     std::ofstream(folder / "requests", std::ios::app) << lineOf(request);
 }
 
+std::vector<LandedTouch> Devices::touches() const {
+    std::vector<LandedTouch> result;
+    std::ifstream file(folder / "touches");
+    for (std::string line; std::getline(file, line);)
+        result.push_back(touchFrom(line));
+    return result;
+}
+
+void Devices::note(const LandedTouch& touch) const {
+    std::ofstream(folder / "touches", std::ios::app) << lineOf(touch);
+}
+
 void Devices::forgetRequests() const {
     fs::remove(folder / "requests");
+    fs::remove(folder / "touches");
 }
 
 std::map<std::uint32_t, std::string> Devices::tags() const {

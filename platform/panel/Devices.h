@@ -4,6 +4,7 @@
 //     BKL1.json      one file a device: whether the panel has it, its values, what it does when it is asked
 //     tags/18        one file a tag: its bytes in hexadecimal
 //     requests       what programs have asked of the devices since boot, one line a request
+//     touches        where the panel was touched since boot, and which window got it
 //
 // All of it can be looked at and changed while the panel is on or off; a device looks at its file when it is asked.
 // Devices with a panel path are drivers, opened by CreateFileW. The tag library's operations are its functions.
@@ -81,6 +82,16 @@ struct Request {
 std::string formatHex(std::string_view bytes);
 std::string parseHex(std::string_view text);
 
+struct LandedTouch { // one event of the person at the panel
+    std::uint64_t time = 0; // panel ms since boot
+    std::string event; // "press", "release", "right-press", "right-release", "move"
+    std::int32_t x = 0; // pixels
+    std::int32_t y = 0;
+    bool swallowed = false; // the mouse hook has kept it from the window
+    std::string window; // the class of the uppermost window there; empty: none
+    std::string process; // its
+};
+
 class Devices {
 public:
     explicit Devices(const std::filesystem::path& panelDirectory);
@@ -101,6 +112,9 @@ public:
 
     std::vector<Request> requests(std::string_view device = {}) const; // oldest first; without device: of all
     void note(const Request& request) const; // wants the lock of a panel that is on
+
+    std::vector<LandedTouch> touches() const; // since boot, oldest first
+    void note(const LandedTouch& touch) const; // wants the lock
 
     std::map<std::uint32_t, std::string> tags() const; // bytes by number
     std::optional<std::string> tag(std::uint32_t id) const;

@@ -70,6 +70,11 @@ std::string backgroundOf(const WindowRecord& window) {
     return brush == BLACK_BRUSH ? "black" : brush == WHITE_BRUSH ? "white" : "other";
 }
 
+std::string hookOwner(Image& image) {
+    const Slot thread = image.mouseHook.thread;
+    return thread ? processes::name(image, processes::at(image, scheduler::at(image, thread).process)) : "";
+}
+
 ScreenStatus screenStatus(Image& image) {
     const WindowRecord* window = screen::cover(image);
     if (!window)
@@ -209,6 +214,7 @@ PanelStatus Driver::status() {
                        call.image.flashWritable != 0,
                        {std::begin(call.image.backLight), std::end(call.image.backLight)},
                        screenStatus(call.image),
+                       hookOwner(call.image),
                        {}};
     for (const SignalRecord& signal : call.image.signals)
         if (signal.name[0])

@@ -68,6 +68,7 @@ struct PanelStatus {
     bool flashWritable;
     std::vector<std::uint32_t> backLight; // what the driver holds
     ScreenStatus screen;
+    std::string hook; // whose mouse hook is installed: "TarvexHelper.exe#1"; empty: there is none
     std::vector<SignalStatus> signals; // the first of them that were set
 };
 

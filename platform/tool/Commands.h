@@ -11,7 +11,7 @@ void addPowerCommands(CLI::App& app, Tool& tool); // create, boot, off, cut, adv
 void addDiskCommands(CLI::App& app, Tool& tool); // plug, unplug
 void addDeviceCommand(CLI::App& app, Tool& tool);
 void addTagCommands(CLI::App& app, Tool& tool);
-void addOperatorCommands(CLI::App& app, Tool& tool); // idle, active
+void addOperatorCommands(CLI::App& app, Tool& tool); // touch, idle, active
 void addStartCommand(CLI::App& app, Tool& tool);
 void addProcessCommands(CLI::App& app, Tool& tool); // ps, wait
 void addSendCommand(CLI::App& app, Tool& tool);

@@ -1,20 +1,101 @@
 #include "platform/tool/Commands.h"
+#include "platform/tool/Units.h"
 
 #include "platform/panel/Operator.h"
 
+#include <nlohmann/json.hpp>
+
+#include <cstdio>
+#include <memory>
+
 namespace tool {
 
+namespace {
+
+using panel::Landing;
+using panel::Touch;
+
+struct TouchOptions {
+    Touch touch;
+    std::pair<std::int32_t, std::int32_t> place{-1, -1};
+    bool press = false;
+    bool release = false;
+    bool move = false;
+    std::uint32_t count = 1;
+    std::string limit = "20s";
+    bool json = false;
+};
+
+constexpr const char* kindOf(Landing::Kind kind) {
+    return kind == Landing::Kind::landed ? "landed" : kind == Landing::Kind::swallowed ? "swallowed" : "unanswered";
+}
+
+void print(const Landing& landing, bool json) {
+    if (json)
+        std::puts(nlohmann::ordered_json{
+            {"touch", kindOf(landing.kind)}, {"window", landing.window}, {"process", landing.process}}
+                      .dump(2, ' ', false, nlohmann::json::error_handler_t::replace)
+                      .c_str());
+    else if (landing.kind == Landing::Kind::swallowed)
+        std::puts("The mouse hook has swallowed it");
+    else if (landing.window.empty())
+        std::puts("It has met no window");
+    else
+        std::printf("It has met the window %s of %s\n", landing.window.c_str(), landing.process.c_str());
+}
+
+void touch(Tool& tool, TouchOptions options) {
+    options.touch.kind = options.press     ? Touch::Kind::press
+                         : options.release ? Touch::Kind::release
+                         : options.move    ? Touch::Kind::move
+                                           : Touch::Kind::tap;
+    std::tie(options.touch.x, options.touch.y) = options.place;
+    options.touch.limit = parseLimit(options.limit);
+    panel::Driver driver(tool.panel());
+    for (std::uint32_t index = 0; index < options.count; ++index) {
+        const Landing landing = panel::touch(options.touch);
+        driver.settle();
+        if (landing.kind == Landing::Kind::unanswered) {
+            complain("the mouse hook did not come back within " + options.limit + " (--limit allows more)");
+            tool.exitCode = limitPassed;
+            return;
+        }
+        if (index + 1 == options.count)
+            print(landing, options.json);
+    }
+}
+
+void addTouch(CLI::App& app, Tool& tool) {
+    auto* command = app.add_subcommand("touch", "Touch the screen, and print which window was met");
+    auto options = std::make_shared<TouchOptions>();
+    command->add_option("--at", options->place, "Where, in pixels; default: the middle of the screen")
+        ->type_name("X Y");
+    command->add_flag("--right", options->touch.right, "As the right button");
+    auto* press = command->add_flag("--press", options->press, "Only press");
+    auto* release = command->add_flag("--release", options->release, "Only release");
+    command->add_flag("--move", options->move, "Only move")->excludes(press)->excludes(release);
+    press->excludes(release);
+    command->add_option("--count", options->count, "How often")->type_name("N")->capture_default_str();
+    command->add_option("--limit", options->limit, "How long a program's mouse hook may take; exit code 124 if longer")
+        ->type_name("DURATION")
+        ->capture_default_str();
+    command->add_flag("--json", options->json, "Answer in JSON");
+    command->callback([options, &tool] { touch(tool, *options); });
+}
+
+void addActivity(CLI::App& app, Tool& tool, const char* name, const char* description, bool active) {
+    app.add_subcommand(name, description)->callback([active, &tool] {
+        const panel::Driver driver(tool.panel());
+        panel::setUserActive(active);
+    });
+}
+
+} // namespace
+
 void addOperatorCommands(CLI::App& app, Tool& tool) {
-    app.add_subcommand("idle", "Nobody uses the panel: the power manager reports the user as inactive")
-        ->callback([&tool] {
-            const panel::Driver driver(tool.panel());
-            panel::setUserActive(false);
-        });
-    app.add_subcommand("active", "Somebody uses the panel: the power manager reports the user as active")
-        ->callback([&tool] {
-            const panel::Driver driver(tool.panel());
-            panel::setUserActive(true);
-        });
+    addTouch(app, tool);
+    addActivity(app, tool, "idle", "Nobody uses the panel: the power manager reports the user as inactive", false);
+    addActivity(app, tool, "active", "Somebody uses the panel: the power manager reports the user as active", true);
 }
 
 } // namespace tool

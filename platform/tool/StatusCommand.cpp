@@ -26,6 +26,7 @@ void addRunning(Json& answer, const panel::PanelStatus& status, std::size_t faul
     answer["screen"]["process"] = status.screen.process;
     answer["screen"]["background"] = status.screen.background;
     answer["cursor"] = {{"count", status.screen.cursorCount}, {"shown", status.screen.cursorCount >= 0}};
+    answer["hook"] = status.hook.empty() ? Json(nullptr) : Json(status.hook);
     answer["signals"] = Json::object();
     for (const auto& signal : status.signals)
         answer["signals"][signal.event] = signal.count;
@@ -44,10 +45,13 @@ void addRunning(Json& answer, const panel::PanelStatus& status, std::size_t faul
 
 // The four words of the driver's record; the first and the third are levels of brightness.
 std::string levels(const panel::PanelStatus& status) {
-    std::string text;
-    for (const std::uint32_t word : status.backLight)
-        text += (text.empty() ? "" : " ") + std::to_string(word);
-    return text;
+    const std::vector<std::uint32_t>& words = status.backLight;
+    std::string record;
+    for (const std::uint32_t word : words)
+        record += ' ' + std::to_string(word);
+    const std::string first = std::to_string(words.at(0));
+    const std::string second = std::to_string(words.at(2));
+    return (first == second ? "level " + first : "levels " + first + " and " + second) + " (record" + record + ')';
 }
 
 std::string shown(const panel::ScreenStatus& screen) {
@@ -74,6 +78,7 @@ void addRunning(Table& facts, const panel::PanelStatus& status, std::size_t faul
     facts.add({"shows", shown(status.screen)});
     facts.add({"cursor", std::string(status.screen.cursorCount >= 0 ? "shown" : "hidden") + ", count " +
                              std::to_string(status.screen.cursorCount)});
+    facts.add({"mouse hook", status.hook.empty() ? "none" : "of " + status.hook});
     facts.add({"flash", status.flashWritable ? "\\NANDFlash is writable" : "\\NANDFlash is write-protected"});
     facts.add({"trace", status.tracing ? "on" : "off"});
     facts.add({"faults", faults ? std::to_string(faults) + " asked for (panel fault list)" : "none"});
@@ -89,6 +94,15 @@ void addRunning(Table& facts, const panel::PanelStatus& status, std::size_t faul
         facts.add({"window", window.className + " of " + window.process + (window.visible ? ", visible" : ", hidden")});
 }
 
+std::string describe(const std::vector<panel::Request>& beeps) {
+    if (beeps.empty())
+        return "no request since boot";
+    const panel::Request& last = beeps.back();
+    return std::to_string(beeps.size()) + (beeps.size() == 1 ? " request" : " requests") + ", the last for " +
+           std::to_string(last.words.at(0)) + " Hz and " + std::to_string(last.words.at(1)) + " ms, " +
+           formatDuration(last.time) + " after boot" + (last.error ? ", refused" : "");
+}
+
 void print(const panel::Panel& panel, bool json) {
     const panel::PanelOptions options = panel.options();
     const bool on = panel.isOn();
@@ -99,6 +113,7 @@ void print(const panel::Panel& panel, bool json) {
         status = driver.status();
         faults = driver.faults().size();
     }
+    const std::vector<panel::Request> beeps = panel.devices().requests("BZR1");
     if (json) {
         Json answer{{"directory", panel.directory().string()},
                     {"on", on},
@@ -106,6 +121,8 @@ void print(const panel::Panel& panel, bool json) {
                     {"date", formatDate(options.date)}};
         for (const auto& volume : panel.disks().volumes())
             answer["volumes"].push_back({{"name", volume.name}, {"device", volume.device}, {"inPlace", volume.inPlace}});
+        answer["buzzer"] = {{"requests", beeps.size()},
+                            {"last", beeps.empty() ? Json(nullptr) : Json(beeps.back().words)}};
         for (const char* list : {"processes", "ended", "windows"})
             answer[list] = Json::array();
         if (on)
@@ -119,6 +136,7 @@ void print(const panel::Panel& panel, bool json) {
     facts.add({"screen", std::to_string(options.screenWidth) + " x " + std::to_string(options.screenHeight)});
     for (const auto& volume : panel.disks().volumes())
         facts.add({"volume", describe(volume)});
+    facts.add({"buzzer", describe(beeps)});
     if (on)
         addRunning(facts, status, faults);
     else

@@ -63,7 +63,7 @@ void addSet(CLI::App& tags, Tool& tool) {
 } // namespace
 
 void addTagCommands(CLI::App& app, Tool& tool) {
-    auto* tags = app.add_subcommand("tag", "The panel's tag store: its files are in devices/tags");
+    auto* tags = app.add_subcommand("tag", "Look at the tag store, and change it");
     tags->require_subcommand(1);
     auto json = std::make_shared<bool>(false);
     auto* listing = tags->add_subcommand("list", "List the tags and their data");

@@ -18,10 +18,11 @@ Begin with:
   panel -C my-panel plug FOLDER --as "Hard Disk"
   panel -C my-panel start "\Hard Disk\Tarvex\TarvexHelper.exe"
   panel -C my-panel log --follow
+  panel -C my-panel status
 
 Durations are 1500, 1500ms, 5s, 2min or 1h, in the panel's time.
 On a panel booted with --stepped, time moves only while one of these commands waits: advance, start --wait, send,
-wait, log --until.
+touch, wait, log --until.
 )";
 
 } // namespace

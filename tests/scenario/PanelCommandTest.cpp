@@ -202,6 +202,15 @@ TEST_F(PanelCommand, LetsTheUserComeAndGo) {
     EXPECT_EQ(json("status").at("userActive"), false);
     succeed("active");
     EXPECT_EQ(json("status").at("userActive"), true);
+    succeed("idle");
+    EXPECT_EQ(json("touch --at 10 20").at("touch"), "landed");
+    EXPECT_EQ(json("status").at("userActive"), true);
+    succeed("touch --count 3 --right --press");
+    EXPECT_EQ(call("touch --at 800 20").code, 1);
+    EXPECT_EQ(call("touch --move --press").code, 2);
+    EXPECT_EQ(json("status").at("buzzer").at("requests"), 0);
+    EXPECT_EQ(json("status").at("cursor").at("shown"), true);
+    EXPECT_EQ(json("status").at("hook"), nullptr);
     succeed("off");
     succeed("device PowerManager remove");
     succeed("boot --stepped");

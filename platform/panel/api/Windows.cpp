@@ -71,7 +71,8 @@ bool isOwn(Gate& gate, std::uint32_t window) {
 }
 
 void answerSent(Gate& gate, const messages::Message& sent) {
-    const LRESULT result = callWindow(gate, sent.window, sent.message, sent.wParam, sent.lParam);
+    const LRESULT result =
+        sent.window ? callWindow(gate, sent.window, sent.message, sent.wParam, sent.lParam) : callHook(gate, sent);
     const Lock lock(gate.image());
     messages::reply(gate.image(), sent, result);
 }

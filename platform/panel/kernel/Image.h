@@ -180,6 +180,12 @@ struct BlockDeviceRecord {
     PartitionRecord partitions[maxPartitions];
 };
 
+struct HookRecord {
+    Slot thread; // that installed it; 0: there is none
+    std::uint32_t serial;
+    std::uint64_t procedure; // address in its process
+};
+
 struct ProgramRecord {
     char name[128]; // file name, as first started
     std::uint32_t starts;
@@ -252,6 +258,7 @@ struct Image {
     Slot activeEvent; // the power manager's; 0: the panel has none
     Slot inactiveEvent;
     std::uint32_t backLight[4]; // what the driver holds now
+    HookRecord mouseHook;
     std::uint64_t shows; // of windows, so far
     std::int32_t cursorCount;
     std::uint32_t unused;

@@ -107,9 +107,13 @@ std::uint32_t makeWindow(Image& image, Slot thread, std::string_view className, 
         record.thread = thread;
         record.procedure = procedure;
         copyText(record.className, className);
-        return serial << windowShift | (index + 1);
+        return numberOf(image, record);
     }
     return 0;
+}
+
+std::uint32_t numberOf(const Image& image, const WindowRecord& window) {
+    return window.serial << windowShift | static_cast<std::uint32_t>(&window - image.windows + 1);
 }
 
 WindowRecord* window(Image& image, std::uint32_t number) {
@@ -121,9 +125,9 @@ WindowRecord* window(Image& image, std::uint32_t number) {
 }
 
 std::uint32_t findWindow(Image& image, std::string_view className) {
-    for (std::uint32_t index = 0; index < maxWindows; ++index)
-        if (image.windows[index].used && equalCaseBlind(image.windows[index].className, className))
-            return image.windows[index].serial << windowShift | (index + 1);
+    for (const WindowRecord& record : image.windows)
+        if (record.used && equalCaseBlind(record.className, className))
+            return numberOf(image, record);
     return 0;
 }
 
@@ -139,6 +143,8 @@ void removeThread(Image& image, Slot thread) {
     for (WindowRecord& record : image.windows)
         if (record.used && record.thread == thread)
             record.used = 0;
+    if (image.mouseHook.thread == thread)
+        image.mouseHook.thread = 0;
     discard(image, thread, 0);
     for (Slot sender = 1; sender <= maxThreads; ++sender) // whose message it was just answering
         if (scheduler::at(image, sender).replyFrom == thread)
@@ -170,17 +176,19 @@ bool post(Image& image, const Message& message) {
 
 bool send(Image& image, Slot sender, const Message& message) {
     const WindowRecord* target = window(image, message.window);
-    if (!target)
-        return false;
+    return target && sendToThread(image, sender, target->thread, message);
+}
+
+bool sendToThread(Image& image, Slot sender, Slot thread, const Message& message) {
     Message sent = message;
     sent.sender = sender;
     sent.token = ++image.waitOrder;
-    ThreadRecord& receiver = scheduler::at(image, target->thread);
-    if (!append(image, target->thread, receiver.sentFirst, receiver.sentLast, sent))
+    ThreadRecord& receiver = scheduler::at(image, thread);
+    if (!append(image, thread, receiver.sentFirst, receiver.sentLast, sent))
         return false;
     ThreadRecord& record = scheduler::at(image, sender);
     record.replyToken = sent.token;
-    record.replyFrom = target->thread;
+    record.replyFrom = thread;
     record.replied = 0;
     return true;
 }
