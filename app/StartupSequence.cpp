@@ -1,7 +1,10 @@
 #include "app/StartupSequence.h"
 
 #include "OrvaUtils/IO/IFileSystem.h"
+#include "OrvaUtils/Registry/Registry.h"
 #include "OrvaUtils/Text.h"
+#include "app/Autorun.h"
+#include "app/FileAssociation.h"
 #include "app/HelperSettings.h"
 #include "app/Installation.h"
 #include "app/Launch.h"
@@ -11,10 +14,20 @@
 namespace {
 
 void runInstalled() {
+    Logger& log = Logger::instance();
     cleanupRegisteredDirectories();
+    if (!isAutorunConfigured()) {
+        log.writeParts(LogLevel::Info, {L"Configuring my autorun"});
+        configureAutorun();
+    }
+    if (!isAssociationConfigured()) {
+        log.writeParts(LogLevel::Info, {L"Associate .osr file to Tarvex.exe"});
+        configureAssociation();
+        OrvaUtils::Registry::flushKey(HKEY_CLASSES_ROOT);
+    }
     HelperSettings::instance().save();
     if (HelperSettings::instance().requestInProgress() != nullptr) {
-        Logger::instance().writeParts(LogLevel::Info, {L"Follow up needed"});
+        log.writeParts(LogLevel::Info, {L"Follow up needed"});
         startApplication();
     }
 }

@@ -49,6 +49,13 @@ fs::path helperFile() {
     return named ? fs::path(named) : programFile("TarvexHelper");
 }
 
+std::vector<std::string> firstStartLines(const std::vector<std::string>& further) {
+    std::vector<std::string> lines{"INFO;Init of Helper", "INFO;Configuring my autorun",
+                                   "INFO;Associate .osr file to Tarvex.exe"};
+    lines.insert(lines.end(), further.begin(), further.end());
+    return lines;
+}
+
 ScenarioPanel::ScenarioPanel(std::uint32_t ticks) : bootTicks(ticks) {
     panel::PanelOptions options;
     options.date = bootDate;

@@ -15,6 +15,9 @@
 std::filesystem::path helperFile();
 std::filesystem::path programFile(std::string_view name);
 
+// What a helper logs when it starts in place on a panel whose registry does not know it, and these lines behind it.
+std::vector<std::string> firstStartLines(const std::vector<std::string>& further);
+
 class ScenarioPanel {
 public:
     static constexpr const char* helper = "\\MMCMemory\\Tarvex\\TarvexHelper.exe";
