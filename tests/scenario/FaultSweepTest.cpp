@@ -82,7 +82,10 @@ Tree endState(ScenarioPanel& panel, Start start) {
     panel.reboot();
     startAsBefore(panel, start);
     endRun(panel);
-    return panel.tree("\\");
+    panel.panel().cut(); // what counts of the registry is what is left then
+    Tree state = panel.tree("\\");
+    state.merge(panel.registry());
+    return state;
 }
 
 std::string differences(const Tree& expected, const Tree& found) {
@@ -101,6 +104,16 @@ std::string differences(const Tree& expected, const Tree& found) {
     return result;
 }
 
+// `HKEY_LOCAL_MACHINE, "init", 0x800` -> that is what 0x800 stands for, and no argument of its own
+void nameOpenedKey(Call& call, std::map<std::string, std::string>& names) {
+    const auto last = call.arguments.rfind(", 0x");
+    if (last == std::string::npos)
+        return; // not opened
+    const std::string handle = call.arguments.substr(last + 2);
+    call.arguments.resize(last);
+    names[handle] = call.arguments;
+}
+
 std::vector<Call> recordedCalls(Start start, Tree& undisturbed) {
     ScenarioPanel panel;
     prepare(panel, start);
@@ -109,14 +122,16 @@ std::vector<Call> recordedCalls(Start start, Tree& undisturbed) {
     EXPECT_TRUE(panel.reachesLoop());
     panel.terminate();
     std::vector<Call> calls;
-    std::map<std::string, std::string> files; // handle to path: what is read, written and listed is known by its name
+    std::map<std::string, std::string> names; // by handle: what is read, written and listed is known by its name
     for (const std::string& line : panel.trace()) {
         Call call = parse(line);
         const std::string handle = call.arguments.substr(0, call.arguments.find(','));
         if (call.function == "CreateFileW" || call.function == "FindFirstFileW")
-            files[line.substr(line.rfind("= ") + 2)] = handle;
-        else if (files.contains(handle))
-            call.arguments.replace(0, handle.size(), files.at(handle));
+            names[line.substr(line.rfind("= ") + 2)] = handle;
+        else if (call.function == "RegOpenKeyExW" || call.function == "RegCreateKeyExW")
+            nameOpenedKey(call, names);
+        else if (names.contains(handle))
+            call.arguments.replace(0, handle.size(), names.at(handle));
         if (!canFail(call))
             continue;
         for (const Call& former : calls)

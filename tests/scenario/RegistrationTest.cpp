@@ -17,37 +17,18 @@ constexpr const char* openCommand = "HKEY_CLASSES_ROOT\\osrfile\\shell\\open\\co
 constexpr const char* autorunLine = "INFO;Configuring my autorun";
 constexpr const char* associationLine = "INFO;Associate .osr file to Tarvex.exe";
 
-// Every value under the two roots: "key|name" to "type data", texts as texts.
 using Values = std::map<std::string, std::string>;
 
-void collect(const panel::registry::Key& key, const std::string& path, Values& values) {
-    for (const panel::registry::Value& value : key.values) {
-        std::string text;
-        const bool isText = value.type == panel::registry::typeText && panel::registry::textOf(value, text);
-        values[path + '|' + value.name] =
-            panel::registry::typeName(value.type) + ' ' + (isText ? text : panel::registry::hexOf(value.data));
-    }
-    for (const panel::registry::Key& below : key.keys)
-        collect(below, path + '\\' + below.name, values);
-}
-
-Values registered(ScenarioPanel& panel, Copy copy = Copy::now) {
-    const Tree tree = panel.panel().registry(copy);
-    Values values;
-    collect(*tree.find("HKEY_CLASSES_ROOT"), "HKCR", values);
-    if (const panel::registry::Key* list = tree.find(init))
-        collect(*list, "init", values);
-    return values;
-}
-
 const Values complete{
-    {"HKCR\\osrfile|", "REG_SZ Orva Software Repository"},
-    {"HKCR\\osrfile\\DefaultIcon|", R"(REG_SZ \MMCMemory\Tarvex\Tarvex.exe,-128)"},
-    {"HKCR\\osrfile\\shell\\open\\command|", R"(REG_SZ "\MMCMemory\Tarvex\Tarvex.exe" "%1")"},
-    {"HKCR\\.osr|", "REG_SZ osrfile"},
-    {"HKCR\\.osr\\ShellNew|NullFile", "REG_SZ "},
-    {"init|Launch61", R"(REG_SZ \MMCMemory\Tarvex\TarvexHelper.exe)"},
-    {"init|Depend61", "REG_BINARY 32 00"},
+    {"HKEY_CLASSES_ROOT\\osrfile|", "REG_SZ Orva Software Repository"},
+    {"HKEY_CLASSES_ROOT\\osrfile\\DefaultIcon|", R"(REG_SZ \MMCMemory\Tarvex\Tarvex.exe,-128)"},
+    {"HKEY_CLASSES_ROOT\\osrfile\\shell\\open\\command|", R"(REG_SZ "\MMCMemory\Tarvex\Tarvex.exe" "%1")"},
+    {"HKEY_CLASSES_ROOT\\.osr|", "REG_SZ osrfile"},
+    {"HKEY_CLASSES_ROOT\\.osr\\ShellNew|NullFile", "REG_SZ "},
+    {"HKEY_LOCAL_MACHINE\\init|Launch61", R"(REG_SZ \MMCMemory\Tarvex\TarvexHelper.exe)"},
+    {"HKEY_LOCAL_MACHINE\\init|Depend61", "REG_BINARY 32 00"},
+    {"HKEY_LOCAL_MACHINE\\ORVA|Version", "REG_SZ 2.15"}, // of every new panel
+    {"HKEY_LOCAL_MACHINE\\Ident|Name", "REG_SZ Panel"},
 };
 
 // What a helper did to the registry, in order: "set init Launch61", "flush HKEY_LOCAL_MACHINE", "close init".
@@ -113,11 +94,11 @@ TEST(Registration, OfAFreshPanelIsOrderedFlushedAndStartsTheHelperAfterAPowerCut
     ASSERT_TRUE(panel.reachesLoop());
     EXPECT_EQ(changes(panel),
               joined(joined({"save settings"}, autorunSteps), joined(associationSteps(), {"save settings"})));
-    EXPECT_EQ(registered(panel), complete);
-    EXPECT_EQ(registered(panel, Copy::flash), complete);
+    EXPECT_EQ(panel.registry(), complete);
+    EXPECT_EQ(panel.registry(Copy::flash), complete);
     panel.panel().cut();
     panel.reboot();
-    EXPECT_EQ(registered(panel), complete);
+    EXPECT_EQ(panel.registry(), complete);
     panel.driver().setTracing(true);
     const auto starts = panel.driver().startInit();
     ASSERT_EQ(starts.size(), 1U);
@@ -173,7 +154,7 @@ TEST(Registration, IsRenewedWhereTheCheckMissesSomethingAndOnlyThere) {
                 each.change(tree);
             },
             false);
-        const Values changed = registered(panel);
+        const Values changed = panel.registry();
         panel.reboot();
         const std::size_t former = panel.log().size();
         panel.driver().setTracing(true);
@@ -181,7 +162,7 @@ TEST(Registration, IsRenewedWhereTheCheckMissesSomethingAndOnlyThere) {
         EXPECT_EQ(changes(panel),
                   joined(joined(each.autorun ? autorunSteps : Lines(), each.association ? associationSteps() : Lines()),
                          {"save settings"}));
-        EXPECT_EQ(registered(panel), each.autorun || each.association ? complete : changed);
+        EXPECT_EQ(panel.registry(), each.autorun || each.association ? complete : changed);
         Lines expected{"INFO;Init of Helper"};
         if (each.autorun)
             expected.push_back(autorunLine);
