@@ -9,13 +9,18 @@
 #include "app/Installation.h"
 #include "app/Launch.h"
 #include "app/Paths.h"
+#include "app/ZentrixCleanup.h"
 #include "app/log/Logger.h"
 
 namespace {
 
-void runInstalled() {
+void runInstalled(const StartupContext& context) {
     Logger& log = Logger::instance();
     cleanupRegisteredDirectories();
+    if (needsZentrixCleanup(context)) {
+        log.writeParts(LogLevel::Info, {L"Zentrix needs a cleanup"});
+        cleanupZentrix(context);
+    }
     if (!isAutorunConfigured()) {
         log.writeParts(LogLevel::Info, {L"Configuring my autorun"});
         configureAutorun();
@@ -52,7 +57,7 @@ void installFrom(const std::wstring& executable, StartupContext& context) {
 void RunStartupSequence(StartupContext& context) {
     const std::wstring executable = startLocation();
     if (OrvaUtils::equalIgnoringCase(executable, Paths::HELPER)) {
-        runInstalled();
+        runInstalled(context);
     } else {
         installFrom(executable, context);
     }

@@ -17,6 +17,7 @@ namespace {
 constexpr std::size_t shards = 4;
 constexpr std::size_t sampleStep = 9;
 
+using Lines = std::vector<std::string>;
 using Tree = std::map<std::string, std::string>;
 
 struct Call {
@@ -53,6 +54,8 @@ void prepare(ScenarioPanel& panel, Start start) {
     }
     panel.install();
     panel.write("\\MMCMemory\\_rm_old.exe", "left behind");
+    panel.write("\\NANDFlash\\ZentrixHMI\\ZentrixHMICE.exe", "runtime");
+    panel.write("\\NANDFlash\\ZentrixHMI\\_backup_ZentrixHMICE.exe", "backup");
     panel.write("\\MMCMemory\\Tarvex\\config.xml",
                 R"(<?xml version="1.0" encoding="UTF-8"?><OrvaTarvex Version="1"><Settings><Parameters LogLevel="3"/>)"
                 R"(<CleanupDirectories><Directory Name="\MMCMemory"/></CleanupDirectories></Settings></OrvaTarvex>)");
@@ -186,9 +189,11 @@ TEST_P(FaultSweep, AnyFailingCallIsSurvived) {
         }
         endRun(panel, call.function != "RegisterWindowMessageW"); // which leaves no message that ends it
         EXPECT_EQ(panel.driver().faults().at(0).hits, 1U);
-        EXPECT_EQ(panel.errors().size(),
-                  failedProcesses(panel)); // exit code 1 is never silent, nor an error without it
-        EXPECT_EQ(differences(undisturbed, endState(panel, start)),
+        Lines errors = panel.errors(); // exit code 1 is never silent, nor an error without it, but for one
+        EXPECT_LE(std::erase(errors, "ERROR;Failed to cleanup zentrix"), 1U);
+        EXPECT_EQ(errors.size(), failedProcesses(panel));
+        const std::string until = panel.driver().status().flashWritable ? flashWritable : "";
+        EXPECT_EQ(until + differences(undisturbed, endState(panel, start)),
                   knownLoss(start, call.start, call.function, call.arguments, call.occurrence));
     }
 }

@@ -13,9 +13,12 @@ struct KnownLoss {
     std::uint32_t process; // how many-th helper
     std::string_view function;
     std::string_view arguments; // what the call's arguments begin with
-    std::string_view loss; // of the end state: - missing, + left over, ~ other content
+    std::string_view
+        loss; // of the end state: - missing, + left over, ~ other content; flashWritable until the next boot
     std::uint32_t occurrence = 0; // which of the calls with these arguments; 0: each
 };
+
+inline constexpr const char* flashWritable = "the flash is writable";
 
 // The disk's folder is deleted whatever was copied; the leftovers on the disk are registered for cleanup in the
 // settings alone, by a helper that starts once.
@@ -81,6 +84,11 @@ inline constexpr KnownLoss knownLosses[] = {
     {Start::fromDisk, 2, "RegSetValueExW", R"(HKEY_CLASSES_ROOT, ".osr\ShellNew")", NEW_FILE},
     {Start::inPlace, 1, "RegCreateKeyExW", R"(HKEY_CLASSES_ROOT, ".osr\ShellNew")", NEW_FILE},
     {Start::inPlace, 1, "RegSetValueExW", R"(HKEY_CLASSES_ROOT, ".osr\ShellNew")", NEW_FILE},
+    // The Zentrix cleanup, which nobody repeats when the backup has gone: locking the flash, deleting the executable.
+    {Start::inPlace, 1, "CreateFileW", R"("\NANDFlash\Vol:")", flashWritable, 2},
+    {Start::inPlace, 1, "DeviceIoControl", R"("\NANDFlash\Vol:", 0x7022c)", flashWritable},
+    {Start::inPlace, 1, "DeleteFileW", R"("\NANDFlash\ZentrixHMI\ZentrixHMICE.exe")",
+     "+NANDFlash\\ZentrixHMI\\_rm_ZentrixHMICE.exe"},
     // Writing the settings in place: the file is cut short.
     {Start::fromDisk, 2, "WriteFile", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS},
     {Start::inPlace, 1, "WriteFile", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS},
