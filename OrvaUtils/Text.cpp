@@ -19,6 +19,11 @@ bool isLowSurrogate(std::uint32_t unit) {
     return unit >= 0xDC00 && unit <= 0xDFFF;
 }
 
+void append16(std::vector<std::uint8_t>& bytes, std::uint32_t unit) {
+    bytes.push_back(static_cast<std::uint8_t>(unit));
+    bytes.push_back(static_cast<std::uint8_t>(unit >> 8));
+}
+
 } // namespace
 
 std::wstring toWide(std::string_view utf8) {
@@ -48,6 +53,39 @@ std::string toUtf8(std::wstring_view text) {
         utf8::unchecked::append(point, std::back_inserter(utf8));
     }
     return utf8;
+}
+
+std::wstring fromText16(const std::uint8_t* bytes, std::size_t size) {
+    std::wstring text;
+    for (std::size_t i = 0; i + 1 < size; i += 2) {
+        const std::uint32_t unit = bytes[i] | (static_cast<std::uint32_t>(bytes[i + 1]) << 8);
+        if constexpr (sizeof(wchar_t) > 2) {
+            if (isLowSurrogate(unit) && !text.empty() && isHighSurrogate(static_cast<std::uint32_t>(text.back()))) {
+                const std::uint32_t high = static_cast<std::uint32_t>(text.back()) - 0xD800;
+                text.back() = static_cast<wchar_t>(0x10000 + (high << 10) + (unit - 0xDC00));
+                continue;
+            }
+        }
+        text += static_cast<wchar_t>(unit);
+    }
+    return text;
+}
+
+std::vector<std::uint8_t> toText16(std::wstring_view text) {
+    std::vector<std::uint8_t> bytes;
+    bytes.reserve(2 * text.size());
+    for (const wchar_t character : text) {
+        const auto point = static_cast<std::uint32_t>(character);
+        if (point > 0x10FFFF) {
+            append16(bytes, REPLACEMENT);
+        } else if (point > 0xFFFF) {
+            append16(bytes, 0xD800 + ((point - 0x10000) >> 10));
+            append16(bytes, 0xDC00 + ((point - 0x10000) & 0x3FF));
+        } else {
+            append16(bytes, point);
+        }
+    }
+    return bytes;
 }
 
 std::wstring widen(std::string_view bytes) {

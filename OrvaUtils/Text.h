@@ -1,9 +1,11 @@
 // Wide text: the only conversions of the program, decimal numbers, comparison.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace OrvaUtils {
 
@@ -11,6 +13,11 @@ namespace OrvaUtils {
 // sequences in UTF-8, unpaired surrogates and values past U+10FFFF in wide text.
 std::wstring toWide(std::string_view utf8);
 std::string toUtf8(std::wstring_view text);
+
+// Text in the platform's records (registry data, drivers, partitions) has 16 bits a character, little-endian, zeros
+// included like any other; an odd last byte is no character. Neither fails, and unpaired surrogates survive both ways.
+std::wstring fromText16(const std::uint8_t* bytes, std::size_t size);
+std::vector<std::uint8_t> toText16(std::wstring_view text);
 
 // Each byte becomes one character of the same value.
 std::wstring widen(std::string_view bytes);

@@ -1,20 +1,38 @@
 #include "app/StartupSequence.h"
 
 #include "OrvaUtils/IO/IFileSystem.h"
+#include "OrvaUtils/Registry/Registry.h"
 #include "OrvaUtils/Text.h"
+#include "app/Autorun.h"
+#include "app/FileAssociation.h"
 #include "app/HelperSettings.h"
 #include "app/Installation.h"
 #include "app/Launch.h"
 #include "app/Paths.h"
+#include "app/ZentrixCleanup.h"
 #include "app/log/Logger.h"
 
 namespace {
 
-void runInstalled() {
+void runInstalled(const StartupContext& context) {
+    Logger& log = Logger::instance();
     cleanupRegisteredDirectories();
+    if (needsZentrixCleanup(context)) {
+        log.writeParts(LogLevel::Info, {L"Zentrix needs a cleanup"});
+        cleanupZentrix(context);
+    }
+    if (!isAutorunConfigured()) {
+        log.writeParts(LogLevel::Info, {L"Configuring my autorun"});
+        configureAutorun();
+    }
+    if (!isAssociationConfigured()) {
+        log.writeParts(LogLevel::Info, {L"Associate .osr file to Tarvex.exe"});
+        configureAssociation();
+        OrvaUtils::Registry::flushKey(HKEY_CLASSES_ROOT);
+    }
     HelperSettings::instance().save();
     if (HelperSettings::instance().requestInProgress() != nullptr) {
-        Logger::instance().writeParts(LogLevel::Info, {L"Follow up needed"});
+        log.writeParts(LogLevel::Info, {L"Follow up needed"});
         startApplication();
     }
 }
@@ -39,7 +57,7 @@ void installFrom(const std::wstring& executable, StartupContext& context) {
 void RunStartupSequence(StartupContext& context) {
     const std::wstring executable = startLocation();
     if (OrvaUtils::equalIgnoringCase(executable, Paths::HELPER)) {
-        runInstalled();
+        runInstalled(context);
     } else {
         installFrom(executable, context);
     }

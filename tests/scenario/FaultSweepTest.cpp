@@ -17,6 +17,7 @@ namespace {
 constexpr std::size_t shards = 4;
 constexpr std::size_t sampleStep = 9;
 
+using Lines = std::vector<std::string>;
 using Tree = std::map<std::string, std::string>;
 
 struct Call {
@@ -53,6 +54,8 @@ void prepare(ScenarioPanel& panel, Start start) {
     }
     panel.install();
     panel.write("\\MMCMemory\\_rm_old.exe", "left behind");
+    panel.write("\\NANDFlash\\ZentrixHMI\\ZentrixHMICE.exe", "runtime");
+    panel.write("\\NANDFlash\\ZentrixHMI\\_backup_ZentrixHMICE.exe", "backup");
     panel.write("\\MMCMemory\\Tarvex\\config.xml",
                 R"(<?xml version="1.0" encoding="UTF-8"?><OrvaTarvex Version="1"><Settings><Parameters LogLevel="3"/>)"
                 R"(<CleanupDirectories><Directory Name="\MMCMemory"/></CleanupDirectories></Settings></OrvaTarvex>)");
@@ -82,7 +85,10 @@ Tree endState(ScenarioPanel& panel, Start start) {
     panel.reboot();
     startAsBefore(panel, start);
     endRun(panel);
-    return panel.tree("\\");
+    panel.panel().cut(); // what counts of the registry is what is left then
+    Tree state = panel.tree("\\");
+    state.merge(panel.registry());
+    return state;
 }
 
 std::string differences(const Tree& expected, const Tree& found) {
@@ -101,6 +107,16 @@ std::string differences(const Tree& expected, const Tree& found) {
     return result;
 }
 
+// `HKEY_LOCAL_MACHINE, "init", 0x800` -> that is what 0x800 stands for, and no argument of its own
+void nameOpenedKey(Call& call, std::map<std::string, std::string>& names) {
+    const auto last = call.arguments.rfind(", 0x");
+    if (last == std::string::npos)
+        return; // not opened
+    const std::string handle = call.arguments.substr(last + 2);
+    call.arguments.resize(last);
+    names[handle] = call.arguments;
+}
+
 std::vector<Call> recordedCalls(Start start, Tree& undisturbed) {
     ScenarioPanel panel;
     prepare(panel, start);
@@ -109,14 +125,16 @@ std::vector<Call> recordedCalls(Start start, Tree& undisturbed) {
     EXPECT_TRUE(panel.reachesLoop());
     panel.terminate();
     std::vector<Call> calls;
-    std::map<std::string, std::string> files; // handle to path: what is read, written and listed is known by its name
+    std::map<std::string, std::string> names; // by handle: what is read, written and listed is known by its name
     for (const std::string& line : panel.trace()) {
         Call call = parse(line);
         const std::string handle = call.arguments.substr(0, call.arguments.find(','));
         if (call.function == "CreateFileW" || call.function == "FindFirstFileW")
-            files[line.substr(line.rfind("= ") + 2)] = handle;
-        else if (files.contains(handle))
-            call.arguments.replace(0, handle.size(), files.at(handle));
+            names[line.substr(line.rfind("= ") + 2)] = handle;
+        else if (call.function == "RegOpenKeyExW" || call.function == "RegCreateKeyExW")
+            nameOpenedKey(call, names);
+        else if (names.contains(handle))
+            call.arguments.replace(0, handle.size(), names.at(handle));
         if (!canFail(call))
             continue;
         for (const Call& former : calls)
@@ -171,9 +189,11 @@ TEST_P(FaultSweep, AnyFailingCallIsSurvived) {
         }
         endRun(panel, call.function != "RegisterWindowMessageW"); // which leaves no message that ends it
         EXPECT_EQ(panel.driver().faults().at(0).hits, 1U);
-        EXPECT_EQ(panel.errors().size(),
-                  failedProcesses(panel)); // exit code 1 is never silent, nor an error without it
-        EXPECT_EQ(differences(undisturbed, endState(panel, start)),
+        Lines errors = panel.errors(); // exit code 1 is never silent, nor an error without it, but for one
+        EXPECT_LE(std::erase(errors, "ERROR;Failed to cleanup zentrix"), 1U);
+        EXPECT_EQ(errors.size(), failedProcesses(panel));
+        const std::string until = panel.driver().status().flashWritable ? flashWritable : "";
+        EXPECT_EQ(until + differences(undisturbed, endState(panel, start)),
                   knownLoss(start, call.start, call.function, call.arguments, call.occurrence));
     }
 }

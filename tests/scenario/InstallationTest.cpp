@@ -24,7 +24,7 @@ std::string settingsWith(const std::string& directory) {
 }
 
 Lines installedLines() {
-    return {"INFO;Init of Helper", "INFO;Module manager initialization"};
+    return firstStartLines({"INFO;Module manager initialization"});
 }
 
 Lines handOverLines(const std::string& from, bool installs) {

@@ -13,9 +13,12 @@ struct KnownLoss {
     std::uint32_t process; // how many-th helper
     std::string_view function;
     std::string_view arguments; // what the call's arguments begin with
-    std::string_view loss; // of the end state: - missing, + left over, ~ other content
+    std::string_view
+        loss; // of the end state: - missing, + left over, ~ other content; flashWritable until the next boot
     std::uint32_t occurrence = 0; // which of the calls with these arguments; 0: each
 };
+
+inline constexpr const char* flashWritable = "the flash is writable";
 
 // The disk's folder is deleted whatever was copied; the leftovers on the disk are registered for cleanup in the
 // settings alone, by a helper that starts once.
@@ -26,25 +29,32 @@ struct KnownLoss {
 #define DATA "-MMCMemory\\Tarvex\\data\\ " DEEP
 #define README "-MMCMemory\\Tarvex\\readme.txt"
 #define APPLICATION "-MMCMemory\\Tarvex\\Tarvex.exe"
+#define NEW_FILE "-HKEY_CLASSES_ROOT\\.osr\\ShellNew|NullFile"
+#define UNREGISTERED                                                                                                   \
+    NEW_FILE " -HKEY_CLASSES_ROOT\\.osr| -HKEY_CLASSES_ROOT\\osrfile\\DefaultIcon| "                                   \
+             "-HKEY_CLASSES_ROOT\\osrfile\\shell\\open\\command| -HKEY_CLASSES_ROOT\\osrfile| "                        \
+             "-HKEY_LOCAL_MACHINE\\init|Depend61 -HKEY_LOCAL_MACHINE\\init|Launch61"
 #define HELPER "-MMCMemory\\Tarvex\\TarvexHelper.exe " SETTINGS
 
 inline constexpr KnownLoss knownLosses[] = {
     // Copying: what cannot be listed, made or copied is gone with the disk's folder.
     {Start::fromDisk, 1, "GetFileAttributesW", R"("Hard Disk\Tarvex\Tarvex.exe")", APPLICATION " " DATA " " README, 1},
     {Start::fromDisk, 1, "FindFirstFileW", R"("Hard Disk\Tarvex\*")",
-     APPLICATION " " HELPER " " DATA " " README " " ON_DISK},
+     UNREGISTERED " " APPLICATION " " HELPER " " DATA " " README " " ON_DISK},
     {Start::fromDisk, 1, "FindFirstFileW", R"("Hard Disk\Tarvex\data\*")", DEEP},
     {Start::fromDisk, 1, "FindFirstFileW", R"("Hard Disk\Tarvex\data\deep\*")", TABLE},
     {Start::fromDisk, 1, "FindNextFileW", R"("Hard Disk\Tarvex\*", "readme.txt")",
-     APPLICATION " " HELPER " " README " " ON_DISK},
-    {Start::fromDisk, 1, "FindNextFileW", R"("Hard Disk\Tarvex\*", "Tarvex.exe")", APPLICATION " " HELPER " " ON_DISK},
-    {Start::fromDisk, 1, "FindNextFileW", R"("Hard Disk\Tarvex\*", "TarvexHelper.exe")", HELPER " " ON_DISK},
+     UNREGISTERED " " APPLICATION " " HELPER " " README " " ON_DISK},
+    {Start::fromDisk, 1, "FindNextFileW", R"("Hard Disk\Tarvex\*", "Tarvex.exe")",
+     UNREGISTERED " " APPLICATION " " HELPER " " ON_DISK},
+    {Start::fromDisk, 1, "FindNextFileW", R"("Hard Disk\Tarvex\*", "TarvexHelper.exe")",
+     UNREGISTERED " " HELPER " " ON_DISK},
     {Start::fromDisk, 1, "CreateDirectoryW", R"("\MMCMemory\Tarvex\data")", DATA},
     {Start::fromDisk, 1, "CreateDirectoryW", R"("\MMCMemory\Tarvex\data\deep")", DEEP},
     {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\data\deep\table.bin")", TABLE},
     {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\readme.txt")", README},
     {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\Tarvex.exe")", APPLICATION},
-    {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\TarvexHelper.exe")", HELPER " " ON_DISK},
+    {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\TarvexHelper.exe")", UNREGISTERED " " HELPER " " ON_DISK},
     // Renaming the disk's folder away: only direct entries of the disk with the prefix are cleaned up later.
     {Start::fromDisk, 1, "MoveFileW", R"("\Hard Disk\Tarvex", )",
      "+Hard Disk\\Tarvex\\ +Hard Disk\\Tarvex\\_rm_TarvexHelper.exe"},
@@ -69,7 +79,17 @@ inline constexpr KnownLoss knownLosses[] = {
     {Start::inPlace, 1, "SetFilePointer", R"("\MMCMemory\Tarvex\config.xml", 0, 0)",
      SETTINGS " +MMCMemory\\_rm_old.exe", 2},
     {Start::inPlace, 1, "ReadFile", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS " +MMCMemory\\_rm_old.exe"},
-    // Writing them in place: the file is cut short.
+    // Writing the association's last key: no check looks at it, so it is never written again.
+    {Start::fromDisk, 2, "RegCreateKeyExW", R"(HKEY_CLASSES_ROOT, ".osr\ShellNew")", NEW_FILE},
+    {Start::fromDisk, 2, "RegSetValueExW", R"(HKEY_CLASSES_ROOT, ".osr\ShellNew")", NEW_FILE},
+    {Start::inPlace, 1, "RegCreateKeyExW", R"(HKEY_CLASSES_ROOT, ".osr\ShellNew")", NEW_FILE},
+    {Start::inPlace, 1, "RegSetValueExW", R"(HKEY_CLASSES_ROOT, ".osr\ShellNew")", NEW_FILE},
+    // The Zentrix cleanup, which nobody repeats when the backup has gone: locking the flash, deleting the executable.
+    {Start::inPlace, 1, "CreateFileW", R"("\NANDFlash\Vol:")", flashWritable, 2},
+    {Start::inPlace, 1, "DeviceIoControl", R"("\NANDFlash\Vol:", 0x7022c)", flashWritable},
+    {Start::inPlace, 1, "DeleteFileW", R"("\NANDFlash\ZentrixHMI\ZentrixHMICE.exe")",
+     "+NANDFlash\\ZentrixHMI\\_rm_ZentrixHMICE.exe"},
+    // Writing the settings in place: the file is cut short.
     {Start::fromDisk, 2, "WriteFile", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS},
     {Start::inPlace, 1, "WriteFile", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS},
 };
@@ -81,6 +101,8 @@ inline constexpr KnownLoss knownLosses[] = {
 #undef DATA
 #undef README
 #undef APPLICATION
+#undef NEW_FILE
+#undef UNREGISTERED
 #undef HELPER
 
 inline bool isMeant(const KnownLoss& loss, Start start, std::uint32_t process, std::string_view function,

@@ -38,6 +38,17 @@ std::vector<std::string> linesOf(const std::string& text) {
     return lines;
 }
 
+void collect(const panel::registry::Key& key, const std::string& path, std::map<std::string, std::string>& values) {
+    for (const panel::registry::Value& value : key.values) {
+        std::string text;
+        const bool isText = value.type == panel::registry::typeText && panel::registry::textOf(value, text);
+        values[path + '|' + value.name] =
+            panel::registry::typeName(value.type) + ' ' + (isText ? text : panel::registry::hexOf(value.data));
+    }
+    for (const panel::registry::Key& below : key.keys)
+        collect(below, path + '\\' + below.name, values);
+}
+
 } // namespace
 
 fs::path programFile(std::string_view name) {
@@ -47,6 +58,13 @@ fs::path programFile(std::string_view name) {
 fs::path helperFile() {
     const char* named = std::getenv("PANEL_HELPER");
     return named ? fs::path(named) : programFile("TarvexHelper");
+}
+
+std::vector<std::string> firstStartLines(const std::vector<std::string>& further) {
+    std::vector<std::string> lines{"INFO;Init of Helper", "INFO;Configuring my autorun",
+                                   "INFO;Associate .osr file to Tarvex.exe"};
+    lines.insert(lines.end(), further.begin(), further.end());
+    return lines;
 }
 
 ScenarioPanel::ScenarioPanel(std::uint32_t ticks) : bootTicks(ticks) {
@@ -140,6 +158,14 @@ std::map<std::string, std::string> ScenarioPanel::tree(std::string_view panelPat
                 entry.file_size() > 100000 ? std::to_string(entry.file_size()) + " bytes" : contentOf(entry.path());
     }
     return entries;
+}
+
+std::map<std::string, std::string> ScenarioPanel::registry(panel::registry::Copy copy) const {
+    const panel::registry::Tree tree = simulated->registry(copy);
+    std::map<std::string, std::string> values;
+    for (const panel::registry::Key& root : tree.roots())
+        collect(root, root.name, values);
+    return values;
 }
 
 std::uint32_t ScenarioPanel::run(const std::string& path, const std::string& commandLine) {

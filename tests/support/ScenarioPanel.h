@@ -15,6 +15,9 @@
 std::filesystem::path helperFile();
 std::filesystem::path programFile(std::string_view name);
 
+// What a helper logs when it starts in place on a panel whose registry does not know it, and these lines behind it.
+std::vector<std::string> firstStartLines(const std::vector<std::string>& further);
+
 class ScenarioPanel {
 public:
     static constexpr const char* helper = "\\MMCMemory\\Tarvex\\TarvexHelper.exe";
@@ -37,6 +40,8 @@ public:
     bool exists(std::string_view panelPath) const;
     // Every file and folder below it: relative path to content; folders end in "\". Logs are left out.
     std::map<std::string, std::string> tree(std::string_view panelPath) const;
+    // Every value of the registry: "HKEY_LOCAL_MACHINE\init|Launch61" to "REG_SZ text", or to its type and bytes.
+    std::map<std::string, std::string> registry(panel::registry::Copy copy = panel::registry::Copy::now) const;
 
     // ---- what happens on it
 

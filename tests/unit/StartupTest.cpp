@@ -32,6 +32,9 @@ std::string logged(const char* panelPath = HELPER_LOG) {
     return lines;
 }
 
+// Of a start in place on a panel whose registry does not know the helper.
+const std::string REGISTRATION = "INFO;Configuring my autorun\nINFO;Associate .osr file to Tarvex.exe\n";
+
 std::wstring installationFailure(const std::function<void()>& operation) {
     try {
         operation();
@@ -129,7 +132,8 @@ TEST(Startup, TidiesUpInTheRightPath) {
     const HANDLE busy = CreateFileW(L"\\Busy\\_rm_dir\\file", GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     HANDLE noLock = nullptr;
     EXPECT_TRUE(InitializeHelper(noLock));
-    EXPECT_EQ(logged(), "INFO;Init of Helper\nINFO;Path \\Busy not cleaned up\nINFO;Path \\Odd not cleaned up\n");
+    EXPECT_EQ(logged(),
+              "INFO;Init of Helper\nINFO;Path \\Busy not cleaned up\nINFO;Path \\Odd not cleaned up\n" + REGISTRATION);
     EXPECT_EQ(list("\\Old"), std::vector<std::string>{"kept"});
     EXPECT_EQ(list("\\Odd"), std::vector<std::string>{"_rmx"}) << "looked for, but never cleaned";
     EXPECT_EQ(HelperSettings().cleanupDirectories, (std::vector<std::wstring>{L"\\Busy", L"\\Odd"}));
@@ -142,8 +146,9 @@ TEST(Startup, FailsWhenTheApplicationCannotFollowUp) {
     HANDLE noLock = nullptr;
     EXPECT_FALSE(InitializeHelper(noLock));
     EXPECT_EQ(exitCode, 1);
-    EXPECT_EQ(logged(), "INFO;Init of Helper\nINFO;Follow up needed\n"
-                        "ERROR;Exception OrvaUtils::Exception: Cannot start tarvex\n");
+    EXPECT_EQ(logged(), "INFO;Init of Helper\n" + REGISTRATION +
+                            "INFO;Follow up needed\n"
+                            "ERROR;Exception OrvaUtils::Exception: Cannot start tarvex\n");
     EXPECT_NE(readFile("\\MMCMemory\\Tarvex\\config.xml").find("RepositoryPath=\"\\a.osr\" Force=\"0\""),
               std::string::npos)
         << "saved before";

@@ -48,6 +48,25 @@ TEST(Text, ReplacesUnpairedSurrogates) {
     EXPECT_EQ(toUtf8(std::wstring{low, high}), "\xEF\xBF\xBD\xEF\xBF\xBD");
 }
 
+TEST(Text, Has16BitsACharacterInRecords) {
+    const struct {
+        std::vector<std::uint8_t> bytes;
+        std::wstring text;
+    } cases[] = {
+        {{}, L""},
+        {{'a', 0, 0xAC, 0x20, 0, 0}, std::wstring(L"a\u20AC\0", 3)},
+        {{0x3D, 0xD8, 0x00, 0xDE, 'z', 0}, L"\U0001F600z"},
+        {{0x3D, 0xD8, 'z', 0}, {static_cast<wchar_t>(0xD83D), L'z'}}, // unpaired
+        {{0x00, 0xDE, 0x3D, 0xD8}, {static_cast<wchar_t>(0xDE00), static_cast<wchar_t>(0xD83D)}},
+    };
+    for (const auto& [bytes, text] : cases) {
+        EXPECT_EQ(fromText16(bytes.data(), bytes.size()), text);
+        EXPECT_EQ(toText16(text), bytes);
+    }
+    const std::uint8_t odd[] = {'a', 0, 'b'};
+    EXPECT_EQ(fromText16(odd, sizeof odd), L"a");
+}
+
 TEST(Text, WidensBytesAndWritesDecimals) {
     EXPECT_EQ(widen("a\xE9"), L"a\u00E9");
     EXPECT_EQ(decimal(0), L"0");

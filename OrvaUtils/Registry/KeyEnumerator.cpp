@@ -1,0 +1,15 @@
+#include "OrvaUtils/Registry/KeyEnumerator.h"
+
+namespace OrvaUtils::Registry {
+
+namespace {
+
+LONG nameOf(HKEY key, DWORD index, LPWSTR name, DWORD* length) {
+    return RegEnumKeyExW(key, index, name, length, nullptr, nullptr, nullptr, nullptr);
+}
+
+} // namespace
+
+KeyEnumerator::KeyEnumerator(HKEY openKey) : NameEnumerator(openKey, nameOf) {}
+
+} // namespace OrvaUtils::Registry

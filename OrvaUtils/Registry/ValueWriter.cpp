@@ -1,0 +1,42 @@
+#include "OrvaUtils/Registry/ValueWriter.h"
+
+#include "OrvaUtils/Registry/RegBinaryValue.h"
+#include "OrvaUtils/Registry/RegDwordBigEndianValue.h"
+#include "OrvaUtils/Registry/RegDwordLittleEndianValue.h"
+#include "OrvaUtils/Registry/RegExpandSzValue.h"
+#include "OrvaUtils/Registry/RegMultiSzValue.h"
+#include "OrvaUtils/Registry/RegSzValue.h"
+#include "OrvaUtils/Registry/RegistryException.h"
+#include "OrvaUtils/Registry/Writing.h"
+
+namespace OrvaUtils::Registry {
+
+void ValueWriter::visitSz(const RegSzValue& value, HKEY key) {
+    writeString(key, value.name, value.text);
+}
+
+void ValueWriter::visitOther(const Value&, HKEY) {
+    throw RegistryException(L"Write of registry value type not supported");
+}
+
+void ValueWriter::visitMultiSz(const RegMultiSzValue& value, HKEY key) {
+    writeMultiString(key, value.name, value.texts);
+}
+
+void ValueWriter::visitExpandSz(const RegExpandSzValue& value, HKEY key) {
+    writeExpandString(key, value.name, value.text);
+}
+
+void ValueWriter::visitDwordBigEndian(const RegDwordBigEndianValue& value, HKEY key) {
+    writeDwordBigEndian(key, value.name, value.number);
+}
+
+void ValueWriter::visitDwordLittleEndian(const RegDwordLittleEndianValue& value, HKEY key) {
+    writeDword(key, value.name, value.number);
+}
+
+void ValueWriter::visitBinary(const RegBinaryValue& value, HKEY key) {
+    writeBinary(key, value.name, value.bytes);
+}
+
+} // namespace OrvaUtils::Registry

@@ -1,0 +1,53 @@
+#include "app/FileAssociation.h"
+
+#include "OrvaUtils/Registry/Key.h"
+#include "OrvaUtils/Registry/Reading.h"
+#include "OrvaUtils/Registry/Registry.h"
+#include "OrvaUtils/Registry/Writing.h"
+#include "app/Paths.h"
+
+#include <string>
+
+using namespace OrvaUtils::Registry;
+
+namespace {
+
+constexpr wchar_t DEFAULT_VALUE[] = L"";
+constexpr wchar_t EXTENSION[] = L".osr";
+constexpr wchar_t NEW_FILE[] = L".osr\\ShellNew";
+constexpr wchar_t FILE_CLASS[] = L"osrfile";
+constexpr wchar_t ICON[] = L"osrfile\\DefaultIcon";
+constexpr wchar_t OPEN_COMMAND[] = L"osrfile\\shell\\open\\command";
+constexpr wchar_t ICON_NUMBER[] = L",-128";
+constexpr wchar_t FILE_ARGUMENT[] = L"\" \"%1\"";
+
+std::wstring openCommand() {
+    return std::wstring(L"\"") + Paths::APPLICATION + FILE_ARGUMENT;
+}
+
+bool holds(const wchar_t* path, const std::wstring& text) {
+    if (!valueExists(HKEY_CLASSES_ROOT, path, DEFAULT_VALUE)) {
+        return false;
+    }
+    const Key key(HKEY_CLASSES_ROOT, path);
+    return readString(key.handle(), DEFAULT_VALUE) == text;
+}
+
+void put(const wchar_t* path, const wchar_t* name, const std::wstring& text) {
+    const Key key(createKey(HKEY_CLASSES_ROOT, path, 0));
+    writeString(key.handle(), name, text);
+}
+
+} // namespace
+
+bool isAssociationConfigured() {
+    return holds(EXTENSION, FILE_CLASS) && holds(OPEN_COMMAND, openCommand());
+}
+
+void configureAssociation() {
+    put(FILE_CLASS, DEFAULT_VALUE, L"Orva Software Repository");
+    put(ICON, DEFAULT_VALUE, std::wstring(Paths::APPLICATION) + ICON_NUMBER);
+    put(OPEN_COMMAND, DEFAULT_VALUE, openCommand());
+    put(EXTENSION, DEFAULT_VALUE, FILE_CLASS);
+    put(NEW_FILE, L"NullFile", L"");
+}

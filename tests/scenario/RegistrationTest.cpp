@@ -1,0 +1,224 @@
+// The helper's autorun and the application's file association: what a start finds and writes in the registry.
+#include "tests/support/ScenarioPanel.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+using panel::registry::Copy;
+using panel::registry::Tree;
+using Lines = std::vector<std::string>;
+
+namespace {
+
+constexpr const char* init = "HKEY_LOCAL_MACHINE\\init";
+constexpr const char* extension = "HKEY_CLASSES_ROOT\\.osr";
+constexpr const char* openCommand = "HKEY_CLASSES_ROOT\\osrfile\\shell\\open\\command";
+constexpr const char* autorunLine = "INFO;Configuring my autorun";
+constexpr const char* associationLine = "INFO;Associate .osr file to Tarvex.exe";
+
+using Values = std::map<std::string, std::string>;
+
+const Values complete{
+    {"HKEY_CLASSES_ROOT\\osrfile|", "REG_SZ Orva Software Repository"},
+    {"HKEY_CLASSES_ROOT\\osrfile\\DefaultIcon|", R"(REG_SZ \MMCMemory\Tarvex\Tarvex.exe,-128)"},
+    {"HKEY_CLASSES_ROOT\\osrfile\\shell\\open\\command|", R"(REG_SZ "\MMCMemory\Tarvex\Tarvex.exe" "%1")"},
+    {"HKEY_CLASSES_ROOT\\.osr|", "REG_SZ osrfile"},
+    {"HKEY_CLASSES_ROOT\\.osr\\ShellNew|NullFile", "REG_SZ "},
+    {"HKEY_LOCAL_MACHINE\\init|Launch61", R"(REG_SZ \MMCMemory\Tarvex\TarvexHelper.exe)"},
+    {"HKEY_LOCAL_MACHINE\\init|Depend61", "REG_BINARY 32 00"},
+    {"HKEY_LOCAL_MACHINE\\ORVA|Version", "REG_SZ 2.15"}, // of every new panel
+    {"HKEY_LOCAL_MACHINE\\Ident|Name", "REG_SZ Panel"},
+};
+
+// What a helper did to the registry, in order: "set init Launch61", "flush HKEY_LOCAL_MACHINE", "close init".
+Lines changes(ScenarioPanel& panel) {
+    std::map<std::string, std::string> made; // handle to path
+    Lines steps;
+    for (const std::string& line : panel.trace()) {
+        const auto begin = line.find('(') + 1;
+        const std::string handle = line.substr(begin, line.find_first_of(",)", begin) - begin);
+        const auto quote = line.find('"', begin);
+        const std::string text =
+            quote == std::string::npos ? "" : line.substr(quote + 1, line.find('"', quote + 1) - quote - 1);
+        if (line.find(" RegCreateKeyExW[") != std::string::npos) {
+            const auto last = line.rfind(", ", line.rfind(") = ")) + 2;
+            made[line.substr(last, line.rfind(") = ") - last)] = text;
+            steps.push_back("open " + handle + ' ' + text);
+        } else if (line.find(" RegSetValueExW[") != std::string::npos) {
+            steps.push_back("set " + made[handle] + ' ' + text);
+        } else if (line.find(" RegFlushKey[") != std::string::npos) {
+            steps.push_back("flush " + handle);
+        } else if (line.find(" RegCloseKey[") != std::string::npos && made.contains(handle)) {
+            steps.push_back("close " + made[handle]);
+            made.erase(handle);
+        } else if (line.find("config.xml\", 0x40000000") != std::string::npos) {
+            steps.push_back("save settings");
+        }
+    }
+    return steps;
+}
+
+const Lines autorunSteps{"open HKEY_LOCAL_MACHINE init", "set init Launch61", "set init Depend61",
+                         "flush HKEY_LOCAL_MACHINE", "close init"};
+
+Lines associationSteps() {
+    Lines steps;
+    for (const char* key :
+         {"osrfile", "osrfile\\DefaultIcon", "osrfile\\shell\\open\\command", ".osr", ".osr\\ShellNew"}) {
+        steps.push_back(std::string("open HKEY_CLASSES_ROOT ") + key);
+        steps.push_back(std::string("set ") + key + (key == std::string(".osr\\ShellNew") ? " NullFile" : " "));
+        steps.push_back(std::string("close ") + key);
+    }
+    steps.push_back("flush HKEY_CLASSES_ROOT");
+    return steps;
+}
+
+Lines joined(Lines first, const Lines& second) {
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
+}
+
+void startInPlace(ScenarioPanel& panel) {
+    panel.driver().start(ScenarioPanel::helper);
+    EXPECT_TRUE(panel.reachesLoop());
+}
+
+} // namespace
+
+TEST(Registration, OfAFreshPanelIsOrderedFlushedAndStartsTheHelperAfterAPowerCut) {
+    ScenarioPanel panel;
+    panel.plugDisk("Hard Disk");
+    panel.driver().setTracing(true);
+    EXPECT_EQ(panel.run("\\Hard Disk\\Tarvex\\TarvexHelper.exe"), 0U);
+    ASSERT_TRUE(panel.reachesLoop());
+    EXPECT_EQ(changes(panel),
+              joined(joined({"save settings"}, autorunSteps), joined(associationSteps(), {"save settings"})));
+    EXPECT_EQ(panel.registry(), complete);
+    EXPECT_EQ(panel.registry(Copy::flash), complete);
+    panel.panel().cut();
+    panel.reboot();
+    EXPECT_EQ(panel.registry(), complete);
+    panel.driver().setTracing(true);
+    const auto starts = panel.driver().startInit();
+    ASSERT_EQ(starts.size(), 1U);
+    EXPECT_EQ(starts[0].path, ScenarioPanel::helper);
+    EXPECT_EQ(panel.driver().status().processes.at(0).commandLine, "61"); // which the helper does not look at
+    ASSERT_TRUE(panel.reachesLoop());
+    EXPECT_EQ(changes(panel), Lines{"save settings"});
+    EXPECT_EQ(panel.log().back(), "INFO;Module manager initialization");
+    EXPECT_EQ(panel.terminate(), 0U);
+}
+
+TEST(Registration, IsRenewedWhereTheCheckMissesSomethingAndOnlyThere) {
+    const auto set = [](const char* key, const char* name, const char* text) {
+        return [=](Tree& tree) { tree.make(key)->set(panel::registry::textValue(name, text)); };
+    };
+    const auto remove = [](const char* key, const char* name) {
+        return [=](Tree& tree) { tree.find(key)->removeValue(name); };
+    };
+    const auto removeKey = [](const char* key) { return [=](Tree& tree) { tree.remove(key); }; };
+    const struct {
+        const char* what;
+        std::function<void(Tree&)> change;
+        bool autorun; // is written again
+        bool association;
+    } cases[] = {
+        {"nothing", [](Tree&) {}, false, false},
+        {"the case of the path", set(init, "Launch61", R"(\mmcmemory\TARVEX\tarvexhelper.EXE)"), false, false},
+        {"any order", set(init, "Depend61", "whatever"), false, false},
+        {"another program", set(init, "Launch61", R"(\Windows\Other.exe)"), true, false},
+        {"no program", remove(init, "Launch61"), true, false},
+        {"no order", remove(init, "Depend61"), true, false},
+        {"no list", removeKey(init), true, false},
+        {"another class", set(extension, "", "otherfile"), false, true},
+        {"the class's case", set(extension, "", "OSRfile"), false, true},
+        {"no class", remove(extension, ""), false, true},
+        {"no extension", removeKey(extension), false, true},
+        {"the command's case", set(openCommand, "", R"("\MMCMemory\Tarvex\tarvex.exe" "%1")"), false, true},
+        {"no command", remove(openCommand, ""), false, true},
+        {"no class's key", removeKey("HKEY_CLASSES_ROOT\\osrfile"), false, true},
+        {"no icon", removeKey("HKEY_CLASSES_ROOT\\osrfile\\DefaultIcon"), false, false},
+        {"no new file", removeKey("HKEY_CLASSES_ROOT\\.osr\\ShellNew"), false, false},
+    };
+    ScenarioPanel panel;
+    panel.install();
+    startInPlace(panel);
+    EXPECT_EQ(panel.terminate(), 0U);
+    const Tree configured = panel.panel().registry(Copy::now);
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.what);
+        panel.panel().changeRegistry(
+            [&](Tree& tree) {
+                tree = configured;
+                each.change(tree);
+            },
+            false);
+        const Values changed = panel.registry();
+        panel.reboot();
+        const std::size_t former = panel.log().size();
+        panel.driver().setTracing(true);
+        startInPlace(panel);
+        EXPECT_EQ(changes(panel),
+                  joined(joined(each.autorun ? autorunSteps : Lines(), each.association ? associationSteps() : Lines()),
+                         {"save settings"}));
+        EXPECT_EQ(panel.registry(), each.autorun || each.association ? complete : changed);
+        Lines expected{"INFO;Init of Helper"};
+        if (each.autorun)
+            expected.push_back(autorunLine);
+        if (each.association)
+            expected.push_back(associationLine);
+        expected.push_back("INFO;Module manager initialization");
+        const Lines log = panel.log();
+        EXPECT_EQ(Lines(log.begin() + static_cast<std::ptrdiff_t>(former), log.end()), expected);
+        EXPECT_EQ(panel.terminate(), 0U);
+    }
+}
+
+TEST(Registration, OfAnotherTypeOrRefusedByThePlatformEndsTheStart) {
+    const auto number = [](const char* key, const char* name) {
+        return [=](Tree& tree) { tree.make(key)->set(panel::registry::numberValue(name, 61)); };
+    };
+    const struct {
+        std::function<void(Tree&)> change;
+        const char* function; // fails; null: none
+        std::uint32_t call;
+        const char* failure;
+        Lines before;
+    } cases[] = {
+        {number(init, "Launch61"), nullptr, 0, "", {autorunLine}}, // the order is missing, so nobody looks at it
+        {[&](Tree& tree) {
+             number(init, "Launch61")(tree);
+             number(init, "Depend61")(tree);
+         },
+         nullptr,
+         0,
+         "Unexpected value type",
+         {}},
+        {number(extension, ""), nullptr, 0, "Unexpected value type", {autorunLine}},
+        {[](Tree&) {}, "RegCreateKeyExW", 1, "Cannot open subkey", {autorunLine}},
+        {[](Tree&) {}, "RegSetValueExW", 2, "Failed to set REG_BINARY value", {autorunLine}},
+        {[](Tree&) {}, "RegSetValueExW", 3, "Failed to set REG_SZ value", {autorunLine, associationLine}},
+        {[](Tree&) {}, "RegFlushKey", 2, "", {autorunLine, associationLine}}, // is ignored
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.failure);
+        ScenarioPanel panel;
+        panel.install();
+        panel.panel().changeRegistry(each.change, false);
+        if (each.function)
+            panel.driver().addFault(
+                {each.function, "TarvexHelper.exe", 1, 1, each.call, false, panel::FaultAction::fail, 0});
+        panel.driver().start(ScenarioPanel::helper);
+        EXPECT_EQ(panel.settlesInLoop(), each.failure == std::string());
+        Lines expected = joined({"INFO;Init of Helper"}, each.before);
+        if (each.failure != std::string()) {
+            expected.push_back(std::string("ERROR;Exception OrvaUtils::Registry::RegistryException: ") + each.failure);
+            EXPECT_EQ(panel.exitCodeOf("TarvexHelper.exe#1"), 1U);
+            EXPECT_FALSE(panel.exists("\\MMCMemory\\Tarvex\\config.xml")); // the steps behind it are not reached
+            EXPECT_EQ(panel.log(), expected);
+        } else {
+            EXPECT_EQ(panel.errors(), Lines{});
+        }
+    }
+}

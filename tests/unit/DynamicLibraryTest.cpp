@@ -1,0 +1,54 @@
+#include "OrvaUtils/DynamicLibrary.h"
+#include "OrvaUtils/LoadLibraryException.h"
+#include "tests/support/TestPanel.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+
+using OrvaUtils::DynamicLibrary;
+using namespace testing_panel;
+
+namespace {
+
+constexpr wchar_t TAGS[] = L"tagUserAPI.dll";
+
+std::wstring failureOf(const std::function<void()>& operation) {
+    try {
+        operation();
+    } catch (const OrvaUtils::LoadLibraryException& failure) {
+        return failure.message();
+    }
+    return L"none";
+}
+
+std::ptrdiff_t unloadings() {
+    const std::vector<std::string> lines = trace();
+    return std::count_if(lines.begin(), lines.end(),
+                         [](const std::string& line) { return line.starts_with("FreeLibrary("); });
+}
+
+} // namespace
+
+TEST(DynamicLibrary, LooksUpProceduresByName) {
+    const DynamicLibrary library(TAGS, DynamicLibrary::Lifetime::Object);
+    EXPECT_NE(library.getAddress(L"TAG_Open"), nullptr);
+    EXPECT_NE(library.getAddress(L"TAG_Open"), library.getAddress(L"TAG_Close"));
+    EXPECT_EQ(failureOf([&] { library.getAddress(L"TAG_None"); }), L"Get address of TAG_None failed");
+    failCall("GetProcAddressW");
+    EXPECT_EQ(failureOf([&] { library.getAddress(L"TAG_Open"); }), L"Get address of TAG_Open failed");
+    EXPECT_EQ(failureOf([] { DynamicLibrary(L"none.dll", DynamicLibrary::Lifetime::Process); }),
+              L"Load none.dll failed");
+}
+
+TEST(DynamicLibrary, StaysLoadedOrGoesWithTheObject) {
+    startTrace();
+    { const DynamicLibrary library(TAGS, DynamicLibrary::Lifetime::Process); }
+    EXPECT_EQ(unloadings(), 0);
+    { const DynamicLibrary library(TAGS, DynamicLibrary::Lifetime::Object); }
+    EXPECT_EQ(unloadings(), 1);
+    EXPECT_EQ(failureOf([] { DynamicLibrary(L"none.dll", DynamicLibrary::Lifetime::Object); }),
+              L"Load none.dll failed");
+    EXPECT_EQ(unloadings(), 1) << "there was nothing to unload";
+}

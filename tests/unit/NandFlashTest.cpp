@@ -1,0 +1,90 @@
+#include "modules/storage/NandFlash.h"
+
+#include "modules/storage/FlashNotWritableException.h"
+#include "modules/storage/FlashWriteGuard.h"
+#include "tests/support/TestPanel.h"
+
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <functional>
+
+using namespace testing_panel;
+using panel::Behaviour;
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+std::wstring failureOf(const std::function<void()>& operation) {
+    try {
+        operation();
+    } catch (const FlashNotWritableException& failure) {
+        return failure.message();
+    }
+    return L"none";
+}
+
+Lines requests() { // to the flash
+    Lines operations;
+    for (const panel::Request& request : devices().requests("NANDFlash")) {
+        operations.push_back(request.operation);
+    }
+    return operations;
+}
+
+} // namespace
+
+TEST(NandFlash, IsWhereAPathBeginsWithItsName) {
+    for (const wchar_t* path : {L"\\NANDFlash", L"\\NANDFlash\\a", L"\\nandFLASH\\a", L"\\NANDFlashX"}) {
+        EXPECT_TRUE(isOnNandFlash(path));
+    }
+    for (const wchar_t* path :
+         {L"", L"\\NANDFlas", L"\\NANDFla", L"NANDFlash\\a", L"\\MMCMemory\\NANDFlash", L"\\NAND"}) {
+        EXPECT_FALSE(isOnNandFlash(path));
+    }
+}
+
+TEST(NandFlash, TakesFilesOnlyWhileItIsWritable) {
+    EXPECT_FALSE(CreateDirectoryW(L"\\NANDFlash\\a", nullptr));
+    makeFlashWritable();
+    EXPECT_TRUE(CreateDirectoryW(L"\\NANDFlash\\a", nullptr));
+    makeFlashReadOnly();
+    EXPECT_FALSE(RemoveDirectoryW(L"\\NANDFlash\\a"));
+    EXPECT_EQ(requests(), (Lines{"writable", "read-only"}));
+}
+
+TEST(NandFlash, ReportsADriverThatIsMissingOrRefuses) {
+    devices().setBehaviour("NANDFlash", {Behaviour::Kind::refuse, 5}, "writable");
+    startTrace();
+    EXPECT_EQ(failureOf(makeFlashWritable), L"Generic Exception");
+    EXPECT_TRUE(trace().back().starts_with("CloseHandle(0x")) << trace().back();
+    EXPECT_EQ(failureOf(makeFlashReadOnly), L"none");
+    devices().setPresent("NANDFlash", false);
+    startTrace();
+    EXPECT_EQ(failureOf(makeFlashReadOnly), L"Generic Exception");
+    const Lines calls = trace();
+    ASSERT_EQ(calls.size(), 3U) << "a failed open shows in the control call";
+    EXPECT_TRUE(calls[0].starts_with("CreateFileW(\"\\NANDFlash\\Vol:\", 0xc0000000")) << calls[0];
+    EXPECT_TRUE(calls[1].starts_with("DeviceIoControl(")) << calls[1];
+}
+
+TEST(FlashWriteGuard, UnlocksOnceForPathsOnTheFlashAndLocksAgain) {
+    FlashWriteGuard guard;
+    guard.relock();
+    guard.unlockFor(L"\\MMCMemory\\a");
+    EXPECT_EQ(requests(), Lines{});
+    guard.unlockFor(L"\\nandflash\\a");
+    guard.unlockFor(L"\\NANDFlash\\b");
+    EXPECT_EQ(requests(), Lines{"writable"});
+    devices().setBehaviour("NANDFlash", {Behaviour::Kind::refuse, 5}, "read-only");
+    EXPECT_EQ(failureOf([&] { guard.relock(); }), L"Generic Exception");
+    devices().setBehaviour("NANDFlash", {}, "read-only");
+    guard.relock(); // it has not forgotten
+    guard.relock();
+    EXPECT_EQ(requests(), (Lines{"writable", "read-only", "read-only"}));
+    devices().setBehaviour("NANDFlash", {Behaviour::Kind::refuse, 5}, "writable");
+    EXPECT_EQ(failureOf([&] { guard.unlockFor(L"\\NANDFlash\\a"); }), L"Generic Exception");
+    guard.relock(); // nothing was unlocked
+    EXPECT_EQ(requests().size(), 4U);
+}

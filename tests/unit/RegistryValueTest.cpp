@@ -1,0 +1,263 @@
+#include "OrvaUtils/Registry/Comparing.h"
+#include "OrvaUtils/Registry/Key.h"
+#include "OrvaUtils/Registry/Reading.h"
+#include "OrvaUtils/Registry/RegBinaryValue.h"
+#include "OrvaUtils/Registry/RegDwordBigEndianValue.h"
+#include "OrvaUtils/Registry/RegDwordLittleEndianValue.h"
+#include "OrvaUtils/Registry/RegExpandSzValue.h"
+#include "OrvaUtils/Registry/RegMultiSzValue.h"
+#include "OrvaUtils/Registry/RegSzValue.h"
+#include "OrvaUtils/Registry/Registry.h"
+#include "OrvaUtils/Registry/RegistryException.h"
+#include "OrvaUtils/Registry/ValueComparer.h"
+#include "OrvaUtils/Registry/ValueWriter.h"
+#include "OrvaUtils/Registry/Writing.h"
+#include "OrvaUtils/Text.h"
+#include "tests/support/TestPanel.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <memory>
+
+using namespace OrvaUtils::Registry;
+using namespace testing_panel;
+using OrvaUtils::toText16;
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+using Texts = std::vector<std::wstring>;
+
+class RegistryValue : public testing::Test {
+protected:
+    void store(const wchar_t* name, DWORD type, const Bytes& bytes) const {
+        const BYTE none = 0;
+        ASSERT_EQ(RegSetValueExW(key.handle(), name, 0, type, bytes.empty() ? &none : bytes.data(),
+                                 static_cast<DWORD>(bytes.size())),
+                  0);
+    }
+    void storeText(const wchar_t* name, DWORD type, std::wstring_view text) const {
+        store(name, type, toText16(text));
+    }
+    // The type and the bytes as they are in the registry.
+    std::pair<DWORD, Bytes> stored(const wchar_t* name) const {
+        DWORD type = 0;
+        Bytes bytes(4096);
+        DWORD size = 4096;
+        EXPECT_EQ(RegQueryValueExW(key.handle(), name, nullptr, &type, bytes.data(), &size), 0);
+        bytes.resize(size);
+        return {type, bytes};
+    }
+
+    const Key key{createKey(HKEY_LOCAL_MACHINE, L"Test", 0)};
+    const HKEY handle = key.handle();
+};
+
+std::wstring failureOf(const std::function<void()>& operation) {
+    try {
+        operation();
+    } catch (const RegistryException& failure) {
+        return failure.message();
+    }
+    return L"none";
+}
+
+// One value of each class, with data on both sides of the first buffer's 50 bytes.
+std::vector<std::unique_ptr<Value>> oneOfEach() {
+    std::vector<std::unique_ptr<Value>> values;
+    values.push_back(std::make_unique<RegSzValue>(L"sz", std::wstring(200, L'\u20AC')));
+    values.push_back(std::make_unique<RegMultiSzValue>(L"multi", Texts{L"one", std::wstring(100, L'x'), L"three"}));
+    values.push_back(std::make_unique<RegExpandSzValue>(L"expand", L"%WINDIR%\\x"));
+    values.push_back(std::make_unique<RegDwordBigEndianValue>(L"big", 0x01020304));
+    values.push_back(std::make_unique<RegDwordLittleEndianValue>(L"little", 0xFFFFFFFE));
+    values.push_back(std::make_unique<RegBinaryValue>(L"binary", Bytes(51, 0x5A)));
+    return values;
+}
+
+// Of a class that the library does not have.
+struct UnknownValue : Value {
+    UnknownValue() : Value(L"unknown") {}
+    void accept(ValueVisitor& visitor, HKEY context) const override {
+        visitor.visitOther(*this, context);
+    }
+};
+
+} // namespace
+
+TEST_F(RegistryValue, OfTextIsReadUpToItsFirstZero) {
+    const struct {
+        std::wstring_view stored;
+        const wchar_t* read;
+    } cases[] = {
+        {{L"text\0", 5}, L"text"},
+        {{L"text", 4}, L"text"}, // unterminated
+        {{L"te\0xt\0", 6}, L"te"},
+        {{L"text\0\0\0", 7}, L"text"}, // over-terminated
+        {{L"", 0}, L""},
+        {{L"\0", 1}, L""},
+        {{L"1234567890123456789012345", 25}, L"1234567890123456789012345"}, // fills the first buffer
+        {{L"12345678901234567890123456", 26}, L"12345678901234567890123456"},
+    };
+    for (const auto& [text, read] : cases) {
+        storeText(L"", REG_SZ, text);
+        storeText(L"expand", REG_EXPAND_SZ, text);
+        EXPECT_EQ(readString(handle, L""), read);
+        EXPECT_EQ(readExpandString(handle, L"expand"), read);
+    }
+    store(L"odd", REG_SZ, {'a', 0, 'b'});
+    EXPECT_EQ(readString(handle, L"odd"), L"a");
+}
+
+TEST_F(RegistryValue, OfTextsIsSplitUpToAnEmptyOne) {
+    const struct {
+        std::wstring_view stored;
+        Texts read;
+    } cases[] = {
+        {{L"\0", 1}, {}},
+        {{L"", 0}, {}},
+        {{L"a\0bc\0\0", 6}, {L"a", L"bc"}},
+        {{L"a\0bc\0", 5}, {L"a", L"bc"}}, // without the last zero
+        {{L"a\0bc", 4}, {L"a", L"bc"}}, // without either
+        {{L"a\0\0b\0\0", 6}, {L"a"}},
+        {{L"\0a\0\0", 4}, {}},
+    };
+    for (const auto& [text, read] : cases) {
+        storeText(L"multi", REG_MULTI_SZ, text);
+        EXPECT_EQ(readMultiString(handle, L"multi"), read);
+    }
+}
+
+TEST_F(RegistryValue, IsQueriedAgainOnlyWhenTheFirstBufferIsTooSmall) {
+    for (const std::size_t size : {0U, 50U, 51U, 3000U}) {
+        Bytes bytes(size);
+        std::generate(bytes.begin(), bytes.end(), [i = 0]() mutable { return static_cast<std::uint8_t>(++i); });
+        store(L"bytes", REG_BINARY, bytes);
+        startTrace();
+        EXPECT_EQ(readBinary(handle, L"bytes"), bytes);
+        EXPECT_EQ(trace().size(), size > 50 ? 2U : 1U);
+    }
+}
+
+TEST_F(RegistryValue, OfANumberIsItsFirstFourBytesAsTheyStand) {
+    for (const DWORD type : {REG_DWORD, REG_DWORD_BIG_ENDIAN}) {
+        const auto read = type == REG_DWORD ? readDword : readDwordBigEndian;
+        store(L"number", type, {1, 0, 0, 0});
+        EXPECT_EQ(read(handle, L"number"), 1U);
+        store(L"number", type, {0xFE, 0xFF, 0xFF, 0xFF, 0x55});
+        EXPECT_EQ(read(handle, L"number"), 0xFFFFFFFEU);
+        store(L"number", type, {7, 1});
+        EXPECT_EQ(read(handle, L"number"), 0x107U) << "what is missing counts as zero, whatever the buffer held";
+        store(L"number", type, {});
+        EXPECT_EQ(read(handle, L"number"), 0U);
+    }
+}
+
+TEST_F(RegistryValue, IsWrittenAsThePlatformKeepsIt) {
+    writeBinary(handle, L"v", {0x32, 0x00});
+    EXPECT_EQ(stored(L"v"), std::make_pair(REG_BINARY, Bytes{0x32, 0}));
+    writeBinary(handle, L"v", {});
+    EXPECT_EQ(stored(L"v"), std::make_pair(REG_BINARY, Bytes{}));
+    writeDword(handle, L"v", 0x01020304);
+    EXPECT_EQ(stored(L"v"), std::make_pair(REG_DWORD, Bytes{4, 3, 2, 1}));
+    writeDwordBigEndian(handle, L"v", 1);
+    EXPECT_EQ(stored(L"v"), std::make_pair(REG_DWORD_BIG_ENDIAN, Bytes{1, 0, 0, 0}));
+    writeString(handle, L"v", L"");
+    EXPECT_EQ(stored(L"v"), std::make_pair(REG_SZ, Bytes{0, 0}));
+    writeExpandString(handle, L"v", L"a\u20AC");
+    EXPECT_EQ(stored(L"v"), std::make_pair(REG_EXPAND_SZ, Bytes{'a', 0, 0xAC, 0x20, 0, 0}));
+    writeMultiString(handle, L"v", {});
+    EXPECT_EQ(stored(L"v"), std::make_pair(REG_MULTI_SZ, Bytes{0, 0}));
+    writeMultiString(handle, L"v", {L"a", L"b"});
+    EXPECT_EQ(stored(L"v"), std::make_pair(REG_MULTI_SZ, Bytes{'a', 0, 0, 0, 'b', 0, 0, 0, 0, 0}));
+}
+
+TEST_F(RegistryValue, SurvivesTheWriterTheReaderAndTheComparer) {
+    ValueWriter writer;
+    ValueComparer comparer;
+    for (const auto& value : oneOfEach()) {
+        value->accept(writer, handle);
+        EXPECT_EQ(failureOf([&] { value->accept(comparer, handle); }), L"none");
+        const std::unique_ptr<Value> read = readValue(handle, value->name);
+        const Value& first = *read;
+        const Value& second = *value;
+        EXPECT_TRUE(typeid(first) == typeid(second));
+        EXPECT_EQ(read->name, value->name);
+        EXPECT_EQ(failureOf([&] { read->accept(comparer, handle); }), L"none");
+    }
+}
+
+TEST_F(RegistryValue, IsFoundToDiffer) {
+    writeString(handle, L"sz", L"Text");
+    writeExpandString(handle, L"expand", L"%A%");
+    writeMultiString(handle, L"multi", {L"a", L"b"});
+    writeDword(handle, L"little", 1);
+    writeDwordBigEndian(handle, L"big", 1);
+    writeBinary(handle, L"binary", {1, 2});
+    const struct {
+        std::unique_ptr<Value> expected;
+        const wchar_t* failure;
+    } cases[] = {
+        {std::make_unique<RegSzValue>(L"sz", L"text"), L"Different string values"},
+        {std::make_unique<RegSzValue>(L"sz", L"Text2"), L"Different string values"},
+        {std::make_unique<RegExpandSzValue>(L"expand", L"%a%"), L"Different expand string values"},
+        {std::make_unique<RegMultiSzValue>(L"multi", Texts{L"a"}), L"Different multi string values"},
+        {std::make_unique<RegMultiSzValue>(L"multi", Texts{L"a", L"c"}), L"Different multi string values"},
+        {std::make_unique<RegDwordLittleEndianValue>(L"little", 2), L"Different DWORD values"},
+        {std::make_unique<RegDwordBigEndianValue>(L"big", 0x01000000), L"Different DWORD values"},
+        {std::make_unique<RegBinaryValue>(L"binary", Bytes{1, 2, 3}), L"Different binary values"},
+        {std::make_unique<RegBinaryValue>(L"binary", Bytes{1, 3}), L"Different binary values"},
+        {std::make_unique<RegBinaryValue>(L"sz", Bytes{}), L"Unexpected value type"},
+        {std::make_unique<RegSzValue>(L"missing", L""), L"Cannot query the given registry value"},
+        {std::make_unique<UnknownValue>(), L"Unexpected value type"},
+    };
+    ValueComparer comparer;
+    for (const auto& [expected, failure] : cases) {
+        EXPECT_EQ(failureOf([&] { expected->accept(comparer, handle); }), failure);
+    }
+}
+
+TEST_F(RegistryValue, OfAnotherTypeIsNoneForATypedRead) {
+    const std::pair<DWORD, std::function<void(const wchar_t*)>> reads[] = {
+        {REG_SZ, [&](const wchar_t* name) { readString(handle, name); }},
+        {REG_EXPAND_SZ, [&](const wchar_t* name) { readExpandString(handle, name); }},
+        {REG_BINARY, [&](const wchar_t* name) { readBinary(handle, name); }},
+        {REG_DWORD, [&](const wchar_t* name) { readDword(handle, name); }},
+        {REG_DWORD_BIG_ENDIAN, [&](const wchar_t* name) { readDwordBigEndian(handle, name); }},
+        {REG_MULTI_SZ, [&](const wchar_t* name) { readMultiString(handle, name); }},
+    };
+    for (const DWORD type : {1U, 2U, 3U, 4U, 5U, 7U, 0U, 6U, 11U}) {
+        store(L"value", type, Bytes(60));
+        for (const auto& [own, read] : reads) {
+            EXPECT_EQ(failureOf([&] { read(L"value"); }), own == type ? L"none" : L"Unexpected value type");
+        }
+        const bool known = type != 0 && type != 6 && type < 8;
+        EXPECT_EQ(failureOf([&] { readValue(handle, L"value"); }), known ? L"none" : L"Invalid datatype given");
+        const Bytes data(8);
+        EXPECT_EQ(failureOf([&] { makeValue(L"x", data.data(), data.size(), type); }),
+                  known ? L"none" : L"Invalid datatype given");
+    }
+    for (const auto& [own, read] : reads) {
+        EXPECT_EQ(failureOf([&] { read(L"missing"); }), L"Cannot query the given registry value");
+    }
+    EXPECT_EQ(failureOf([&] { readValue(handle, L"missing"); }), L"Cannot query the given registry value");
+    store(L"large", REG_BINARY, Bytes(60));
+    failCall("RegQueryValueExW", 2);
+    EXPECT_EQ(failureOf([&] { readBinary(handle, L"large"); }), L"Cannot query the given registry value");
+}
+
+TEST_F(RegistryValue, ThatCannotBeWrittenTellsItsType) {
+    const wchar_t* const failures[] = {
+        L"Failed to set REG_SZ value",       L"Failed to set REG_MULTI_SZ value", L"Failed to set REG_EXPAND_SZ value",
+        L"Failed to set REG_DWORD_BE value", L"Failed to set REG_DWORD_LE value", L"Failed to set REG_BINARY value",
+    };
+    failCall("RegSetValueExW", 1, true);
+    ValueWriter writer;
+    const auto values = oneOfEach();
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        EXPECT_EQ(failureOf([&] { values[i]->accept(writer, handle); }), failures[i]);
+        EXPECT_FALSE(valueExists(HKEY_LOCAL_MACHINE, L"Test", values[i]->name));
+    }
+    EXPECT_EQ(failureOf([&] { UnknownValue().accept(writer, handle); }), L"Write of registry value type not supported");
+}
