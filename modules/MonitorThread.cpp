@@ -12,11 +12,11 @@ constexpr DWORD LIMIT = 20000; // ms
 MonitorThread::MonitorThread(Loop& loopToRun)
     : loop(loopToRun),
       stopRequested(CreateEventW(nullptr, FALSE, FALSE, nullptr)),
-      decided(CreateEventW(nullptr, FALSE, FALSE, nullptr)) {}
+      isReady(CreateEventW(nullptr, FALSE, FALSE, nullptr)) {}
 
 MonitorThread::~MonitorThread() {
     closeThread();
-    for (const HANDLE event : {stopRequested, decided}) {
+    for (const HANDLE event : {stopRequested, isReady}) {
         if (event != nullptr) {
             CloseHandle(event);
         }
@@ -24,7 +24,7 @@ MonitorThread::~MonitorThread() {
 }
 
 bool MonitorThread::isUsable() const {
-    return stopRequested != nullptr && decided != nullptr;
+    return stopRequested != nullptr && isReady != nullptr;
 }
 
 HANDLE MonitorThread::stopEvent() const {
@@ -37,10 +37,14 @@ bool MonitorThread::start() {
     if (thread == nullptr) {
         return false;
     }
-    // One that ends has decided, too. The limit is for a platform that does not set the event.
-    const HANDLE decisions[] = {decided, thread};
+    // The limit is for a platform that does not set the event.
+    const HANDLE decisions[] = {isReady, thread};
     WaitForMultipleObjects(2, decisions, FALSE, LIMIT);
     return true;
+}
+
+void MonitorThread::ready() {
+    EventModify(isReady, EVENT_SET);
 }
 
 bool MonitorThread::stop() {
@@ -68,19 +72,11 @@ void MonitorThread::closeThread() {
 
 DWORD WINAPI MonitorThread::entry(LPVOID self) {
     try {
-        return static_cast<MonitorThread*>(self)->runLoop();
+        return static_cast<MonitorThread*>(self)->loop.run();
     } catch (const OrvaUtils::Exception& exception) {
         Logger::instance().write(exception.message(), LogLevel::Error);
     } catch (...) {
         Logger::instance().write(L"Generic exception", LogLevel::Error);
     }
     return 0;
-}
-
-DWORD MonitorThread::runLoop() {
-    if (!loop.begin()) {
-        return 0;
-    }
-    EventModify(decided, EVENT_SET);
-    return loop.run();
 }

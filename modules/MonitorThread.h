@@ -4,17 +4,15 @@
 
 // The worker thread of a monitor: how it is started and stopped, and what becomes of an exception.
 //
-// All operations are for the monitor's owner, on one thread at a time; only `stopEvent` is also for the worker. The
-// destructor closes the handles and stops nothing: the monitor's own does.
+// All operations are for the monitor's owner, on one thread at a time, but `stopEvent` and `ready`, which the worker
+// uses. The destructor closes the handles and stops nothing: the monitor's own does.
 class MonitorThread {
 public:
-    // What runs on the worker thread. An exception that leaves it is logged at ERROR, with its message or as "Generic
-    // exception", and ends the thread.
+    // What runs on the worker thread.
     class Loop {
     public:
-        // Decides whether to run; false ends the thread with exit code 0.
-        virtual bool begin() = 0;
-        // Runs until the stop event is set. The thread's exit code.
+        // Returns at once, or calls `ready` and runs until the stop event is set; the thread's exit code. An exception
+        // that leaves it is logged at ERROR, with its message or as "Generic exception", and ends the thread.
         virtual DWORD run() = 0;
 
     protected:
@@ -31,19 +29,20 @@ public:
     // Auto-reset.
     HANDLE stopEvent() const;
 
-    // Starts a thread and returns when its `begin` has decided, so that it can be stopped at once. False: the platform
-    // made no thread.
+    // Starts a thread and returns when that is ready or has ended, so that it can be stopped at once. False: the
+    // platform made no thread.
     bool start();
+    // To be called once by the worker.
+    void ready();
     // Asks the thread to end and waits for it, at most 20000 ms. False, and it can be called again, if it did not end.
     bool stop();
 
 private:
     static DWORD WINAPI entry(LPVOID self);
-    DWORD runLoop();
     void closeThread();
 
     Loop& loop;
     HANDLE thread = INVALID_HANDLE_VALUE; // null: it could not be made
     HANDLE stopRequested;
-    HANDLE decided; // auto-reset; set by a thread that goes on
+    HANDLE isReady; // auto-reset
 };

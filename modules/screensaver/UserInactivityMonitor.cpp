@@ -9,15 +9,6 @@ namespace {
 
 constexpr DWORD STOPPED = WAIT_OBJECT_0 + 1;
 
-HANDLE openEvent(const wchar_t* name) {
-    return OpenEventW(EVENT_ALL_ACCESS, FALSE, name);
-}
-
-DWORD waitForEither(HANDLE first, HANDLE second, DWORD milliseconds) {
-    const HANDLE events[] = {first, second};
-    return WaitForMultipleObjects(2, events, FALSE, milliseconds);
-}
-
 } // namespace
 
 UserInactivityMonitor::UserInactivityMonitor() : thread(*this) {
@@ -59,36 +50,55 @@ void UserInactivityMonitor::stop() {
     }
 }
 
-bool UserInactivityMonitor::begin() {
-    if (running) {
-        return false;
-    }
-    closeActivityEvents();
-    activeEvent = openEvent(L"PowerManager/UserActivity_Active");
-    inactiveEvent = openEvent(L"PowerManager/UserActivity_Inactive");
-    running = activeEvent != nullptr && inactiveEvent != nullptr;
-    return running;
-}
-
-// A failed wait counts as activity: the screen rather stays bright.
 DWORD UserInactivityMonitor::run() {
-    const HANDLE stopEvent = thread.stopEvent();
-    DWORD woken = waitForEither(activeEvent, stopEvent, timeout);
+    if (running || !openActivityEvents()) {
+        return 0;
+    }
+    running = true;
+    DWORD woken = waitForActivity(0);
+    if (woken == WAIT_TIMEOUT) {
+        thread.ready();
+        woken = waitForActivity(timeout);
+    } else {
+        // Before the start returns: later it could undo what the owner does next.
+        notify(UserActivityEvent::Active);
+        thread.ready();
+        woken = waitForInactivity();
+    }
+    // A failed wait counts as activity: the screen rather stays bright.
     while (woken != STOPPED) {
         if (woken == WAIT_TIMEOUT) {
             notify(UserActivityEvent::Inactive);
-            if (waitForEither(activeEvent, stopEvent, INFINITE) == STOPPED) {
+            if (waitForActivity(INFINITE) == STOPPED) {
                 break;
             }
         }
         notify(UserActivityEvent::Active);
-        if (waitForEither(inactiveEvent, stopEvent, INFINITE) == STOPPED) {
-            break;
-        }
-        woken = waitForEither(activeEvent, stopEvent, timeout);
+        woken = waitForInactivity();
     }
     running = false; // deliberately not after an exception: a monitor that failed is not started again
     return 1;
+}
+
+bool UserInactivityMonitor::openActivityEvents() {
+    closeActivityEvents();
+    activeEvent = OpenEventW(EVENT_ALL_ACCESS, FALSE, L"PowerManager/UserActivity_Active");
+    inactiveEvent = OpenEventW(EVENT_ALL_ACCESS, FALSE, L"PowerManager/UserActivity_Inactive");
+    return activeEvent != nullptr && inactiveEvent != nullptr;
+}
+
+DWORD UserInactivityMonitor::waitForActivity(DWORD milliseconds) const {
+    const HANDLE events[] = {activeEvent, thread.stopEvent()};
+    return WaitForMultipleObjects(2, events, FALSE, milliseconds);
+}
+
+// WAIT_TIMEOUT: the power manager has reported inactivity, and no activity has followed in time.
+DWORD UserInactivityMonitor::waitForInactivity() const {
+    const HANDLE events[] = {inactiveEvent, thread.stopEvent()};
+    if (WaitForMultipleObjects(2, events, FALSE, INFINITE) == STOPPED) {
+        return STOPPED;
+    }
+    return waitForActivity(timeout);
 }
 
 void UserInactivityMonitor::notify(UserActivityEvent event) const {

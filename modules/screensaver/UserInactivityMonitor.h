@@ -12,7 +12,7 @@
 // The power manager has two named events, one of them always set: "PowerManager/UserActivity_Active" and
 // "PowerManager/UserActivity_Inactive" [ms890502]. The user counts as inactive when the first one stays unset for the
 // time-out after the second one was set (or after the start), and as active again as soon as it is set. A panel without
-// these events is never reported on.
+// these events is never reported on. A user who is active when it starts is reported before the start returns.
 //
 // Its owner calls `start`, `stop` and the destructor on one thread, adds observers before the start and removes them
 // after the stop. `setTimeout` may be called at any time.
@@ -33,7 +33,7 @@ public:
     // As often as it was added.
     void removeObserver(UserInactivityMonitorObserver* observer);
 
-    // False when it runs already. Returns when the thread is ready, or has given up for lack of the platform's events.
+    // False when it runs already. Returns when the thread watches, or has given up for lack of the platform's events.
     // A thread that the platform does not make is not missed.
     bool start();
     // Waits for the thread, at most 20000 ms; throws UserInactivityMonitorException "Failed to terminate monitor
@@ -41,8 +41,10 @@ public:
     void stop();
 
 private:
-    bool begin() override;
     DWORD run() override;
+    bool openActivityEvents();
+    DWORD waitForActivity(DWORD milliseconds) const;
+    DWORD waitForInactivity() const;
     void notify(UserActivityEvent event) const;
     void closeActivityEvents();
 

@@ -26,25 +26,35 @@ struct KnownLoss {
 #define DATA "-MMCMemory\\Tarvex\\data\\ " DEEP
 #define README "-MMCMemory\\Tarvex\\readme.txt"
 #define APPLICATION "-MMCMemory\\Tarvex\\Tarvex.exe"
-#define HELPER "-MMCMemory\\Tarvex\\TarvexHelper.exe " SETTINGS
+#define SCREEN_SAVER "-MMCMemory\\Tarvex\\ScreenSaverConfig.xml"
+#define BUZZER "-MMCMemory\\Tarvex\\TouchBuzzerConfig.xml"
+#define HELPER "-MMCMemory\\Tarvex\\TarvexHelper.exe"
 
 inline constexpr KnownLoss knownLosses[] = {
     // Copying: what cannot be listed, made or copied is gone with the disk's folder.
-    {Start::fromDisk, 1, "GetFileAttributesW", R"("Hard Disk\Tarvex\Tarvex.exe")", APPLICATION " " DATA " " README, 1},
+    {Start::fromDisk, 1, "GetFileAttributesW", R"("Hard Disk\Tarvex\Tarvex.exe")",
+     SCREEN_SAVER " " APPLICATION " " BUZZER " " DATA " " README, 1},
     {Start::fromDisk, 1, "FindFirstFileW", R"("Hard Disk\Tarvex\*")",
-     APPLICATION " " HELPER " " DATA " " README " " ON_DISK},
+     SCREEN_SAVER " " APPLICATION " " HELPER " " BUZZER " " SETTINGS " " DATA " " README " " ON_DISK},
     {Start::fromDisk, 1, "FindFirstFileW", R"("Hard Disk\Tarvex\data\*")", DEEP},
     {Start::fromDisk, 1, "FindFirstFileW", R"("Hard Disk\Tarvex\data\deep\*")", TABLE},
     {Start::fromDisk, 1, "FindNextFileW", R"("Hard Disk\Tarvex\*", "readme.txt")",
-     APPLICATION " " HELPER " " README " " ON_DISK},
-    {Start::fromDisk, 1, "FindNextFileW", R"("Hard Disk\Tarvex\*", "Tarvex.exe")", APPLICATION " " HELPER " " ON_DISK},
-    {Start::fromDisk, 1, "FindNextFileW", R"("Hard Disk\Tarvex\*", "TarvexHelper.exe")", HELPER " " ON_DISK},
+     SCREEN_SAVER " " APPLICATION " " HELPER " " BUZZER " " SETTINGS " " README " " ON_DISK},
+    {Start::fromDisk, 1, "FindNextFileW", R"("Hard Disk\Tarvex\*", "ScreenSaverConfig.xml")",
+     SCREEN_SAVER " " APPLICATION " " HELPER " " BUZZER " " SETTINGS " " ON_DISK},
+    {Start::fromDisk, 1, "FindNextFileW", R"("Hard Disk\Tarvex\*", "Tarvex.exe")",
+     APPLICATION " " HELPER " " BUZZER " " SETTINGS " " ON_DISK},
+    {Start::fromDisk, 1, "FindNextFileW", R"("Hard Disk\Tarvex\*", "TarvexHelper.exe")",
+     HELPER " " BUZZER " " SETTINGS " " ON_DISK},
+    {Start::fromDisk, 1, "FindNextFileW", R"("Hard Disk\Tarvex\*", "TouchBuzzerConfig.xml")", BUZZER},
     {Start::fromDisk, 1, "CreateDirectoryW", R"("\MMCMemory\Tarvex\data")", DATA},
     {Start::fromDisk, 1, "CreateDirectoryW", R"("\MMCMemory\Tarvex\data\deep")", DEEP},
     {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\data\deep\table.bin")", TABLE},
     {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\readme.txt")", README},
     {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\Tarvex.exe")", APPLICATION},
-    {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\TarvexHelper.exe")", HELPER " " ON_DISK},
+    {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\TarvexHelper.exe")", HELPER " " SETTINGS " " ON_DISK},
+    {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\ScreenSaverConfig.xml")", SCREEN_SAVER},
+    {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\TouchBuzzerConfig.xml")", BUZZER},
     // Renaming the disk's folder away: only direct entries of the disk with the prefix are cleaned up later.
     {Start::fromDisk, 1, "MoveFileW", R"("\Hard Disk\Tarvex", )",
      "+Hard Disk\\Tarvex\\ +Hard Disk\\Tarvex\\_rm_TarvexHelper.exe"},
@@ -82,6 +92,8 @@ inline constexpr KnownLoss knownLosses[] = {
 #undef README
 #undef APPLICATION
 #undef HELPER
+#undef SCREEN_SAVER
+#undef BUZZER
 
 inline bool isMeant(const KnownLoss& loss, Start start, std::uint32_t process, std::string_view function,
                     std::string_view arguments, std::uint32_t occurrence) {
