@@ -1,4 +1,5 @@
 // The screen saver, as the operator sees it: what it asks of the backlight, and what covers the screen.
+#include "platform/panel/Operator.h"
 #include "tests/scenario/SavingPanel.h"
 
 #include <algorithm>
@@ -77,6 +78,22 @@ TEST(ScreenSaver, StaysAwayWhileTheUserIsActiveInTime) {
     EXPECT_EQ(panel.levels(), usersLevels);
     EXPECT_EQ(panel.panel().devices().requests("BKL1").size(), 1U);
     EXPECT_EQ(panel.terminate(), 0U);
+}
+
+TEST(ScreenSaver, WakesByATouchThatLandsOnWhatIsVisible) {
+    for (const int level : {0, 32}) {
+        SavingPanel panel(true, 5000, level);
+        EXPECT_EQ(panel::touch({}).window, "");
+        panel.user(false);
+        panel.pass(5000);
+        const panel::Landing landing = panel::touch({});
+        panel.driver().settle();
+        EXPECT_EQ(landing.window, level == 0 ? "ORVAScreenSaver" : ""); // black: nothing else gets it
+        EXPECT_EQ(panel.levels(), usersLevels);
+        EXPECT_EQ(panel.blackWindow(), "hidden");
+        EXPECT_EQ(panel::touch({}).window, "");
+        EXPECT_EQ(panel.terminate(), 0U);
+    }
 }
 
 TEST(ScreenSaver, TakesValuesOfTheFileAsTheyAre) {
