@@ -2,14 +2,11 @@
 
 #include "OrvaUtils/IO/IFileSystem.h"
 #include "OrvaUtils/Text.h"
+#include "OrvaUtils/Xml/DocumentFile.h"
 #include "app/Paths.h"
 
-#include <crt.h>
-
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
-#include <memory>
 #include <tinyxml2.h>
 
 using OrvaUtils::toUtf8;
@@ -19,12 +16,6 @@ using tinyxml2::XMLElement;
 namespace {
 
 constexpr std::int32_t DEFAULT_LOG_LEVEL = 2;
-
-using SettingsFile = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
-
-SettingsFile openSettings(const std::wstring& path, const wchar_t* mode) {
-    return SettingsFile(_wfopen(path.c_str(), mode), std::fclose);
-}
 
 // The restore's second pair of flags, deliberately stricter than the first: nothing but "1" is true.
 bool isOne(const XMLElement& element, const char* name, bool missing) {
@@ -70,9 +61,8 @@ HelperSettings::HelperSettings()
         logLevel = DEFAULT_LOG_LEVEL;
         return;
     }
-    const SettingsFile file = openSettings(path, L"rb");
     tinyxml2::XMLDocument document;
-    if (file == nullptr || document.LoadFile(file.get()) != tinyxml2::XML_SUCCESS) {
+    if (!OrvaUtils::Xml::loadDocument(document, path)) {
         return;
     }
     if (const XMLElement* root = document.FirstChildElement("OrvaTarvex")) {
@@ -151,9 +141,7 @@ void HelperSettings::save() const {
     for (const RestoreRequest& request : restoreRequests) {
         writeRestore(root, request);
     }
-    if (const SettingsFile file = openSettings(path, L"wb")) {
-        document.SaveFile(file.get(), false);
-    }
+    OrvaUtils::Xml::saveDocument(document, path);
 }
 
 const RestoreRequest* HelperSettings::requestInProgress() const {

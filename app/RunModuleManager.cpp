@@ -2,6 +2,7 @@
 
 #include "app/ExitCode.h"
 #include "app/FailureReport.h"
+#include "app/ModuleManager.h"
 #include "app/log/Logger.h"
 #include "ipc/IPCDispatcher.h"
 
@@ -10,6 +11,7 @@ void RunModuleManager() {
     try {
         log.writeParts(LogLevel::Info, {L"Module manager initialization"});
         IPCDispatcher dispatcher;
+        const ModuleManager modules(dispatcher);
         dispatcher.run();
         log.writeParts(LogLevel::Info, {L"Module manager terminated"});
         exitCode = 0;

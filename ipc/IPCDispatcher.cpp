@@ -14,7 +14,7 @@ constexpr WPARAM TERMINATE_COMMAND = 1;
 
 IPCDispatcher::IPCDispatcher() : messageWindow(std::make_unique<MessageOnlyWindow>()) {}
 
-IPCDispatcher::~IPCDispatcher() {
+IPCDispatcher::~IPCDispatcher() noexcept {
     messageWindow->clearHandlers();
     adapters.clear();
     messageWindow.reset();

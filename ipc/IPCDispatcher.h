@@ -18,7 +18,7 @@ public:
     IPCDispatcher();
     IPCDispatcher(const IPCDispatcher&) = delete;
     IPCDispatcher& operator=(const IPCDispatcher&) = delete;
-    ~IPCDispatcher() override;
+    ~IPCDispatcher() noexcept override;
 
     // Lets the handler, which is not owned, answer the registered message of that name. A name that the platform cannot
     // register counts as message 0.

@@ -13,7 +13,7 @@
 class IPCMessageHandler {
 public:
     virtual std::uint32_t handleMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) = 0;
-    virtual ~IPCMessageHandler() = default;
+    virtual ~IPCMessageHandler() noexcept(false) = default; // a module's may throw
 };
 
 namespace CommandResult {

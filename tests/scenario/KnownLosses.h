@@ -34,27 +34,36 @@ inline constexpr const char* flashWritable = "the flash is writable";
     NEW_FILE " -HKEY_CLASSES_ROOT\\.osr| -HKEY_CLASSES_ROOT\\osrfile\\DefaultIcon| "                                   \
              "-HKEY_CLASSES_ROOT\\osrfile\\shell\\open\\command| -HKEY_CLASSES_ROOT\\osrfile| "                        \
              "-HKEY_LOCAL_MACHINE\\init|Depend61 -HKEY_LOCAL_MACHINE\\init|Launch61"
-#define HELPER "-MMCMemory\\Tarvex\\TarvexHelper.exe " SETTINGS
+#define SCREEN_SAVER "-MMCMemory\\Tarvex\\ScreenSaverConfig.xml"
+#define BUZZER "-MMCMemory\\Tarvex\\TouchBuzzerConfig.xml"
+#define HELPER "-MMCMemory\\Tarvex\\TarvexHelper.exe"
 
 inline constexpr KnownLoss knownLosses[] = {
     // Copying: what cannot be listed, made or copied is gone with the disk's folder.
-    {Start::fromDisk, 1, "GetFileAttributesW", R"("Hard Disk\Tarvex\Tarvex.exe")", APPLICATION " " DATA " " README, 1},
+    {Start::fromDisk, 1, "GetFileAttributesW", R"("Hard Disk\Tarvex\Tarvex.exe")",
+     SCREEN_SAVER " " APPLICATION " " BUZZER " " DATA " " README, 1},
     {Start::fromDisk, 1, "FindFirstFileW", R"("Hard Disk\Tarvex\*")",
-     UNREGISTERED " " APPLICATION " " HELPER " " DATA " " README " " ON_DISK},
+     UNREGISTERED " " SCREEN_SAVER " " APPLICATION " " HELPER " " BUZZER " " SETTINGS " " DATA " " README " " ON_DISK},
     {Start::fromDisk, 1, "FindFirstFileW", R"("Hard Disk\Tarvex\data\*")", DEEP},
     {Start::fromDisk, 1, "FindFirstFileW", R"("Hard Disk\Tarvex\data\deep\*")", TABLE},
     {Start::fromDisk, 1, "FindNextFileW", R"("Hard Disk\Tarvex\*", "readme.txt")",
-     UNREGISTERED " " APPLICATION " " HELPER " " README " " ON_DISK},
+     UNREGISTERED " " SCREEN_SAVER " " APPLICATION " " HELPER " " BUZZER " " SETTINGS " " README " " ON_DISK},
+    {Start::fromDisk, 1, "FindNextFileW", R"("Hard Disk\Tarvex\*", "ScreenSaverConfig.xml")",
+     UNREGISTERED " " SCREEN_SAVER " " APPLICATION " " HELPER " " BUZZER " " SETTINGS " " ON_DISK},
     {Start::fromDisk, 1, "FindNextFileW", R"("Hard Disk\Tarvex\*", "Tarvex.exe")",
-     UNREGISTERED " " APPLICATION " " HELPER " " ON_DISK},
+     UNREGISTERED " " APPLICATION " " HELPER " " BUZZER " " SETTINGS " " ON_DISK},
     {Start::fromDisk, 1, "FindNextFileW", R"("Hard Disk\Tarvex\*", "TarvexHelper.exe")",
-     UNREGISTERED " " HELPER " " ON_DISK},
+     UNREGISTERED " " HELPER " " BUZZER " " SETTINGS " " ON_DISK},
+    {Start::fromDisk, 1, "FindNextFileW", R"("Hard Disk\Tarvex\*", "TouchBuzzerConfig.xml")", BUZZER},
     {Start::fromDisk, 1, "CreateDirectoryW", R"("\MMCMemory\Tarvex\data")", DATA},
     {Start::fromDisk, 1, "CreateDirectoryW", R"("\MMCMemory\Tarvex\data\deep")", DEEP},
     {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\data\deep\table.bin")", TABLE},
     {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\readme.txt")", README},
     {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\Tarvex.exe")", APPLICATION},
-    {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\TarvexHelper.exe")", UNREGISTERED " " HELPER " " ON_DISK},
+    {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\TarvexHelper.exe")",
+     UNREGISTERED " " HELPER " " SETTINGS " " ON_DISK},
+    {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\ScreenSaverConfig.xml")", SCREEN_SAVER},
+    {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\TouchBuzzerConfig.xml")", BUZZER},
     // Renaming the disk's folder away: only direct entries of the disk with the prefix are cleaned up later.
     {Start::fromDisk, 1, "MoveFileW", R"("\Hard Disk\Tarvex", )",
      "+Hard Disk\\Tarvex\\ +Hard Disk\\Tarvex\\_rm_TarvexHelper.exe"},
@@ -104,6 +113,8 @@ inline constexpr KnownLoss knownLosses[] = {
 #undef NEW_FILE
 #undef UNREGISTERED
 #undef HELPER
+#undef SCREEN_SAVER
+#undef BUZZER
 
 inline bool isMeant(const KnownLoss& loss, Start start, std::uint32_t process, std::string_view function,
                     std::string_view arguments, std::uint32_t occurrence) {

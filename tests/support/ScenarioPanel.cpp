@@ -30,6 +30,14 @@ fs::path freshDirectory() {
     return name;
 }
 
+// Those of the package.
+std::vector<fs::path> settingsFiles() {
+    std::vector<fs::path> files;
+    for (const fs::directory_entry& entry : fs::directory_iterator(PANEL_SETTINGS))
+        files.push_back(entry.path());
+    return files;
+}
+
 std::vector<std::string> linesOf(const std::string& text) {
     std::vector<std::string> lines;
     std::istringstream stream(text);
@@ -109,6 +117,8 @@ void ScenarioPanel::plugDisk(const std::string& name, bool withApplication) {
     const fs::path folder = freshDirectory();
     fs::create_directories(folder / "Tarvex/data/deep");
     fs::copy_file(helperFile(), folder / "Tarvex/TarvexHelper.exe");
+    for (const fs::path& file : settingsFiles())
+        fs::copy_file(file, folder / "Tarvex" / file.filename());
     if (withApplication)
         fs::copy_file(programFile("Tarvex"), folder / "Tarvex/Tarvex.exe");
     std::ofstream(folder / "Tarvex/readme.txt") << "from " << name;
@@ -126,6 +136,8 @@ void ScenarioPanel::put(std::string_view panelPath, const fs::path& file) {
 void ScenarioPanel::install() {
     put(helper, helperFile());
     put(application, programFile("Tarvex"));
+    for (const fs::path& file : settingsFiles())
+        put("\\MMCMemory\\Tarvex\\" + file.filename().string(), file);
 }
 
 void ScenarioPanel::write(std::string_view panelPath, std::string_view content) {
@@ -235,6 +247,12 @@ std::vector<std::string> ScenarioPanel::errors() const {
     std::vector<std::string> lines = log();
     std::erase_if(lines, [](const std::string& line) { return line.find("ERROR;") != 0; });
     return lines;
+}
+
+std::vector<std::string> ScenarioPanel::managerLines(bool withSettings) {
+    return {"INFO;Module manager initialization",
+            withSettings ? "INFO;ScreenSaverModule;settings loaded;timeout: 300000 backlight: 32 enabled: 1"
+                         : "ERROR;ScreenSaverModule;settings error"};
 }
 
 std::vector<std::string> ScenarioPanel::trace() const {

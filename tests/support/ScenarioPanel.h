@@ -31,10 +31,10 @@ public:
 
     // ---- what is on the panel
 
-    // A disk with the folder "Tarvex": helper, application, a text, a subfolder; no settings.
+    // A disk with the folder "Tarvex" as script/package makes it, with the application, a text and a subfolder.
     void plugDisk(const std::string& name, bool withApplication = true);
     void put(std::string_view panelPath, const std::filesystem::path& file); // a copy
-    void install(); // helper and application in place
+    void install(); // helper, application and the modules' settings in place
     void write(std::string_view panelPath, std::string_view content);
     std::string read(std::string_view panelPath) const;
     bool exists(std::string_view panelPath) const;
@@ -61,6 +61,9 @@ public:
     // The helper's log so far without the time stamps, oldest first: "INFO;Init of Helper".
     std::vector<std::string> log() const;
     std::vector<std::string> errors() const; // those lines of it
+    // What the module manager and the modules write as they are made, with the settings of install() and plugDisk(), or
+    // without any.
+    static std::vector<std::string> managerLines(bool withSettings = true);
     std::vector<std::string> trace() const;
     // Power off and on again; what was plugged stays.
     void reboot();

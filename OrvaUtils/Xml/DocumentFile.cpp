@@ -1,0 +1,30 @@
+#include "OrvaUtils/Xml/DocumentFile.h"
+
+#include <crt.h>
+
+#include <cstdio>
+#include <tinyxml2.h>
+
+namespace OrvaUtils::Xml {
+
+bool loadDocument(tinyxml2::XMLDocument& document, const std::wstring& path) {
+    std::FILE* file = _wfopen(path.c_str(), L"rb");
+    if (file == nullptr) {
+        return false;
+    }
+    const bool loaded = document.LoadFile(file) == tinyxml2::XML_SUCCESS;
+    std::fclose(file);
+    return loaded;
+}
+
+bool saveDocument(tinyxml2::XMLDocument& document, const std::wstring& path) {
+    std::FILE* file = _wfopen(path.c_str(), L"wb");
+    if (file == nullptr) {
+        return false;
+    }
+    document.SaveFile(file, false);
+    const bool written = std::ferror(file) == 0; // the library does not look
+    return std::fclose(file) == 0 && written;
+}
+
+} // namespace OrvaUtils::Xml

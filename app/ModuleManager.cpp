@@ -1,0 +1,18 @@
+#include "app/ModuleManager.h"
+
+#include "OrvaUtils/Teardown.h"
+#include "modules/screensaver/ScreenSaverModule.h"
+
+#include <utility>
+
+ModuleManager::ModuleManager(IPCDispatcher& dispatcher) {
+    modules.push_back(ScreenSaverModule::create(dispatcher));
+}
+
+ModuleManager::~ModuleManager() noexcept(false) {
+    OrvaUtils::Teardown steps;
+    for (IModule*& module : modules) {
+        steps.run([&] { delete std::exchange(module, nullptr); });
+    }
+    steps.finish();
+}

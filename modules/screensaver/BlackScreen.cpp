@@ -1,0 +1,82 @@
+#include "modules/screensaver/BlackScreen.h"
+
+#include "modules/screensaver/BlackScreenException.h"
+
+namespace {
+
+constexpr UINT SHOW = WM_USER + 1;
+constexpr UINT HIDE = WM_USER + 2;
+
+struct WindowClass {
+    HINSTANCE instance = nullptr;
+    std::wstring name; // empty: not registered
+};
+
+WindowClass registered; // used on the main thread alone
+
+LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+    case SHOW:
+        ShowCursor(FALSE);
+        ShowWindow(window, SW_SHOW);
+        return 0;
+    case HIDE:
+        ShowCursor(TRUE);
+        ShowWindow(window, SW_HIDE);
+        return 0;
+    default:
+        return DefWindowProcW(window, message, wParam, lParam);
+    }
+}
+
+} // namespace
+
+BlackScreen::BlackScreen(HINSTANCE instance, const std::wstring& className) {
+    if (!registered.name.empty()) {
+        return;
+    }
+    WNDCLASSW windowClass{};
+    windowClass.lpfnWndProc = procedure;
+    windowClass.hInstance = instance;
+    windowClass.hbrBackground = static_cast<HBRUSH>(GetStockObject(BLACK_BRUSH));
+    windowClass.lpszClassName = className.c_str();
+    if (RegisterClassW(&windowClass) == 0) {
+        throw BlackScreenException(L"Cannot register class");
+    }
+    registered = {instance, className};
+}
+
+BlackScreen::~BlackScreen() {
+    destroy();
+}
+
+void BlackScreen::create() {
+    const int width = GetSystemMetrics(SM_CXSCREEN);
+    const int height = GetSystemMetrics(SM_CYSCREEN);
+    window = CreateWindowExW(WS_EX_TOPMOST | WS_EX_TOOLWINDOW, registered.name.c_str(), nullptr, WS_POPUP, 0, 0, width,
+                             height, nullptr, nullptr, registered.instance, nullptr);
+    if (window == nullptr) {
+        throw BlackScreenException(L"Cannot create black screen window");
+    }
+    UpdateWindow(window);
+}
+
+void BlackScreen::show() {
+    post(SHOW);
+}
+
+void BlackScreen::hide() {
+    post(HIDE);
+}
+
+void BlackScreen::destroy() {
+    post(HIDE);
+    post(WM_CLOSE);
+    window = nullptr;
+}
+
+void BlackScreen::post(UINT message) {
+    if (const HWND existing = window) {
+        PostMessageW(existing, message, 0, 0);
+    }
+}

@@ -1,0 +1,141 @@
+#include "modules/screensaver/ScreenSaverModule.h"
+
+#include "OrvaUtils/IO/IFileSystem.h"
+#include "OrvaUtils/Text.h"
+#include "app/Paths.h"
+#include "app/log/Logger.h"
+#include "ipc/CommandLog.h"
+#include "ipc/IPCDispatcher.h"
+#include "modules/screensaver/ScreenSaver.h"
+#include "modules/screensaver/ScreenSaverConfig.h"
+
+#include <utility>
+
+using OrvaUtils::decimal;
+
+namespace {
+
+constexpr wchar_t NAME[] = L"ScreenSaverModule";
+
+constexpr DWORD RELOAD = 1;
+constexpr DWORD START_OR_STOP = 2;
+constexpr DWORD SET_TIMEOUT = 3;
+constexpr DWORD SET_LEVEL = 4;
+constexpr DWORD ENGAGE_OR_DISABLE = 5;
+
+constexpr std::uint32_t DEFAULT_TIMEOUT = 60000; // ms
+constexpr std::int32_t HIGHEST_LEVEL = 255;
+// Deliberate: together with the backlight's own factor of 255 the driver gets one less than the level, except for 0.
+constexpr float LEVEL_UNIT = 0.00390625F; // 1/256
+
+} // namespace
+
+IModule* ScreenSaverModule::create(IPCDispatcher& dispatcher) {
+    auto* module = new ScreenSaverModule;
+    dispatcher.registerHandler(L"ORVATarvexScreenSaverMsg", module);
+    return module;
+}
+
+ScreenSaverModule::ScreenSaverModule() {
+    loadSettings();
+    apply();
+}
+
+ScreenSaverModule::~ScreenSaverModule() noexcept(false) {
+    remove();
+}
+
+std::uint32_t ScreenSaverModule::handleMessage(HWND, UINT, WPARAM wParam, LPARAM lParam) {
+    CommandLog::received(NAME, wParam);
+    const std::uint32_t result = carryOut(static_cast<DWORD>(wParam), static_cast<std::int32_t>(lParam));
+    CommandLog::handled(NAME, wParam, result);
+    return result;
+}
+
+std::uint32_t ScreenSaverModule::carryOut(DWORD command, std::int32_t argument) {
+    std::uint32_t result = CommandResult::Done;
+    switch (command) {
+    case RELOAD:
+        result = loadSettings();
+        apply();
+        return result;
+    case START_OR_STOP: // whatever `enabled` says, which stays
+        argument != 0 ? make() : remove();
+        return result;
+    case SET_TIMEOUT:
+        if (argument <= 0) {
+            return CommandResult::ArgumentOutOfRange;
+        }
+        timeout = static_cast<std::uint32_t>(argument);
+        apply();
+        return result;
+    case SET_LEVEL:
+        if (argument < 0 || argument > HIGHEST_LEVEL) {
+            return CommandResult::ArgumentOutOfRange;
+        }
+        level = argument;
+        apply();
+        return result;
+    case ENGAGE_OR_DISABLE:
+        if (argument != 0) {
+            engage();
+        } else {
+            enabled = false;
+            apply();
+        }
+        return result;
+    default:
+        return CommandResult::UnknownCommand;
+    }
+}
+
+std::uint32_t ScreenSaverModule::loadSettings() {
+    timeout = DEFAULT_TIMEOUT;
+    level = 0;
+    enabled = false;
+    Logger& log = Logger::instance();
+    ScreenSaverConfig config;
+    if (!config.read(
+            OrvaUtils::IO::getFileSystem().combinePath(Paths::INSTALLATION_DIRECTORY, L"ScreenSaverConfig.xml"))) {
+        log.writeParts(LogLevel::Error, {NAME, L";settings error"});
+        return CommandResult::SettingsUnreadable;
+    }
+    timeout = static_cast<std::uint32_t>(config.userInactivityTimeout);
+    level = config.minLuminosityLevel;
+    enabled = config.enabled;
+    if (log.admits(LogLevel::Info)) {
+        log.writeParts(LogLevel::Info, {NAME, L";settings loaded;timeout: ", decimal(timeout), L" backlight: ",
+                                        decimal(level), L" enabled: ", enabled ? L"1" : L"0"});
+    }
+    return CommandResult::Done;
+}
+
+void ScreenSaverModule::apply() {
+    if (!enabled) {
+        remove();
+        return;
+    }
+    make();
+    screenSaver->setTimeout(timeout);
+    screenSaver->setLevel(static_cast<float>(level) * LEVEL_UNIT);
+}
+
+void ScreenSaverModule::make() {
+    if (screenSaver == nullptr) {
+        screenSaver = ScreenSaver::create(GetModuleHandleW(nullptr), L"ORVAScreenSaver");
+    }
+}
+
+void ScreenSaverModule::remove() {
+    delete std::exchange(screenSaver, nullptr);
+}
+
+void ScreenSaverModule::engage() {
+    if (!enabled) {
+        enabled = true;
+        apply();
+    }
+    if (screenSaver != nullptr) { // not after command 2 has removed an enabled one
+        screenSaver->activate();
+    }
+}

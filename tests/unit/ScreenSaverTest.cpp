@@ -1,0 +1,209 @@
+#include "modules/screensaver/ScreenSaver.h"
+#include "modules/screensaver/BlackScreenException.h"
+#include "modules/screensaver/ScreenBackLightException.h"
+#include "modules/screensaver/UserInactivityMonitorException.h"
+#include "tests/support/TestPanel.h"
+
+#include <functional>
+#include <gtest/gtest.h>
+#include <stdexcept>
+
+using namespace testing_panel;
+using panel::Behaviour;
+using Words = std::vector<std::uint32_t>;
+
+namespace {
+
+constexpr wchar_t CLASS_NAME[] = L"ORVAScreenSaver";
+
+// The message of the screen saver's exception, behind what tells its class.
+std::wstring failure(const std::function<void()>& operation) {
+    try {
+        operation();
+    } catch (const BlackScreenException& exception) {
+        return L"black screen: " + exception.message();
+    } catch (const ScreenBackLightException& exception) {
+        return L"backlight: " + exception.message();
+    } catch (const UserInactivityMonitorException& exception) {
+        return L"monitor: " + exception.message();
+    } catch (const std::runtime_error&) {
+        return L"another";
+    }
+    return L"none";
+}
+
+// Handles what was posted to the windows of this thread.
+void pump() {
+    PostMessageW(nullptr, WM_NULL, 0, 0);
+    MSG message{};
+    do {
+        GetMessageW(&message, nullptr, 0, 0);
+        DispatchMessageW(&message);
+    } while (message.hwnd != nullptr);
+}
+
+std::string windows() {
+    std::string text;
+    for (const panel::WindowStatus& window : driver().status().windows) {
+        text += window.className + (window.visible ? " shown " : " hidden ");
+    }
+    return text;
+}
+
+Words lastWritten() {
+    const auto requests = devices().requests("BKL1");
+    return requests.empty() || requests.back().operation != "write" ? Words{} : requests.back().words;
+}
+
+void refuse(const char* operation) {
+    devices().setBehaviour("BKL1", {Behaviour::Kind::refuse, 31}, operation);
+}
+
+void obey() {
+    devices().setBehaviour("BKL1", {});
+}
+
+} // namespace
+
+TEST(ScreenBackLight, DimsToOneLessThanTheLevelAndRestores) {
+    ScreenBackLight backLight;
+    backLight.dim();
+    EXPECT_EQ(lastWritten(), (Words{0, 1, 0, 1})) << "the level at first";
+    backLight.restore();
+    for (std::uint32_t level = 0; level <= 255; ++level) {
+        backLight.setLevel(static_cast<float>(level) * 0.00390625F);
+        backLight.dim();
+        const std::uint32_t expected = level == 0 ? 0 : level - 1;
+        ASSERT_EQ(lastWritten(), (Words{expected, 1, expected, 1})) << level;
+        backLight.restore();
+        ASSERT_EQ(lastWritten(), (Words{200, 1, 200, 1})) << level;
+    }
+    backLight.setLevel(1);
+    backLight.dim();
+    EXPECT_EQ(lastWritten(), (Words{255, 1, 255, 1}));
+}
+
+TEST(ScreenBackLight, KeepsWhatItDoesNotUnderstandAsItWasWhenOpened) {
+    devices().setValues("BKL1", {10, 11, 12, 13});
+    ScreenBackLight backLight;
+    backLight.setLevel(0.5F);
+    devices().setValues("BKL1", {20, 21, 22, 23});
+    backLight.dim();
+    EXPECT_EQ(lastWritten(), (Words{127, 11, 127, 13}));
+    backLight.restore();
+    EXPECT_EQ(lastWritten(), (Words{20, 11, 22, 13}));
+}
+
+TEST(ScreenBackLight, TellsOfEachChange) {
+    const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, L"BackLightLevelChangeEvent");
+    const auto told = [&] { return WaitForSingleObject(event, 0) == WAIT_OBJECT_0; };
+    ScreenBackLight backLight;
+    EXPECT_FALSE(told());
+    backLight.dim();
+    EXPECT_TRUE(told());
+    EXPECT_FALSE(told());
+    refuse("write");
+    EXPECT_EQ(failure([&] { backLight.restore(); }), L"backlight: Cannot update driver settings");
+    EXPECT_FALSE(told());
+    obey();
+    failCall("CreateEventW");
+    backLight.restore();
+    EXPECT_FALSE(told());
+    EXPECT_EQ(driver().status().backLight, (Words{200, 1, 200, 1}));
+}
+
+TEST(ScreenSaver, LeavesNothingWhenItCannotBeMade) {
+    const HINSTANCE instance = GetModuleHandleW(nullptr);
+    const auto make = [&] { ScreenSaver screenSaver(instance, CLASS_NAME); };
+    failCall("RegisterClassW");
+    EXPECT_EQ(failure(make), L"black screen: Cannot register class");
+    devices().setPresent("BKL1", false);
+    EXPECT_EQ(failure(make), L"backlight: Driver open failed");
+    devices().setPresent("BKL1", true);
+    refuse("read");
+    EXPECT_EQ(failure(make), L"backlight: Get back light settings failed");
+    obey();
+    failCall("CreateEventW");
+    EXPECT_EQ(failure(make), L"monitor: Cannot create event");
+    startTrace();
+    failCall("CreateWindowExW");
+    EXPECT_EQ(failure(make), L"black screen: Cannot create black screen window");
+    std::size_t opened = 0;
+    std::size_t closed = 0;
+    for (const std::string& call : trace()) {
+        opened += call.starts_with("CreateFileW") || call.starts_with("CreateEventW");
+        closed += call.starts_with("CloseHandle");
+        EXPECT_FALSE(call.starts_with("RegisterClassW")) << "once a process";
+    }
+    EXPECT_GT(opened, 1U);
+    EXPECT_EQ(opened, closed);
+    EXPECT_EQ(windows(), "");
+    EXPECT_EQ(failure(make), L"none");
+}
+
+TEST(ScreenSaver, EngagesAndRestoresOnce) {
+    ScreenSaver screenSaver(GetModuleHandleW(nullptr), CLASS_NAME);
+    pump();
+    EXPECT_EQ(windows(), "ORVAScreenSaver hidden ");
+    const auto requests = [] { return devices().requests("BKL1").size(); };
+    ASSERT_EQ(requests(), 1U);
+    screenSaver.notify(UserActivityEvent::Active);
+    screenSaver.deactivate();
+    EXPECT_EQ(requests(), 1U);
+    screenSaver.notify(UserActivityEvent::Inactive);
+    screenSaver.notify(UserActivityEvent::Inactive);
+    screenSaver.activate();
+    EXPECT_EQ(requests(), 3U);
+    pump();
+    EXPECT_EQ(windows(), "ORVAScreenSaver shown ");
+    screenSaver.setLevel(1.0F / 256); // while engaged: what follows is the backlight alone
+    screenSaver.notify(UserActivityEvent::Active);
+    screenSaver.notify(UserActivityEvent::Active);
+    EXPECT_EQ(requests(), 4U);
+    pump();
+    EXPECT_EQ(windows(), "ORVAScreenSaver hidden ");
+    screenSaver.activate();
+    pump();
+    EXPECT_EQ(windows(), "ORVAScreenSaver hidden ");
+    EXPECT_EQ(driver().status().backLight, (Words{0, 1, 0, 1}));
+}
+
+TEST(ScreenSaver, KeepsItsStateWhenTheDriverRefuses) {
+    ScreenSaver screenSaver(GetModuleHandleW(nullptr), CLASS_NAME);
+    for (const auto& [operation, message] : {std::pair{"read", L"backlight: Get back light settings failed"},
+                                             {"write", L"backlight: Cannot update driver settings"}}) {
+        refuse(operation);
+        EXPECT_EQ(failure([&] { screenSaver.activate(); }), message);
+        pump();
+        EXPECT_EQ(windows(), "ORVAScreenSaver shown ") << "black, and not engaged";
+        obey();
+        screenSaver.deactivate();
+        pump();
+        EXPECT_EQ(windows(), "ORVAScreenSaver shown ");
+    }
+    screenSaver.activate();
+    refuse("write");
+    EXPECT_EQ(failure([&] { screenSaver.deactivate(); }), L"backlight: Cannot update driver settings");
+    pump();
+    EXPECT_EQ(windows(), "ORVAScreenSaver hidden ");
+    obey();
+    screenSaver.deactivate();
+    EXPECT_EQ(driver().status().backLight, (Words{200, 1, 200, 1}));
+}
+
+TEST(ScreenSaver, FinishesItsEndWhateverFailsAndThrowsOnlyThen) {
+    const auto end = [](bool inFlight) {
+        ScreenSaver screenSaver(GetModuleHandleW(nullptr), CLASS_NAME);
+        screenSaver.activate();
+        refuse("write");
+        if (inFlight) {
+            throw std::runtime_error("in flight");
+        }
+    };
+    for (const bool inFlight : {false, true}) {
+        EXPECT_EQ(failure([&] { end(inFlight); }), inFlight ? L"another" : L"backlight: Cannot update driver settings");
+        pump();
+        EXPECT_EQ(windows(), "");
+        obey();
+    }
+}
