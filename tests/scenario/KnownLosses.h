@@ -17,6 +17,9 @@ struct KnownLoss {
     std::uint32_t occurrence = 0; // which of the calls with these arguments; 0: each
 };
 
+// As an occurrence: the last one. The panel's C run time looks at a file's position once more, and can do without.
+inline constexpr std::uint32_t last = 0xFFFFFFFF;
+
 // The disk's folder is deleted whatever was copied; the leftovers on the disk are registered for cleanup in the
 // settings alone, by a helper that starts once.
 #define ON_DISK "+Hard Disk\\_rm_Tarvex\\ +Hard Disk\\_rm_Tarvex\\_rm_TarvexHelper.exe"
@@ -66,7 +69,7 @@ inline constexpr KnownLoss knownLosses[] = {
     {Start::fromDisk, 2, "GetFileAttributesW", R"("\MMCMemory\Tarvex\config.xml")", ON_DISK},
     {Start::fromDisk, 2, "CreateFileW", R"("\MMCMemory\Tarvex\config.xml", 0x80000000)", SETTINGS " " ON_DISK},
     {Start::fromDisk, 2, "SetFilePointer", R"("\MMCMemory\Tarvex\config.xml", 0, 2)", SETTINGS " " ON_DISK},
-    {Start::fromDisk, 2, "SetFilePointer", R"("\MMCMemory\Tarvex\config.xml", 0, 1)", SETTINGS " " ON_DISK},
+    {Start::fromDisk, 2, "SetFilePointer", R"("\MMCMemory\Tarvex\config.xml", 0, 1)", SETTINGS " " ON_DISK, last},
     {Start::fromDisk, 2, "SetFilePointer", R"("\MMCMemory\Tarvex\config.xml", 0, 0)", SETTINGS " " ON_DISK, 2},
     {Start::fromDisk, 2, "ReadFile", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS " " ON_DISK},
     {Start::inPlace, 1, "GetFileAttributesW", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS " +MMCMemory\\_rm_old.exe"},
@@ -75,7 +78,7 @@ inline constexpr KnownLoss knownLosses[] = {
     {Start::inPlace, 1, "SetFilePointer", R"("\MMCMemory\Tarvex\config.xml", 0, 2)",
      SETTINGS " +MMCMemory\\_rm_old.exe"},
     {Start::inPlace, 1, "SetFilePointer", R"("\MMCMemory\Tarvex\config.xml", 0, 1)",
-     SETTINGS " +MMCMemory\\_rm_old.exe"},
+     SETTINGS " +MMCMemory\\_rm_old.exe", last},
     {Start::inPlace, 1, "SetFilePointer", R"("\MMCMemory\Tarvex\config.xml", 0, 0)",
      SETTINGS " +MMCMemory\\_rm_old.exe", 2},
     {Start::inPlace, 1, "ReadFile", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS " +MMCMemory\\_rm_old.exe"},
@@ -96,15 +99,16 @@ inline constexpr KnownLoss knownLosses[] = {
 #undef BUZZER
 
 inline bool isMeant(const KnownLoss& loss, Start start, std::uint32_t process, std::string_view function,
-                    std::string_view arguments, std::uint32_t occurrence) {
+                    std::string_view arguments, std::uint32_t occurrence, std::uint32_t occurrences) {
     return loss.start == start && loss.process == process && loss.function == function &&
-           arguments.starts_with(loss.arguments) && (loss.occurrence == 0 || loss.occurrence == occurrence);
+           arguments.starts_with(loss.arguments) &&
+           (loss.occurrence == 0 || occurrence == (loss.occurrence == last ? occurrences : loss.occurrence));
 }
 
 inline std::string knownLoss(Start start, std::uint32_t process, const std::string& function,
-                             const std::string& arguments, std::uint32_t occurrence) {
+                             const std::string& arguments, std::uint32_t occurrence, std::uint32_t occurrences) {
     for (const KnownLoss& loss : knownLosses)
-        if (isMeant(loss, start, process, function, arguments, occurrence))
+        if (isMeant(loss, start, process, function, arguments, occurrence, occurrences))
             return std::string(loss.loss);
     return {};
 }
