@@ -19,6 +19,8 @@ struct KnownLoss {
 };
 
 inline constexpr const char* flashWritable = "the flash is writable";
+// As an occurrence: the last one. The panel's C run time looks at a file's position once more, and can do without.
+inline constexpr std::uint32_t last = 0xFFFFFFFF;
 
 // The disk's folder is deleted whatever was copied; the leftovers on the disk are registered for cleanup in the
 // settings alone, by a helper that starts once.
@@ -75,7 +77,7 @@ inline constexpr KnownLoss knownLosses[] = {
     {Start::fromDisk, 2, "GetFileAttributesW", R"("\MMCMemory\Tarvex\config.xml")", ON_DISK},
     {Start::fromDisk, 2, "CreateFileW", R"("\MMCMemory\Tarvex\config.xml", 0x80000000)", SETTINGS " " ON_DISK},
     {Start::fromDisk, 2, "SetFilePointer", R"("\MMCMemory\Tarvex\config.xml", 0, 2)", SETTINGS " " ON_DISK},
-    {Start::fromDisk, 2, "SetFilePointer", R"("\MMCMemory\Tarvex\config.xml", 0, 1)", SETTINGS " " ON_DISK},
+    {Start::fromDisk, 2, "SetFilePointer", R"("\MMCMemory\Tarvex\config.xml", 0, 1)", SETTINGS " " ON_DISK, last},
     {Start::fromDisk, 2, "SetFilePointer", R"("\MMCMemory\Tarvex\config.xml", 0, 0)", SETTINGS " " ON_DISK, 2},
     {Start::fromDisk, 2, "ReadFile", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS " " ON_DISK},
     {Start::inPlace, 1, "GetFileAttributesW", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS " +MMCMemory\\_rm_old.exe"},
@@ -84,7 +86,7 @@ inline constexpr KnownLoss knownLosses[] = {
     {Start::inPlace, 1, "SetFilePointer", R"("\MMCMemory\Tarvex\config.xml", 0, 2)",
      SETTINGS " +MMCMemory\\_rm_old.exe"},
     {Start::inPlace, 1, "SetFilePointer", R"("\MMCMemory\Tarvex\config.xml", 0, 1)",
-     SETTINGS " +MMCMemory\\_rm_old.exe"},
+     SETTINGS " +MMCMemory\\_rm_old.exe", last},
     {Start::inPlace, 1, "SetFilePointer", R"("\MMCMemory\Tarvex\config.xml", 0, 0)",
      SETTINGS " +MMCMemory\\_rm_old.exe", 2},
     {Start::inPlace, 1, "ReadFile", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS " +MMCMemory\\_rm_old.exe"},
@@ -117,15 +119,16 @@ inline constexpr KnownLoss knownLosses[] = {
 #undef BUZZER
 
 inline bool isMeant(const KnownLoss& loss, Start start, std::uint32_t process, std::string_view function,
-                    std::string_view arguments, std::uint32_t occurrence) {
+                    std::string_view arguments, std::uint32_t occurrence, std::uint32_t occurrences) {
     return loss.start == start && loss.process == process && loss.function == function &&
-           arguments.starts_with(loss.arguments) && (loss.occurrence == 0 || loss.occurrence == occurrence);
+           arguments.starts_with(loss.arguments) &&
+           (loss.occurrence == 0 || occurrence == (loss.occurrence == last ? occurrences : loss.occurrence));
 }
 
 inline std::string knownLoss(Start start, std::uint32_t process, const std::string& function,
-                             const std::string& arguments, std::uint32_t occurrence) {
+                             const std::string& arguments, std::uint32_t occurrence, std::uint32_t occurrences) {
     for (const KnownLoss& loss : knownLosses)
-        if (isMeant(loss, start, process, function, arguments, occurrence))
+        if (isMeant(loss, start, process, function, arguments, occurrence, occurrences))
             return std::string(loss.loss);
     return {};
 }
