@@ -1,0 +1,128 @@
+#include "OrvaUtils/PlatformInfo/PlatformInfo.h"
+#include "OrvaUtils/PlatformInfo/PlatformInfoException.h"
+#include "OrvaUtils/Registry/RegistryException.h"
+#include "OrvaUtils/Text.h"
+#include "tests/support/TestPanel.h"
+
+#include <algorithm>
+#include <functional>
+#include <gtest/gtest.h>
+#include <set>
+#include <windows.h>
+
+using namespace testing_panel;
+using OrvaUtils::PlatformInfo;
+using panel::Behaviour;
+
+namespace {
+
+std::wstring failureOf(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (const OrvaUtils::PlatformInfoException& failure) {
+        return failure.message();
+    }
+    return L"none";
+}
+
+std::string guid() {
+    const PlatformInfo::Guid bytes = PlatformInfo::instance().getGuid();
+    return {bytes.begin(), bytes.end()};
+}
+
+// How often the store was opened since startTrace.
+std::ptrdiff_t openings() {
+    const std::vector<std::string> calls = trace();
+    return std::count_if(calls.begin(), calls.end(),
+                         [](const std::string& call) { return call.starts_with("TAG_Open"); });
+}
+
+} // namespace
+
+TEST(PlatformInfo, KnowsThePlatformTypesByNameAndByCode) {
+    const char* const names[] = {"WinCE-X86", "WinCE-ARM", "Win32", "Win64"};
+    for (std::uint32_t type = 1; type <= 4; ++type) {
+        EXPECT_EQ(PlatformInfo::platformTypeToString(type), names[type - 1]);
+        EXPECT_EQ(PlatformInfo::platformTypeFromString(names[type - 1]), type);
+    }
+    for (const std::uint32_t type : {0U, 5U, 0x10002U, 0xFFFFFFFFU}) {
+        EXPECT_EQ(failureOf([&] { PlatformInfo::platformTypeToString(type); }), L"Unexpected platform type") << type;
+    }
+    for (const char* name : {"", "win32", "WinCE-ARM ", "Win6"}) {
+        EXPECT_EQ(failureOf([&] { PlatformInfo::platformTypeFromString(name); }), L"Unexpected platform type") << name;
+    }
+    EXPECT_EQ(PlatformInfo::platformTypeToString(PlatformInfo::instance().getPlatformType()), "WinCE-ARM");
+}
+
+TEST(PlatformInfo, NamesThirtyOneModels) {
+    std::set<std::wstring> names;
+    for (std::uint32_t code = 0; code <= 0xFFFF; ++code) {
+        const std::wstring name = PlatformInfo::getModelName(code);
+        EXPECT_EQ(PlatformInfo::getModelName(0xABCD0000 | code), name) << "only the low 16 bits count";
+        if ((code >= 1 && code <= 22) || (code >= 0x400 && code <= 0x408)) {
+            EXPECT_NE(name, L"unknown") << code;
+            names.insert(name);
+        } else {
+            EXPECT_EQ(name, L"unknown") << code;
+        }
+    }
+    EXPECT_EQ(names.size(), 31U);
+}
+
+TEST(PlatformInfo, ReadsTheTagsOnce) {
+    devices().setTag(18, "\x06\x04");
+    devices().setTag(48, "0123456789abcdef");
+    startTrace();
+    EXPECT_EQ(PlatformInfo::instance().getModelCode(), 0x406);
+    EXPECT_EQ(trace().back().substr(0, 11), "FreeLibrary");
+    devices().setTag(18, "\x01\x01");
+    EXPECT_EQ(PlatformInfo::instance().getModelCode(), 0x406);
+    EXPECT_EQ(guid(), "0123456789abcdef");
+    EXPECT_EQ(openings(), 1);
+}
+
+TEST(PlatformInfo, TriesATagStoreAgainThatCannotBeRead) {
+    devices().setTag(18, "\x02\x04");
+    startTrace();
+    devices().setPresent("tags", false);
+    EXPECT_EQ(PlatformInfo::instance().getModelCode(), 0);
+    EXPECT_EQ(failureOf([] { guid(); }), L"Guid not present");
+    devices().setPresent("tags", true);
+    for (const char* function : {"TAG_Open", "TAG_Get_Data"}) {
+        devices().setBehaviour("tags", {Behaviour::Kind::refuse, 5}, function);
+        EXPECT_EQ(PlatformInfo::instance().getModelCode(), 0);
+        EXPECT_EQ(failureOf([] { guid(); }), L"Guid not present");
+        devices().setBehaviour("tags", {});
+    }
+    EXPECT_EQ(openings(), 4);
+    EXPECT_EQ(PlatformInfo::instance().getModelCode(), 0x402);
+    EXPECT_NE(guid(), "");
+    EXPECT_EQ(openings(), 5);
+}
+
+TEST(PlatformInfo, HasTheModelAlsoWithoutAGuid) {
+    devices().setTag(18, "\x03\x04");
+    devices().removeTag(48);
+    EXPECT_EQ(failureOf([] { guid(); }), L"Guid not present");
+    EXPECT_EQ(PlatformInfo::instance().getModelCode(), 0x403);
+}
+
+TEST(PlatformInfo, KeepsWhatItReadFromAStoreThatCannotBeClosed) {
+    devices().setTag(48, "0123456789abcdef");
+    devices().setBehaviour("tags", {Behaviour::Kind::refuse, 5}, "TAG_Close");
+    EXPECT_EQ(guid(), "0123456789abcdef");
+}
+
+TEST(PlatformInfo, HasTheDevicesNameFromTheRegistry) {
+    HKEY key = nullptr;
+    DWORD disposition = 0;
+    ASSERT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, L"Ident", 0, nullptr, 0, 0, nullptr, &key, &disposition), 0);
+    const std::vector<std::uint8_t> name = OrvaUtils::toText16(L"Line 4 \xFC");
+    RegSetValueExW(key, L"Name", 0, REG_SZ, name.data(), static_cast<DWORD>(name.size()));
+    EXPECT_EQ(PlatformInfo::getDeviceName(), "Line 4 \xC3\xBC");
+    RegDeleteValueW(key, L"Name");
+    EXPECT_THROW(PlatformInfo::getDeviceName(), OrvaUtils::Registry::RegistryException);
+    RegCloseKey(key);
+    RegDeleteKeyW(HKEY_LOCAL_MACHINE, L"Ident");
+    EXPECT_THROW(PlatformInfo::getDeviceName(), OrvaUtils::Registry::RegistryException);
+}

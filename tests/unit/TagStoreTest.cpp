@@ -1,0 +1,149 @@
+#include "OrvaUtils/Tags/TagStore.h"
+#include "OrvaUtils/LoadLibraryException.h"
+#include "OrvaUtils/Tags/TagException.h"
+#include "OrvaUtils/Text.h"
+#include "tests/support/TestPanel.h"
+
+#include <functional>
+#include <gtest/gtest.h>
+#include <memory>
+
+using namespace testing_panel;
+using OrvaUtils::Tags::TagException;
+using OrvaUtils::Tags::TagStore;
+using panel::Behaviour;
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+using Lines = std::vector<std::string>;
+
+// "TAG_Open 5", as the exception has it, "Load x failed", or "none".
+std::string failureOf(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (const TagException& failure) {
+        return OrvaUtils::toUtf8(failure.message()) + ' ' + std::to_string(failure.errorCode());
+    } catch (const OrvaUtils::LoadLibraryException& failure) {
+        return OrvaUtils::toUtf8(failure.message());
+    }
+    return "none";
+}
+
+// The functions that were called since startTrace.
+Lines functions() {
+    Lines names = trace();
+    for (std::string& line : names) {
+        line = line.substr(0, line.find('('));
+    }
+    return names;
+}
+
+} // namespace
+
+TEST(TagStore, LoadsTheLibraryForItsOwnLife) {
+    startTrace();
+    { const TagStore store; }
+    Lines looked;
+    for (const std::string& line : trace()) {
+        if (line.starts_with("GetProcAddressW")) {
+            const std::size_t name = line.find('"') + 1;
+            looked.push_back(line.substr(name, line.find('"', name) - name));
+        }
+    }
+    EXPECT_EQ(looked, (Lines{"TAG_GetDBsize", "TAG_Open", "TAG_Close", "TAG_Format", "TAG_Get_Valid_Ids_Nr",
+                             "TAG_Get_Data", "TAG_Set_Data", "TAG_Delete"}));
+    Lines expected{"LoadLibraryW"};
+    expected.insert(expected.end(), 8, "GetProcAddressW");
+    expected.insert(expected.end(), {"TAG_Open", "TAG_Close", "FreeLibrary"});
+    EXPECT_EQ(functions(), expected);
+}
+
+TEST(TagStore, ReadsAndWritesTags) {
+    TagStore store;
+    store.setData(7, {1, 2, 3, 4, 5});
+    EXPECT_EQ(devices().tag(7), std::string("\1\2\3\4\5"));
+    Bytes three(3);
+    EXPECT_EQ(store.getData(7, three), 5U);
+    EXPECT_EQ(three, (Bytes{1, 2, 3}));
+    EXPECT_EQ(store.getDataGrowing(7, three), 5U);
+    EXPECT_EQ(three, (Bytes{1, 2, 3, 4, 5}));
+    Bytes eight(8, 99);
+    EXPECT_EQ(store.getDataGrowing(7, eight), 5U);
+    EXPECT_EQ(eight, (Bytes{1, 2, 3, 4, 5, 99, 99, 99}));
+    Bytes none;
+    startTrace();
+    store.getDataGrowing(7, none);
+    EXPECT_EQ(none, (Bytes{1, 2, 3, 4, 5}));
+    EXPECT_EQ(functions(), (Lines{"TAG_Get_Data", "TAG_Get_Data"}));
+    store.format();
+    EXPECT_TRUE(devices().tags().empty());
+}
+
+TEST(TagStore, NamesTheFunctionThatFailsAndItsErrorCode) {
+    const struct {
+        const char* function;
+        std::function<void(TagStore&)> action;
+    } cases[] = {
+        {"TAG_Format", [](TagStore& store) { store.format(); }},
+        {"TAG_Get_Data",
+         [](TagStore& store) {
+             Bytes buffer(2);
+             store.getData(18, buffer);
+         }},
+        {"TAG_Get_Data",
+         [](TagStore& store) {
+             Bytes buffer(16);
+             store.getDataGrowing(48, buffer);
+         }},
+        {"TAG_Get_Data",
+         [](TagStore& store) { // refused also when it is asked again
+             Bytes buffer(1);
+             store.getDataGrowing(48, buffer);
+         }},
+        {"TAG_Set_Data", [](TagStore& store) { store.setData(7, {1}); }},
+    };
+    TagStore store;
+    for (const auto& [function, action] : cases) {
+        // One answers no, the other yes and yet reports an error.
+        for (const Behaviour::Kind kind : {Behaviour::Kind::refuse, Behaviour::Kind::code}) {
+            devices().setTag(18, "ab");
+            devices().setTag(48, "0123456789abcdef");
+            devices().setBehaviour("tags", {kind, 77}, function);
+            EXPECT_EQ(failureOf([&] { action(store); }), function + std::string(" 77"));
+        }
+        devices().setBehaviour("tags", {});
+        EXPECT_EQ(failureOf([&] { action(store); }), "none") << function;
+    }
+    Bytes buffer(2);
+    EXPECT_EQ(failureOf([&] { store.getData(5, buffer); }), "TAG_Get_Data 2") << "there is no such tag";
+}
+
+TEST(TagStore, ThatCannotBeOpenedIsUnloaded) {
+    for (const Behaviour::Kind kind : {Behaviour::Kind::refuse, Behaviour::Kind::code}) {
+        devices().setBehaviour("tags", {kind, 9}, "TAG_Open");
+        startTrace();
+        EXPECT_EQ(failureOf([] { const TagStore store; }), "TAG_Open 9");
+        const Lines calls = functions();
+        EXPECT_EQ(Lines(calls.end() - 2, calls.end()), (Lines{"TAG_Open", "FreeLibrary"}));
+    }
+    devices().setBehaviour("tags", {});
+    failCall("GetProcAddressW", 3);
+    startTrace();
+    EXPECT_EQ(failureOf([] { const TagStore store; }), "Get address of TAG_Close failed");
+    EXPECT_EQ(functions().back(), "FreeLibrary");
+    devices().setPresent("tags", false);
+    EXPECT_EQ(failureOf([] { const TagStore store; }), "Load tagUserAPI.dll failed");
+}
+
+TEST(TagStore, ThatCannotBeClosedIsUnloadedAllTheSame) {
+    devices().setBehaviour("tags", {Behaviour::Kind::refuse, 9}, "TAG_Close");
+    startTrace();
+    EXPECT_EQ(failureOf([] { const TagStore store; }), "TAG_Close 9");
+    EXPECT_EQ(functions().back(), "FreeLibrary");
+    const auto failTwice = [] {
+        const TagStore store;
+        throw TagException(L"first", 1);
+    };
+    EXPECT_EQ(failureOf(failTwice), "first 1") << "the first failure is the one that is told";
+}
