@@ -1,10 +1,10 @@
 #include "app/InitializeHelper.h"
 
 #include "OrvaUtils/Concurrency/ISystem.h"
-#include "OrvaUtils/IO/IFileSystem.h"
 #include "app/FailureReport.h"
 #include "app/HelperSettings.h"
 #include "app/Launch.h"
+#include "app/LogSetup.h"
 #include "app/Paths.h"
 #include "app/StartupSequence.h"
 #include "app/log/Logger.h"
@@ -12,21 +12,6 @@
 namespace {
 
 constexpr unsigned HAND_OVER_PAUSE = 1000; // milliseconds, for this instance to be gone
-
-void configureLog() {
-    OrvaUtils::IO::IFileSystem& files = OrvaUtils::IO::getFileSystem();
-    if (!files.isDirectory(Paths::INSTALLATION_DIRECTORY)) {
-        files.createDirectory(Paths::INSTALLATION_DIRECTORY);
-    }
-    Logger& log = Logger::instance();
-    log.setDirectory(Paths::INSTALLATION_DIRECTORY);
-    log.setBaseName(L"helper_log");
-    log.setMaxFiles(2);
-    log.setMaxFileSize(102400);
-    log.setToConsole(false);
-    log.setToDebugger(false);
-    log.setToFile(true);
-}
 
 void handOver(HANDLE& mutexHandle) {
     Logger::instance().writeParts(LogLevel::Info, {L"Restart from right path needed"});

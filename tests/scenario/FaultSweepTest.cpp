@@ -34,7 +34,7 @@ struct Call {
 Call parse(const std::string& line) {
     Call call;
     char function[64] = {};
-    if (std::sscanf(line.c_str(), " %*u TarvexHelper.exe#%u t%u %63[A-Za-z][%u]", &call.start, &call.thread, function,
+    if (std::sscanf(line.c_str(), " %*u TarvexHelper.exe#%u t%u %63[A-Za-z_][%u]", &call.start, &call.thread, function,
                     &call.call) != 4)
         return {};
     call.function = function;

@@ -38,6 +38,7 @@ inline constexpr std::uint32_t last = 0xFFFFFFFF;
              "-HKEY_LOCAL_MACHINE\\init|Depend61 -HKEY_LOCAL_MACHINE\\init|Launch61"
 #define SCREEN_SAVER "-MMCMemory\\Tarvex\\ScreenSaverConfig.xml"
 #define BUZZER "-MMCMemory\\Tarvex\\TouchBuzzerConfig.xml"
+#define FREQUENCY "~MMCMemory\\Tarvex\\TouchBuzzerConfig.xml"
 #define HELPER "-MMCMemory\\Tarvex\\TarvexHelper.exe"
 
 inline constexpr KnownLoss knownLosses[] = {
@@ -63,7 +64,7 @@ inline constexpr KnownLoss knownLosses[] = {
     {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\readme.txt")", README},
     {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\Tarvex.exe")", APPLICATION},
     {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\TarvexHelper.exe")",
-     UNREGISTERED " " HELPER " " SETTINGS " " ON_DISK},
+     UNREGISTERED " " HELPER " " FREQUENCY " " SETTINGS " " ON_DISK},
     {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\ScreenSaverConfig.xml")", SCREEN_SAVER},
     {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\TouchBuzzerConfig.xml")", BUZZER},
     // Renaming the disk's folder away: only direct entries of the disk with the prefix are cleaned up later.
@@ -103,6 +104,17 @@ inline constexpr KnownLoss knownLosses[] = {
     // Writing the settings in place: the file is cut short.
     {Start::fromDisk, 2, "WriteFile", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS},
     {Start::inPlace, 1, "WriteFile", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS},
+    // The panel's own frequency: written to the buzzer's settings once and for all, as it is then known.
+    {Start::fromDisk, 2, "LoadLibraryW", R"("tagUserAPI.dll")", FREQUENCY},
+    {Start::fromDisk, 2, "GetProcAddressW", R"(0x30000, "TAG_)", FREQUENCY},
+    {Start::fromDisk, 2, "TAG_Open", "", FREQUENCY},
+    {Start::fromDisk, 2, "TAG_Get_Data", "18, ", FREQUENCY},
+    {Start::fromDisk, 2, "WriteFile", R"("\MMCMemory\Tarvex\TouchBuzzerConfig.xml")", FREQUENCY},
+    {Start::inPlace, 1, "LoadLibraryW", R"("tagUserAPI.dll")", FREQUENCY},
+    {Start::inPlace, 1, "GetProcAddressW", R"(0x30000, "TAG_)", FREQUENCY},
+    {Start::inPlace, 1, "TAG_Open", "", FREQUENCY},
+    {Start::inPlace, 1, "TAG_Get_Data", "18, ", FREQUENCY},
+    {Start::inPlace, 1, "WriteFile", R"("\MMCMemory\Tarvex\TouchBuzzerConfig.xml")", FREQUENCY},
 };
 
 #undef ON_DISK
@@ -114,6 +126,7 @@ inline constexpr KnownLoss knownLosses[] = {
 #undef APPLICATION
 #undef NEW_FILE
 #undef UNREGISTERED
+#undef FREQUENCY
 #undef HELPER
 #undef SCREEN_SAVER
 #undef BUZZER

@@ -250,9 +250,12 @@ std::vector<std::string> ScenarioPanel::errors() const {
 }
 
 std::vector<std::string> ScenarioPanel::managerLines(bool withSettings) {
+    if (!withSettings)
+        return {"INFO;Module manager initialization", "ERROR;ScreenSaverModule;settings error",
+                "ERROR;BuzzerModule;settings error"};
     return {"INFO;Module manager initialization",
-            withSettings ? "INFO;ScreenSaverModule;settings loaded;timeout: 300000 backlight: 32 enabled: 1"
-                         : "ERROR;ScreenSaverModule;settings error"};
+            "INFO;ScreenSaverModule;settings loaded;timeout: 300000 backlight: 32 enabled: 1",
+            "INFO;BuzzerModule;settings loaded; enabled: 1"};
 }
 
 std::vector<std::string> ScenarioPanel::trace() const {

@@ -1,0 +1,97 @@
+#include "modules/buzzer/BuzzerModule.h"
+
+#include "OrvaUtils/IO/IFileSystem.h"
+#include "OrvaUtils/PlatformInfo/PlatformInfo.h"
+#include "app/Paths.h"
+#include "app/log/Logger.h"
+#include "ipc/CommandLog.h"
+#include "ipc/IPCDispatcher.h"
+#include "modules/buzzer/MouseHook.h"
+#include "modules/buzzer/TouchBuzzer.h"
+#include "modules/buzzer/TouchBuzzerConfig.h"
+
+#include <memory>
+#include <utility>
+
+namespace {
+
+constexpr wchar_t NAME[] = L"BuzzerModule";
+constexpr DWORD RELOAD = 1;
+constexpr std::int32_t CLICK = 50; // ms
+
+// In Hz.
+std::int32_t defaultFrequency() {
+    switch (OrvaUtils::PlatformInfo::instance().getModelCode()) {
+    case 1026:
+    case 1027:
+    case 1030:
+        return 3400;
+    default:
+        return 2400;
+    }
+}
+
+} // namespace
+
+IModule* BuzzerModule::create(IPCDispatcher& dispatcher) {
+    auto module = std::make_unique<BuzzerModule>();
+    dispatcher.registerHandler(L"ORVATarvexBuzzerMsg", module.get());
+    return module.release();
+}
+
+BuzzerModule::BuzzerModule() {
+    loadSettings();
+    apply();
+}
+
+BuzzerModule::~BuzzerModule() noexcept(false) {
+    remove();
+}
+
+std::uint32_t BuzzerModule::handleMessage(HWND, UINT, WPARAM wParam, LPARAM) {
+    CommandLog::received(NAME, wParam);
+    std::uint32_t result = CommandResult::UnknownCommand;
+    if (static_cast<DWORD>(wParam) == RELOAD) {
+        result = loadSettings();
+        apply();
+    }
+    CommandLog::handled(NAME, wParam, result);
+    return result;
+}
+
+std::uint32_t BuzzerModule::loadSettings() {
+    frequencyHz = 3400;
+    enabled = false;
+    Logger& log = Logger::instance();
+    const std::wstring path =
+        OrvaUtils::IO::getFileSystem().combinePath(Paths::INSTALLATION_DIRECTORY, L"TouchBuzzerConfig.xml");
+    TouchBuzzerConfig config;
+    if (!config.read(path)) {
+        log.writeParts(LogLevel::Error, {NAME, L";settings error"});
+        return CommandResult::SettingsUnreadable;
+    }
+    enabled = config.enabled;
+    if (config.frequency < 0) {
+        config.frequency = defaultFrequency();
+        config.write(path); // a file that cannot be written stays as it is
+    }
+    frequencyHz = config.frequency;
+    if (log.admits(LogLevel::Info)) {
+        log.writeParts(LogLevel::Info, {NAME, L";settings loaded; enabled: ", enabled ? L"1" : L"0"});
+    }
+    return CommandResult::Done;
+}
+
+void BuzzerModule::apply() {
+    if (!enabled) {
+        remove();
+    } else if (buzzer == nullptr) { // deliberate: one that is there keeps its frequency
+        buzzer = new TouchBuzzer(CLICK, frequencyHz);
+        MouseHook::instance().install();
+    }
+}
+
+void BuzzerModule::remove() {
+    MouseHook::instance().uninstall();
+    delete std::exchange(buzzer, nullptr);
+}

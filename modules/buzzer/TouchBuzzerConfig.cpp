@@ -1,0 +1,24 @@
+#include "modules/buzzer/TouchBuzzerConfig.h"
+
+#include "OrvaUtils/Xml/SettingsDocument.h"
+
+namespace {
+
+constexpr char ROOT[] = "TouchBuzzer";
+constexpr char ENABLED[] = "Enabled";
+constexpr char FREQUENCY[] = "Frequency";
+
+} // namespace
+
+bool TouchBuzzerConfig::read(const std::wstring& path) {
+    OrvaUtils::Xml::SettingsDocument document(path, ROOT);
+    return document.open() && document.read(ENABLED, enabled) && document.read(FREQUENCY, frequency);
+}
+
+bool TouchBuzzerConfig::write(const std::wstring& path) const {
+    OrvaUtils::Xml::SettingsDocument document(path, ROOT);
+    document.createEmpty();
+    document.write(ENABLED, enabled);
+    document.write(FREQUENCY, frequency);
+    return document.save();
+}

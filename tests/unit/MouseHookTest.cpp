@@ -1,0 +1,320 @@
+#include "modules/buzzer/MouseHook.h"
+#include "OrvaUtils/Exception.h"
+#include "app/log/Logger.h"
+#include "ipc/MessageOnlyWindow.h"
+#include "platform/panel/Operator.h"
+#include "tests/support/TestPanel.h"
+#include "tests/unit/OtherThread.h"
+
+#include <algorithm>
+#include <atomic>
+#include <functional>
+#include <gtest/gtest.h>
+#include <memory>
+#include <stdexcept>
+
+using namespace testing_panel;
+using panel::Touch;
+
+namespace {
+
+constexpr Touch leftPress{Touch::Kind::press};
+constexpr Touch leftRelease{Touch::Kind::release};
+constexpr Touch rightPress{Touch::Kind::press, true};
+constexpr Touch rightRelease{Touch::Kind::release, true};
+constexpr Touch moved{Touch::Kind::move};
+
+using Lines = std::vector<std::string>;
+
+// The thread that has the hook, and a message loop that touches pass; the test's own drives the clock.
+class HookThread : indev::MESSAGEHANDLER {
+public:
+    HookThread() : thread([this] { serve(); }) {
+        EXPECT_TRUE(driver().waitUntil([this] { return window != nullptr; }, 1000));
+    }
+    ~HookThread() {
+        perform([] { MouseHook::instance().uninstall(); });
+        loop->stop();
+    }
+
+    // Runs a function there.
+    void perform(std::function<void()> function) {
+        done = false;
+        task = std::move(function);
+        PostMessageW(window, WORK, 0, 0);
+        EXPECT_TRUE(driver().waitUntil([this] { return done.load(); }, 60000));
+    }
+
+    bool install() {
+        bool installed = false;
+        perform([&] { installed = MouseHook::instance().install(); });
+        return installed;
+    }
+
+private:
+    static constexpr UINT WORK = 0xC100;
+
+    void serve() {
+        MouseHook::instance();
+        MessageOnlyWindow messages;
+        messages.registerHandler(WM_CREATE, this);
+        messages.registerHandler(WORK, this);
+        loop = &messages;
+        messages.run();
+    }
+
+    LRESULT handleMessage(HWND receiver, UINT message, WPARAM, LPARAM) override {
+        if (message == WM_CREATE) {
+            window = receiver;
+        } else {
+            task();
+            done = true;
+        }
+        return 0;
+    }
+
+    std::function<void()> task;
+    std::atomic<bool> done = false;
+    std::atomic<HWND> window = nullptr;
+    MessageOnlyWindow* loop = nullptr;
+    OtherThread thread;
+};
+
+// Notes its name for each notification, and then does what it was given to do.
+struct Observer : MouseHookObserver {
+    Observer(std::string ownName, Lines& notes) : name(std::move(ownName)), heard(notes) {}
+    void notify(int& value) override {
+        EXPECT_EQ(value, 0);
+        value = 7; // which nobody else gets to see
+        heard.push_back(name);
+        if (action) {
+            action();
+        }
+    }
+    std::string name;
+    Lines& heard; // notification threads write it while the test waits
+    std::function<void()> action;
+};
+
+void press() {
+    panel::touch(leftPress);
+    driver().settle();
+}
+
+std::ptrdiff_t count(const Lines& calls, const char* function) {
+    return std::count_if(calls.begin(), calls.end(),
+                         [&](const std::string& call) { return call.starts_with(function); });
+}
+
+} // namespace
+
+TEST(MouseHook, NotifiesOncePerPressOfAButton) {
+    Lines heard;
+    Observer observer("x", heard);
+    HookThread hook;
+    hook.perform([&] { MouseHook::instance().addObserver(&observer); });
+    press();
+    EXPECT_EQ(heard.size(), 0U) << "there is no hook yet";
+    ASSERT_TRUE(hook.install());
+    const struct {
+        Touch touch;
+        std::size_t notifications;
+    } cases[] = {{leftPress, 1}, {moved, 0}, {leftRelease, 0}, {rightRelease, 0}, {rightPress, 1}, {leftPress, 1}};
+    for (const auto& [touch, notifications] : cases) {
+        heard.clear();
+        panel::touch(touch);
+        driver().settle();
+        EXPECT_EQ(heard.size(), notifications) << static_cast<int>(touch.kind);
+    }
+    hook.perform([] { EXPECT_TRUE(MouseHook::instance().uninstall()); });
+    heard.clear();
+    press();
+    EXPECT_EQ(heard.size(), 0U);
+}
+
+TEST(MouseHook, NotifiesInOrderAndAsOftenAsAdded) {
+    Lines heard;
+    Observer first("1", heard);
+    Observer second("2", heard);
+    HookThread hook;
+    MouseHook& mouse = MouseHook::instance();
+    hook.perform([&] {
+        for (Observer* observer : {&first, &second, &first}) {
+            mouse.addObserver(observer);
+        }
+    });
+    ASSERT_TRUE(hook.install());
+    press();
+    EXPECT_EQ(heard, (Lines{"1", "2", "1"}));
+    hook.perform([&] { mouse.removeObserver(&first); });
+    heard.clear();
+    press();
+    EXPECT_EQ(heard, Lines{"2"});
+    hook.perform([&] { mouse.removeObserver(&second); });
+    hook.perform([&] { mouse.removeObserver(&second); }); // which is not there
+    heard.clear();
+    press();
+    EXPECT_EQ(heard, Lines{});
+}
+
+TEST(MouseHook, IsInstalledOnce) {
+    HookThread hook;
+    ASSERT_TRUE(hook.install());
+    startTrace();
+    EXPECT_FALSE(hook.install());
+    EXPECT_EQ(count(trace(), "SetWindowsHookExW") + count(trace(), "CreateThread"), 0);
+}
+
+TEST(MouseHook, StartsNoThreadForARefusedHook) {
+    HookThread hook;
+    startTrace();
+    hook.perform([] {
+        failCall("SetWindowsHookExW");
+        EXPECT_FALSE(MouseHook::instance().install());
+    });
+    EXPECT_EQ(count(trace(), "CreateThread"), 0);
+    EXPECT_TRUE(hook.install()) << "it is asked for anew";
+    EXPECT_EQ(count(trace(), "CreateThread"), 1);
+}
+
+TEST(MouseHook, StaysInstalledWhenItIsNotRemoved) {
+    Lines heard;
+    Observer observer("x", heard);
+    HookThread hook;
+    hook.perform([&] { MouseHook::instance().addObserver(&observer); });
+    ASSERT_TRUE(hook.install());
+    hook.perform([] {
+        failCall("UnhookWindowsHookEx");
+        EXPECT_FALSE(MouseHook::instance().uninstall());
+    });
+    EXPECT_FALSE(hook.install());
+    press();
+    EXPECT_EQ(heard.size(), 1U);
+    hook.perform([] {
+        EXPECT_TRUE(MouseHook::instance().uninstall());
+        EXPECT_TRUE(MouseHook::instance().uninstall()) << "without a hook there is nothing to fail";
+    });
+}
+
+TEST(MouseHook, MergesWhatComesWhileObserversAreBusy) {
+    Lines heard;
+    Observer observer("x", heard);
+    observer.action = [] { Sleep(1000); };
+    HookThread hook;
+    hook.perform([&] { MouseHook::instance().addObserver(&observer); });
+    ASSERT_TRUE(hook.install());
+    const DWORD begin = GetTickCount();
+    for (int index = 0; index < 5; ++index) {
+        press();
+    }
+    EXPECT_EQ(GetTickCount(), begin) << "the hook procedure waits for nobody";
+    EXPECT_EQ(heard.size(), 1U);
+    advance(10000);
+    EXPECT_EQ(heard.size(), 2U);
+}
+
+TEST(MouseHook, LeavesAThreadBehindForEachInstallation) {
+    Lines heard;
+    Observer observer("x", heard);
+    HookThread hook;
+    hook.perform([&] { MouseHook::instance().addObserver(&observer); });
+    startTrace();
+    for (int round = 0; round < 10; ++round) {
+        ASSERT_TRUE(hook.install());
+        hook.perform([] { EXPECT_TRUE(MouseHook::instance().uninstall()); });
+    }
+    ASSERT_TRUE(hook.install());
+    EXPECT_EQ(count(trace(), "CreateThread"), 11);
+    for (int index = 0; index < 30; ++index) {
+        heard.clear();
+        press();
+        EXPECT_EQ(heard.size(), 1U);
+    }
+}
+
+TEST(MouseHook, WaitsForAnObserverThatIsRemovedWhileItIsNotified) {
+    Lines heard;
+    Observer observer("x", heard);
+    std::atomic<bool> ended = false;
+    observer.action = [&] {
+        Sleep(1000);
+        ended = true;
+    };
+    HookThread hook;
+    MouseHook& mouse = MouseHook::instance();
+    hook.perform([&] { mouse.addObserver(&observer); });
+    ASSERT_TRUE(hook.install());
+    press();
+    hook.perform([&] {
+        mouse.removeObserver(&observer);
+        EXPECT_TRUE(ended) << "it can be deleted now";
+    });
+    // One that never comes back is not waited for without end.
+    observer.action = [] { Sleep(30000); };
+    hook.perform([&] { mouse.addObserver(&observer); });
+    press();
+    const DWORD begin = GetTickCount();
+    hook.perform([&] { mouse.removeObserver(&observer); });
+    EXPECT_EQ(GetTickCount() - begin, 20000U);
+    advance(30000);
+}
+
+TEST(MouseHook, LosesItsObserversWhileTheyAreNotified) {
+    HookThread hook;
+    MouseHook& mouse = MouseHook::instance();
+    for (int round = 0; round < 200; ++round) { // what the sanitizers look at
+        Lines heard;
+        auto observer = std::make_unique<Observer>("x", heard);
+        hook.perform([&] {
+            mouse.addObserver(observer.get());
+            mouse.install();
+        });
+        panel::touch(leftPress);
+        hook.perform([&] {
+            mouse.uninstall();
+            mouse.removeObserver(observer.get());
+            observer.reset();
+        });
+        EXPECT_LE(heard.size(), 1U);
+    }
+}
+
+TEST(MouseHook, LogsWhatAnObserverThrowsAndEndsThatThread) {
+    writeFile("\\Log\\unrelated", "");
+    Logger::instance().setFilePath(L"\\Log\\log.txt");
+    Lines heard;
+    Observer observer("x", heard);
+    observer.action = [] { throw OrvaUtils::Exception(L"No click"); };
+    HookThread hook;
+    hook.perform([&] { MouseHook::instance().addObserver(&observer); });
+    ASSERT_TRUE(hook.install());
+    press();
+    press();
+    EXPECT_EQ(heard.size(), 1U) << "nobody waits for the second one";
+    observer.action = [] { throw std::runtime_error("no"); };
+    hook.perform([] { MouseHook::instance().uninstall(); });
+    ASSERT_TRUE(hook.install()); // with a thread of its own, which finds the second one
+    driver().settle();
+    EXPECT_EQ(heard.size(), 2U);
+    const std::string log = readFile("\\Log\\log.txt");
+    EXPECT_NE(log.find(";ERROR;No click\n"), std::string::npos) << log;
+    EXPECT_NE(log.find(";ERROR;Generic exception\n"), std::string::npos) << log;
+}
+
+TEST(MouseHook, NeedsItsEvents) {
+    for (const unsigned call : {1U, 2U}) {
+        failCall("CreateEventW", call);
+        startTrace();
+        std::wstring failure;
+        try {
+            MouseHook::instance();
+        } catch (const OrvaUtils::Exception& exception) {
+            failure = exception.message();
+        }
+        EXPECT_EQ(failure, L"Cannot create events for mouse hook");
+        EXPECT_EQ(count(trace(), "CreateEventW"), 2);
+        EXPECT_EQ(count(trace(), "CloseHandle"), 1);
+        driver().clearFaults();
+    }
+    MouseHook::instance(); // with them it can still be made
+}
