@@ -25,6 +25,7 @@ LONG sum(LONG first, LONG second) noexcept {
 
 // Named by the compiler, which knows them and would not have them declared again.
 LONG fetchAdd(volatile void* target, LONG value, int) noexcept asm("__atomic_fetch_add_4");
+LONG fetchSub(volatile void* target, LONG value, int) noexcept asm("__atomic_fetch_sub_4");
 LONG exchange(volatile void* target, LONG value, int) noexcept asm("__atomic_exchange_4");
 bool compareExchange(volatile void* target, void* expected, LONG value, int, int) noexcept
     asm("__atomic_compare_exchange_4");
@@ -32,6 +33,10 @@ void synchronise() noexcept asm("__sync_synchronize");
 
 LONG fetchAdd(volatile void* target, LONG value, int) noexcept {
     return modify(target, [value](LONG before) { return sum(before, value); });
+}
+
+LONG fetchSub(volatile void* target, LONG value, int) noexcept {
+    return modify(target, [value](LONG before) { return sum(before, -value); });
 }
 
 LONG exchange(volatile void* target, LONG value, int) noexcept {

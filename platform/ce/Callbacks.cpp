@@ -16,9 +16,11 @@ extern void* callback_functions_end[];
 HANDLE __real_CreateThread(SECURITY_ATTRIBUTES* security, DWORD stackSize, LPTHREAD_START_ROUTINE entry,
                            LPVOID parameter, DWORD flags, DWORD* threadId) noexcept;
 ATOM __real_RegisterClassW(const WNDCLASSW* windowClass) noexcept;
+HHOOK __real_SetWindowsHookExW(int type, HOOKPROC procedure, HINSTANCE instance, DWORD threadId) noexcept;
 HANDLE __wrap_CreateThread(SECURITY_ATTRIBUTES* security, DWORD stackSize, LPTHREAD_START_ROUTINE entry,
                            LPVOID parameter, DWORD flags, DWORD* threadId) noexcept;
 ATOM __wrap_RegisterClassW(const WNDCLASSW* windowClass) noexcept;
+HHOOK __wrap_SetWindowsHookExW(int type, HOOKPROC procedure, HINSTANCE instance, DWORD threadId) noexcept;
 }
 
 namespace {
@@ -57,4 +59,8 @@ ATOM __wrap_RegisterClassW(const WNDCLASSW* windowClass) noexcept {
     WNDCLASSW registered = *windowClass;
     registered.lpfnWndProc = aligned(registered.lpfnWndProc);
     return __real_RegisterClassW(&registered);
+}
+
+HHOOK __wrap_SetWindowsHookExW(int type, HOOKPROC procedure, HINSTANCE instance, DWORD threadId) noexcept {
+    return __real_SetWindowsHookExW(type, aligned(procedure), instance, threadId);
 }
