@@ -17,10 +17,10 @@ struct ThreadExceptions {
 
 // For threads whose first exception tells that there is no memory.
 struct Reserve {
-    ThreadExceptions exceptions;
-    std::atomic<unsigned> taken;
+    ThreadExceptions exceptions{};
+    std::atomic<unsigned> taken = 0;
 };
-Reserve reserve[32];
+constinit Reserve reserve[32];
 
 DWORD exceptionsIndex;
 RunTimeLock staticsLock;
