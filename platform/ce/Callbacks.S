@@ -1,37 +1,53 @@
 // What the platform is given instead of the program's own functions (Callbacks.cpp): each entry calls the function in
-// its slot with the same four arguments, on a stack that is aligned to 8 bytes. An exception does not pass.
+// its slot with the same four arguments, on a stack that is aligned to 8 bytes. An exception does not pass. A thread's
+// entry also gives back what its exceptions have taken.
 #define ENTRIES 32
 
-    .section .text.callbacks, "ax", %progbits
-    .global callback_entries
-    .type callback_entries, %function
-callback_entries:
+.macro keep_nothing
+.endm
+.macro release_exceptions
+    push {r0, r1}
+    bl releaseExceptions
+    pop {r0, r1}
+.endm
+
+.macro entries kind, afterwards
+    .section .text.\kind\()_entries, "ax", %progbits
+    .global \kind\()_entries
+    .type \kind\()_entries, %function
+\kind\()_entries:
     .fnstart
     .cantunwind
     .set number, 0
     .rept ENTRIES
     mov ip, #number
-    b align
+    b align_\kind
     .set number, number + 1
     .endr
-align:
+align_\kind:
     push {r4, lr}
     mov r4, sp
     bic sp, sp, #7
-    ldr lr, 1f
+    ldr lr, slots_\kind
     ldr ip, [lr, ip, lsl #2]
     mov lr, pc
     bx ip
+    \afterwards
     mov sp, r4
     pop {r4, lr}
     bx lr
-1:  .word callback_functions
+slots_\kind:
+    .word \kind\()_functions
     .fnend
 
-    .section .bss.callbacks, "aw", %nobits
+    .section .bss.\kind\()_functions, "aw", %nobits
     .balign 4
-    .global callback_functions
-callback_functions:
+    .global \kind\()_functions
+\kind\()_functions:
     .zero 4 * ENTRIES
-    .global callback_functions_end
-callback_functions_end:
+    .global \kind\()_functions_end
+\kind\()_functions_end:
+.endm
+
+    entries procedure, keep_nothing
+    entries thread, release_exceptions

@@ -17,11 +17,14 @@ void runtime_EnterCriticalSection(CRITICAL_SECTION* section) noexcept;
 void runtime_LeaveCriticalSection(CRITICAL_SECTION* section) noexcept;
 // What the destination held; it holds the new value afterwards if that was the expected one [ms885667].
 LONG runtime_InterlockedCompareExchange(LONG* destination, LONG value, LONG expected) noexcept;
+void runtime_Sleep(DWORD milliseconds) noexcept;
 DWORD runtime_TlsCall(DWORD operation, DWORD index) noexcept; // an index of 0xFFFFFFFF: failure
 LPVOID runtime_TlsGetValue(DWORD index) noexcept;
 BOOL runtime_TlsSetValue(DWORD index, LPVOID value) noexcept;
 LPVOID runtime_VirtualAlloc(LPVOID address, DWORD bytes, DWORD kind, DWORD protection) noexcept;
 BOOL runtime_TerminateProcess(HANDLE process, DWORD exitCode) noexcept;
+
+void releaseExceptions() noexcept; // what the calling thread's exceptions have taken; it throws no more
 }
 
 // A lock of the run time: recursive, ready as soon as initialise was called, at the very start.

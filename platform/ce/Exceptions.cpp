@@ -16,8 +16,11 @@ struct ThreadExceptions {
 };
 
 // For threads whose first exception tells that there is no memory.
-ThreadExceptions reserve[32];
-std::atomic<unsigned> reserved = 0;
+struct Reserve {
+    ThreadExceptions exceptions{};
+    std::atomic<unsigned> taken = 0;
+};
+constinit Reserve reserve[32];
 
 DWORD exceptionsIndex;
 RunTimeLock staticsLock;
@@ -25,8 +28,30 @@ RunTimeLock staticsLock;
 void* newExceptions() noexcept {
     if (void* const exceptions = std::calloc(1, sizeof(ThreadExceptions)))
         return exceptions;
-    const unsigned index = reserved++;
-    return index < std::size(reserve) ? &reserve[index] : nullptr;
+    for (Reserve& spare : reserve)
+        if (spare.taken.exchange(1) == 0)
+            return &spare.exceptions;
+    return nullptr;
+}
+
+void freeExceptions(void* exceptions) noexcept {
+    for (Reserve& spare : reserve)
+        if (exceptions == &spare.exceptions) {
+            spare.exceptions = {};
+            spare.taken = 0;
+            return;
+        }
+    std::free(exceptions);
+}
+
+// Of a static's guard the first byte says that it is made, which the compiler's own look knows too; the second one that
+// somebody is making it.
+volatile char& isMade(__cxxabiv1::__guard* guard) noexcept {
+    return *reinterpret_cast<volatile char*>(guard);
+}
+
+volatile char& isBeingMade(__cxxabiv1::__guard* guard) noexcept {
+    return *(reinterpret_cast<volatile char*>(guard) + 1);
 }
 
 } // namespace
@@ -36,9 +61,16 @@ void initialiseExceptions() noexcept {
     staticsLock.initialise();
 }
 
+void releaseExceptions() noexcept {
+    if (void* const exceptions = runtime_TlsGetValue(exceptionsIndex)) {
+        runtime_TlsSetValue(exceptionsIndex, nullptr);
+        freeExceptions(exceptions);
+    }
+}
+
 namespace __cxxabiv1 {
 
-// Kept for good: nobody tells when a thread ends. So it costs a few bytes for each thread that ever meets an exception.
+// Kept until the thread's entry returns (Callbacks.S).
 extern "C" __cxa_eh_globals* __cxa_get_globals() noexcept {
     void* exceptions = runtime_TlsGetValue(exceptionsIndex);
     if (exceptions == nullptr) {
@@ -53,21 +85,33 @@ extern "C" __cxa_eh_globals* __cxa_get_globals_fast() noexcept {
     return __cxa_get_globals();
 }
 
-// The lock is kept while a static is made: another thread that wants one waits. The first byte says that it is made.
+// Whoever makes a static holds no lock meanwhile: its constructor may wait for threads that use other ones. Who wants
+// the same one asks again and again, in waits that the platform knows of.
 extern "C" int __cxa_guard_acquire(__guard* guard) {
-    staticsLock.lock();
-    if (*reinterpret_cast<const char*>(guard) == 0)
-        return 1;
-    staticsLock.unlock();
+    while (isMade(guard) == 0) {
+        staticsLock.lock();
+        const bool mine = isMade(guard) == 0 && isBeingMade(guard) == 0;
+        if (mine)
+            isBeingMade(guard) = 1;
+        staticsLock.unlock();
+        if (mine)
+            return 1;
+        if (isMade(guard) == 0)
+            runtime_Sleep(1);
+    }
     return 0;
 }
 
 extern "C" void __cxa_guard_release(__guard* guard) noexcept {
-    *reinterpret_cast<char*>(guard) = 1;
+    staticsLock.lock();
+    isMade(guard) = 1;
+    isBeingMade(guard) = 0;
     staticsLock.unlock();
 }
 
-extern "C" void __cxa_guard_abort(__guard*) noexcept {
+extern "C" void __cxa_guard_abort(__guard* guard) noexcept {
+    staticsLock.lock();
+    isBeingMade(guard) = 0;
     staticsLock.unlock();
 }
 

@@ -4,21 +4,27 @@ usage: check.py imports NM EXECUTABLE.elf INCLUDE-FOLDER
        check.py wide EXECUTABLE.map
 
 imports: a function that is used and not on the list does not link; here one that is on the list as imported, and not
-used, is found (the linker has left its thunk out), and one that a header declares and the list lacks.
+used, is found (the linker has left its thunk out), one that a header declares and the list lacks, and one that takes a
+function of the program without a wrapper for it.
 """
 import glob
 import re
 import subprocess
 import sys
 
-# Parts of the ready-made libraries that take a wide character for 32 bits. (Of the C library mbtowc_r and wctomb_r are no
-# such: by them it reads its own patterns, a character at a time.)
-WIDE = re.compile(r"libstdc\+\+\.a\((?:cow-)?(?:wstring|wlocale|ext-inst|wio|istream-wide|ostream-wide)[\w-]*\.o\)|"
-                  r"libc\.a\(lib_a-(?:\w*wcs\w*|wmem\w+|[fgp]\w*wc|fputws\w*|fgetws\w*|[sv]?\w*wprintf|\w*wscanf|"
-                  r"mbr\w+|wcr\w+|isw\w+|tow\w+)\.o\)")
+# Parts of the ready-made libraries that take a wide character for 32 bits, by their members' names. Of the C++ library
+# that is whatever streams and locales consist of. Of the C library two are no such: with them it reads its own patterns,
+# a character at a time.
+WIDE = {
+    "c": re.compile(r"wc|wmem|^mb|^isw|^tow|fwide|^f[gp]\w*ws|w(printf|scanf)"),
+    "stdc++": re.compile(r"locale|codecvt|ctype|wstring|ext-inst|stream|ios|globals_io"),
+}
+NOT_WIDE = {"mbtowc_r", "wctomb_r"}
 # Declared, and no function of coredll.dll: read from the kernel's data page; the program's own.
 NOT_COREDLL = {"GetCurrentThreadId", "WinMain"}
 OTHER_LIBRARY = "tagUserAPI.h"
+# Parameters that hand a function of the program to the platform: such a call must go through Callbacks.cpp.
+CALLBACK = re.compile(r"\b(?:LPTHREAD_START_ROUTINE|WNDPROC|HOOKPROC|WNDCLASSW)\b")
 
 
 def read(path):
@@ -34,16 +40,22 @@ def imports(nm, executable, include):
     wanted += ["runtime_" + name for name in re.findall(r"^COREDLL_RUN_TIME\((\w+)\)$", listing, re.MULTILINE)]
     faults = [f"coredll.inc imports {name}, and nothing uses it" for name in wanted if name not in symbols]
     headers = [path for path in glob.glob(include + "/*.h") if not path.endswith("/" + OTHER_LIBRARY)]
-    declared = set(re.findall(r"^[\w ]+\*? WINAPI (\w+)\(", "".join(map(read, headers)), re.MULTILINE))
+    declarations = dict(re.findall(r"^[\w ]+\*? WINAPI (\w+)\(([^;]*);", "".join(map(read, headers)), re.MULTILINE))
+    declared = set(declarations)
     listed = {name for name, _ in program}
     faults += [f"the headers declare {name}, and coredll.inc lacks it" for name in declared - listed - NOT_COREDLL]
     faults += [f"coredll.inc lists {name}, and no header declares it" for name in listed - declared]
+    faults += [f"{name} takes a function of the program: it wants a --wrap and a wrapper in Callbacks.cpp"
+               for name in wanted if CALLBACK.search(declarations.get(name, "")) and "__wrap_" + name not in symbols]
     return faults
 
 
 def wide(link_map):
     archived = read(link_map).split("Discarded input sections")[0]
-    return [f"linked: {member}, which is for 32-bit wide text" for member in sorted(set(WIDE.findall(archived)))]
+    members = set(re.findall(r"\blib(c|stdc\+\+)\.a\((?:lib_a-)?([\w+-]+)\.o\)", archived))
+    return [f"linked: {member} of lib{library}.a, which is for 32-bit wide text"
+            for library, member in members if WIDE[library].search(member) and member not in NOT_WIDE]
+
 
 
 if __name__ == "__main__":

@@ -48,7 +48,7 @@ def main(link_map, executable):
     whole = os.path.getsize(executable)
     parts["filling up to whole pages"] = whole - sum(parts.values())
     print("| part | bytes |\n|---|---:|")
-    for name, size in parts.most_common():
+    for name, size in (+parts).most_common():  # without what takes none
         print(f"| {name} | {size:,} |")
     print(f"| **in all** | **{whole:,}** |")
 

@@ -6,36 +6,48 @@
 
 namespace {
 
-struct Conversion { // "%", flags, width, precision, lengths, letter
-    char narrow[24] = "%"; // up to the precision, for the C library
-    std::size_t used = 1; // of it
+constexpr int widest = 100000; // more than any text here has
+constexpr int mostDigits = 100; // of a number
+
+struct Conversion { // "%", flags, width, precision, length, letter
     bool leftAligned = false;
+    bool zeros = false;
+    char flags[4] = ""; // of those that the C library is asked for
     int width = 0;
     int precision = -1; // none
     int longs = 0;
-    wchar_t letter = 0;
+    bool isShort = false;
+    wchar_t letter = 0; // 0: none that is known
 };
 
+const wchar_t* parseNumber(const wchar_t* at, int& number) {
+    for (number = 0; *at >= L'0' && *at <= L'9'; ++at)
+        number = std::min(number * 10 + static_cast<int>(*at - L'0'), widest);
+    return at;
+}
+
 const wchar_t* parse(const wchar_t* at, Conversion& conversion) {
-    const auto take = [&] {
-        if (conversion.used < sizeof conversion.narrow - 3) // room for lengths and letter
-            conversion.narrow[conversion.used++] = static_cast<char>(*at);
-        return *at++;
-    };
-    while (*at && *at < 128 && std::strchr("-+ #0", static_cast<char>(*at)))
-        conversion.leftAligned |= take() == L'-';
-    while (*at >= L'0' && *at <= L'9')
-        conversion.width = conversion.width * 10 + static_cast<int>(take() - L'0');
-    if (*at == L'.') {
-        take();
-        conversion.precision = 0;
-        while (*at >= L'0' && *at <= L'9')
-            conversion.precision = conversion.precision * 10 + static_cast<int>(take() - L'0');
+    std::size_t used = 0;
+    for (; *at && *at < 128 && std::strchr("-0+ #", static_cast<char>(*at)); ++at) {
+        const auto flag = static_cast<char>(*at);
+        conversion.leftAligned |= flag == '-';
+        conversion.zeros |= flag == '0';
+        if (flag != '-' && flag != '0' && !std::strchr(conversion.flags, flag))
+            conversion.flags[used++] = flag;
     }
-    for (; *at == L'l' || *at == L'h'; ++at)
-        conversion.longs += *at == L'l';
+    at = parseNumber(at, conversion.width);
+    if (*at == L'.')
+        at = parseNumber(at + 1, conversion.precision);
+    for (; *at == L'l' && conversion.longs < 2; ++at)
+        ++conversion.longs;
+    if (*at == L'h' && !conversion.longs) {
+        conversion.isShort = true;
+        ++at;
+    }
+    if (!*at || *at >= 128 || !std::strchr("diuxXsc%", static_cast<char>(*at)))
+        return at;
     conversion.letter = *at;
-    return *at ? at + 1 : at;
+    return at + 1;
 }
 
 class Output {
@@ -48,32 +60,34 @@ public:
         ++length;
     }
     template<class Character>
-    void put(const Character* text, std::size_t characters) {
-        for (std::size_t index = 0; index < characters; ++index)
-            put(static_cast<wchar_t>(text[index]));
+    void text(const Character* value, std::size_t characters, const Conversion& conversion) {
+        const std::size_t padding = paddingFor(characters, conversion);
+        repeat(L' ', conversion.leftAligned ? 0 : padding);
+        put(value, characters);
+        repeat(L' ', conversion.leftAligned ? padding : 0);
     }
-    void text(const wchar_t* value, const Conversion& conversion) {
+    template<class Character>
+    void text(const Character* value, const Conversion& conversion) {
         std::size_t characters = 0;
         while (characters < static_cast<std::size_t>(conversion.precision) && value[characters])
             ++characters;
-        const auto width = static_cast<std::size_t>(conversion.width);
-        const std::size_t padding = width > characters ? width - characters : 0;
-        for (std::size_t index = 0; !conversion.leftAligned && index < padding; ++index)
-            put(L' ');
-        put(value, characters);
-        for (std::size_t index = 0; conversion.leftAligned && index < padding; ++index)
-            put(L' ');
+        text(value, characters, conversion);
     }
-    template<class Value>
-    void number(Value value, Conversion& conversion) {
-        constexpr std::size_t enough = 160; // more than a width that anybody asks for
-        char text[enough];
-        if (conversion.longs)
-            conversion.narrow[conversion.used++] = 'l';
-        conversion.narrow[conversion.used++] = static_cast<char>(conversion.letter);
-        conversion.narrow[conversion.used] = 0;
-        const int written = std::snprintf(text, enough, conversion.narrow, value);
-        put(text, std::min(static_cast<std::size_t>(std::max(written, 0)), enough - 1));
+    void number(long long value, const Conversion& conversion) { // of an unsigned letter: its bits
+        char pattern[12] = "%";
+        char digits[mostDigits + 8];
+        std::strcat(pattern, conversion.flags);
+        std::strcat(pattern, ".*ll");
+        pattern[std::strlen(pattern)] = static_cast<char>(conversion.letter);
+        const int precision = std::min(conversion.precision, mostDigits); // below 0: as if there were none
+        const auto characters =
+            static_cast<std::size_t>(std::max(std::snprintf(digits, sizeof digits, pattern, precision, value), 0));
+        if (!conversion.zeros || conversion.leftAligned || conversion.precision >= 0)
+            return text(digits, characters, conversion);
+        const std::size_t sign = std::strchr("+- ", digits[0]) ? 1 : std::strchr("xX", digits[1]) && digits[1] ? 2 : 0;
+        put(digits, sign);
+        repeat(L'0', paddingFor(characters, conversion));
+        put(digits + sign, characters - sign);
     }
     int end() {
         if (length < count)
@@ -82,14 +96,49 @@ public:
     }
 
 private:
+    static std::size_t paddingFor(std::size_t characters, const Conversion& conversion) {
+        const auto width = static_cast<std::size_t>(conversion.width);
+        return width > characters ? width - characters : 0;
+    }
+    void repeat(wchar_t character, std::size_t times) {
+        for (; times > 0; --times)
+            put(character);
+    }
+    template<class Character>
+    void put(const Character* text, std::size_t characters) {
+        for (std::size_t index = 0; index < characters; ++index)
+            put(widened(text[index]));
+    }
+    static wchar_t widened(wchar_t character) {
+        return character;
+    }
+    static wchar_t widened(char character) {
+        return static_cast<wchar_t>(static_cast<unsigned char>(character));
+    }
+
     wchar_t* buffer;
     std::size_t count;
     std::size_t length = 0; // of the whole text
 };
 
+// "%ld" is 32 bits wide on a panel; what is pushed for it is what the machine calls long.
+long long nextNumber(std::va_list& arguments, const Conversion& conversion) {
+    const bool hasSign = conversion.letter == L'd' || conversion.letter == L'i';
+    if (conversion.longs == 2)
+        return va_arg(arguments, long long);
+    if (conversion.longs == 1)
+        return hasSign ? va_arg(arguments, long) : static_cast<long long>(va_arg(arguments, unsigned long));
+    const int value = va_arg(arguments, int);
+    if (conversion.isShort)
+        return hasSign ? static_cast<short>(value) : static_cast<unsigned short>(value);
+    return hasSign ? value : static_cast<long long>(static_cast<unsigned>(value));
+}
+
 } // namespace
 
-int _vsnwprintf(wchar_t* buffer, std::size_t count, const wchar_t* format, std::va_list arguments) noexcept {
+int _vsnwprintf(wchar_t* buffer, std::size_t count, const wchar_t* format, std::va_list passed) noexcept {
+    std::va_list arguments;
+    va_copy(arguments, passed);
     Output output(buffer, count);
     while (*format) {
         if (*format != L'%') {
@@ -100,31 +149,31 @@ int _vsnwprintf(wchar_t* buffer, std::size_t count, const wchar_t* format, std::
         const wchar_t* const start = format;
         format = parse(format + 1, conversion);
         switch (conversion.letter) {
-        case L'd':
-        case L'i':
-        case L'u':
-        case L'x':
-        case L'X':
-            // "%ld" is 32 bits wide on a panel; what is pushed for it is what the machine calls long.
-            if (conversion.longs)
-                output.number(va_arg(arguments, long), conversion);
-            else
-                output.number(va_arg(arguments, int), conversion);
+        case L's':
+            if (conversion.isShort) {
+                const auto* value = va_arg(arguments, const char*);
+                output.text(value ? value : "(null)", conversion);
+            } else {
+                const auto* value = va_arg(arguments, const wchar_t*);
+                output.text(value ? value : L"(null)", conversion);
+            }
             break;
-        case L's': {
-            const auto* value = va_arg(arguments, const wchar_t*);
-            output.text(value ? value : L"(null)", conversion);
+        case L'c': {
+            const auto character = static_cast<wchar_t>(va_arg(arguments, int));
+            output.text(&character, 1, conversion);
             break;
         }
-        case L'c':
-            output.put(static_cast<wchar_t>(va_arg(arguments, int)));
-            break;
         case L'%':
             output.put(L'%');
             break;
-        default: // not a conversion that this system uses
-            output.put(start, static_cast<std::size_t>(format - start));
+        case 0: // nobody knows which arguments it would take: no further one can be found
+            for (format = start; *format; ++format)
+                output.put(*format);
+            break;
+        default:
+            output.number(nextNumber(arguments, conversion), conversion);
         }
     }
+    va_end(arguments);
     return output.end();
 }

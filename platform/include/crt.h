@@ -20,6 +20,8 @@ int _wcsicmp(const wchar_t* first, const wchar_t* second) noexcept;
 long _wtol(const wchar_t* text) noexcept;
 
 // At most count characters, no terminating zero when they are all used. The length, or -1 if the text was cut.
-// "%s" is wide text, as everywhere in wide functions of this platform.
+// Conversions: d i u x X (flags "-0+ #", width, precision, h, l or ll), s and c (width; s also a precision), %%. "%s"
+// is wide text, as everywhere in wide functions of this platform, and "%hs" bytes. Any other conversion ("%p", "%f",
+// "%*d") and all that follows it stand in the text as they are.
 int _vsnwprintf(wchar_t* buffer, std::size_t count, const wchar_t* format, std::va_list arguments) noexcept;
 }

@@ -1,5 +1,6 @@
 #include "platform/panel/Program.h"
 
+#include "platform/panel/PortableExecutable.h"
 #include "platform/panel/kernel/Host.h"
 #include "platform/panel/kernel/Processes.h"
 
@@ -12,6 +13,7 @@
 #include <fcntl.h>
 #include <linux/futex.h>
 #include <sys/prctl.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -44,6 +46,34 @@ bool hasMarker(int file) {
             return true;
     }
     return false;
+}
+
+// What a panel looks at before it makes a process: what it is for, and whether its sections are there. The rest shows
+// when it is loaded.
+bool isPanelExecutable(int file) {
+    std::uint32_t header = 0;
+    std::uint32_t signature = 0;
+    std::uint16_t machine = 0;
+    std::uint16_t subsystem = 0;
+    std::uint16_t optionalSize = 0;
+    std::uint16_t sections = 0;
+    struct stat status {};
+    if (!readAt(file, pe::signaturePlace, header) || !readAt(file, header, signature) ||
+        !readAt(file, std::uint64_t{header} + pe::machine, machine) ||
+        !readAt(file, std::uint64_t{header} + pe::subsystem, subsystem) ||
+        !readAt(file, std::uint64_t{header} + pe::optionalSize, optionalSize) ||
+        !readAt(file, std::uint64_t{header} + pe::sectionCount, sections) || fstat(file, &status) != 0)
+        return false;
+    if (signature != pe::signature || machine != pe::arm || subsystem != pe::panelSubsystem)
+        return false;
+    for (unsigned index = 0; index < sections; ++index) {
+        pe::Section section;
+        const std::uint64_t place = std::uint64_t{header} + pe::optionalHeader + optionalSize + index * sizeof section;
+        if (!readAt(file, place, section) ||
+            std::uint64_t{section.place} + section.fileSize > static_cast<std::uint64_t>(status.st_size))
+            return false;
+    }
+    return true;
 }
 
 // What the new process needs, made before the fork: after it, in a copy of a process that may have many threads, only
@@ -166,7 +196,7 @@ ProgramKind kindOf(const std::string& hostPath) {
     ProgramKind kind = ProgramKind::none;
     if (some && std::memcmp(start, ELFMAG, SELFMAG) == 0)
         kind = hasMarker(file) ? ProgramKind::native : ProgramKind::foreign;
-    else if (some && start[0] == 'M' && start[1] == 'Z')
+    else if (some && start[0] == 'M' && start[1] == 'Z' && isPanelExecutable(file))
         kind = ProgramKind::panelExecutable;
     else if (some && start[0] == '#' && start[1] == '!')
         kind = ProgramKind::foreign;
@@ -174,16 +204,25 @@ ProgramKind kindOf(const std::string& hostPath) {
     return kind;
 }
 
+namespace {
+
+bool canRun(const char* program) {
+    struct stat status {};
+    return stat(program, &status) == 0 && S_ISREG(status.st_mode) && access(program, X_OK) == 0;
+}
+
+} // namespace
+
 std::string whyNot(ProgramKind kind) {
     if (kind == ProgramKind::none)
         return "it is no program (a program for the panel's simulation, a panel executable, or a script that begins "
                "with #!)";
-    if (kind == ProgramKind::panelExecutable && access(emulator, X_OK) != 0)
-        return std::string("it is a panel executable, and the emulator that it takes is missing: ") + emulator +
-               " (script/setup installs it)";
-    if (kind == ProgramKind::panelExecutable && access(loaderPath(), X_OK) != 0)
-        return std::string("it is a panel executable, and the loader that it takes is missing: ") + loaderPath() +
-               " (cmake --preset loader && ninja -C build/loader makes it)";
+    if (kind == ProgramKind::panelExecutable && !canRun(emulator))
+        return std::string("it is a panel executable, and the emulator that it takes is missing or no program: ") +
+               emulator + " (script/setup installs it)";
+    if (kind == ProgramKind::panelExecutable && !canRun(loaderPath()))
+        return std::string("it is a panel executable, and the loader that it takes is missing or no program: ") +
+               loaderPath() + " (cmake --preset loader && ninja -C build/loader makes it)";
     return {};
 }
 

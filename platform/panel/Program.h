@@ -12,7 +12,7 @@ namespace panel {
 enum class ProgramKind {
     none, // not a program
     native, // made for this machine, takes part in the panel's clock
-    panelExecutable, // a PE file, which the loader runs: the same as on a real panel
+    panelExecutable, // a PE file for it, whole, which the loader runs: the same as on a real panel
     foreign, // a script, or a program of the host: knows nothing of the panel and does not hold its time
 };
 

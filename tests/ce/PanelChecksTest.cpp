@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
+
 namespace {
 
 constexpr const char* program = "\\Temp\\PanelChecks.exe";
@@ -12,7 +15,7 @@ constexpr std::uint32_t ownFault = 0xC0000005; // a process that a fault of its 
 class PanelChecks : public ScenarioPanel {
 public:
     explicit PanelChecks(std::uint32_t ticks = 0) : ScenarioPanel(ticks) {
-        put(program, PANEL_CHECKS);
+        put(program, PANEL_EXECUTABLES "PanelChecks.exe");
     }
 };
 
@@ -22,6 +25,16 @@ TEST(PanelChecks, TextHasSixteenBitsACharacter) {
     PanelChecks panel;
     EXPECT_EQ(panel.run(program, "text"), 0U);
     EXPECT_NE(panel.read("\\Temp\\\xF0\x9F\x98\x80.xml").find("\xE2\x82\xAC\xF0\x9F\x98\x80"), std::string::npos);
+}
+
+TEST(PanelChecks, RegistryTextHasSixteenBitsACharacter) {
+    PanelChecks panel;
+    EXPECT_EQ(panel.run(program, "registry"), 0U);
+    const std::string value = "HKEY_LOCAL_MACHINE\\Checks\\\xE2\x82\xAC|Text\xF0\x9F\x98\x80";
+    EXPECT_EQ(panel.registry()[value], "REG_SZ a\xF0\x9F\x98\x80");
+    std::ifstream file(panel.panel().directory() / "registry/now.json", std::ios::binary);
+    const std::string text(std::istreambuf_iterator<char>(file), {});
+    EXPECT_NE(text.find("\"a\xF0\x9F\x98\x80\""), std::string::npos) << text;
 }
 
 TEST(PanelChecks, TicksWrapAtThirtyTwoBits) {

@@ -54,7 +54,10 @@ def main(sources, copy, executable):
             faults.append(fault)
 
     copy_sources(sources, copy)
-    subprocess.check_call([os.path.join(copy, "script/package")])
+    # A tree that somebody has used, and an environment, that would make another executable of the same sources.
+    with_options = dict(os.environ, CXXFLAGS="-O0", CPATH=copy)
+    subprocess.check_call(["cmake", "--preset", "ce"], cwd=copy, env=with_options, stdout=subprocess.DEVNULL)
+    subprocess.check_call([os.path.join(copy, "script/package")], env=with_options)
     dist = os.path.join(copy, "dist")
     wanted = {"TarvexHelper.exe", "SHA256SUMS", "Tarvex/TarvexHelper.exe"} | {"Tarvex/" + name for name in SETTINGS}
     expect(files_below(dist) == wanted, f"dist/ holds {sorted(files_below(dist))}")

@@ -255,14 +255,19 @@ TEST(Shortcuts, AreTextWithACountAndNeverReplaced) {
     EXPECT_FALSE(SHCreateShortcut(path.data(), command.data()));
 }
 
+namespace {
+
+int format(wchar_t* buffer, std::size_t count, const wchar_t* text, ...) {
+    std::va_list arguments;
+    va_start(arguments, text);
+    const int length = _vsnwprintf(buffer, count, text, arguments);
+    va_end(arguments);
+    return length;
+}
+
+} // namespace
+
 TEST(WideText, FormattedCutComparedAndRead) {
-    const auto format = [](wchar_t* buffer, std::size_t count, const wchar_t* text, ...) {
-        std::va_list arguments;
-        va_start(arguments, text);
-        const int length = _vsnwprintf(buffer, count, text, arguments);
-        va_end(arguments);
-        return length;
-    };
     wchar_t buffer[32] = {};
     EXPECT_EQ(format(buffer, 32, L"%s|%5d|%-3u|%04x|%%|%c", L"wide \u20AC", -7, 8U, 255U, L'z'), 25);
     EXPECT_STREQ(buffer, L"wide \u20AC|   -7|8  |00ff|%|z");
@@ -275,4 +280,29 @@ TEST(WideText, FormattedCutComparedAndRead) {
     EXPECT_GT(_wcsicmp(L"ab", L"A"), 0);
     EXPECT_EQ(_wtol(L"  -15.8"), -15);
     EXPECT_EQ(_wtol(L"x1"), 0);
+}
+
+TEST(WideText, FormatsNumbersAndTextOfAnyWidth) {
+    wchar_t buffer[128] = {};
+    const auto formatted = [&buffer](const wchar_t* text, auto... values) {
+        const int length = format(buffer, std::size(buffer), text, values...);
+        return length < 0 ? L"(cut)" : std::wstring(buffer, static_cast<std::size_t>(length));
+    };
+    EXPECT_EQ(formatted(L"%lld|%llx|%llu", -9223372036854775807LL - 1, ~0ULL, ~0ULL),
+              L"-9223372036854775808|ffffffffffffffff|18446744073709551615");
+    EXPECT_EQ(formatted(L"%+05d|%-5d|% d|%05d|%5.3d|%#06x", 7, -7, 7, -7, 7, 255),
+              L"+0007|-7   | 7|-0007|  007|0x00ff");
+    EXPECT_EQ(formatted(L"%u|%ld|%hd|%hu|%x", -1, -1L, 65535, -1, -1), L"4294967295|-1|-1|65535|ffffffff");
+    EXPECT_EQ(formatted(L"%hs|%5hs|%-5s|%.2s|%5c|%-3c|", "gr\xFC\xDF", "ab", L"cd", L"efg", L'h', L'i'),
+              L"gr\u00FC\u00DF|   ab|cd   |ef|    h|i  |");
+    EXPECT_EQ(formatted(L"%100d", 5), std::wstring(99, L' ') + L"5");
+    EXPECT_EQ(formatted(L"%0100d", 5), std::wstring(99, L'0') + L"5");
+    EXPECT_EQ(format(buffer, std::size(buffer), L"%200d", 5), -1);
+    EXPECT_EQ(format(buffer, std::size(buffer), L"%99999999999d", 5), -1); // no number of the machine holds it
+    // After one that is not known nobody knows which arguments are left.
+    EXPECT_EQ(formatted(L"%d %p %s %d", 1, 2, 3, 4), L"1 %p %s %d");
+    EXPECT_EQ(formatted(L"%s %f", L"a"), L"a %f");
+    EXPECT_EQ(formatted(L"%*d", 1, 2), L"%*d");
+    EXPECT_EQ(formatted(L"100%"), L"100%");
+    EXPECT_EQ(formatted(L"%5"), L"%5");
 }

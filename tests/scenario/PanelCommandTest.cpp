@@ -103,9 +103,16 @@ TEST_F(PanelCommand, SaysWhatIsWrongInOneLine) {
     fails("start '\\MMCMemory\\none.exe'", "no such file");
     std::ofstream(directory / "p/fs/MMCMemory/text.exe") << "text";
     fails("start '\\MMCMemory\\text.exe'", "it is no program");
-    std::ofstream(directory / "p/fs/MMCMemory/panel.exe") << "MZ";
-    setenv("PANEL_LOADER", "/nowhere/loader", 1);
-    fails("start '\\MMCMemory\\panel.exe'", "the loader that it takes is missing: /nowhere/loader (");
+    std::ofstream(directory / "p/fs/MMCMemory/half.exe") << "MZ";
+    fails("start '\\MMCMemory\\half.exe'", "it is no program");
+    std::string head(0x80, '\0'); // of a panel executable: signature, machine, subsystem, no sections
+    head.replace(0, 2, "MZ").replace(0x3C, 1, "\x20").replace(0x20, 2, "PE").replace(0x24, 2, "\xC0\x01");
+    head.replace(0x20 + 24 + 68, 1, "\x09");
+    std::ofstream(directory / "p/fs/MMCMemory/panel.exe") << head;
+    for (const std::string loader : {"/nowhere/loader", "/tmp"}) {
+        setenv("PANEL_LOADER", loader.c_str(), 1);
+        fails("start '\\MMCMemory\\panel.exe'", "the loader that it takes is missing or no program: " + loader + " (");
+    }
     unsetenv("PANEL_LOADER");
     fails("send NoWindow Message 1", "NoWindow");
     fails("plug missing-folder", "missing-folder");

@@ -178,11 +178,7 @@ DWORD GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD characters) noexce
 
 void Sleep(DWORD milliseconds) noexcept {
     Gate gate(Function::Sleep, milliseconds);
-    if (milliseconds == 0)
-        return;
-    Lock lock(gate.image());
-    scheduler::at(gate.image(), gate.slot()).waitKind = WaitKind::time;
-    block(lock, gate.image(), gate.slot(), clock::deadline(gate.image(), milliseconds));
+    sleepFor(gate.image(), gate.slot(), milliseconds);
 }
 
 void OutputDebugStringW(LPCWSTR text) noexcept {

@@ -59,6 +59,14 @@ std::uint32_t block(Lock& lock, Image& image, Slot thread, std::uint64_t deadlin
     return record.waitResult;
 }
 
+void sleepFor(Image& image, Slot thread, std::uint32_t milliseconds) {
+    if (milliseconds == 0)
+        return;
+    Lock lock(image);
+    scheduler::at(image, thread).waitKind = WaitKind::time;
+    block(lock, image, thread, clock::deadline(image, milliseconds));
+}
+
 std::uint32_t waitForObjects(Lock& lock, Image& image, Slot thread, const Slot* waited, std::uint32_t count,
                              std::uint32_t milliseconds) {
     for (std::uint32_t index = 0; index < count; ++index)

@@ -14,6 +14,9 @@ extern std::atomic<bool> processEnded;
 // come, and answers the wait's result. Lets the programs begin that this thread has started.
 std::uint32_t block(Lock& lock, Image& image, Slot thread, std::uint64_t deadline);
 
+// A wait for the time alone; the thread goes on at once if it is 0.
+void sleepFor(Image& image, Slot thread, std::uint32_t milliseconds); // takes the lock itself
+
 // A wait for so many objects, none of which is invalid. The platform's wait result.
 std::uint32_t waitForObjects(Lock& lock, Image& image, Slot thread, const Slot* waited, std::uint32_t count,
                              std::uint32_t milliseconds);

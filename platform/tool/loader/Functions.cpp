@@ -1,6 +1,7 @@
 // What the imports of the panel executable are bound to. The C run time's own calls neither count nor show in a trace,
 // so they are served here, past the simulated panel's gate.
 #include "platform/panel/Runtime.h"
+#include "platform/panel/kernel/Wait.h"
 #include "platform/tool/loader/Callbacks.h"
 #include "platform/tool/loader/Image.h"
 
@@ -46,10 +47,15 @@ LONG InterlockedCompareExchange(LONG* destination, LONG value, LONG expected) no
     return expected;
 }
 
-DWORD TlsCall(DWORD operation, DWORD index) noexcept { // 0: a new index; 1: gives one back
-    pthread_key_t key = index;
-    const int result = operation == 0 ? pthread_key_create(&key, nullptr) : pthread_key_delete(key);
-    return result == 0 ? key : 0xFFFFFFFF;
+// Panel time passes in it, as in a wait of the program.
+void Sleep(DWORD milliseconds) noexcept {
+    panel::Runtime& panel = panel::Runtime::instance();
+    panel::sleepFor(panel.image(), panel.thread().slot, milliseconds);
+}
+
+DWORD TlsCall(DWORD operation, DWORD) noexcept { // only 0: a new index
+    pthread_key_t key = 0;
+    return operation == 0 && pthread_key_create(&key, nullptr) == 0 ? key : 0xFFFFFFFF;
 }
 
 LPVOID TlsGetValue(DWORD index) noexcept {

@@ -55,7 +55,7 @@ int main(int argc, char** argv) {
         const auto entry = loader::onPlatformStack(reinterpret_cast<Entry>(loader::load(argv[1]).entry));
         entry(reinterpret_cast<HINSTANCE>(panel::handleOf(panel::moduleHandle)), nullptr, text.get(), 5);
     } catch (const std::exception& failure) {
-        std::fprintf(stderr, "%s cannot be run: %s\n", argv[1], failure.what());
+        std::fprintf(stderr, "%s cannot be run: %s\n", runtime.processRecord().path, failure.what());
     }
     return 127; // a program ends by ending its process
 }

@@ -14,6 +14,7 @@ void ticks();
 void exceptions();
 void statics();
 void heap();
+void registry();
 void window();
 void stack();
 void writeConstant();

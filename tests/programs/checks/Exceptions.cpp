@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <exception>
+#include <malloc.h>
 #include <memory>
 #include <new>
 #include <stdexcept>
@@ -156,7 +157,7 @@ void byType() {
     }
 }
 
-// What shared pointers and exceptions count their owners with.
+// What shared pointers count their owners with, and atomics.
 void counts() {
     constexpr unsigned turns = 20000;
     std::atomic<unsigned> sum = 0;
@@ -177,6 +178,16 @@ void counts() {
     CHECK(swaps == turns * threads);
 }
 
+// A thread leaves nothing behind: the helper makes threads for years.
+void nothingStays() {
+    const auto once = [] { checks::onThreads(threads, [](unsigned) { byType(); }); };
+    once();
+    const auto before = mallinfo().uordblks;
+    for (unsigned turn = 0; turn < 10; ++turn)
+        once();
+    CHECK(mallinfo().uordblks == before);
+}
+
 DWORD WINAPI throwing(LPVOID) {
     throw Failure(0, 0);
 }
@@ -189,6 +200,7 @@ void checks::exceptions() {
     heldAtOnce();
     handedOver();
     counts();
+    nothingStays();
 }
 
 void checks::escapeFromMain() {

@@ -1,5 +1,5 @@
 // The panel's record layouts, as the public documentation has them. That this file compiles is the check.
-#include <windows.h>
+#include <coredll.h>
 
 #include <climits>
 
@@ -55,3 +55,20 @@ FIELD(MSG, message, 4);
 FIELD(MSG, lParam, 12);
 FIELD(MSG, time, 16);
 FIELD(MSG, pt, 20);
+
+RECORD(POINT, 8);
+
+RECORD(MSGQUEUEOPTIONS, 20);
+FIELD(MSGQUEUEOPTIONS, bReadAccess, 16);
+
+RECORD(GUID, 16);
+FIELD(GUID, Data4, 8);
+
+RECORD(DEVDETAIL, 32);
+FIELD(DEVDETAIL, cbName, 24);
+FIELD(DEVDETAIL, szName, 28);
+
+RECORD(PARTINFO, 296);
+FIELD(PARTINFO, szVolumeName, 132);
+FIELD(PARTINFO, snNumSectors, 264);
+FIELD(PARTINFO, bPartType, 292);

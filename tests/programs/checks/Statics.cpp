@@ -4,6 +4,8 @@
 #include "tests/programs/checks/Check.h"
 #include "tests/programs/checks/Team.h"
 
+#include <windows.h>
+
 #include <atomic>
 #include <cstdlib>
 #include <stdexcept>
@@ -36,6 +38,21 @@ const Shared& shared() {
     return instance;
 }
 
+// While it is made, another thread uses a static that is ready, and the platform's time passes.
+struct Waiting {
+    Waiting() {
+        checks::onThreads(1, [](unsigned) { CHECK(shared().number == 1); });
+        Sleep(50);
+        ready = true;
+    }
+    bool ready = false;
+};
+
+const Waiting& waiting() {
+    static const Waiting instance;
+    return instance;
+}
+
 struct Hesitant {
     Hesitant() {
         if (++attempts < 3)
@@ -64,6 +81,9 @@ void checks::statics() {
         CHECK(shared().number == 1);
     });
     CHECK(made == 1);
+    const DWORD before = GetTickCount();
+    onThreads(3, [](unsigned) { CHECK(waiting().ready); });
+    CHECK(GetTickCount() - before >= 50 && GetTickCount() - before <= 52); // who waits looks each millisecond
     CHECK(!makeHesitant());
     CHECK(!makeHesitant());
     CHECK(makeHesitant());

@@ -75,6 +75,8 @@ void formatting() {
     CHECK(format(buffer, 3, L"a%s", smile.c_str()) == 3); // it fits without its zero
     CHECK(buffer[1] == high && buffer[2] == low);
     CHECK(format(buffer, 2, L"a%s", smile.c_str()) == -1);
+    CHECK(format(buffer, 32, L"%lld|%05d|%hs|%c", -9223372036854775807LL - 1, -5, "z", L'c') == 30);
+    CHECK(std::wstring(buffer, 30) == L"-9223372036854775808|-0005|z|c");
     CHECK(OrvaUtils::decimal(-9223372036854775807LL - 1) == L"-9223372036854775808");
     CHECK(OrvaUtils::decimal(4294967296LL) == L"4294967296");
     CHECK(_wtol(L" -2147483648x") == -2147483647L - 1);
