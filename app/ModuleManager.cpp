@@ -3,12 +3,14 @@
 #include "OrvaUtils/Teardown.h"
 #include "modules/buzzer/BuzzerModule.h"
 #include "modules/screensaver/ScreenSaverModule.h"
+#include "modules/usbconfig/ConfigurationApplier.h"
 
 #include <utility>
 
-ModuleManager::ModuleManager(IPCDispatcher& dispatcher) {
+ModuleManager::ModuleManager(IPCDispatcher& dispatcher, USBDeviceMonitor& usbMonitor) {
     modules.push_back(ScreenSaverModule::create(dispatcher));
     modules.push_back(BuzzerModule::create(dispatcher));
+    modules.push_back(ConfigurationApplier::create(usbMonitor));
 }
 
 ModuleManager::~ModuleManager() noexcept(false) {

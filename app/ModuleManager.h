@@ -5,13 +5,14 @@
 #include <vector>
 
 class IPCDispatcher;
+class USBDeviceMonitor;
 
 // The resident modules, from their creation to their end. For the main thread only.
 class ModuleManager {
 public:
     // Creates every module, in the order of the list. What a module's creation throws comes out; the modules before it
     // are then left as they are, for the end of the process.
-    explicit ModuleManager(IPCDispatcher& dispatcher);
+    ModuleManager(IPCDispatcher& dispatcher, USBDeviceMonitor& usbMonitor);
     ModuleManager(const ModuleManager&) = delete;
     ModuleManager& operator=(const ModuleManager&) = delete;
     // Deletes every module, deliberately in the order of their creation; then throws what failed first.

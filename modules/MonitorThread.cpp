@@ -56,11 +56,7 @@ bool MonitorThread::stop() {
     if (ended == WAIT_FAILED) {
         ended = WaitForSingleObject(thread, LIMIT); // it may still run, and use what is about to go
     }
-    if (ended == WAIT_TIMEOUT) {
-        return false;
-    }
-    closeThread();
-    return true;
+    return ended != WAIT_TIMEOUT;
 }
 
 void MonitorThread::closeThread() {

@@ -35,6 +35,7 @@ public:
     // To be called once by the worker.
     void ready();
     // Asks the thread to end and waits for it, at most 20000 ms. False, and it can be called again, if it did not end.
+    // The thread's handle stays open until the next start or the destructor.
     bool stop();
 
 private:

@@ -70,6 +70,8 @@ void startAsBefore(ScenarioPanel& panel, Start start) {
 }
 
 void endRun(ScenarioPanel& panel, bool listens = true) {
+    if (panel.settlesInLoop()) // or has left it, and waits for the thread that is busy with the disk
+        panel.driver().advance(1000);
     if (panel.settlesInLoop() && listens)
         panel.terminate();
     for (const panel::EndedStatus& ended : panel.driver().status().ended)
@@ -82,11 +84,14 @@ std::size_t failedProcesses(ScenarioPanel& panel) {
         std::count_if(ended.begin(), ended.end(), [](const panel::EndedStatus& each) { return each.exitCode == 1; }));
 }
 
-// Modules without readable settings say so, and are off.
+// Modules without readable settings say so, and are off; a watch over devices that cannot go on says why. The helper
+// lives on.
 std::size_t seriousErrors(ScenarioPanel& panel) {
     std::vector<std::string> lines = panel.errors();
     std::erase_if(lines, [](const std::string& line) {
-        return line.ends_with("Module;settings error") || line == "ERROR;Failed to cleanup zentrix";
+        return line.ends_with("Module;settings error") || line == "ERROR;Failed to cleanup zentrix" ||
+               line == "ERROR;Load coredll.dll failed" || line.starts_with("ERROR;Get address of ") ||
+               line == "ERROR;Generic Exception" || line == "ERROR;Request device notifications failed";
     });
     return lines.size();
 }
@@ -195,8 +200,10 @@ TEST_P(FaultSweep, AnyFailingCallIsSurvived) {
                      std::to_string(call.call));
         ScenarioPanel panel;
         prepare(panel, start);
-        panel.driver().addFault({call.function, "TarvexHelper.exe", call.start, call.thread, call.call, false,
-                                 panel::FaultAction::fail, 0});
+        panel::Fault fault{call.function, "TarvexHelper.exe", call.start, call.thread, call.call};
+        if (call.function == "CreateMsgQueue")
+            fault.answer = -1; // with null it never comes to rest, as another test shows
+        panel.driver().addFault(fault);
         startAsBefore(panel, start);
         if (call.function == "PostMessageW" && panel.settlesInLoop()) {
             EXPECT_EQ(panel.command(1), 0); // without effect, but the next one counts

@@ -75,7 +75,10 @@ std::vector<std::string> firstStartLines(const std::vector<std::string>& further
     return lines;
 }
 
-ScenarioPanel::ScenarioPanel(std::uint32_t ticks) : bootTicks(ticks) {
+ScenarioPanel::ScenarioPanel(std::uint32_t ticks, double flowing) {
+    bootOptions.mode = flowing == 0 ? panel::ClockMode::stepped : panel::ClockMode::flowing;
+    bootOptions.factor = flowing == 0 ? 1 : flowing;
+    bootOptions.ticks = ticks;
     panel::PanelOptions options;
     options.date = bootDate;
     simulated = std::make_unique<panel::Panel>(panel::Panel::create(freshDirectory(), options));
@@ -83,10 +86,7 @@ ScenarioPanel::ScenarioPanel(std::uint32_t ticks) : bootTicks(ticks) {
 }
 
 void ScenarioPanel::attach() {
-    panel::BootOptions boot;
-    boot.mode = panel::ClockMode::stepped;
-    boot.ticks = bootTicks;
-    simulated->boot(boot);
+    simulated->boot(bootOptions);
     attached = std::make_unique<panel::Driver>(*simulated);
 }
 

@@ -1,5 +1,6 @@
-// A fresh simulated panel for tests that drive helper processes from outside, in stepped mode. Its destructor ends all
-// programs and fails the test if one of them left a sanitizer's report.
+// A fresh simulated panel for tests that drive helper processes from outside, in stepped mode (but for what never
+// waits: that needs flowing time). Its destructor ends all programs and fails the test if one of them left a sanitizer's
+// report.
 #pragma once
 
 #include "platform/panel/Driver.h"
@@ -24,7 +25,7 @@ public:
     static constexpr const char* application = "\\MMCMemory\\Tarvex\\Tarvex.exe";
     static constexpr std::uint32_t limit = 600000; // ms of panel time that nothing here may take
 
-    explicit ScenarioPanel(std::uint32_t ticks = 0);
+    explicit ScenarioPanel(std::uint32_t ticks = 0, double flowing = 0); // 0: stepped; else panel seconds a second
     ~ScenarioPanel();
     ScenarioPanel(const ScenarioPanel&) = delete;
     ScenarioPanel& operator=(const ScenarioPanel&) = delete;
@@ -79,7 +80,7 @@ private:
     void attach();
     void checkOutputs();
 
-    std::uint32_t bootTicks;
+    panel::BootOptions bootOptions;
     std::unique_ptr<panel::Panel> simulated;
     std::unique_ptr<panel::Driver> attached;
 };

@@ -1,0 +1,114 @@
+#include "modules/usbconfig/Configuration.h"
+
+#include "OrvaUtils/Text.h"
+#include "OrvaUtils/Xml/DocumentFile.h"
+#include "OrvaUtils/Xml/XmlException.h"
+#include "modules/usbconfig/ConfigurationException.h"
+#include "modules/usbconfig/RunProcessCommand.h"
+
+#include <cstdio>
+#include <tinyxml2.h>
+
+using OrvaUtils::Xml::XmlException;
+using tinyxml2::XMLElement;
+
+namespace {
+
+std::wstring nameOf(const XMLElement& element) {
+    return OrvaUtils::toWide(element.Name());
+}
+
+std::wstring attribute(const XMLElement& element, const char* name) {
+    const char* text = element.Attribute(name);
+    if (text == nullptr) {
+        throw XmlException();
+    }
+    return OrvaUtils::toWide(text);
+}
+
+// A pair that is no number counts as 0; an odd last digit is ignored.
+std::vector<std::uint8_t> hexBytes(const std::wstring& digits) {
+    std::vector<std::uint8_t> bytes(digits.size() / 2);
+    for (std::size_t index = 0; index < bytes.size(); ++index) {
+        const char pair[] = {static_cast<char>(digits[2 * index]), static_cast<char>(digits[2 * index + 1]), '\0'};
+        unsigned byte = 0;
+        std::sscanf(pair, "%2x", &byte);
+        bytes[index] = static_cast<std::uint8_t>(byte);
+    }
+    return bytes;
+}
+
+bool readWaitCompletion(const XMLElement& element) {
+    const std::wstring text = attribute(element, "WaitCompletion");
+    if (text != L"0" && text != L"1") {
+        throw ConfigurationException(L"Invalid WaitCompletion attribute");
+    }
+    return text == L"1";
+}
+
+std::unique_ptr<ICommand> readCommand(const XMLElement& element) {
+    if (nameOf(element) != L"Command") {
+        throw ConfigurationException(L"Expected command");
+    }
+    if (attribute(element, "Type") != L"RunProcess") {
+        throw ConfigurationException(L"Invalid command type");
+    }
+    auto command = std::make_unique<RunProcessCommand>();
+    command->filePath = attribute(element, "FilePath");
+    command->arguments = attribute(element, "Arguments");
+    command->waitCompletion = readWaitCompletion(element);
+    return command;
+}
+
+} // namespace
+
+Configuration::Configuration(const std::wstring& path) : filePath(path) {
+    tinyxml2::XMLDocument document;
+    if (!OrvaUtils::Xml::loadDocument(document, path)) {
+        throw XmlException();
+    }
+    const XMLElement* root = document.FirstChildElement();
+    if (root == nullptr) {
+        throw XmlException();
+    }
+    if (nameOf(*root) != L"Tarvex") {
+        throw ConfigurationException(L"Invalid root element");
+    }
+    for (const XMLElement* section = root->FirstChildElement(); section != nullptr;
+         section = section->NextSiblingElement()) {
+        readSection(*section);
+    }
+}
+
+void Configuration::readSection(const XMLElement& section) {
+    const std::wstring name = nameOf(section);
+    if (name == L"Login") {
+        readLogin(section);
+    } else if (name == L"Users") {
+        readUsers(section);
+    } else if (name == L"Commands") {
+        readCommands(section);
+    } else {
+        return;
+    }
+    sections.insert(name);
+}
+
+void Configuration::readLogin(const XMLElement& login) {
+    loginUsername = attribute(login, "Username");
+    loginPassword = hexBytes(attribute(login, "Password"));
+}
+
+void Configuration::readUsers(const XMLElement& section) {
+    for (const XMLElement* user = section.FirstChildElement(); user != nullptr; user = user->NextSiblingElement()) {
+        std::vector<std::uint8_t> password = hexBytes(attribute(*user, "Password"));
+        users[attribute(*user, "Username")] = std::move(password);
+    }
+}
+
+void Configuration::readCommands(const XMLElement& section) {
+    for (const XMLElement* command = section.FirstChildElement(); command != nullptr;
+         command = command->NextSiblingElement()) {
+        commands.push_back(readCommand(*command));
+    }
+}

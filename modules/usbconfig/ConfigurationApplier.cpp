@@ -1,0 +1,78 @@
+#include "modules/usbconfig/ConfigurationApplier.h"
+
+#include "OrvaUtils/IO/IFileSystem.h"
+#include "app/log/Logger.h"
+#include "modules/usbconfig/Configuration.h"
+#include "modules/usbconfig/InvalidLoginException.h"
+#include "modules/usbconfig/USBDeviceMonitor.h"
+
+// What a notification does stands in functions of their own: the module may be gone before they end.
+namespace {
+
+void logDebug(const std::wstring& text) {
+    Logger::instance().writeParts(LogLevel::Debug, {text});
+}
+
+void logEvent(const USBDeviceEvent& event) {
+    Logger::instance().writeParts(LogLevel::Debug,
+                                  {event.type == USBDeviceEvent::Attached ? L"Device Attached" : L"Device Detached",
+                                   L" : ", event.deviceName, L" - ", event.volumeName});
+}
+
+void logFailure(const std::wstring& text) {
+    Logger::instance().writeParts(LogLevel::Error, {L"XML configuration;error;", text});
+}
+
+bool isDisk(const std::wstring& volume) {
+    return volume.find(L"Hard Disk") != std::wstring::npos || volume.find(L"USB Disk") != std::wstring::npos;
+}
+
+// Deliberate: whose login a file brings, and which users, is read but never checked.
+void apply(const Configuration& configuration) {
+    if (configuration.sections.count(L"Commands") == 0) {
+        return;
+    }
+    for (const std::unique_ptr<ICommand>& command : configuration.commands) {
+        command->execute();
+    }
+}
+
+void applyFile(const std::wstring& path) {
+    try {
+        const Configuration configuration(path);
+        apply(configuration);
+    } catch (const InvalidLoginException&) {
+        logFailure(L"Invalid login");
+    } catch (const OrvaUtils::Exception& exception) {
+        logFailure(exception.message());
+    }
+}
+
+} // namespace
+
+IModule* ConfigurationApplier::create(USBDeviceMonitor& monitor) {
+    return new ConfigurationApplier(monitor);
+}
+
+ConfigurationApplier::ConfigurationApplier(USBDeviceMonitor& monitor) : observed(&monitor) {
+    observed->addObserver(this);
+}
+
+ConfigurationApplier::~ConfigurationApplier() {
+    observed->removeObserver(this);
+}
+
+void ConfigurationApplier::onDeviceEvent(const USBDeviceEvent& event) {
+    logEvent(event);
+    if (!isDisk(event.volumeName)) {
+        return;
+    }
+    OrvaUtils::IO::IFileSystem& files = OrvaUtils::IO::getFileSystem();
+    const std::wstring path = files.combinePath(event.volumeName, L"Tarvex.xml");
+    if (!files.isFile(path)) {
+        logDebug(L"File not found");
+        return;
+    }
+    logDebug(L"File found");
+    applyFile(path);
+}

@@ -1,0 +1,238 @@
+#include "modules/usbconfig/USBDeviceMonitor.h"
+#include "OrvaUtils/LoadLibraryException.h"
+#include "app/log/Logger.h"
+#include "modules/storage/StorageManager.h"
+#include "modules/usbconfig/UsbDeviceException.h"
+#include "tests/support/TestPanel.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <stdexcept>
+
+using namespace testing_panel;
+
+namespace {
+
+using Events = std::vector<std::wstring>;
+
+// Plugs a disk with mounted partitions of these names; "-": one that is not mounted.
+std::string plug(const std::vector<std::string>& volumes, std::uint64_t readyAfter = 0) {
+    const std::filesystem::path folder = panelDirectory().string() + "-disk";
+    std::filesystem::create_directory(folder);
+    panel::Disk disk;
+    disk.readyAfter = readyAfter;
+    for (const std::string& volume : volumes) {
+        const bool mounted = volume != "-";
+        disk.partitions.push_back(
+            {mounted ? folder : "", mounted ? volume : "", mounted ? panel::mountedPartition : 0});
+    }
+    const std::string device = panel::Panel(panelDirectory()).plug(disk);
+    std::filesystem::remove_all(folder);
+    return device;
+}
+
+void unplug(const std::string& device) {
+    panel::Panel(panelDirectory()).disks().unplug(device);
+}
+
+// "0 DSK1: \Hard Disk"
+class Recorder : public USBDeviceMonitorObserver {
+public:
+    void onDeviceEvent(const USBDeviceEvent& event) override {
+        events.push_back(std::to_wstring(event.type) + L' ' + event.deviceName + L' ' + event.volumeName);
+    }
+    Events events;
+};
+
+class Thrower : public USBDeviceMonitorObserver {
+public:
+    explicit Thrower(bool familiar) : own(familiar) {}
+    void onDeviceEvent(const USBDeviceEvent&) override {
+        if (own) {
+            throw OrvaUtils::Exception(L"thrown by an observer");
+        }
+        throw std::runtime_error("hidden");
+    }
+
+private:
+    bool own;
+};
+
+void logInto(std::int32_t threshold) {
+    writeFile("\\Log\\log.txt", "");
+    Logger::instance().setFilePath(L"\\Log\\log.txt");
+    Logger::instance().setThreshold(threshold);
+}
+
+// The lines of the log without their time stamps.
+std::string logged() {
+    std::string rest = readFile("\\Log\\log.txt");
+    std::string lines;
+    for (std::size_t end; (end = rest.find('\n')) != std::string::npos; rest.erase(0, end + 1)) {
+        lines += rest.substr(rest.find(';') + 1, end - rest.find(';'));
+    }
+    return lines;
+}
+
+void pass(std::uint64_t milliseconds) {
+    advance(milliseconds);
+    driver().settle(); // what is due now happens
+}
+
+std::size_t calls(const std::string& start) {
+    const std::vector<std::string> lines = trace();
+    return static_cast<std::size_t>(
+        std::count_if(lines.begin(), lines.end(), [&](const std::string& line) { return line.rfind(start, 0) == 0; }));
+}
+
+} // namespace
+
+TEST(USBDeviceMonitor, TellsOfVolumesAndOfDevicesThatGo) {
+    logInto(LogLevel::Debug);
+    plug({"Hard Disk", "-", "USB Disk"});
+    Recorder recorder;
+    Recorder twice;
+    USBDeviceMonitor monitor;
+    monitor.addObserver(&twice);
+    monitor.addObserver(&recorder);
+    monitor.addObserver(&twice);
+    EXPECT_TRUE(monitor.start());
+    EXPECT_FALSE(monitor.start());
+    pass(500);
+    plug({}, 0); // no partitions
+    plug({"\xC3\x84"}, 1300);
+    pass(500);
+    EXPECT_EQ(recorder.events, (Events{L"0 DSK1: \\Hard Disk", L"0 DSK1: \\USB Disk"}));
+    unplug("DSK1:"); // told of when the slow one is through
+    pass(999);
+    EXPECT_EQ(recorder.events.size(), 2U);
+    pass(1);
+    monitor.stop();
+    const Events all = {L"0 DSK1: \\Hard Disk", L"0 DSK1: \\USB Disk", L"0 DSK3: \\\u00C4", L"1 DSK1: "};
+    EXPECT_EQ(recorder.events, all);
+    EXPECT_EQ(twice.events.size(), 2 * all.size());
+    EXPECT_EQ(logged(), "DEBUG;Attached device DSK1:\nDEBUG;Volume name \\Hard Disk\nDEBUG;Volume name \\USB Disk\n"
+                        "DEBUG;Attached device DSK2:\nDEBUG;Attached device DSK3:\nDEBUG;Volume name \\\xC4\n"
+                        "DEBUG;Detached device DSK1:\n");
+}
+
+TEST(USBDeviceMonitor, ForgetsObserversAltogether) {
+    Recorder stays;
+    Recorder goes;
+    USBDeviceMonitor monitor;
+    for (Recorder* each : {&goes, &stays, &goes}) {
+        monitor.addObserver(each);
+    }
+    monitor.removeObserver(&goes);
+    EXPECT_TRUE(monitor.start());
+    plug({"Hard Disk"});
+    pass(500);
+    EXPECT_EQ(stays.events.size(), 1U);
+    EXPECT_EQ(goes.events.size(), 0U);
+}
+
+// The first observer removes the second one, and itself, from within.
+TEST(USBDeviceMonitor, DoesNotCallWhoWasRemovedMeanwhile) {
+    Recorder second;
+    USBDeviceMonitor monitor;
+    struct Remover : Recorder {
+        Remover(USBDeviceMonitor& watched, Recorder& other) : monitor(watched), next(other) {}
+        void onDeviceEvent(const USBDeviceEvent& event) override {
+            Recorder::onDeviceEvent(event);
+            monitor.removeObserver(&next);
+            monitor.removeObserver(this);
+        }
+        USBDeviceMonitor& monitor;
+        Recorder& next;
+    } first(monitor, second);
+    monitor.addObserver(&first);
+    monitor.addObserver(&second);
+    EXPECT_TRUE(monitor.start());
+    plug({"Hard Disk", "Hard Disk2"});
+    pass(500);
+    monitor.stop();
+    EXPECT_EQ(first.events, Events{L"0 DSK1: \\Hard Disk"});
+    EXPECT_EQ(second.events, Events{});
+}
+
+TEST(USBDeviceMonitor, EndsWithAnObserverThatThrows) {
+    logInto(LogLevel::Info);
+    for (const bool familiar : {true, false}) {
+        Thrower thrower(familiar);
+        Recorder recorder;
+        USBDeviceMonitor monitor;
+        monitor.addObserver(&thrower);
+        monitor.addObserver(&recorder);
+        EXPECT_TRUE(monitor.start());
+        const std::string device = plug({"Hard Disk"});
+        pass(500);
+        unplug(device);
+        pass(500);
+        EXPECT_NO_THROW(monitor.stop());
+        EXPECT_EQ(recorder.events, Events{});
+    }
+    EXPECT_EQ(logged(), "ERROR;thrown by an observer\nERROR;Generic exception\n");
+}
+
+TEST(USBDeviceMonitor, NeedsAnEventButMissesNoThread) {
+    for (const unsigned call : {1U, 2U}) {
+        failCall("CreateEventW", call);
+        try {
+            const USBDeviceMonitor monitor;
+            ADD_FAILURE() << "a monitor without its event";
+        } catch (const UsbDeviceException& failure) {
+            EXPECT_EQ(failure.message(), L"Cannot create event");
+        }
+    }
+    USBDeviceMonitor monitor;
+    EXPECT_NO_THROW(monitor.stop()) << "never started";
+    failCall("CreateThread");
+    EXPECT_TRUE(monitor.start());
+    EXPECT_NO_THROW(monitor.stop());
+    EXPECT_TRUE(monitor.start()) << "it does not run yet";
+}
+
+TEST(USBDeviceMonitor, ClosesWhatItListenedToAndNothingElse) {
+    startTrace();
+    {
+        USBDeviceMonitor monitor;
+        EXPECT_TRUE(monitor.start());
+    }
+    std::vector<std::string> lines;
+    for (const std::string& line : trace()) {
+        const std::string function = line.substr(0, line.find('('));
+        if (function != "CreateEventW" && function != "CreateThread" && function != "EventModify" &&
+            function.rfind("WaitFor", 0) != 0) {
+            lines.push_back(line);
+        }
+    }
+    EXPECT_EQ(lines,
+              (std::vector<std::string>{
+                  "CreateMsgQueue(null, 20, 0, 0, 160, 1) = 0x80c",
+                  "RequestDeviceNotifications({da ed e7 a4 75 e5 52 42 9d 6b 41 95 d4 8b b8 65}, 0x80c, 1) = 0x810",
+                  "StopDeviceNotifications(0x810) = 1", "CloseMsgQueue(0x80c) = 1"}))
+        << "neither the stop event nor the thread is closed";
+}
+
+TEST(StorageManager, NeedsEveryFunctionAndTriesAgain) {
+    const auto failure = [] {
+        try {
+            getStorageManager();
+        } catch (const OrvaUtils::LoadLibraryException& exception) {
+            return exception.message();
+        }
+        return std::wstring(L"none");
+    };
+    failCall("LoadLibraryW");
+    EXPECT_EQ(failure(), L"Load coredll.dll failed");
+    failCall("GetProcAddressW", 5);
+    EXPECT_EQ(failure(), L"Get address of FindNextStore failed");
+    failCall("GetProcAddressW", 21);
+    EXPECT_EQ(failure(), L"Get address of FindClosePartition failed");
+    startTrace();
+    EXPECT_EQ(failure(), L"none");
+    EXPECT_EQ(failure(), L"none");
+    EXPECT_EQ(calls("GetProcAddressW("), 21U) << "once for all";
+    EXPECT_EQ(calls("FreeLibrary("), 0U);
+    EXPECT_EQ(getStorageManager().openStore(L"DSK1:"), INVALID_HANDLE_VALUE);
+}
