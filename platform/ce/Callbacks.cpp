@@ -73,5 +73,5 @@ ATOM __wrap_RegisterClassW(const WNDCLASSW* windowClass) noexcept {
 }
 
 HHOOK __wrap_SetWindowsHookExW(int type, HOOKPROC procedure, HINSTANCE instance, DWORD threadId) noexcept {
-    return __real_SetWindowsHookExW(type, aligned(procedure), instance, threadId);
+    return __real_SetWindowsHookExW(type, aligned(procedure, procedures), instance, threadId);
 }
