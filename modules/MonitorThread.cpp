@@ -33,13 +33,16 @@ HANDLE MonitorThread::stopEvent() const {
 
 bool MonitorThread::start() {
     closeThread();
+    EventModify(isReady, EVENT_RESET); // of a thread that was too late with it
     thread = CreateThread(nullptr, 0, entry, this, 0, nullptr);
     if (thread == nullptr) {
         return false;
     }
     // The limit is for a platform that does not set the event.
     const HANDLE decisions[] = {isReady, thread};
-    WaitForMultipleObjects(2, decisions, FALSE, LIMIT);
+    if (WaitForMultipleObjects(2, decisions, FALSE, LIMIT) == WAIT_FAILED) {
+        WaitForMultipleObjects(2, decisions, FALSE, LIMIT);
+    }
     return true;
 }
 
@@ -56,11 +59,19 @@ bool MonitorThread::stop() {
     if (ended == WAIT_FAILED) {
         ended = WaitForSingleObject(thread, LIMIT); // it may still run, and use what is about to go
     }
-    return ended != WAIT_TIMEOUT;
+    if (ended != WAIT_OBJECT_0) {
+        return false;
+    }
+    closeThread();
+    return true;
+}
+
+bool MonitorThread::isOpen() const {
+    return thread != nullptr && thread != INVALID_HANDLE_VALUE;
 }
 
 void MonitorThread::closeThread() {
-    if (thread != nullptr && thread != INVALID_HANDLE_VALUE) {
+    if (isOpen()) {
         CloseHandle(thread);
     }
     thread = INVALID_HANDLE_VALUE;

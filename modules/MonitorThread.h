@@ -5,7 +5,8 @@
 // The worker thread of a monitor: how it is started and stopped, and what becomes of an exception.
 //
 // All operations are for the monitor's owner, on one thread at a time, but `stopEvent` and `ready`, which the worker
-// uses. The destructor closes the handles and stops nothing: the monitor's own does.
+// uses. The destructor closes the handles and stops nothing: the monitor's own does. While a thread goes on that could
+// not be stopped, this object must stay.
 class MonitorThread {
 public:
     // What runs on the worker thread.
@@ -34,9 +35,11 @@ public:
     bool start();
     // To be called once by the worker.
     void ready();
-    // Asks the thread to end and waits for it, at most 20000 ms. False, and it can be called again, if it did not end.
-    // The thread's handle stays open until the next start or the destructor.
+    // Asks the thread to end and waits for it, at most 20000 ms. False, and it can be called again, if it did not end,
+    // or if the platform twice refuses to wait.
     bool stop();
+    // Whether a thread was made that `stop` has not seen the end of.
+    bool isOpen() const;
 
 private:
     static DWORD WINAPI entry(LPVOID self);

@@ -10,7 +10,6 @@
 #include "OrvaUtils/Text.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace OrvaUtils::Registry {
 
@@ -51,7 +50,7 @@ Bytes query(HKEY key, const std::wstring& name, DWORD type) {
 
 std::uint32_t numberIn(const Bytes& bytes) {
     std::uint32_t number = 0;
-    std::memcpy(&number, bytes.data(), std::min(bytes.size(), sizeof number));
+    std::copy_n(bytes.data(), std::min(bytes.size(), sizeof number), reinterpret_cast<std::uint8_t*>(&number));
     return number;
 }
 

@@ -26,7 +26,8 @@ std::vector<std::wstring> readMultiString(HKEY key, const std::wstring& name);
 // Of any type that has a class.
 std::unique_ptr<Value> readValue(HKEY key, const std::wstring& name);
 
-// A value from its raw data. Throws RegistryException with "Invalid datatype given" for a type that has no class.
+// A value from its raw data, read as above; `data` may be null if the size is 0. Throws RegistryException with "Invalid
+// datatype given" for a type that has no class.
 std::unique_ptr<Value> makeValue(const std::wstring& name, const std::uint8_t* data, std::size_t size, DWORD type);
 
 } // namespace OrvaUtils::Registry

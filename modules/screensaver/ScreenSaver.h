@@ -24,8 +24,13 @@ public:
     ScreenSaver(HINSTANCE instance, const std::wstring& className);
     ScreenSaver(const ScreenSaver&) = delete;
     ScreenSaver& operator=(const ScreenSaver&) = delete;
-    // Restores the screen and stops watching; throws what failed first of that, when all is done.
+    // Restores the screen and stops watching, unless `remove` has; throws what failed first of that, when all is done.
     ~ScreenSaver() noexcept(false) override;
+
+    // Deletes one that `create` has made, and throws as its destructor does. If the monitor's thread does not end,
+    // which is then waited for twice, the screen saver stays in memory for it, without its window, to the process's
+    // end.
+    static void remove(ScreenSaver* screenSaver);
 
     // Applies from the next time that the user becomes inactive.
     void setTimeout(std::uint32_t milliseconds);
@@ -40,9 +45,12 @@ public:
     void notify(const UserActivityEvent& event) override;
 
 private:
+    void end();
+
     std::atomic<bool> active = false;
     std::atomic<bool> useBlackScreen = true;
     BlackScreen blackScreen;
     std::unique_ptr<ScreenBackLight> backLight;
     UserInactivityMonitor monitor;
+    bool ended = false;
 };

@@ -127,7 +127,9 @@ void ScreenSaverModule::make() {
 }
 
 void ScreenSaverModule::remove() {
-    delete std::exchange(screenSaver, nullptr);
+    if (screenSaver != nullptr) {
+        ScreenSaver::remove(std::exchange(screenSaver, nullptr));
+    }
 }
 
 void ScreenSaverModule::engage() {

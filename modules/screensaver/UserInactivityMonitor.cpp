@@ -50,16 +50,21 @@ void UserInactivityMonitor::stop() {
     }
 }
 
+bool UserInactivityMonitor::isStuck() const {
+    return running && thread.isOpen();
+}
+
 DWORD UserInactivityMonitor::run() {
     if (running || !openActivityEvents()) {
         return 0;
     }
     running = true;
+    const DWORD firstTimeout = timeout; // before the owner can set another
     DWORD woken = waitForActivity(0);
     if (woken == WAIT_TIMEOUT) {
         thread.ready();
-        woken = waitForActivity(timeout);
-    } else {
+        woken = waitForActivity(firstTimeout);
+    } else if (woken != STOPPED) {
         // Before the start returns: later it could undo what the owner does next.
         notify(UserActivityEvent::Active);
         thread.ready();

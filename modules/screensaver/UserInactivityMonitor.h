@@ -12,7 +12,8 @@
 // The power manager has two named events, one of them always set: "PowerManager/UserActivity_Active" and
 // "PowerManager/UserActivity_Inactive" [ms890502]. The user counts as inactive when the first one stays unset for the
 // time-out after the second one was set (or after the start), and as active again as soon as it is set. A panel without
-// these events is never reported on. A user who is active when it starts is reported before the start returns.
+// these events is never reported on. The thread begins with a look at the first event that takes no time: a user who is
+// active when it starts is reported before the start returns, which an observer that takes its time delays.
 //
 // Its owner calls `start`, `stop` and the destructor on one thread, adds observers before the start and removes them
 // after the stop. `setTimeout` may be called at any time.
@@ -22,10 +23,10 @@ public:
     UserInactivityMonitor();
     UserInactivityMonitor(const UserInactivityMonitor&) = delete;
     UserInactivityMonitor& operator=(const UserInactivityMonitor&) = delete;
-    // Stops, and throws as `stop` does.
+    // Stops, and throws as `stop` does; a monitor that is stuck should rather stay.
     ~UserInactivityMonitor() noexcept(false);
 
-    // 60000 at first. A wait that has begun goes on as it is.
+    // 60000 at first. A wait that has begun goes on as it is; the first one begins with the start.
     void setTimeout(std::uint32_t milliseconds);
 
     // Observers are not owned and hear each event in the order of their registration, as often as they were added.
@@ -39,6 +40,8 @@ public:
     // Waits for the thread, at most 20000 ms; throws UserInactivityMonitorException "Failed to terminate monitor
     // thread" if that is not enough, and can be called again.
     void stop();
+    // After a `stop` that threw: the thread still uses the monitor and what observes it.
+    bool isStuck() const;
 
 private:
     DWORD run() override;

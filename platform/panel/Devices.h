@@ -78,10 +78,6 @@ struct Request {
     std::uint32_t error = 0; // 0: it was granted
 };
 
-// A tag's bytes as people write them: "02 04", sixteen in a line.
-std::string formatHex(std::string_view bytes);
-std::string parseHex(std::string_view text);
-
 struct LandedTouch { // one event of the person at the panel
     std::uint64_t time = 0; // panel ms since boot
     std::string event; // "press", "release", "right-press", "right-release", "move"

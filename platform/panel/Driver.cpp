@@ -14,7 +14,6 @@
 #include "platform/panel/kernel/Wait.h"
 
 #include <algorithm>
-#include <charconv>
 #include <stdexcept>
 #include <unistd.h>
 
@@ -115,24 +114,29 @@ std::vector<InitStart> Driver::startInit() {
     for (const registry::Value& value : init ? init->values : std::vector<registry::Value>()) {
         constexpr std::string_view launch = "launch";
         const std::string name = fold(value.name);
-        const char* const end = name.data() + name.size();
         InitStart start;
-        const bool named = name.size() > launch.size() && name.starts_with(launch) &&
-                           std::from_chars(name.data() + launch.size(), end, start.number).ptr == end;
-        if (!named || !registry::textOf(value, start.path))
+        if (!name.starts_with(launch) || !numberIn(std::string_view(name).substr(launch.size()), start.number))
             continue;
-        if (start.path.find('\\') == std::string::npos)
+        registry::textOf(value, start.path); // also of one that is not terminated as it should be
+        if (value.type != registry::typeText && value.type != registry::typeExpandText)
+            start.failure = "it is no text";
+        else if (start.path.empty())
+            start.failure = "it names no program";
+        else if (start.path.find('\\') == std::string::npos)
             start.path = "\\Windows\\" + start.path;
         starts.push_back(std::move(start));
     }
     std::stable_sort(starts.begin(), starts.end(),
                      [](const InitStart& first, const InitStart& second) { return first.number < second.number; });
-    for (InitStart& each : starts)
+    for (InitStart& each : starts) {
+        if (!each.failure.empty())
+            continue;
         try {
             each.process = start(each.path, std::to_string(each.number));
         } catch (const std::runtime_error& error) {
             each.failure = error.what();
         }
+    }
     return starts;
 }
 

@@ -4,10 +4,11 @@
 //     registry/now.json     what it holds
 //     registry/flash.json   what would be left of it after a power cut: what was flushed, by root
 //
-// Both are a flat list, key by key, for people and their editors (with the panel off). Booting begins with what is in
-// flash; an orderly switching off flushes everything.
+// Both are a flat list, key by key, for people and their editors. Booting begins with what is in flash, so an edit of a
+// panel that is off belongs there; an orderly switching off flushes everything.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -62,12 +63,16 @@ private:
 // A root's full name for a full or a short one ("HKLM"), case-blind; empty: it is none.
 std::string_view rootNamed(std::string_view name);
 
-// The text of a value of a text type; false if its bytes are not exactly one terminated, well-formed text.
+// The text of a value of a text type, up to the first zero or the end; false if its bytes are not exactly one
+// terminated, well-formed text.
 bool textOf(const Value& value, std::string& text);
 bool textsOf(const Value& value, std::vector<std::string>& texts);
 Value textValue(std::string name, std::string_view text, std::uint32_t type = typeText);
 Value textsValue(std::string name, const std::vector<std::string>& texts);
 Value numberValue(std::string name, std::uint32_t number, std::uint32_t type = typeNumber);
+
+// In characters, of a key's or value's name [documentation of RegCreateKeyEx].
+inline constexpr std::size_t maxNameLength = 255;
 
 std::string typeName(std::uint32_t type); // "REG_SZ"; "REG_9" for one without a name
 std::uint32_t typeNamed(std::string_view name); // throws std::runtime_error

@@ -1,11 +1,13 @@
 // The registry's values as text, and its files.
 #include "platform/panel/Registry.h"
+
+#include "platform/panel/Hex.h"
+#include "platform/panel/Text.h"
 #include "platform/panel/kernel/Host.h"
 
 #include <nlohmann/json.hpp>
 #include <utf8.h>
 
-#include <charconv>
 #include <iterator>
 #include <stdexcept>
 
@@ -72,14 +74,26 @@ Json toJson(const Value& value) {
     return json;
 }
 
+std::uint32_t numberFrom(const Json& json) {
+    if (!json.is_number_unsigned() || json.get<std::uint64_t>() > 0xFFFFFFFF)
+        throw std::runtime_error("not a number of 32 bits: " + json.dump());
+    return json.get<std::uint32_t>();
+}
+
+void checkIsObject(const Json& json, const std::string& what) {
+    if (!json.is_object())
+        throw std::runtime_error(what + " is no JSON object");
+}
+
 Value toValue(const std::string& name, const Json& json) {
+    checkIsObject(json, "the value \"" + name + '"');
     const std::uint32_t type = typeNamed(json.at("type").get<std::string>());
     if (json.contains("text"))
         return textValue(name, json["text"].get<std::string>(), type);
     if (json.contains("texts"))
         return textsValue(name, json["texts"].get<std::vector<std::string>>());
     if (json.contains("number"))
-        return numberValue(name, json["number"].get<std::uint32_t>(), type);
+        return numberValue(name, numberFrom(json["number"]), type);
     return {name, type, bytesOf(json.at("bytes").get<std::string>())};
 }
 
@@ -148,8 +162,7 @@ std::uint32_t typeNamed(std::string_view name) {
         if (typeNames[type] == name)
             return type;
     std::uint32_t type = 0;
-    const char* const end = name.data() + name.size();
-    if (!name.starts_with("REG_") || std::from_chars(name.data() + 4, end, type).ptr != end || name.size() == 4)
+    if (!name.starts_with("REG_") || !numberIn(name.substr(4), type))
         throw std::runtime_error("not a type of registry values: \"" + std::string(name) + "\" (such as REG_SZ)");
     return type;
 }
@@ -166,17 +179,8 @@ std::string hexOf(const Bytes& bytes) {
 }
 
 Bytes bytesOf(std::string_view hex) {
-    std::string digits(hex);
-    std::erase(digits, ' ');
-    Bytes bytes;
-    for (std::size_t at = 0; at < digits.size(); at += 2) {
-        std::uint8_t byte = 0;
-        const char* const pair = digits.data() + at;
-        if (at + 1 == digits.size() || std::from_chars(pair, pair + 2, byte, 16).ptr != pair + 2)
-            throw std::runtime_error("not bytes in hexadecimal: \"" + std::string(hex) + "\" (such as \"32 00\")");
-        bytes.push_back(byte);
-    }
-    return bytes;
+    const std::string bytes = parseHex(hex);
+    return {bytes.begin(), bytes.end()};
 }
 
 Tree load(const fs::path& panel, Copy copy) {
@@ -184,7 +188,9 @@ Tree load(const fs::path& panel, Copy copy) {
     Tree tree;
     try {
         const Json json = Json::parse(host::readFile(file.string()));
+        checkIsObject(json, "the whole");
         for (const auto& [path, values] : json.items()) {
+            checkIsObject(values, '"' + path + '"');
             Key* key = tree.make(path);
             if (!key)
                 throw std::runtime_error("\"" + path + "\" does not begin with a root");

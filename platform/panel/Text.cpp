@@ -2,7 +2,9 @@
 
 #include <utf8.h>
 
+#include <charconv>
 #include <iterator>
+#include <system_error>
 
 namespace panel {
 
@@ -60,6 +62,12 @@ std::size_t toWide(std::string_view text, wchar_t* buffer, std::size_t capacity)
 std::size_t characterCount(std::string_view text) {
     const auto begins = [](char byte) { return (byte & 0xC0) != 0x80; };
     return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), begins));
+}
+
+bool numberIn(std::string_view text, std::uint32_t& number) {
+    const char* const end = text.data() + text.size();
+    const auto [behind, error] = std::from_chars(text.data(), end, number);
+    return error == std::errc() && behind == end;
 }
 
 std::string fold(std::string_view text) {

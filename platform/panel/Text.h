@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -19,6 +20,9 @@ std::string toUtf8(const wchar_t* text, std::size_t length);
 std::size_t toWide(std::string_view text, wchar_t* buffer, std::size_t capacity);
 
 std::size_t characterCount(std::string_view text); // of valid UTF-8
+
+// A number in decimal digits and nothing else; false if the text is none, or has more than 32 bits.
+bool numberIn(std::string_view text, std::uint32_t& number);
 
 std::string fold(std::string_view text); // for case-blind comparison
 inline bool equalCaseBlind(std::string_view first, std::string_view second) {

@@ -1,3 +1,4 @@
+#include "platform/panel/Text.h"
 #include "platform/tool/Commands.h"
 #include "platform/tool/Table.h"
 #include "platform/tool/Units.h"
@@ -27,12 +28,27 @@ struct Options {
     bool json = false;
 };
 
-// With the root's full name.
-std::string fullPath(const std::string& path) {
+void checkLength(const std::string& name) {
+    if (panel::characterCount(name) > registry::maxNameLength)
+        throw std::runtime_error("a name in the registry has " + std::to_string(registry::maxNameLength) +
+                                 " characters at most: \"" + name + '"');
+}
+
+// With the root's full name, and without a separator at the end.
+std::string fullPath(std::string path) {
+    if (path.ends_with('\\'))
+        path.pop_back();
     const auto separator = std::min(path.find('\\'), path.size());
     const std::string_view root = registry::rootNamed(std::string_view(path).substr(0, separator));
     if (root.empty())
         throw std::runtime_error("no such root in the registry: \"" + path + "\" (such as HKEY_LOCAL_MACHINE\\init)");
+    for (auto begin = separator; begin < path.size();) {
+        const auto end = std::min(path.find('\\', begin + 1), path.size());
+        if (end == begin + 1)
+            throw std::runtime_error("a key has an empty name: \"" + path + '"');
+        checkLength(path.substr(begin + 1, end - begin - 1));
+        begin = end;
+    }
     return std::string(root) + path.substr(separator);
 }
 
@@ -140,6 +156,7 @@ registry::Value valueOf(const Options& options) {
 }
 
 void write(panel::Panel panel, const Options& options) {
+    checkLength(options.value);
     const registry::Value value = valueOf(options);
     const std::string path = fullPath(options.key);
     panel.changeRegistry([&](registry::Tree& tree) { tree.make(path)->set(value); }, options.flushed);
@@ -155,10 +172,10 @@ void remove(panel::Panel panel, const Options& options, bool wholeKey) {
     keyOf(tree, options.key);
     panel.changeRegistry(
         [&](registry::Tree& changed) {
-            if (wholeKey)
-                changed.remove(path);
-            else if (registry::Key* key = changed.find(path))
-                key->removeValue(options.value);
+            registry::Key* key = changed.find(path);
+            const bool removed = wholeKey ? changed.remove(path) : key && key->removeValue(options.value);
+            if (!removed)
+                throw std::runtime_error("somebody else has deleted it at the same time: " + path);
         },
         options.flushed);
 }

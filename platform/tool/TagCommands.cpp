@@ -1,3 +1,4 @@
+#include "platform/panel/Hex.h"
 #include "platform/tool/Commands.h"
 #include "platform/tool/Table.h"
 #include "platform/tool/Units.h"

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 
-using Lines = std::vector<std::string>;
 using Words = std::vector<std::uint32_t>;
 using panel::Behaviour;
 using panel::Touch;

@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-using Lines = std::vector<std::string>;
-
 namespace {
 
 constexpr const char* emptySettings = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"

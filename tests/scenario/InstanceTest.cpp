@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-using Lines = std::vector<std::string>;
-
 namespace {
 
 constexpr const char* restoring = R"(<?xml version="1.0" encoding="UTF-8"?>

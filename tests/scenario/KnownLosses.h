@@ -32,10 +32,11 @@ inline constexpr std::uint32_t last = 0xFFFFFFFF;
 #define README "-MMCMemory\\Tarvex\\readme.txt"
 #define APPLICATION "-MMCMemory\\Tarvex\\Tarvex.exe"
 #define NEW_FILE "-HKEY_CLASSES_ROOT\\.osr\\ShellNew|NullFile"
-#define UNREGISTERED                                                                                                   \
+#define ASSOCIATION                                                                                                    \
     NEW_FILE " -HKEY_CLASSES_ROOT\\.osr| -HKEY_CLASSES_ROOT\\osrfile\\DefaultIcon| "                                   \
-             "-HKEY_CLASSES_ROOT\\osrfile\\shell\\open\\command| -HKEY_CLASSES_ROOT\\osrfile| "                        \
-             "-HKEY_LOCAL_MACHINE\\init|Depend61 -HKEY_LOCAL_MACHINE\\init|Launch61"
+             "-HKEY_CLASSES_ROOT\\osrfile\\shell\\open\\command| -HKEY_CLASSES_ROOT\\osrfile|"
+#define AUTORUN "-HKEY_LOCAL_MACHINE\\init|Depend61 -HKEY_LOCAL_MACHINE\\init|Launch61"
+#define UNREGISTERED ASSOCIATION " " AUTORUN
 #define SCREEN_SAVER "-MMCMemory\\Tarvex\\ScreenSaverConfig.xml"
 #define BUZZER "-MMCMemory\\Tarvex\\TouchBuzzerConfig.xml"
 #define FREQUENCY "~MMCMemory\\Tarvex\\TouchBuzzerConfig.xml"
@@ -96,6 +97,12 @@ inline constexpr KnownLoss knownLosses[] = {
     {Start::fromDisk, 2, "RegSetValueExW", R"(HKEY_CLASSES_ROOT, ".osr\ShellNew")", NEW_FILE},
     {Start::inPlace, 1, "RegCreateKeyExW", R"(HKEY_CLASSES_ROOT, ".osr\ShellNew")", NEW_FILE},
     {Start::inPlace, 1, "RegSetValueExW", R"(HKEY_CLASSES_ROOT, ".osr\ShellNew")", NEW_FILE},
+    // Flushing: the next start finds everything in place, and does not flush. Lost if the power goes before an orderly
+    // switching off.
+    {Start::fromDisk, 2, "RegFlushKey", "HKEY_LOCAL_MACHINE", AUTORUN},
+    {Start::fromDisk, 2, "RegFlushKey", "HKEY_CLASSES_ROOT", ASSOCIATION},
+    {Start::inPlace, 1, "RegFlushKey", "HKEY_LOCAL_MACHINE", AUTORUN},
+    {Start::inPlace, 1, "RegFlushKey", "HKEY_CLASSES_ROOT", ASSOCIATION},
     // The Zentrix cleanup, which nobody repeats when the backup has gone: locking the flash, deleting the executable.
     {Start::inPlace, 1, "CreateFileW", R"("\NANDFlash\Vol:")", flashWritable, 2},
     {Start::inPlace, 1, "DeviceIoControl", R"("\NANDFlash\Vol:", 0x7022c)", flashWritable},
@@ -125,6 +132,8 @@ inline constexpr KnownLoss knownLosses[] = {
 #undef README
 #undef APPLICATION
 #undef NEW_FILE
+#undef ASSOCIATION
+#undef AUTORUN
 #undef UNREGISTERED
 #undef FREQUENCY
 #undef HELPER

@@ -126,6 +126,12 @@ TEST_F(PanelCommand, SaysWhatIsWrongInOneLine) {
     fails("registry read 'HKEY_NONE\\a' v", "HKEY_NONE");
     fails("registry list 'HKLM\\none'", "no such key");
     fails("registry delete HKLM", "is a root");
+    fails("registry delete 'HKLM\\'", "is a root");
+    fails("registry delete 'HKLM\\none\\'", "no such key");
+    fails("registry write 'HKLM\\a\\\\c' v x", "empty name");
+    fails("registry write 'HKLM\\a\\\\' v x", "empty name");
+    fails("registry write 'HKLM\\" + std::string(256, 'k') + "\\a' v x", "255 characters");
+    fails("registry write 'HKLM\\a' " + std::string(256, 'v') + " x", "255 characters");
     fails("registry write 'HKLM\\a' v 'x' --type REG_BINARY", "hexadecimal");
     fails("registry write 'HKLM\\a' v 1 --type WORD", "WORD");
     fails("advance soon", "soon");
@@ -155,8 +161,10 @@ TEST_F(PanelCommand, ReadsAndChangesTheRegistry) {
     succeed("cut");
     EXPECT_EQ(json("registry list 'HKCU\\a'").size(), 1U); // what was flushed
     succeed("registry delete 'HKCU\\a' N");
-    succeed("registry delete 'HKCU\\a'");
-    EXPECT_EQ(json("registry list HKCU").at(0).at("values").size(), 0U);
+    succeed("registry write 'HKCU\\a\\" + std::string(255, 'k') + "\\' " + std::string(255, 'v') + " x");
+    EXPECT_EQ(json("registry list 'HKCU\\a\\'").size(), 2U);
+    succeed("registry delete 'HKCU\\a\\'");
+    EXPECT_EQ(json("registry list HKCU").size(), 1U);
 }
 
 TEST_F(PanelCommand, ShowsDevicesAndTellsThemWhatToDo) {

@@ -101,6 +101,30 @@ TEST(Power, ACutLosesWhatTheRegistryHasNotFlushed) {
     EXPECT_EQ(launches(panel.panel()), "Launch61 launch7 Launch Launch50 ");
 }
 
+TEST(Power, OnStartsWhatIsListedHoweverItIsWritten) {
+    using panel::registry::Bytes;
+    ScenarioPanel panel;
+    panel.put("\\Windows\\A.exe", programFile("Actor"));
+    const Bytes text{'A', 0, '.', 0, 'e', 0, 'x', 0, 'e', 0};
+    Bytes trailing = text;
+    trailing.insert(trailing.end(), {0, 0, 'B', 0});
+    panel.panel().changeRegistry(
+        [&](panel::registry::Tree& tree) {
+            panel::registry::Key* init = tree.make("HKEY_LOCAL_MACHINE\\init");
+            init->set({"Launch1", panel::registry::typeText, text});
+            init->set({"Launch2", panel::registry::typeExpandText, trailing});
+            init->set(panel::registry::numberValue("Launch3", 61));
+            init->set(panel::registry::textValue("Launch4", ""));
+            init->set(panel::registry::textValue("Launch4294967297", "A.exe"));
+            init->set(panel::registry::textValue("Launch5x", "A.exe"));
+        },
+        false);
+    std::string started;
+    for (const panel::InitStart& start : panel.driver().startInit())
+        started += std::to_string(start.number) + ' ' + start.process.name + start.failure + '\n';
+    EXPECT_EQ(started, "1 A.exe#1\n2 A.exe#2\n3 it is no text\n4 it names no program\n");
+}
+
 TEST(Power, ACutInAProgramsCallLeavesWhatWasWrittenAndNothingElse) {
     ScenarioPanel panel;
     panel.install();

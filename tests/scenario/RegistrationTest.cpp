@@ -7,7 +7,6 @@
 
 using panel::registry::Copy;
 using panel::registry::Tree;
-using Lines = std::vector<std::string>;
 
 namespace {
 
@@ -74,11 +73,6 @@ Lines associationSteps() {
     return steps;
 }
 
-Lines joined(Lines first, const Lines& second) {
-    first.insert(first.end(), second.begin(), second.end());
-    return first;
-}
-
 void startInPlace(ScenarioPanel& panel) {
     panel.driver().start(ScenarioPanel::helper);
     EXPECT_TRUE(panel.reachesLoop());
@@ -92,8 +86,7 @@ TEST(Registration, OfAFreshPanelIsOrderedFlushedAndStartsTheHelperAfterAPowerCut
     panel.driver().setTracing(true);
     EXPECT_EQ(panel.run("\\Hard Disk\\Tarvex\\TarvexHelper.exe"), 0U);
     ASSERT_TRUE(panel.reachesLoop());
-    EXPECT_EQ(changes(panel),
-              joined(joined({"save settings"}, autorunSteps), joined(associationSteps(), {"save settings"})));
+    EXPECT_EQ(changes(panel), joined({{"save settings"}, autorunSteps, associationSteps(), {"save settings"}}));
     EXPECT_EQ(panel.registry(), complete);
     EXPECT_EQ(panel.registry(Copy::flash), complete);
     panel.panel().cut();
@@ -159,16 +152,16 @@ TEST(Registration, IsRenewedWhereTheCheckMissesSomethingAndOnlyThere) {
         const std::size_t former = panel.log().size();
         panel.driver().setTracing(true);
         startInPlace(panel);
-        EXPECT_EQ(changes(panel),
-                  joined(joined(each.autorun ? autorunSteps : Lines(), each.association ? associationSteps() : Lines()),
-                         {"save settings"}));
+        EXPECT_EQ(changes(panel), joined({each.autorun ? autorunSteps : Lines(),
+                                          each.association ? associationSteps() : Lines(),
+                                          {"save settings"}}));
         EXPECT_EQ(panel.registry(), each.autorun || each.association ? complete : changed);
         Lines expected{"INFO;Init of Helper"};
         if (each.autorun)
             expected.push_back(autorunLine);
         if (each.association)
             expected.push_back(associationLine);
-        expected = joined(expected, ScenarioPanel::managerLines());
+        expected = joined({expected, ScenarioPanel::managerLines()});
         const Lines log = panel.log();
         EXPECT_EQ(Lines(log.begin() + static_cast<std::ptrdiff_t>(former), log.end()), expected);
         EXPECT_EQ(panel.terminate(), 0U);
@@ -211,7 +204,7 @@ TEST(Registration, OfAnotherTypeOrRefusedByThePlatformEndsTheStart) {
                 {each.function, "TarvexHelper.exe", 1, 1, each.call, false, panel::FaultAction::fail, 0});
         panel.driver().start(ScenarioPanel::helper);
         EXPECT_EQ(panel.settlesInLoop(), each.failure == std::string());
-        Lines expected = joined({"INFO;Init of Helper"}, each.before);
+        Lines expected = joined({{"INFO;Init of Helper"}, each.before});
         if (each.failure != std::string()) {
             expected.push_back(std::string("ERROR;Exception OrvaUtils::Registry::RegistryException: ") + each.failure);
             EXPECT_EQ(panel.exitCodeOf("TarvexHelper.exe#1"), 1U);

@@ -18,13 +18,6 @@ Words dimmedTo(std::uint32_t level) {
     return {level, 1, level, 1};
 }
 
-Lines joined(std::initializer_list<Lines> parts) {
-    Lines all;
-    for (const Lines& part : parts)
-        all.insert(all.end(), part.begin(), part.end());
-    return all;
-}
-
 SavingPanel::SavingPanel() {
     install();
 }

@@ -5,15 +5,11 @@
 
 #include <gtest/gtest.h>
 
-#include <initializer_list>
-
-using Lines = std::vector<std::string>;
 using Words = std::vector<std::uint32_t>;
 
 inline const Words usersLevels{200, 1, 200, 1}; // the backlight's record on a new panel
 
 Words dimmedTo(std::uint32_t level);
-Lines joined(std::initializer_list<Lines> parts);
 
 struct SavingPanel : ScenarioPanel {
     SavingPanel(); // installed, not started

@@ -9,6 +9,12 @@ TEST(ScreenSaver, EndsTheHelperWithoutItsDriver) {
     Lines begun = ScenarioPanel::managerLines();
     begun.resize(2); // no module is made behind it
     EXPECT_EQ(atBoot.log(), firstStartLines(joined({begun, end})));
+    const auto expectScreenAsItWas = [](SavingPanel& panel) {
+        EXPECT_EQ(panel.levels(), usersLevels);
+        EXPECT_EQ(panel.blackWindow(), "none");
+        EXPECT_EQ(panel.cursor(), 0);
+    };
+    expectScreenAsItWas(atBoot);
     for (const auto& [command, argument] : {std::pair{2, 1}, {5, 1}, {1, 0}}) {
         SavingPanel panel(false, 5000, 128);
         panel.panel().devices().setPresent("BKL1", false);
@@ -17,6 +23,7 @@ TEST(ScreenSaver, EndsTheHelperWithoutItsDriver) {
         EXPECT_EQ(panel.exitCode(), 1U);
         Lines log = panel.log();
         EXPECT_EQ(Lines(log.end() - 2, log.end()), end);
+        expectScreenAsItWas(panel);
     }
 }
 

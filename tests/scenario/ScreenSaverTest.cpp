@@ -67,6 +67,21 @@ TEST(ScreenSaver, LosesCountOfTheCursorWithoutABlackScreen) {
     EXPECT_EQ(panel.cursor(), 4);
 }
 
+TEST(ScreenSaver, WaitsAMinuteTheFirstTimeForAUserWhoIsInactiveAlready) {
+    SavingPanel panel;
+    panel.configure(true, 5000, 32);
+    panel.user(false);
+    panel.begin();
+    panel.pass(59999);
+    EXPECT_EQ(panel.levels(), usersLevels);
+    panel.pass(1);
+    EXPECT_EQ(panel.levels(), dimmedTo(31));
+    panel.user(true);
+    panel.user(false);
+    panel.pass(5000);
+    EXPECT_EQ(panel.levels(), dimmedTo(31));
+}
+
 TEST(ScreenSaver, StaysAwayWhileTheUserIsActiveInTime) {
     SavingPanel panel(true, 5000, 32);
     for (int round = 0; round < 3; ++round) {

@@ -59,6 +59,13 @@ void collect(const panel::registry::Key& key, const std::string& path, std::map<
 
 } // namespace
 
+Lines joined(std::initializer_list<Lines> parts) {
+    Lines all;
+    for (const Lines& part : parts)
+        all.insert(all.end(), part.begin(), part.end());
+    return all;
+}
+
 fs::path programFile(std::string_view name) {
     return fs::path(PANEL_PROGRAMS) / name;
 }

@@ -5,12 +5,17 @@
 
 #include "platform/panel/Driver.h"
 
+#include <initializer_list>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+using Lines = std::vector<std::string>;
+
+Lines joined(std::initializer_list<Lines> parts);
 
 // The helper under test, which PANEL_HELPER may name; otherwise that of this build.
 std::filesystem::path helperFile();

@@ -218,6 +218,33 @@ TEST_F(RegistryValue, IsFoundToDiffer) {
     }
 }
 
+TEST_F(RegistryValue, IsMadeFromWhateverBytesThereAre) {
+    const struct {
+        DWORD type;
+        Bytes data;
+        Bytes written; // by the value that was made
+    } cases[] = {
+        {REG_SZ, {'a', 0, 'b', 0}, {'a', 0, 'b', 0, 0, 0}},
+        {REG_SZ, {'a', 0, 0, 0, 'b', 0}, {'a', 0, 0, 0}},
+        {REG_EXPAND_SZ, {'%', 0, 'b'}, {'%', 0, 0, 0}},
+        {REG_BINARY, {1, 2, 3}, {1, 2, 3}},
+        {REG_DWORD, {1, 2, 3, 4, 5}, {1, 2, 3, 4}},
+        {REG_DWORD, {1, 2}, {1, 2, 0, 0}},
+        {REG_DWORD, {}, {0, 0, 0, 0}},
+        {REG_DWORD_BIG_ENDIAN, {1, 2, 3, 4}, {1, 2, 3, 4}},
+        {REG_MULTI_SZ, {'a', 0, 0, 0, 'b', 0}, {'a', 0, 0, 0, 'b', 0, 0, 0, 0, 0}},
+    };
+    ValueWriter writer;
+    ValueComparer comparer;
+    for (const auto& [type, data, written] : cases) {
+        const auto value = makeValue(L"made", data.empty() ? nullptr : data.data(), data.size(), type);
+        EXPECT_EQ(value->name, L"made");
+        value->accept(writer, handle);
+        EXPECT_EQ(stored(L"made"), std::pair(type, written));
+        EXPECT_EQ(failureOf([&] { value->accept(comparer, handle); }), L"none");
+    }
+}
+
 TEST_F(RegistryValue, OfAnotherTypeIsNoneForATypedRead) {
     const std::pair<DWORD, std::function<void(const wchar_t*)>> reads[] = {
         {REG_SZ, [&](const wchar_t* name) { readString(handle, name); }},

@@ -2,6 +2,7 @@
 #include "modules/screensaver/BlackScreenException.h"
 #include "modules/screensaver/ScreenBackLightException.h"
 #include "modules/screensaver/UserInactivityMonitorException.h"
+#include "platform/panel/Operator.h"
 #include "tests/support/TestPanel.h"
 
 #include <functional>
@@ -206,4 +207,39 @@ TEST(ScreenSaver, FinishesItsEndWhateverFailsAndThrowsOnlyThen) {
         EXPECT_EQ(windows(), "");
         obey();
     }
+}
+
+TEST(ScreenSaver, StaysForAMonitorThatDoesNotEnd) {
+    panel::setUserActive(false);
+    ScreenSaver* screenSaver = ScreenSaver::create(GetModuleHandleW(nullptr), CLASS_NAME);
+    devices().setBehaviour("BKL1", {Behaviour::Kind::block, 0}, "write");
+    advance(60000);
+    driver().settle();
+    EXPECT_EQ(failure([&] { ScreenSaver::remove(screenSaver); }), L"monitor: Failed to terminate monitor thread");
+    EXPECT_EQ(GetTickCount(), 100000U);
+    pump();
+    EXPECT_EQ(windows(), "");
+    obey(); // the thread comes out of the driver, into what it was called from
+    driver().settle();
+    EXPECT_EQ(lastWritten(), (Words{0, 1, 0, 1}));
+}
+
+TEST(ScreenSaver, IsDeletedWhenItsMonitorHasEndedByAFailure) {
+    panel::setUserActive(false);
+    ScreenSaver* screenSaver = ScreenSaver::create(GetModuleHandleW(nullptr), CLASS_NAME);
+    screenSaver->activate();
+    refuse("write");
+    panel::setUserActive(true);
+    driver().settle();
+    startTrace();
+    EXPECT_EQ(failure([&] { ScreenSaver::remove(screenSaver); }), L"backlight: Cannot update driver settings");
+    std::size_t asked = 0;
+    std::size_t closed = 0;
+    for (const std::string& call : trace()) {
+        asked += call.starts_with("DeviceIoControl");
+        closed += call.starts_with("CloseHandle");
+    }
+    EXPECT_EQ(asked, 1U);
+    EXPECT_EQ(closed, 6U) << "the thread, its two events, the power manager's two, the driver";
+    EXPECT_EQ(GetTickCount(), 0U);
 }

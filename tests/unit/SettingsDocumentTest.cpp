@@ -70,16 +70,16 @@ TEST(SettingsDocument, OpensOnlyWhatHasBothOuterElements) {
 }
 
 TEST(SettingsDocument, LeavesWhatItCannotReadAsItWas) {
-    writeFile(FILE_PATH, "<EMMC><Other><Missing>1</Missing></Other><Settings><Empty/><Word>much</Word><Yes>true</Yes>"
-                         "<Two>2</Two><Nested><Missing>1</Missing></Nested><Twice>1</Twice><Twice>0</Twice></Settings>"
-                         "</EMMC>");
+    writeFile(FILE_PATH, "<EMMC><Other><Missing>1</Missing></Other><Settings><Empty/><Word>much</Word>"
+                         "<Remark><!--ms-->5</Remark><Yes>true</Yes><Two>2</Two><Nested><Missing>1</Missing></Nested>"
+                         "<Twice>1</Twice><Twice>0</Twice></Settings></EMMC>");
     SettingsDocument document = subject();
     bool truth = true;
     std::int32_t number = -5;
     std::uint32_t count = 5;
     EXPECT_FALSE(document.read("Two", number)) << "before it is opened";
     ASSERT_TRUE(document.open());
-    for (const char* name : {"Missing", "Empty", "Word", "two"}) {
+    for (const char* name : {"Missing", "Empty", "Word", "Remark", "two"}) {
         EXPECT_FALSE(document.read(name, truth)) << name;
         EXPECT_FALSE(document.read(name, number)) << name;
         EXPECT_FALSE(document.read(name, count)) << name;

@@ -56,9 +56,8 @@ TEST(UserInactivityMonitor, ReportsTheUserAfterTheTimeout) {
     UserInactivityMonitor monitor;
     monitor.addObserver(&recorder);
     ASSERT_TRUE(monitor.start());
-    pass(1000);
     monitor.setTimeout(500); // for the next wait only
-    pass(58999);
+    pass(59999);
     EXPECT_EQ(recorder.heard, Heard{});
     pass(1);
     EXPECT_EQ(recorder.heard, (Heard{{60000, INACTIVE}}));
@@ -198,6 +197,27 @@ TEST(UserInactivityMonitor, OutlastsASingleFailureOfThePlatform) {
     failCall("WaitForSingleObject");
     monitor.stop();
     EXPECT_TRUE(monitor.start()) << "the thread has ended";
+    monitor.stop();
+    failCall("WaitForMultipleObjects");
+    EXPECT_TRUE(monitor.start());
+    EXPECT_FALSE(monitor.start()) << "it has waited for the thread";
+}
+
+TEST(UserInactivityMonitor, DoesNotTakeAWaitThatFailsForTheThreadsEnd) {
+    user(false);
+    Recorder recorder;
+    recorder.reaction = [] { Sleep(1000); };
+    UserInactivityMonitor monitor;
+    monitor.addObserver(&recorder);
+    monitor.start();
+    pass(60000);
+    failCall("WaitForSingleObject", 1, true);
+    EXPECT_EQ(failure([&] { monitor.stop(); }), L"Failed to terminate monitor thread");
+    EXPECT_TRUE(monitor.isStuck());
+    driver().clearFaults();
+    EXPECT_EQ(failure([&] { monitor.stop(); }), L"none");
+    EXPECT_FALSE(monitor.isStuck());
+    EXPECT_EQ(GetTickCount(), 61000U);
 }
 
 TEST(UserInactivityMonitor, EndsWithALogLineWhenAnObserverThrows) {

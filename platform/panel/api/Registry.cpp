@@ -11,12 +11,12 @@
 using namespace panel;
 using registry::Copy;
 using registry::Key;
+using registry::maxNameLength;
 using registry::Tree;
 using registry::Value;
 
 namespace {
 
-constexpr std::size_t maxNameLength = 255; // characters of a key's or value's name [documentation of RegCreateKeyEx]
 constexpr std::string_view roots[] = {"HKEY_CLASSES_ROOT", "HKEY_CURRENT_USER", "HKEY_LOCAL_MACHINE", "HKEY_USERS"};
 
 // For the trace: a root by its name.
