@@ -112,10 +112,10 @@ private:
     Clock::time_point growthFrom(off_t before) const {
         char events[4096];
         for (pollfd ready{changes, POLLIN, 0}; poll(&ready, 1, patience) == 1;) {
-            if (recorded() > before)
-                return Clock::now();
             if (read(changes, events, sizeof events) <= 0)
                 break;
+            if (recorded() > before)
+                return Clock::now();
         }
         throw std::runtime_error("a touch without a click");
     }
