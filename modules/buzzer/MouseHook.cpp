@@ -30,6 +30,7 @@ MouseHook& MouseHook::instance() {
 }
 
 MouseHook::MouseHook() {
+    Logger::instance(); // to be destroyed later than this: the threads that are left may write to it
     touchEvent = createEvent();
     stopEvent = createEvent();
     if (touchEvent == nullptr || stopEvent == nullptr) {
@@ -84,6 +85,9 @@ LRESULT CALLBACK MouseHook::hookProcedure(int code, WPARAM wParam, LPARAM lParam
 
 void MouseHook::startThread() {
     if (!running) {
+        if (thread != nullptr && thread != INVALID_HANDLE_VALUE) {
+            CloseHandle(thread); // the thread of the installation before this goes on without it
+        }
         thread = CreateThread(nullptr, 0, entry, this, 0, nullptr);
     }
 }

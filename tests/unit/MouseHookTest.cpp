@@ -225,6 +225,7 @@ TEST(MouseHook, LeavesAThreadBehindForEachInstallation) {
     }
     ASSERT_TRUE(hook.install());
     EXPECT_EQ(count(trace(), "CreateThread"), 11);
+    EXPECT_EQ(count(trace(), "CloseHandle"), 10) << "none of their handles but the last one";
     for (int index = 0; index < 30; ++index) {
         heard.clear();
         press();
