@@ -88,6 +88,10 @@ ATOM RegisterClassW(const WNDCLASSW* windowClass) noexcept {
     return ::RegisterClassW(&registered);
 }
 
+HHOOK SetWindowsHookExW(int type, HOOKPROC procedure, HINSTANCE instance, DWORD threadId) noexcept {
+    return ::SetWindowsHookExW(type, onPlatformStack(procedure), instance, threadId);
+}
+
 } // namespace program
 
 using Table = std::map<std::string, void*>;
@@ -101,6 +105,7 @@ Table programTable() {
     return {
         {"CreateThread", address(&program::CreateThread)}, // the first of a name stays
         {"RegisterClassW", address(&program::RegisterClassW)},
+        {"SetWindowsHookExW", address(&program::SetWindowsHookExW)},
 #define COREDLL(name, how, failure, lastError) {#name, address(&::name)},
 #define COREDLL_SURE(name, how) {#name, address(&::name)},
 #include <coredll.inc>
