@@ -16,7 +16,10 @@ bool makeMouseHook() {
         MouseHook::instance();
         return true;
     } catch (...) {
-        configureLog(); // or nobody would know why there is no helper
+        try {
+            configureLog(); // or nobody would know why there is no helper
+        } catch (...) { // then nobody does
+        }
         reportFailure();
         return false;
     }

@@ -3,6 +3,7 @@
 #include "OrvaUtils/PlatformInfo/PlatformInfoException.h"
 #include "OrvaUtils/Registry/Key.h"
 #include "OrvaUtils/Registry/Reading.h"
+#include "OrvaUtils/Tags/TagException.h"
 #include "OrvaUtils/Tags/TagStore.h"
 #include "OrvaUtils/Text.h"
 
@@ -37,6 +38,21 @@ static_assert(std::size(MODELS) == 31);
 
 [[noreturn]] void refuseType() {
     throw PlatformInfoException(L"Unexpected platform type");
+}
+
+// Fills the bytes with a tag of exactly this size; leaves them alone, and answers false, if there is none.
+template<std::size_t size>
+bool readTag(Tags::TagStore& store, std::uint32_t tag, std::array<std::uint8_t, size>& bytes) {
+    try {
+        std::vector<std::uint8_t> buffer(size);
+        if (store.getData(tag, buffer) != size) {
+            return false;
+        }
+        std::copy(buffer.begin(), buffer.end(), bytes.begin());
+        return true;
+    } catch (const Tags::TagException&) {
+        return false;
+    }
 }
 
 } // namespace
@@ -95,15 +111,11 @@ void PlatformInfo::load() {
     }
     try {
         Tags::TagStore store;
-        std::vector<std::uint8_t> code(sizeof modelCode);
-        store.getData(MODEL_TAG, code);
+        std::array<std::uint8_t, sizeof modelCode> code{};
+        loaded = readTag(store, MODEL_TAG, code);
         modelCode = static_cast<std::uint16_t>(code[0] | code[1] << 8);
-        loaded = true;
-        std::vector<std::uint8_t> bytes(guid.size());
-        store.getData(GUID_TAG, bytes);
-        std::copy(bytes.begin(), bytes.end(), guid.begin());
-        guidPresent = true;
-    } catch (const Exception&) { // no library, no tag: what was read so far counts
+        guidPresent = readTag(store, GUID_TAG, guid) || guidPresent;
+    } catch (const Exception&) { // no library, or a store that cannot be opened or closed: what was read counts
     }
 }
 

@@ -9,9 +9,10 @@ namespace OrvaUtils {
 
 // What device the program runs on.
 //
-// Model code and GUID come from the panel's tag store, tags 18 and 48. They are read together by the first call that
-// needs one of them, and kept. While the model code cannot be read, whatever the reason, it is 0, and the next call
-// tries again. For one thread at a time.
+// Model code and GUID come from the panel's tag store, tags 18 (2 bytes, the lower one first) and 48 (16 bytes). They
+// are read together by the first call that needs one of them, and kept; either is read also without the other, and a
+// tag of another size counts as none. While the model code cannot be read, whatever the reason, it is 0, and the next
+// call tries again. For one thread at a time.
 class PlatformInfo {
 public:
     using Guid = std::array<std::uint8_t, 16>;

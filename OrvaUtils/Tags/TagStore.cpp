@@ -85,15 +85,13 @@ std::uint32_t TagStore::getData(std::uint32_t tagId, std::vector<std::uint8_t>& 
     return size;
 }
 
-// A library may refuse a buffer that is too small, or fill it: what counts is the size that it tells.
 std::uint32_t TagStore::getDataGrowing(std::uint32_t tagId, std::vector<std::uint8_t>& buffer) {
     DWORD size = 0;
-    Outcome outcome = read(tagId, buffer, size);
+    check(GET_DATA, read(tagId, buffer, size));
     if (size > buffer.size()) {
         buffer.resize(size);
-        outcome = read(tagId, buffer, size);
+        check(GET_DATA, read(tagId, buffer, size));
     }
-    check(GET_DATA, outcome);
     return size;
 }
 

@@ -10,6 +10,7 @@
 namespace {
 
 constexpr DWORD STOP_LIMIT = 20000; // ms
+constexpr DWORD STOP_LIMIT_OF_INPUT = 100; // ms: when input waits, too
 constexpr DWORD LOOK_AGAIN = 10; // ms
 constexpr DWORD STOPPED = WAIT_OBJECT_0 + 1;
 
@@ -29,7 +30,7 @@ MouseHook& MouseHook::instance() {
 }
 
 MouseHook::MouseHook() {
-    publish({});
+    Logger::instance(); // to be destroyed later than this: the threads that are left may write to it
     touchEvent = createEvent();
     stopEvent = createEvent();
     if (touchEvent == nullptr || stopEvent == nullptr) {
@@ -40,9 +41,11 @@ MouseHook::MouseHook() {
         }
         throw OrvaUtils::Exception(L"Cannot create events for mouse hook");
     }
+    lists = new std::list<Observers>;
+    publish({});
 }
 
-// The stop event stays open: the threads that are left wait for it until the process ends.
+// The stop event stays open, and the observers' list stays: the threads that are left use them until the process ends.
 MouseHook::~MouseHook() noexcept(false) {
     uninstall();
     CloseHandle(touchEvent.exchange(nullptr));
@@ -82,6 +85,9 @@ LRESULT CALLBACK MouseHook::hookProcedure(int code, WPARAM wParam, LPARAM lParam
 
 void MouseHook::startThread() {
     if (!running) {
+        if (thread != nullptr && thread != INVALID_HANDLE_VALUE) {
+            CloseHandle(thread); // the thread of the installation before this goes on without it
+        }
         thread = CreateThread(nullptr, 0, entry, this, 0, nullptr);
     }
 }
@@ -141,29 +147,30 @@ void MouseHook::notifyAll() {
 }
 
 void MouseHook::addObserver(MouseHookObserver* observer) {
-    Observers changed = lists.back();
+    Observers changed = lists->back();
     changed.push_back(observer);
     publish(std::move(changed));
     dropFormerLists();
 }
 
 void MouseHook::removeObserver(MouseHookObserver* observer) {
-    Observers changed = lists.back();
+    Observers changed = lists->back();
     std::erase(changed, observer);
     publish(std::move(changed));
-    for (DWORD waited = 0; passes != 0 && waited < STOP_LIMIT; waited += LOOK_AGAIN) {
+    const DWORD limit = hook == nullptr ? STOP_LIMIT : STOP_LIMIT_OF_INPUT;
+    for (DWORD waited = 0; passes != 0 && waited < limit; waited += LOOK_AGAIN) {
         Sleep(LOOK_AGAIN);
     }
     dropFormerLists();
 }
 
 void MouseHook::publish(Observers changed) {
-    lists.push_back(std::move(changed));
-    current = &lists.back();
+    lists->push_back(std::move(changed));
+    current = &lists->back();
 }
 
 void MouseHook::dropFormerLists() {
     if (passes == 0) {
-        lists.erase(lists.begin(), std::prev(lists.end()));
+        lists->erase(lists->begin(), std::prev(lists->end()));
     }
 }

@@ -38,7 +38,8 @@ public:
     // Observers are not owned and are called in the order of their registration, as often as they were added.
     void addObserver(MouseHookObserver* observer);
     // As often as it was added. It can be deleted afterwards: a notification that has begun is waited for, at most
-    // 20000 ms; so no observer may do this while it is notified.
+    // 20000 ms; so no observer may do this while it is notified. With a hook that is still installed, input waits for
+    // this thread: it then waits 100 ms at most, and an observer that takes longer must be through with its own data.
     void removeObserver(MouseHookObserver* observer);
 
 private:
@@ -56,7 +57,8 @@ private:
     void publish(Observers changed);
     void dropFormerLists();
 
-    std::list<Observers> lists; // the last one is in force; former ones may still be in a thread's hands
+    // The last one is in force; former ones may still be in a thread's hands. Never destroyed: threads outlive this.
+    std::list<Observers>* lists = nullptr;
     std::atomic<const Observers*> current;
     std::atomic<int> passes = 0; // notification threads that are calling observers
     bool running = false; // deliberately never set: see above

@@ -111,6 +111,8 @@ void show(const panel::Devices& devices, const panel::DeviceFacts& facts, bool j
 }
 
 Behaviour behaviourOf(const DeviceOptions& options) {
+    if (options.error == 0 && (options.action == "refuse" || options.action == "code"))
+        throw std::runtime_error("--error 0 would be a success: name another number");
     if (options.action == "refuse")
         return {Behaviour::Kind::refuse, options.error};
     if (options.action == "code")

@@ -1,5 +1,6 @@
 // The panel executable's own test program (tests/programs/checks), one test a group. What it prints fails the test.
 #include "platform/panel/Client.h"
+#include "platform/panel/Operator.h"
 #include "tests/support/ScenarioPanel.h"
 
 #include <gtest/gtest.h>
@@ -90,7 +91,10 @@ TEST(PanelChecks, AnExceptionThatReachesThePlatformEndsTheProcess) {
 // The loader begins everything that the platform calls with a stack that is aligned to 4 bytes alone.
 TEST(PanelChecks, AlignsTheStackThatThePlatformGives) {
     PanelChecks panel;
-    EXPECT_EQ(panel.run(program, "stack"), 0U);
+    const auto process = panel.driver().start(program, "stack");
+    ASSERT_TRUE(panel.driver().waitUntil([&] { return !panel.driver().status().hook.empty(); }, PanelChecks::limit));
+    panel::touch({panel::Touch::Kind::move}); // for the hook's procedure
+    EXPECT_EQ(panel.driver().waitForExit(process, PanelChecks::limit), 0U);
 }
 
 TEST(PanelChecks, MeetsAWriteToWhatIsNotWritable) {

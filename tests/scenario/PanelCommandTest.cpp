@@ -115,6 +115,7 @@ TEST_F(PanelCommand, SaysWhatIsWrongInOneLine) {
     }
     unsetenv("PANEL_LOADER");
     fails("send NoWindow Message 1", "NoWindow");
+    fails("device BZR1 refuse --error 0", "--error 0 would be a success");
     fails("plug missing-folder", "missing-folder");
     fails("unplug 'Hard Disk'", "Hard Disk");
     fails("device BKL2 refuse", "BKL2");

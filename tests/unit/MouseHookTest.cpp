@@ -225,6 +225,7 @@ TEST(MouseHook, LeavesAThreadBehindForEachInstallation) {
     }
     ASSERT_TRUE(hook.install());
     EXPECT_EQ(count(trace(), "CreateThread"), 11);
+    EXPECT_EQ(count(trace(), "CloseHandle"), 10) << "none of their handles but the last one";
     for (int index = 0; index < 30; ++index) {
         heard.clear();
         press();
@@ -246,17 +247,41 @@ TEST(MouseHook, WaitsForAnObserverThatIsRemovedWhileItIsNotified) {
     ASSERT_TRUE(hook.install());
     press();
     hook.perform([&] {
+        mouse.uninstall();
         mouse.removeObserver(&observer);
         EXPECT_TRUE(ended) << "it can be deleted now";
     });
     // One that never comes back is not waited for without end.
     observer.action = [] { Sleep(30000); };
     hook.perform([&] { mouse.addObserver(&observer); });
+    ASSERT_TRUE(hook.install());
     press();
     const DWORD begin = GetTickCount();
-    hook.perform([&] { mouse.removeObserver(&observer); });
+    hook.perform([&] {
+        mouse.uninstall();
+        mouse.removeObserver(&observer);
+    });
     EXPECT_EQ(GetTickCount() - begin, 20000U);
     advance(30000);
+}
+
+TEST(MouseHook, HoldsInputUpOnlyForAMomentWhenAnObserverIsRemovedUnderAHookThatStays) {
+    Lines heard;
+    Observer observer("x", heard);
+    observer.action = [] { Sleep(1000); };
+    HookThread hook;
+    MouseHook& mouse = MouseHook::instance();
+    hook.perform([&] { mouse.addObserver(&observer); });
+    ASSERT_TRUE(hook.install());
+    press();
+    const DWORD begin = GetTickCount();
+    hook.perform([&] {
+        failCall("UnhookWindowsHookEx");
+        EXPECT_FALSE(mouse.uninstall());
+        mouse.removeObserver(&observer);
+    });
+    EXPECT_EQ(GetTickCount() - begin, 100U);
+    advance(1000);
 }
 
 TEST(MouseHook, LosesItsObserversWhileTheyAreNotified) {

@@ -107,6 +107,33 @@ TEST(PlatformInfo, HasTheModelAlsoWithoutAGuid) {
     EXPECT_EQ(PlatformInfo::instance().getModelCode(), 0x403);
 }
 
+TEST(PlatformInfo, HasTheGuidAlsoWithoutAModelWhichItAsksForAgain) {
+    devices().removeTag(18);
+    devices().setTag(48, "0123456789abcdef");
+    startTrace();
+    EXPECT_EQ(guid(), "0123456789abcdef");
+    EXPECT_EQ(PlatformInfo::instance().getModelCode(), 0);
+    devices().setTag(18, "\x04\x04");
+    devices().removeTag(48);
+    EXPECT_EQ(PlatformInfo::instance().getModelCode(), 0x404);
+    EXPECT_EQ(guid(), "0123456789abcdef") << "what was read is kept";
+    EXPECT_EQ(openings(), 3);
+}
+
+TEST(PlatformInfo, TakesATagOfAnotherSizeForNone) {
+    for (const char* model : {"\x05", "\x05\x04x"}) {
+        for (const char* identity : {"", "0123456789abcde", "0123456789abcdefg"}) {
+            devices().setTag(18, model);
+            devices().setTag(48, identity);
+            EXPECT_EQ(PlatformInfo::instance().getModelCode(), 0) << model;
+            EXPECT_EQ(failureOf([] { guid(); }), L"Guid not present") << identity;
+        }
+    }
+    devices().setTag(18, "\x05\x04");
+    EXPECT_EQ(PlatformInfo::instance().getModelCode(), 0x405);
+    EXPECT_EQ(failureOf([] { guid(); }), L"Guid not present");
+}
+
 TEST(PlatformInfo, KeepsWhatItReadFromAStoreThatCannotBeClosed) {
     devices().setTag(48, "0123456789abcdef");
     devices().setBehaviour("tags", {Behaviour::Kind::refuse, 5}, "TAG_Close");

@@ -96,11 +96,6 @@ TEST(TagStore, NamesTheFunctionThatFailsAndItsErrorCode) {
              Bytes buffer(16);
              store.getDataGrowing(48, buffer);
          }},
-        {"TAG_Get_Data",
-         [](TagStore& store) { // refused also when it is asked again
-             Bytes buffer(1);
-             store.getDataGrowing(48, buffer);
-         }},
         {"TAG_Set_Data", [](TagStore& store) { store.setData(7, {1}); }},
     };
     TagStore store;
@@ -117,6 +112,22 @@ TEST(TagStore, NamesTheFunctionThatFailsAndItsErrorCode) {
     }
     Bytes buffer(2);
     EXPECT_EQ(failureOf([&] { store.getData(5, buffer); }), "TAG_Get_Data 2") << "there is no such tag";
+}
+
+TEST(TagStore, GrowsABufferOnlyAfterAReadThatHasSucceeded) {
+    devices().setTag(48, "0123456789abcdef");
+    TagStore store;
+    Bytes buffer(1);
+    const auto read = [&] { store.getDataGrowing(48, buffer); };
+    devices().setBehaviour("tags", {Behaviour::Kind::code, 77}, "TAG_Get_Data"); // which tells the size all the same
+    startTrace();
+    EXPECT_EQ(failureOf(read), "TAG_Get_Data 77");
+    EXPECT_EQ(functions(), Lines{"TAG_Get_Data"});
+    EXPECT_EQ(buffer.size(), 1U);
+    devices().setBehaviour("tags", {});
+    failCall("TAG_Get_Data", 2);
+    EXPECT_EQ(failureOf(read), "TAG_Get_Data 31") << "the second read counts as well";
+    EXPECT_EQ(failureOf(read), "none");
 }
 
 TEST(TagStore, ThatCannotBeOpenedIsUnloaded) {

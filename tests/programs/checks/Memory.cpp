@@ -21,6 +21,14 @@ LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM wParam, LPARAM lPar
     return DefWindowProcW(window, message, wParam, lParam);
 }
 
+HWND made = nullptr;
+
+LRESULT CALLBACK hookProcedure(int code, WPARAM wParam, LPARAM lParam) {
+    formatOnStack();
+    PostMessageW(made, WM_CLOSE, 0, 0); // the loop has something to come back with
+    return CallNextHookEx(nullptr, code, wParam, lParam);
+}
+
 const char constant[] = "constant";
 
 void write(const void* target) {
@@ -38,11 +46,18 @@ void checks::stack() {
     for (const wchar_t* name : {L"First", L"Second"}) {
         windowClass.lpszClassName = name;
         CHECK(RegisterClassW(&windowClass) != 0);
-        const HWND window =
-            CreateWindowExW(0, name, nullptr, 0, 0, 0, 0, 0, nullptr, nullptr, windowClass.hInstance, nullptr);
-        CHECK(window != nullptr);
-        CHECK(DestroyWindow(window));
+        made = CreateWindowExW(0, name, nullptr, 0, 0, 0, 0, 0, nullptr, nullptr, windowClass.hInstance, nullptr);
+        CHECK(made != nullptr);
+        CHECK(DestroyWindow(made));
     }
+    // The test on the other side touches.
+    made = CreateWindowExW(0, L"First", nullptr, 0, 0, 0, 0, 0, nullptr, nullptr, windowClass.hInstance, nullptr);
+    const HHOOK hook = SetWindowsHookExW(WH_MOUSE_LL, hookProcedure, windowClass.hInstance, 0);
+    CHECK(hook != nullptr);
+    MSG message;
+    CHECK(GetMessageW(&message, nullptr, 0, 0) > 0);
+    CHECK(UnhookWindowsHookEx(hook));
+    CHECK(DestroyWindow(made));
 }
 
 void checks::writeConstant() {
