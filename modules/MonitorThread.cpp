@@ -59,22 +59,24 @@ bool MonitorThread::stop() {
     if (ended == WAIT_FAILED) {
         ended = WaitForSingleObject(thread, LIMIT); // it may still run, and use what is about to go
     }
-    if (ended != WAIT_OBJECT_0) {
-        return false;
-    }
-    closeThread();
-    return true;
+    isOver = ended == WAIT_OBJECT_0;
+    return isOver;
 }
 
 bool MonitorThread::isOpen() const {
+    return hasThread() && !isOver;
+}
+
+bool MonitorThread::hasThread() const {
     return thread != nullptr && thread != INVALID_HANDLE_VALUE;
 }
 
 void MonitorThread::closeThread() {
-    if (isOpen()) {
+    if (hasThread()) {
         CloseHandle(thread);
     }
     thread = INVALID_HANDLE_VALUE;
+    isOver = false;
 }
 
 DWORD WINAPI MonitorThread::entry(LPVOID self) {

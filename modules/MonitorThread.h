@@ -36,17 +36,19 @@ public:
     // To be called once by the worker.
     void ready();
     // Asks the thread to end and waits for it, at most 20000 ms. False, and it can be called again, if it did not end,
-    // or if the platform twice refuses to wait.
+    // or if the platform twice refuses to wait. The thread's handle stays open until the next start or the destructor.
     bool stop();
     // Whether a thread was made that `stop` has not seen the end of.
     bool isOpen() const;
 
 private:
     static DWORD WINAPI entry(LPVOID self);
+    bool hasThread() const;
     void closeThread();
 
     Loop& loop;
     HANDLE thread = INVALID_HANDLE_VALUE; // null: it could not be made
+    bool isOver = false; // `stop` has seen its end
     HANDLE stopRequested;
     HANDLE isReady; // auto-reset
 };

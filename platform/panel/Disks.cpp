@@ -8,6 +8,7 @@
 #include "platform/panel/kernel/Queues.h"
 
 #include <nlohmann/json.hpp>
+#include <utf8.h>
 
 #include <algorithm>
 #include <stdexcept>
@@ -55,6 +56,32 @@ void copyDisk(const fs::path& root, const fs::path& folder, const fs::path& plac
 
 bool isMounted(const Partition& partition) {
     return partition.attributes & mountedPartition;
+}
+
+// Why it cannot be a volume's name; empty: it can. The platform has 64 characters for "\\" + name + zero.
+std::string faultOf(const std::string& name) {
+    const bool odd = name == "." || name == ".." || name.find_first_of("/\\:*?\"<>|") != std::string::npos ||
+                     std::any_of(name.begin(), name.end(), [](char byte) { return byte >= 0 && byte < ' '; });
+    if (name.empty() || odd || !utf8::is_valid(name.begin(), name.end()))
+        return "not a name for a volume: \"" + name + '"';
+    if (name.size() > sizeof PartitionRecord::volume - 2)
+        return "too long for the name of a volume: \"" + name + '"';
+    return {};
+}
+
+// What somebody has written into the file by hand is held against the rules of plugging.
+void checkStored(const Disk& disk) {
+    std::string fault;
+    if (disk.partitions.size() > maxPartitions)
+        fault = "too many partitions on " + disk.device;
+    for (const Partition& partition : disk.partitions)
+        if (isMounted(partition) && fault.empty())
+            fault = equalCaseBlind(partition.volume, "MMCMemory") || equalCaseBlind(partition.volume, "NANDFlash") ||
+                            equalCaseBlind(partition.volume, "Windows")
+                        ? "\"" + partition.volume + "\" is the panel's own"
+                        : faultOf(partition.volume);
+    if (!fault.empty())
+        throw std::runtime_error(fault);
 }
 
 std::string freeDevice(const std::vector<Disk>& disks) {
@@ -110,9 +137,10 @@ std::vector<Disk> Disks::list() const {
             disk.readyAfter = json.at("readyAfter").is_null() ? never : json["readyAfter"].get<std::uint64_t>();
             for (const Json& partition : json.at("partitions"))
                 disk.partitions.push_back({{}, partition.at("volume"), partition.at("attributes")});
+            checkStored(disk);
             disks.push_back(std::move(disk));
         }
-    } catch (const Json::exception& error) {
+    } catch (const std::exception& error) {
         throw std::runtime_error("not readable: " + file.string() + ": " + error.what());
     }
     return disks;
@@ -162,10 +190,8 @@ void Disks::check(const Disk& disk, const std::vector<Volume>& known) const {
         const std::string& name = partition.volume;
         if (!fs::is_directory(partition.folder))
             throw std::runtime_error("no such folder: " + partition.folder.string());
-        if (name.empty() || name == "." || name == ".." || name.find_first_of("/\\:*?\"<>|") != std::string::npos)
-            throw std::runtime_error("not a name for a volume: \"" + name + "\"");
-        if (name.size() >= sizeof PartitionRecord::volume)
-            throw std::runtime_error("too long for the name of a volume: \"" + name + "\"");
+        if (const std::string fault = faultOf(name); !fault.empty())
+            throw std::runtime_error(fault);
         if (lies(partition.folder, root) || lies(root, partition.folder))
             throw std::runtime_error("the folder and the panel lie in each other: " + partition.folder.string());
         for (const std::string& other : names)
