@@ -60,8 +60,9 @@ bool isMounted(const Partition& partition) {
 
 // Why it cannot be a volume's name; empty: it can. The platform has 64 characters for "\\" + name + zero.
 std::string faultOf(const std::string& name) {
-    const bool odd = name == "." || name == ".." || name.find_first_of("/\\:*?\"<>|") != std::string::npos ||
-                     std::any_of(name.begin(), name.end(), [](char byte) { return byte >= 0 && byte < ' '; });
+    const bool odd =
+        name == "." || name == ".." || name.find_first_of("/\\:*?\"<>|") != std::string::npos ||
+        std::any_of(name.begin(), name.end(), [](char byte) { return static_cast<unsigned char>(byte) < ' '; });
     if (name.empty() || odd || !utf8::is_valid(name.begin(), name.end()))
         return "not a name for a volume: \"" + name + '"';
     if (name.size() > sizeof PartitionRecord::volume - 2)
