@@ -16,6 +16,7 @@ constexpr const char* notMounted = "-";
 struct PlugOptions {
     std::vector<std::string> folders;
     std::vector<std::string> names;
+    std::vector<std::string> attributes;
     std::string readyAfter = "0";
     bool neverReady = false;
     bool withoutPartitions = false;
@@ -32,6 +33,13 @@ std::string nextName(const panel::Panel& panel, std::set<std::string>& taken) {
     return name;
 }
 
+std::uint32_t attributesOf(const std::string& text) {
+    const std::int64_t number = parseNumber(text);
+    if (number < 0 || number > 0xFFFFFFFF)
+        throw std::runtime_error("a partition's attributes have 32 bits: \"" + text + "\" is none");
+    return static_cast<std::uint32_t>(number);
+}
+
 void plug(panel::Panel panel, const PlugOptions& options) {
     if (options.folders.empty() != options.withoutPartitions)
         throw std::runtime_error("a disk has folders, or it is without partitions (--help shows what is possible)");
@@ -41,21 +49,28 @@ void plug(panel::Panel panel, const PlugOptions& options) {
     std::set<std::string> taken(options.names.begin(), options.names.end());
     auto name = options.names.begin();
     for (const std::string& folder : options.folders) {
-        const bool mounted = folder != notMounted;
-        panel::Partition partition{mounted ? folder : "", "", mounted ? panel::mountedPartition : 0};
+        const bool hasFolder = folder != notMounted;
+        panel::Partition partition{hasFolder ? folder : "", "", hasFolder ? panel::mountedPartition : 0};
+        if (disk.partitions.size() < options.attributes.size())
+            partition.attributes = attributesOf(options.attributes[disk.partitions.size()]);
+        const bool mounted = partition.attributes & panel::mountedPartition;
+        if (mounted && !hasFolder)
+            throw std::runtime_error("a mounted partition (attribute 0x10) wants a folder");
         if (mounted)
             partition.volume = name != options.names.end() ? *name++ : nextName(panel, taken);
         taken.insert(partition.volume);
         disk.partitions.push_back(partition);
     }
+    if (options.attributes.size() > disk.partitions.size())
+        throw std::runtime_error("there are more --attributes than partitions (one for each FOLDER, in order)");
     if (name != options.names.end())
         throw std::runtime_error("\"" + *name + "\" names no partition (each --as names one mounted FOLDER, in order)");
     const std::string device = panel.plug(disk);
     for (const panel::Partition& partition : disk.partitions)
-        if (!partition.folder.empty() && options.inPlace)
+        if (partition.attributes & panel::mountedPartition && options.inPlace)
             complain("warning: programs of the panel may change and delete what is in " + partition.folder.string());
     for (const panel::Partition& partition : disk.partitions)
-        if (partition.folder.empty())
+        if (!(partition.attributes & panel::mountedPartition))
             std::printf("Plugged a partition that is not mounted, on %s\n", device.c_str());
         else
             std::printf("Plugged %s%s as \\%s, on %s\n", options.inPlace ? "" : "a copy of ", partition.folder.c_str(),
@@ -76,6 +91,11 @@ void addDiskCommands(CLI::App& app, Tool& tool) {
                      "The volume's name on the panel, once for each folder; default: the next free of Hard Disk, "
                      "Hard Disk2, ...")
         ->type_name("NAME")
+        ->allow_extra_args(false);
+    command
+        ->add_option("--attributes", options->attributes,
+                     "A partition's attributes, once for each folder in order: 0x10 is mounted (default)")
+        ->type_name("N")
         ->allow_extra_args(false);
     auto* after = command
                       ->add_option("--ready-after", options->readyAfter,

@@ -60,8 +60,35 @@ std::string shown(const panel::ScreenStatus& screen) {
     return screen.background + ": " + screen.cover + " of " + screen.process + " covers it";
 }
 
+std::string readiness(const panel::Disk& disk) {
+    if (disk.readyAfter == panel::never)
+        return "never ready";
+    return disk.readyAfter ? "ready after " + formatDuration(disk.readyAfter) : "ready at once";
+}
+
+std::string describe(const panel::Disk& disk) {
+    std::string text = disk.device + ' ' + readiness(disk);
+    for (const panel::Partition& partition : disk.partitions) {
+        char attributes[16];
+        std::snprintf(attributes, sizeof attributes, " 0x%x", partition.attributes);
+        const bool mounted = partition.attributes & panel::mountedPartition;
+        text += (mounted ? ", \\" + partition.volume : ", not mounted") + attributes;
+    }
+    return text + (disk.partitions.empty() ? ", no partitions" : "");
+}
+
+Json toJson(const panel::Disk& disk) {
+    Json json{{"device", disk.device},
+              {"readyAfter", disk.readyAfter == panel::never ? Json(nullptr) : Json(disk.readyAfter)},
+              {"partitions", Json::array()}};
+    for (const panel::Partition& partition : disk.partitions)
+        json["partitions"].push_back({{"volume", partition.volume}, {"attributes", partition.attributes}});
+    return json;
+}
+
 std::string describe(const panel::Volume& volume) {
-    return '\\' + volume.name + (volume.device.empty() ? "" : " on " + volume.device + (volume.inPlace ? " (in place)" : ""));
+    return '\\' + volume.name +
+           (volume.device.empty() ? "" : " on " + volume.device + (volume.inPlace ? " (in place)" : ""));
 }
 
 void addRunning(Table& facts, const panel::PanelStatus& status, std::size_t faults) {
@@ -120,7 +147,11 @@ void print(const panel::Panel& panel, bool json) {
                     {"screen", {{"width", options.screenWidth}, {"height", options.screenHeight}}},
                     {"date", formatDate(options.date)}};
         for (const auto& volume : panel.disks().volumes())
-            answer["volumes"].push_back({{"name", volume.name}, {"device", volume.device}, {"inPlace", volume.inPlace}});
+            answer["volumes"].push_back(
+                {{"name", volume.name}, {"device", volume.device}, {"inPlace", volume.inPlace}});
+        answer["disks"] = Json::array();
+        for (const auto& disk : panel.disks().list())
+            answer["disks"].push_back(toJson(disk));
         answer["buzzer"] = {{"requests", beeps.size()},
                             {"last", beeps.empty() ? Json(nullptr) : Json(beeps.back().words)}};
         for (const char* list : {"processes", "ended", "windows"})
@@ -136,6 +167,8 @@ void print(const panel::Panel& panel, bool json) {
     facts.add({"screen", std::to_string(options.screenWidth) + " x " + std::to_string(options.screenHeight)});
     for (const auto& volume : panel.disks().volumes())
         facts.add({"volume", describe(volume)});
+    for (const auto& disk : panel.disks().list())
+        facts.add({"disk", describe(disk)});
     facts.add({"buzzer", describe(beeps)});
     if (on)
         addRunning(facts, status, faults);

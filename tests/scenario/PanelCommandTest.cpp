@@ -202,11 +202,20 @@ TEST_F(PanelCommand, PlugsDisksWithPartitions) {
     const Json volumes = json("status").at("volumes");
     ASSERT_EQ(volumes.size(), 6U);
     EXPECT_EQ(volumes.at(5), Json({{"name", "Hard Disk2"}, {"device", "DSK4:"}, {"inPlace", false}}));
+    succeed("plug one two --attributes 0x12 --attributes 2 --as Third");
+    const Json disks = json("status").at("disks");
+    ASSERT_EQ(disks.size(), 5U);
+    EXPECT_EQ(disks.at(2), Json({{"device", "DSK3:"}, {"readyAfter", nullptr}, {"partitions", Json::array()}}));
+    EXPECT_EQ(disks.at(4).at("partitions").at(0), Json({{"volume", "Third"}, {"attributes", 0x12}}));
+    EXPECT_EQ(disks.at(4).at("partitions").at(1).at("attributes"), 2);
+    EXPECT_NE(call("status").text.find("DSK5: ready at once, \\Third 0x12, not mounted 0x2"), std::string::npos);
+    succeed("unplug Third");
     succeed("unplug 'hard disk'");
     succeed("unplug dsk3:");
     EXPECT_FALSE(fs::exists(directory / "p/fs/Stick")); // the whole disk went
     EXPECT_EQ(json("status").at("volumes").size(), 4U);
     EXPECT_NE(call("plug").text.find("without partitions"), std::string::npos);
+    EXPECT_NE(call("plug - --attributes 0x10").text.find("wants a folder"), std::string::npos);
     EXPECT_NE(call("plug one --as A --as B").text.find("\"B\" names no partition"), std::string::npos);
 }
 

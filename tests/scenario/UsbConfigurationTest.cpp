@@ -7,7 +7,6 @@
 #include <sstream>
 
 namespace fs = std::filesystem;
-using Lines = std::vector<std::string>;
 
 namespace {
 
@@ -137,10 +136,12 @@ TEST_F(UsbConfiguration, StartsProgramsInOrderWaitingWhereItIsTold) {
 }
 
 TEST_F(UsbConfiguration, AProgramThatDoesNotStartStopsNothing) {
+    panel.driver().setTracing(true);
     startHelper();
     plug(document(command("", true, "\\Temp\\missing.exe") + command("", false, "\\Temp") + command("exit 3", true)));
     pass(500);
     EXPECT_EQ(ended(), Lines{"Actor.exe#1 at 500: 3"});
+    EXPECT_EQ(calls("WaitForSingleObject(null"), Lines{"WaitForSingleObject(null, 4294967295) = 4294967295 error 6"});
     EXPECT_EQ(logged(), Lines{});
 }
 
@@ -203,6 +204,16 @@ TEST_F(UsbConfiguration, FindsEachMountedPartitionAlsoOfADiskThatWasThere) {
     plug(document(command("exit 4", true)));
     pass(1000);
     EXPECT_EQ(ended().back(), "Actor.exe#3 at 2000: 4") << "a disk that comes again is read again";
+}
+
+TEST_F(UsbConfiguration, FindsADiskThatThePanelBootsWith) {
+    plug(document(command("exit 3", true)), 2000);
+    panel.reboot(); // from which its delay counts
+    startHelper();
+    pass(1999);
+    EXPECT_EQ(ended(), Lines{});
+    pass(1);
+    EXPECT_EQ(ended(), Lines{"Actor.exe#1 at 2000: 3"});
 }
 
 TEST_F(UsbConfiguration, AsksThePlatformInThisOrder) {
@@ -312,6 +323,30 @@ TEST_F(UsbConfiguration, EndsCleanlyWithAProgramThatEndsInTime) {
     EXPECT_EQ(ended().size(), 2U) << "the rest of the file, too";
     EXPECT_EQ(logged().back(), "INFO;Helper terminated");
     EXPECT_EQ(panel.errors(), Lines{});
+}
+
+// The applier has gone when the monitor's thread finds a volume.
+TEST_F(UsbConfiguration, CarriesOutNothingThatIsFoundAfterItsEnd) {
+    startHelper();
+    plug(document(command("exit 2", true)), 10000);
+    pass(1000);
+    EXPECT_EQ(endHelper(panel), 0U);
+    EXPECT_EQ(panel.driver().status().time, 10000U);
+    EXPECT_EQ(ended(), Lines{});
+    EXPECT_EQ(panel.errors(), Lines{});
+
+    ScenarioPanel another;
+    setUp(another);
+    another.driver().start(ScenarioPanel::helper);
+    ASSERT_TRUE(another.reachesLoop());
+    another.panel().plug({{partition("Hard Disk2", document(command("sleep 5000", true))),
+                           partition("Hard Disk3", document(command("exit 2", true)))}});
+    another.driver().advance(1000);
+    EXPECT_EQ(endHelper(another), 0U);
+    EXPECT_EQ(another.driver().status().time, 5500U);
+    EXPECT_FALSE(another.isRunning("Actor.exe#1"));
+    EXPECT_EQ(another.driver().status().ended.size(), 2U); // the helper, and the one program
+    EXPECT_EQ(another.errors(), Lines{});
 }
 
 TEST_F(UsbConfiguration, FailsToEndWhileItsThreadIsBusy) {

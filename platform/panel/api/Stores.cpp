@@ -105,7 +105,7 @@ BOOL FindNextPartition(HANDLE search, PARTINFO* info) noexcept {
         return gate.fault<BOOL>();
     const Lock lock(gate.image());
     const BlockDeviceRecord* device = deviceOf(gate, search, ObjectType::partitions);
-    if (!device || !info)
+    if (!device || !info || info->cbSize != sizeof *info)
         return gate.fails(FALSE, device ? ERROR_INVALID_PARAMETER : ERROR_INVALID_HANDLE);
     ObjectRecord& object = objects::at(gate.image(), objects::resolve(gate.image(), gate.process(), numberOf(search)));
     if (object.next >= device->partitionCount)
