@@ -1,6 +1,6 @@
 // A fresh simulated panel for tests that drive helper processes from outside, in stepped mode (but for what never
-// waits: that needs flowing time). Its destructor ends all programs and fails the test if one of them left a sanitizer's
-// report.
+// waits: that needs flowing time). Its destructor ends all programs and fails the test if one of them left a
+// sanitizer's report.
 #pragma once
 
 #include "platform/panel/Driver.h"

@@ -1,0 +1,127 @@
+// The watch over disks while it is busy, at its end, and without what it needs of the platform.
+#include "tests/scenario/UsbPanel.h"
+
+TEST_F(UsbConfiguration, NoticesNothingElseWhileAProgramRuns) {
+    startHelper();
+    plug(document(command("sleep 60000 exit 1", true)));
+    pass(1000);
+    plug(document(command("exit 2", true)), 0, "Hard Disk2");
+    unplug("Hard Disk");
+    plug(document(command("exit 3", true)), 0, "USB Disk");
+    pass(59499);
+    EXPECT_EQ(ended(), Lines{});
+    pass(1);
+    pass(1000);
+    EXPECT_EQ(ended(), (Lines{"Actor.exe#1 at 60500: 1", "Actor.exe#2 at 61000: 2", "Actor.exe#3 at 61500: 3"}));
+    EXPECT_EQ(panel.terminate(), 0U);
+}
+
+TEST_F(UsbConfiguration, EndsCleanlyWithAProgramThatEndsInTime) {
+    startHelper();
+    plug(document(command("sleep 15000", true) + command("exit 2", true)));
+    pass(1000);
+    EXPECT_EQ(endHelper(panel), 0U);
+    EXPECT_EQ(panel.driver().status().time, 15500U);
+    EXPECT_EQ(ended().size(), 2U) << "the rest of the file, too";
+    EXPECT_EQ(logged().back(), "INFO;Helper terminated");
+    EXPECT_EQ(panel.errors(), Lines{});
+}
+
+// The applier has gone when the monitor's thread finds a volume.
+TEST_F(UsbConfiguration, CarriesOutNothingThatIsFoundAfterItsEnd) {
+    startHelper();
+    plug(document(command("exit 2", true)), 10000);
+    pass(1000);
+    EXPECT_EQ(endHelper(panel), 0U);
+    EXPECT_EQ(panel.driver().status().time, 10000U);
+    EXPECT_EQ(ended(), Lines{});
+    EXPECT_EQ(panel.errors(), Lines{});
+
+    ScenarioPanel another;
+    setUp(another);
+    another.driver().start(ScenarioPanel::helper);
+    ASSERT_TRUE(another.reachesLoop());
+    another.panel().plug({{partition("Hard Disk2", document(command("sleep 5000", true))),
+                           partition("Hard Disk3", document(command("exit 2", true)))}});
+    another.driver().advance(1000);
+    EXPECT_EQ(endHelper(another), 0U);
+    EXPECT_EQ(another.driver().status().time, 5500U);
+    EXPECT_FALSE(another.isRunning("Actor.exe#1"));
+    EXPECT_EQ(another.driver().status().ended.size(), 2U); // the helper, and the one program
+    EXPECT_EQ(another.errors(), Lines{});
+}
+
+TEST_F(UsbConfiguration, FailsToEndWhileItsThreadIsBusy) {
+    for (const bool opening : {false, true}) {
+        ScenarioPanel another;
+        setUp(another);
+        another.driver().start(ScenarioPanel::helper);
+        ASSERT_TRUE(another.reachesLoop());
+        const panel::Partition endless = partition("Hard Disk", document(command("sleep 3600000", true)));
+        another.panel().plug({{endless}, opening ? panel::never : 0});
+        another.driver().advance(1000);
+        EXPECT_EQ(endHelper(another), 1U);
+        EXPECT_EQ(another.driver().status().time, 21000U);
+        const Lines lines = another.log();
+        ASSERT_GT(lines.size(), 3U);
+        EXPECT_EQ(Lines(lines.end() - 3, lines.end()),
+                  (Lines{"INFO;Module manager terminated",
+                         "ERROR;Exception UsbDeviceException: Failed to terminate monitor thread",
+                         "INFO;Helper terminated"}));
+        EXPECT_EQ(another.isRunning("Actor.exe#1"), !opening) << "what it started goes on";
+    }
+}
+
+TEST_F(UsbConfiguration, LivesOnWithoutItsThread) {
+    struct {
+        const char* function;
+        std::uint32_t call;
+        std::optional<std::int64_t> answer;
+        Lines lines;
+    } const cases[] = {
+        {"CreateMsgQueue", 1, -1, {"ERROR;Generic Exception"}},
+        {"RequestDeviceNotifications", 1, -1, {"ERROR;Request device notifications failed"}},
+        {"RequestDeviceNotifications", 1, {}, {}}, // null is deliberately taken for a success: nothing ever comes
+        {"LoadLibraryW", 1, {}, {"ERROR;Load coredll.dll failed"}},
+        {"GetProcAddressW", 19, {}, {"ERROR;Get address of FindFirstPartition failed"}},
+    };
+    panel.driver().setTracing(true);
+    startHelper();
+    const std::string watcher = watcherIn(panel.trace(), "CreateMsgQueue");
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.function);
+        ScenarioPanel another;
+        setUp(another);
+        another.panel().plug({{partition("Hard Disk", document(command("exit 1", true)))}});
+        panel::Fault fault;
+        fault.function = each.function;
+        fault.program = "TarvexHelper.exe";
+        fault.thread = static_cast<std::uint32_t>(std::stoul(watcher.substr(2)));
+        fault.call = each.call;
+        fault.answer = each.answer;
+        another.driver().addFault(fault);
+        another.driver().start(ScenarioPanel::helper);
+        ASSERT_TRUE(another.reachesLoop());
+        another.driver().advance(1000);
+        EXPECT_EQ(another.driver().faults().at(0).hits, 1U);
+        EXPECT_EQ(another.errors(), each.lines);
+        EXPECT_EQ(another.command(7), 1);
+        EXPECT_EQ(another.terminate(), 0U);
+        EXPECT_EQ(another.errors(), each.lines);
+    }
+}
+
+// Null is deliberately taken for a queue. No wait for it succeeds, so the thread asks again and again and hears
+// nothing, not even that it is to end; as it never waits, time must flow.
+TEST_F(UsbConfiguration, SpinsOnAQueueThatIsNull) {
+    ScenarioPanel flowing(0, 20);
+    setUp(flowing);
+    panel::Fault fault;
+    fault.function = "CreateMsgQueue";
+    flowing.driver().addFault(fault);
+    flowing.driver().start(ScenarioPanel::helper);
+    ASSERT_TRUE(flowing.reachesLoop());
+    EXPECT_EQ(flowing.errors(), Lines{});
+    EXPECT_EQ(endHelper(flowing), 1U);
+    EXPECT_EQ(flowing.errors(), Lines{"ERROR;Exception UsbDeviceException: Failed to terminate monitor thread"});
+}
