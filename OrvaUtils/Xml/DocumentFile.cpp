@@ -3,18 +3,14 @@
 #include <crt.h>
 
 #include <cstdio>
+#include <memory>
 #include <tinyxml2.h>
 
 namespace OrvaUtils::Xml {
 
 bool loadDocument(tinyxml2::XMLDocument& document, const std::wstring& path) {
-    std::FILE* file = _wfopen(path.c_str(), L"rb");
-    if (file == nullptr) {
-        return false;
-    }
-    const bool loaded = document.LoadFile(file) == tinyxml2::XML_SUCCESS;
-    std::fclose(file);
-    return loaded;
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(_wfopen(path.c_str(), L"rb"), std::fclose);
+    return file != nullptr && document.LoadFile(file.get()) == tinyxml2::XML_SUCCESS;
 }
 
 bool saveDocument(tinyxml2::XMLDocument& document, const std::wstring& path) {

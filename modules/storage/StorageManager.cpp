@@ -2,7 +2,8 @@
 
 namespace {
 
-// In the order of the storage manager's interface; they are looked up in this order.
+// In the order of the storage manager's interface; they are looked up in this order. Deliberate: all of them, though
+// four are called.
 constexpr const wchar_t* NAMES[] = {
     L"OpenStore",          L"DismountStore",   L"FormatStore",       L"FindFirstStore",     L"FindNextStore",
     L"FindCloseStore",     L"GetStoreInfo",    L"CreatePartition",   L"CreatePartitionEx",  L"DeletePartition",

@@ -41,7 +41,7 @@ void applyFile(const std::wstring& path) {
     try {
         const Configuration configuration(path);
         apply(configuration);
-    } catch (const InvalidLoginException&) {
+    } catch (const InvalidLoginException&) { // deliberate: nothing raises it yet, its text stays
         logFailure(L"Invalid login");
     } catch (const OrvaUtils::Exception& exception) {
         logFailure(exception.message());

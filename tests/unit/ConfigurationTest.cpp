@@ -69,6 +69,9 @@ TEST(Configuration, TakesPasswordsAsTheScannerDoes) {
         {"a", {}},
         {"DEadbeef", {0xDE, 0xAD, 0xBE, 0xEF}},
         {"zz10", {0, 0x10}},
+        {"\xC5\x81"
+         "1",
+         {0}}, // U+0141, whose low byte is an "A"
         {"1z 2-1", {1, 2, 0xFF}},
         {"\xE2\x82\xAC"
          "10",
