@@ -63,6 +63,7 @@ TEST_P(FromADisk, InstallsTheFolderHandsOverAndStays) {
     auto installed = panel.tree("\\MMCMemory\\Tarvex");
     // The folder on the disk was renamed away with the running helper in it; the installed one has cleaned it up.
     EXPECT_EQ(installed.extract("config.xml").mapped(), emptySettings);
+    EXPECT_NE(installed.extract("EMMC.xml").mapped().find("<TotalDuration>1<"), std::string::npos) << "since boot";
     std::string& buzzer = source.at("TouchBuzzerConfig.xml"); // names the panel's own frequency by now
     buzzer.replace(buzzer.find("-1"), 2, "3400");
     EXPECT_EQ(installed, source);

@@ -26,7 +26,7 @@ TEST(ScreenSaver, DimsAfterTheTimeoutAndRestoresInOrder) {
         EXPECT_EQ(panel.cursor(), each.black ? -1 : 0);
         const auto dimming = panel.panel().devices().requests("BKL1").back();
         EXPECT_EQ(dimming.time, 60000U);
-        EXPECT_EQ(dimming.thread, 2U);
+        EXPECT_EQ(dimming.thread, 3U);
         panel.pass(3600000);
         panel.user(true);
         EXPECT_EQ(panel.levels(), (Words{90, 1, 91, 1}));
@@ -38,7 +38,7 @@ TEST(ScreenSaver, DimsAfterTheTimeoutAndRestoresInOrder) {
         }));
         const Lines show = each.black ? Lines{"post 0x401"} : Lines{};
         EXPECT_EQ(
-            panel.steps("t2"),
+            panel.steps("t3"),
             joined(
                 {show, {"read", std::string("write ") + each.written}, changed, {"post 0x402", "write 5a"}, changed}));
         const Lines shown = each.black ? Lines{"cursor 0", "window 5"} : Lines{};

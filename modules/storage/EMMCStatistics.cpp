@@ -1,0 +1,92 @@
+#include "modules/storage/EMMCStatistics.h"
+
+#include "OrvaUtils/IO/WindowsFileSystem.h"
+#include "OrvaUtils/Xml/SettingsDocument.h"
+#include "app/Paths.h"
+
+#include <windows.h>
+
+namespace {
+
+using OrvaUtils::Xml::SettingsDocument;
+
+constexpr char ROOT[] = "EMMC";
+constexpr unsigned ATTEMPTS = 3;
+constexpr DWORD PAUSE = 100; // ms
+constexpr std::uint64_t DIVISOR = 0xFFFFFFFF; // deliberate: not the 2^32 that it is read back with
+
+struct CountNames {
+    const char* high;
+    const char* low;
+};
+
+constexpr CountNames SESSION_COUNT{"SessionWriteCountHigh", "SessionWriteCountLow"};
+constexpr CountNames TOTAL_COUNT{"TotalWriteCountHigh", "TotalWriteCountLow"};
+constexpr char SESSION_DURATION[] = "SessionDuration";
+constexpr char TOTAL_DURATION[] = "TotalDuration";
+
+template<typename Attempt>
+void attemptSomeTimes(Attempt attempt) {
+    for (unsigned failures = 0; failures < ATTEMPTS && !attempt(); ++failures) {
+        Sleep(PAUSE);
+    }
+}
+
+std::uint64_t readCount(const SettingsDocument& document, const CountNames& names) {
+    std::uint32_t high = 0;
+    std::uint32_t low = 0;
+    document.read(names.high, high);
+    document.read(names.low, low);
+    return (std::uint64_t{high} << 32) + low;
+}
+
+void writeCount(SettingsDocument& document, const CountNames& names, std::uint64_t count) {
+    document.write(names.high, static_cast<std::uint32_t>(count / DIVISOR));
+    document.write(names.low, static_cast<std::uint32_t>(count));
+}
+
+// Not the process's own, which goes before a monitor that is still at work when the process ends.
+OrvaUtils::IO::WindowsFileSystem ownFileSystem() {
+    return {};
+}
+
+std::wstring filePath() {
+    return ownFileSystem().combinePath(Paths::INSTALLATION_DIRECTORY, L"EMMC.xml");
+}
+
+} // namespace
+
+EMMCStatistics EMMCStatistics::load() {
+    EMMCStatistics statistics;
+    const std::wstring path = filePath();
+    if (ownFileSystem().isFile(path)) {
+        attemptSomeTimes([&] { return statistics.read(path); });
+    }
+    return statistics;
+}
+
+void EMMCStatistics::save(const EMMCStatistics& statistics) {
+    attemptSomeTimes([&, path = filePath()] { return statistics.write(path); });
+}
+
+bool EMMCStatistics::read(const std::wstring& path) {
+    SettingsDocument document(path, ROOT);
+    if (!document.open()) {
+        return false;
+    }
+    sessionWriteCount = readCount(document, SESSION_COUNT);
+    document.read(SESSION_DURATION, sessionDuration);
+    totalWriteCount = readCount(document, TOTAL_COUNT);
+    document.read(TOTAL_DURATION, totalDuration);
+    return true;
+}
+
+bool EMMCStatistics::write(const std::wstring& path) const {
+    SettingsDocument document(path, ROOT);
+    document.createEmpty();
+    writeCount(document, SESSION_COUNT, sessionWriteCount);
+    document.write(SESSION_DURATION, sessionDuration);
+    writeCount(document, TOTAL_COUNT, totalWriteCount);
+    document.write(TOTAL_DURATION, totalDuration);
+    return document.save();
+}
