@@ -1,0 +1,226 @@
+#include "modules/storage/EMMCMonitor.h"
+#include "modules/storage/EMMCException.h"
+#include "modules/storage/EMMCStatistics.h"
+#include "modules/storage/WriteCounter.h"
+#include "tests/support/TestPanel.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+using namespace testing_panel;
+using panel::Behaviour;
+
+namespace {
+
+constexpr const char* path = "\\MMCMemory\\Tarvex\\EMMC.xml";
+constexpr std::uint64_t most = 0xFFFFFFFFFFFFFFFF;
+
+using Values = std::vector<std::uint64_t>; // in the order of the record
+
+std::string element(const std::string& name, const std::string& text) {
+    return "        <" + name + '>' + text + "</" + name + ">\n";
+}
+
+// The file, with these texts in its six elements; "-": without that one.
+std::string file(const std::vector<std::string>& texts) {
+    const char* names[] = {"SessionWriteCountHigh", "SessionWriteCountLow", "SessionDuration",
+                           "TotalWriteCountHigh",   "TotalWriteCountLow",   "TotalDuration"};
+    std::string content = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<EMMC>\n    <Settings>\n";
+    for (std::size_t index = 0; index < texts.size(); ++index)
+        if (texts[index] != "-")
+            content += element(names[index], texts[index]);
+    return content + "    </Settings>\n</EMMC>\n";
+}
+
+Values valuesOf(const EMMCStatistics& record) {
+    return {record.sessionWriteCount, record.sessionDuration, record.totalWriteCount, record.totalDuration};
+}
+
+std::uint64_t timeOf(const std::function<void()>& operation) { // panel ms
+    const std::uint64_t begun = driver().status().time;
+    operation();
+    return driver().status().time - begun;
+}
+
+std::wstring failure(const std::function<void()>& operation) {
+    try {
+        operation();
+    } catch (const EMMCException& exception) {
+        return exception.message();
+    }
+    return L"none";
+}
+
+void count(std::uint32_t value) {
+    devices().setValues("SHC1", {value});
+}
+
+void pass(std::uint64_t milliseconds) {
+    advance(milliseconds);
+    driver().settle();
+}
+
+} // namespace
+
+TEST(WriteCounter, IsTheDriversCountOrNothing) {
+    count(0xFFFFFFFE);
+    startTrace();
+    EXPECT_EQ(readWriteCounter(), 0xFFFFFFFE);
+    std::vector<std::string> calls = trace();
+    ASSERT_EQ(calls.size(), 3U);
+    const std::string handle = calls[0].substr(calls[0].rfind(' ') + 1);
+    EXPECT_EQ(calls[0].find(R"(CreateFileW("SHC1:", 0xc0000000, 0, 3)"), 0U) << calls[0];
+    EXPECT_EQ(calls[1].find("DeviceIoControl(" + handle + ", 0x72ee8, {}"), 0U) << calls[1];
+    EXPECT_EQ(calls[2], "CloseHandle(" + handle + ") = 1");
+
+    devices().setBehaviour("SHC1", {Behaviour::Kind::refuse, 31}, "count");
+    startTrace();
+    EXPECT_EQ(readWriteCounter(), 0U);
+    EXPECT_EQ(trace().size(), 3U) << "closed as well";
+    devices().setPresent("SHC1", false);
+    EXPECT_EQ(readWriteCounter(), 0U);
+}
+
+TEST(EMMCStatistics, AreReadAsFarAsTheyAreThere) {
+    EXPECT_EQ(valuesOf(EMMCStatistics::load()), (Values{0, 0, 0, 0})) << "there is no file";
+    constexpr std::uint64_t upper = 0x100000000;
+    const struct {
+        std::vector<std::string> texts;
+        Values values;
+    } cases[] = {
+        {{"1", "2", "3", "4", "5", "6"}, {upper + 2, 3, 4 * upper + 5, 6}},
+        {{"-", "2", "3", "4", "5", "6"}, {2, 3, 4 * upper + 5, 6}},
+        {{"1", "-", "3", "4", "5", "6"}, {upper, 3, 4 * upper + 5, 6}},
+        {{"1", "2", "-", "4", "5", "6"}, {upper + 2, 0, 4 * upper + 5, 6}},
+        {{"1", "2", "3", "-", "5", "6"}, {upper + 2, 3, 5, 6}},
+        {{"1", "2", "3", "4", "-", "6"}, {upper + 2, 3, 4 * upper, 6}},
+        {{"1", "2", "3", "4", "5", "-"}, {upper + 2, 3, 4 * upper + 5, 0}},
+        {{"", "x", "3s", "4294967295", "4294967295", "4294967295"}, {0, 3, most, 4294967295}},
+        {{}, {0, 0, 0, 0}},
+    };
+    for (const auto& [texts, values] : cases) {
+        writeFile(path, file(texts));
+        EXPECT_EQ(timeOf([&] { EXPECT_EQ(valuesOf(EMMCStatistics::load()), values); }), 0U) << file(texts);
+    }
+}
+
+TEST(EMMCStatistics, AreGivenUpAfterThreeAttemptsToReadThem) {
+    for (const char* content : {"", "<EMMC><Settings>", "<EMMC/>", "<Other><Settings/></Other>"}) {
+        writeFile(path, content);
+        EXPECT_EQ(timeOf([] { EXPECT_EQ(valuesOf(EMMCStatistics::load()), (Values{0, 0, 0, 0})); }), 300U) << content;
+    }
+    writeFile(path, file({"0", "1", "2", "0", "3", "4"}));
+    failCall("CreateFileW", 1);
+    failCall("CreateFileW", 2);
+    EXPECT_EQ(timeOf([] { EXPECT_EQ(valuesOf(EMMCStatistics::load()), (Values{1, 2, 3, 4})); }), 200U);
+}
+
+TEST(EMMCStatistics, AreWrittenInAtMostThreeAttempts) {
+    const EMMCStatistics statistics{1, 2, 3, 4};
+    EXPECT_EQ(timeOf([&] { EMMCStatistics::save(statistics); }), 300U) << "there is no folder";
+    EXPECT_FALSE(exists(path));
+    writeFile(path, "what was there, and longer than what comes" + std::string(1000, '.'));
+    failCall("WriteFile", 1);
+    EXPECT_EQ(timeOf([&] { EMMCStatistics::save(statistics); }), 100U);
+    EXPECT_EQ(readFile(path), file({"0", "1", "2", "0", "3", "4"}));
+}
+
+// A count is written with one divisor and read with another: each time that it is loaded and saved it may grow.
+TEST(EMMCStatistics, GrowFrom4294967295On) {
+    const struct {
+        std::uint64_t saved;
+        const char* high;
+        const char* low;
+        std::uint64_t loaded;
+    } cases[] = {
+        {4294967294, "0", "4294967294", 4294967294},  {4294967295, "1", "4294967295", 8589934591},
+        {8589934591, "2", "4294967295", 12884901887}, {4294967296, "1", "0", 4294967296},
+        {8589934589, "1", "4294967293", 8589934589},  {8589934590, "2", "4294967294", 12884901886},
+        {most - 1, "0", "4294967294", 4294967294},    {most, "1", "4294967295", 8589934591},
+    };
+    writeFile(path, "");
+    for (const auto& [saved, high, low, loaded] : cases) {
+        EMMCStatistics::save({saved, 0, saved, 0});
+        EXPECT_EQ(readFile(path), file({high, low, "0", high, low, "0"}));
+        EXPECT_EQ(valuesOf(EMMCStatistics::load()), (Values{loaded, 0, loaded, 0}));
+    }
+}
+
+TEST(EMMCMonitor, BeginsASessionAndUpdatesItAtOnceAndEveryFiveMinutes) {
+    writeFile(path, file({"0", "77", "88", "0", "1000", "99"}));
+    count(40);
+    setTicks(61999);
+    {
+        EMMCMonitor monitor;
+        EXPECT_EQ(readFile(path), file({"0", "0", "0", "0", "1000", "99"}));
+        pass(1000);
+        EXPECT_EQ(readFile(path), file({"0", "0", "0", "0", "1000", "99"})) << "it was not started";
+        EXPECT_TRUE(monitor.start());
+        EXPECT_FALSE(monitor.start());
+        driver().settle();
+        EXPECT_EQ(readFile(path), file({"0", "40", "62", "0", "1040", "161"})) << "with the time since boot";
+        count(50);
+        pass(299999);
+        EXPECT_EQ(readFile(path), file({"0", "40", "62", "0", "1040", "161"}));
+        pass(1);
+        EXPECT_EQ(readFile(path), file({"0", "50", "362", "0", "1050", "461"}));
+        devices().setBehaviour("SHC1", {Behaviour::Kind::refuse, 5});
+        pass(300000);
+        EXPECT_EQ(readFile(path), file({"0", "0", "662", "0", "1000", "761"})) << "the session's writes go";
+        devices().setBehaviour("SHC1", {});
+        count(49); // smaller than once before
+        pass(300000);
+        EXPECT_EQ(readFile(path), file({"0", "49", "962", "0", "1049", "1061"})) << "and come back";
+        count(9);
+        pass(300000);
+        EXPECT_EQ(readFile(path), file({"0", "9", "1262", "0", "1009", "1361"}));
+        EXPECT_EQ(timeOf([&] { monitor.stop(); }), 0U);
+        EXPECT_FALSE(monitor.start()) << "it is for once";
+        monitor.stop();
+    }
+    pass(300000);
+    EXPECT_EQ(readFile(path), file({"0", "9", "1262", "0", "1009", "1361"}));
+}
+
+TEST(EMMCMonitor, TakesTheFileAsItIsAtEachUpdate) {
+    writeFile(path, "");
+    EMMCMonitor monitor;
+    ASSERT_TRUE(monitor.start());
+    count(7);
+    pass(0);
+    writeFile(path, file({"0", "0", "0", "1", "4294967290", "4294967000"}));
+    pass(300000);
+    EXPECT_EQ(readFile(path), file({"0", "7", "300", "2", "1", "4"})) << "a duration begins anew";
+    writeFile(path, file({"0", "9", "0", "0", "1", "0"}));
+    pass(300000);
+    EXPECT_EQ(readFile(path), file({"0", "7", "300", "1", "4294967295", "300"})) << "less than nothing";
+}
+
+TEST(EMMCMonitor, ReportsWhatThePlatformDoesNotGive) {
+    writeFile(path, file({"0", "1", "2", "0", "3", "4"}));
+    for (const unsigned event : {1U, 2U}) {
+        failCall("CreateEventW", event);
+        EXPECT_EQ(failure([] { EMMCMonitor(); }), L"Cannot create event");
+    }
+    EXPECT_EQ(readFile(path), file({"0", "0", "0", "0", "3", "4"})) << "the session has begun by then";
+    EMMCMonitor monitor;
+    failCall("CreateThread");
+    EXPECT_EQ(failure([&] { monitor.start(); }), L"Cannot create thread");
+    EXPECT_TRUE(monitor.start()) << "nothing runs, so it can be tried again";
+}
+
+TEST(EMMCMonitor, TellsWhenItsThreadDoesNotEnd) {
+    writeFile(path, "");
+    devices().setBehaviour("SHC1", {Behaviour::Kind::block});
+    auto* const monitor = new EMMCMonitor;
+    ASSERT_TRUE(monitor->start());
+    EXPECT_EQ(timeOf([&] { EXPECT_EQ(failure([&] { monitor->stop(); }), L"Failed to terminate monitor thread"); }),
+              20000U);
+    EXPECT_EQ(failure([&] { delete monitor; }), L"Failed to terminate monitor thread");
+    // What the thread uses has stayed.
+    count(3);
+    devices().setBehaviour("SHC1", {});
+    pass(0);
+    EXPECT_EQ(readFile(path), file({"0", "3", "0", "0", "3", "0"}));
+}
