@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::int32_t FIRST_MINOR_VERSION_WITH_EMMC = 15;
 
-void serveMessages() {
+void runModules() {
     IPCDispatcher dispatcher;
     USBDeviceMonitor usbMonitor;
     const ModuleManager modules(dispatcher, usbMonitor);
@@ -28,16 +28,17 @@ void serveMessages() {
 } // namespace
 
 void RunModuleManager() {
-    // Static, and deliberately neither stopped nor deleted behind an exception: it goes on until the process ends.
-    static EMMCMonitor* statistics = nullptr;
+    // Deliberately neither stopped nor deleted behind an exception: it goes on until the process ends. Static, so that
+    // it is not taken for lost then.
+    static EMMCMonitor* emmcMonitor = nullptr;
     try {
         Logger::instance().writeParts(LogLevel::Info, {L"Module manager initialization"});
         if (platformMinorVersion() >= FIRST_MINOR_VERSION_WITH_EMMC) {
-            statistics = new EMMCMonitor;
-            statistics->start();
+            emmcMonitor = new EMMCMonitor;
+            emmcMonitor->start();
         }
-        serveMessages();
-        delete std::exchange(statistics, nullptr);
+        runModules();
+        delete std::exchange(emmcMonitor, nullptr);
     } catch (...) {
         reportFailure();
     }

@@ -26,7 +26,7 @@ public:
     void createEmpty();
 
     // The first value of that name. False, and `value` as it was, when there is none or its text is nothing of the
-    // kind. As truth values the library takes numbers (0: false) and the words "true" and "false".
+    // kind. As truth values the library takes numbers (0: false) and "true", "True", "TRUE" and so on.
     bool read(const char* name, bool& value) const;
     bool read(const char* name, std::int32_t& value) const;
     bool read(const char* name, std::uint32_t& value) const;

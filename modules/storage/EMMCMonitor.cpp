@@ -8,7 +8,7 @@
 
 #include <atomic>
 #include <memory>
-#include <utility>
+#include <vector>
 
 namespace {
 
@@ -59,7 +59,7 @@ public:
     }
 
     void stop() {
-        if (running && !thread.stop()) {
+        if (thread.isOpen() && !thread.stop()) {
             throw EMMCException(L"Failed to terminate monitor thread");
         }
     }
@@ -90,10 +90,14 @@ private:
 EMMCMonitor::EMMCMonitor() : worker(Worker::create()) {}
 
 EMMCMonitor::~EMMCMonitor() noexcept(false) {
+    // Never destroyed, so that what a thread that goes on uses is not taken for lost.
+    static auto* const stuck = new std::vector<Worker*>;
+    stuck->push_back(worker);
     OrvaUtils::Teardown steps;
     steps.run([this] {
-        stop();
-        delete std::exchange(worker, nullptr); // not that of a thread that goes on
+        worker->stop();
+        stuck->pop_back();
+        delete worker;
     });
     steps.finish();
 }

@@ -7,7 +7,7 @@
 // two updates nothing is kept in memory.
 class EMMCMonitor {
 public:
-    // Begins a session: counts and durations of the last one become 0 in the file. Then throws EMMCException "Cannot
+    // Begins a session: count and duration of the last one become 0 in the file. Then throws EMMCException "Cannot
     // create event" if the platform gives it none.
     EMMCMonitor();
     EMMCMonitor(const EMMCMonitor&) = delete;

@@ -7,8 +7,8 @@
 // device's life. Kept in "EMMC.xml" in the installation directory; the units of the counts are the driver's.
 //
 // The file holds each 64-bit count in two halves. The upper one is written as the count divided by 4294967295, but read
-// as times 4294967296: deliberate, so files keep their meaning. A count of 4294967295 or above therefore grows with
-// each time that it is loaded and saved.
+// as times 4294967296: deliberate, so files keep their meaning. Some counts from 4294967295 on, that one first,
+// therefore grow each time that they are saved and loaded.
 struct EMMCStatistics {
     std::uint64_t sessionWriteCount = 0; // the controller's counter as last read
     std::uint32_t sessionDuration = 0; // seconds

@@ -9,7 +9,7 @@
 // What a notification does stands in functions of their own: the module may be gone before they end.
 namespace {
 
-void logDebug(const std::wstring& text) {
+void logDebug(std::wstring_view text) {
     Logger::instance().writeParts(LogLevel::Debug, {text});
 }
 

@@ -3,11 +3,14 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+
 using panel::Behaviour;
 
 namespace {
 
 constexpr const char* path = "\\MMCMemory\\Tarvex\\EMMC.xml";
+constexpr const char* key = "HKEY_LOCAL_MACHINE\\ORVA"; // of the platform version
 constexpr std::uint64_t hour = 3600000;
 
 std::string file(const std::string& sessionCount, std::uint64_t sessionDuration, const std::string& totalCount,
@@ -36,18 +39,18 @@ std::string file(const std::string& sessionCount, std::uint64_t sessionDuration,
 }
 
 struct CountingPanel : ScenarioPanel {
-    CountingPanel() {
+    explicit CountingPanel(std::uint32_t ticks = 0) : ScenarioPanel(ticks) {
         install();
     }
     // With this count in the driver, so many ms after the boot.
     void startHelper(std::uint32_t counted, std::uint64_t after) {
-        count(counted);
+        setCount(counted);
         driver().advance(after);
         driver().start(helper);
         EXPECT_TRUE(reachesLoop());
         driver().settle();
     }
-    void count(std::uint32_t counted) {
+    void setCount(std::uint32_t counted) {
         panel().devices().setValues("SHC1", {counted});
     }
     void pass(std::uint64_t milliseconds) {
@@ -55,11 +58,6 @@ struct CountingPanel : ScenarioPanel {
         driver().settle();
     }
 };
-
-void setVersion(ScenarioPanel& panel, const panel::registry::Value& version) {
-    panel.panel().changeRegistry(
-        [&](panel::registry::Tree& tree) { tree.make("HKEY_LOCAL_MACHINE\\ORVA")->set(version); }, true);
-}
 
 } // namespace
 
@@ -69,25 +67,35 @@ TEST(EMMC, IsRecordedOverHoursAndReboots) {
     EXPECT_EQ(panel.read(path), file("500", 31, "500", 31));
     panel.pass(2 * hour);
     EXPECT_EQ(panel.read(path), file("500", 7231, "500", 7231));
-    panel.count(700);
+    panel.setCount(700);
     panel.pass(hour);
     EXPECT_EQ(panel.read(path), file("700", 10831, "700", 10831));
     EXPECT_EQ(panel.terminate(), 0U);
     EXPECT_EQ(panel.read(path), file("700", 10831, "700", 10831)) << "the end writes nothing";
 
     panel.reboot();
-    panel.write(path, file("800", 7231, "1000", 7231));
     panel.startHelper(20, 5000); // the counter begins anew
-    EXPECT_EQ(panel.read(path), file("20", 5, "1020", 7236));
+    EXPECT_EQ(panel.read(path), file("20", 5, "720", 10836));
     panel.panel().devices().setBehaviour("SHC1", {Behaviour::Kind::refuse, 31}, "count");
     panel.pass(hour);
-    EXPECT_EQ(panel.read(path), file("0", 3605, "1000", 10836));
+    EXPECT_EQ(panel.read(path), file("0", 3605, "700", 14436));
     panel.panel().devices().setBehaviour("SHC1", {});
-    panel.count(60);
+    panel.setCount(60);
     panel.pass(hour);
-    EXPECT_EQ(panel.read(path), file("60", 7205, "1060", 14436));
+    EXPECT_EQ(panel.read(path), file("60", 7205, "760", 18036));
     EXPECT_EQ(panel.terminate(), 0U);
     EXPECT_EQ(panel.errors(), Lines{}) << "nothing of this is reported";
+}
+
+TEST(EMMC, CountsWhatWasBeforeTheStartAsOftenAsTheHelperIsStarted) {
+    CountingPanel panel(0xFFFFE000); // the tick count begins anew within the first session
+    panel.startHelper(5, 0);
+    EXPECT_EQ(panel.read(path), file("5", 4294959, "5", 4294959));
+    panel.pass(300000);
+    EXPECT_EQ(panel.terminate(), 0U);
+    panel.startHelper(5, 0);
+    EXPECT_EQ(panel.read(path), file("5", 291, "10", 4294959 + 300 + 291));
+    EXPECT_EQ(panel.terminate(), 0U);
 }
 
 TEST(EMMC, GrowsWithEachUpdateFrom4294967295On) {
@@ -117,7 +125,7 @@ TEST(EMMC, SurvivesAFileThatIsMissingDamagedOrCannotBeWritten) {
 
     const std::filesystem::path host = panel.panel().hostPath(path);
     std::filesystem::permissions(host, std::filesystem::perms::owner_read);
-    panel.count(15);
+    panel.setCount(15);
     panel.pass(300300);
     EXPECT_EQ(panel.read(path), file("10", 300, "10", 377));
     std::filesystem::permissions(host, std::filesystem::perms::owner_write, std::filesystem::perm_options::add);
@@ -131,30 +139,43 @@ TEST(EMMC, IsRecordedFromVersion15On) {
     const struct {
         const char* version;
         bool recorded;
-    } cases[] = {{"2.14", false}, {"2.15", true},   {"3.20", true},     {"15", false}, {"", false},
-                 {".15", true},   {"2. 15", false}, {"2.015b.3", true}, {"2.9", false}};
+    } cases[] = {{"2.14", false}, {"2.15", true},   {"3.20", true},   {"15", false},      {"", false},
+                 {".15", true},   {"2. 15", false}, {"2.+15", false}, {"2.015b.3", true}, {"2.9", false}};
     for (const auto& [version, recorded] : cases) {
         SCOPED_TRACE(version);
         ScenarioPanel panel;
         panel.install();
-        setVersion(panel, panel::registry::textValue("Version", version));
+        panel.panel().changeRegistry(
+            [text = version](auto& tree) { tree.make(key)->set(panel::registry::textValue("Version", text)); }, true);
         panel.driver().start(ScenarioPanel::helper);
         EXPECT_TRUE(panel.reachesLoop());
         panel.driver().settle();
         EXPECT_EQ(panel.exists(path), recorded);
+        EXPECT_EQ(panel.panel().devices().requests("SHC1").size(), recorded ? 1U : 0U);
         EXPECT_EQ(panel.terminate(), 0U);
         EXPECT_EQ(panel.errors(), Lines{});
     }
 }
 
-TEST(EMMC, AVersionThatIsNoTextEndsTheHelper) {
-    ScenarioPanel panel;
-    panel.install();
-    setVersion(panel, panel::registry::numberValue("Version", 15));
-    EXPECT_EQ(panel.run(ScenarioPanel::helper), 1U);
-    EXPECT_EQ(panel.log(),
-              firstStartLines({"INFO;Module manager initialization",
-                               "ERROR;Exception OrvaUtils::Registry::RegistryException: Unexpected value type",
-                               "INFO;Helper terminated"}));
-    EXPECT_FALSE(panel.exists(path));
+TEST(EMMC, AMissingVersionOrOneThatIsNoTextEndsTheHelper) {
+    const struct {
+        std::function<void(panel::registry::Tree&)> change;
+        const char* failure;
+    } cases[] = {
+        {[](auto& tree) { tree.make(key)->set(panel::registry::numberValue("Version", 15)); }, "Unexpected value type"},
+        {[](auto& tree) { tree.find(key)->removeValue("Version"); }, "Cannot query the given registry value"},
+        {[](auto& tree) { tree.remove(key); }, "Cannot open subkey 'ORVA'"},
+    };
+    for (const auto& each : cases) {
+        ScenarioPanel panel;
+        panel.install();
+        panel.panel().changeRegistry(each.change, true);
+        EXPECT_EQ(panel.run(ScenarioPanel::helper), 1U);
+        EXPECT_EQ(
+            panel.log(),
+            firstStartLines({"INFO;Module manager initialization",
+                             std::string("ERROR;Exception OrvaUtils::Registry::RegistryException: ") + each.failure,
+                             "INFO;Helper terminated"}));
+        EXPECT_FALSE(panel.exists(path));
+    }
 }

@@ -79,7 +79,9 @@ TEST(WriteCounter, IsTheDriversCountOrNothing) {
     EXPECT_EQ(readWriteCounter(), 0U);
     EXPECT_EQ(trace().size(), 3U) << "closed as well";
     devices().setPresent("SHC1", false);
+    startTrace();
     EXPECT_EQ(readWriteCounter(), 0U);
+    EXPECT_EQ(trace().size(), 1U) << "nothing to ask or to close";
 }
 
 TEST(EMMCStatistics, AreReadAsFarAsTheyAreThere) {
@@ -99,9 +101,9 @@ TEST(EMMCStatistics, AreReadAsFarAsTheyAreThere) {
         {{"", "x", "3s", "4294967295", "4294967295", "4294967295"}, {0, 3, most, 4294967295}},
         {{}, {0, 0, 0, 0}},
     };
-    for (const auto& [texts, values] : cases) {
-        writeFile(path, file(texts));
-        EXPECT_EQ(timeOf([&] { EXPECT_EQ(valuesOf(EMMCStatistics::load()), values); }), 0U) << file(texts);
+    for (const auto& each : cases) {
+        writeFile(path, file(each.texts));
+        EXPECT_EQ(timeOf([&] { EXPECT_EQ(valuesOf(EMMCStatistics::load()), each.values); }), 0U) << file(each.texts);
     }
 }
 
@@ -145,6 +147,12 @@ TEST(EMMCStatistics, GrowFrom4294967295On) {
         EXPECT_EQ(readFile(path), file({high, low, "0", high, low, "0"}));
         EXPECT_EQ(valuesOf(EMMCStatistics::load()), (Values{loaded, 0, loaded, 0}));
     }
+}
+
+TEST(EMMCMonitor, BeginsAFileOfZeros) {
+    writeFile("\\MMCMemory\\Tarvex\\Other", "");
+    const EMMCMonitor monitor;
+    EXPECT_EQ(readFile(path), file({"0", "0", "0", "0", "0", "0"}));
 }
 
 TEST(EMMCMonitor, BeginsASessionAndUpdatesItAtOnceAndEveryFiveMinutes) {
@@ -195,6 +203,12 @@ TEST(EMMCMonitor, TakesTheFileAsItIsAtEachUpdate) {
     writeFile(path, file({"0", "9", "0", "0", "1", "0"}));
     pass(300000);
     EXPECT_EQ(readFile(path), file({"0", "7", "300", "1", "4294967295", "300"})) << "less than nothing";
+    count(0xFFFFFFFF);
+    writeFile(path, file({"0", "0", "0", "0", "1000", "0"}));
+    pass(300000);
+    EXPECT_EQ(readFile(path), file({"1", "4294967295", "300", "1", "999", "300"})) << "no upper half for the session";
+    pass(300000);
+    EXPECT_EQ(readFile(path), file({"1", "4294967295", "600", "0", "999", "600"}));
 }
 
 TEST(EMMCMonitor, ReportsWhatThePlatformDoesNotGive) {
@@ -208,6 +222,27 @@ TEST(EMMCMonitor, ReportsWhatThePlatformDoesNotGive) {
     failCall("CreateThread");
     EXPECT_EQ(failure([&] { monitor.start(); }), L"Cannot create thread");
     EXPECT_TRUE(monitor.start()) << "nothing runs, so it can be tried again";
+}
+
+TEST(EMMCMonitor, StandsARefusedWait) {
+    writeFile(path, "");
+    EMMCMonitor monitor;
+    ASSERT_TRUE(monitor.start());
+    pass(0);
+    const auto refuse = [](std::uint32_t thread, std::uint32_t call) {
+        driver().addFault({"WaitForSingleObject", "", 0, thread, call});
+    };
+    refuse(2, 2);
+    pass(600000);
+    EXPECT_EQ(readFile(path), file({"0", "0", "600", "0", "0", "600"})) << "waits again";
+    failCall("WaitForSingleObject");
+    monitor.stop();
+    EMMCMonitor other;
+    ASSERT_TRUE(other.start());
+    pass(0);
+    failCall("WaitForSingleObject", 1);
+    failCall("WaitForSingleObject", 2);
+    EXPECT_EQ(failure([&] { other.stop(); }), L"Failed to terminate monitor thread");
 }
 
 TEST(EMMCMonitor, TellsWhenItsThreadDoesNotEnd) {
