@@ -1,11 +1,11 @@
 #include "OrvaUtils/DynamicLibrary.h"
 #include "OrvaUtils/LoadLibraryException.h"
 #include "tests/support/TestPanel.h"
+#include "tests/unit/MessageOf.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <functional>
 
 using OrvaUtils::DynamicLibrary;
 using namespace testing_panel;
@@ -14,14 +14,7 @@ namespace {
 
 constexpr wchar_t TAGS[] = L"tagUserAPI.dll";
 
-std::wstring failureOf(const std::function<void()>& operation) {
-    try {
-        operation();
-    } catch (const OrvaUtils::LoadLibraryException& failure) {
-        return failure.message();
-    }
-    return L"none";
-}
+const auto failureOf = messageOf<OrvaUtils::LoadLibraryException>;
 
 std::ptrdiff_t unloadings() {
     const std::vector<std::string> lines = trace();

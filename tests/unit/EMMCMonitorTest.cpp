@@ -3,6 +3,7 @@
 #include "modules/storage/EMMCStatistics.h"
 #include "modules/storage/WriteCounter.h"
 #include "tests/support/TestPanel.h"
+#include "tests/unit/MessageOf.h"
 
 #include <gtest/gtest.h>
 
@@ -43,14 +44,7 @@ std::uint64_t timeOf(const std::function<void()>& operation) { // panel ms
     return driver().status().time - begun;
 }
 
-std::wstring failure(const std::function<void()>& operation) {
-    try {
-        operation();
-    } catch (const EMMCException& exception) {
-        return exception.message();
-    }
-    return L"none";
-}
+const auto failure = messageOf<EMMCException>;
 
 void count(std::uint32_t value) {
     devices().setValues("SHC1", {value});

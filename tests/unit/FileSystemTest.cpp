@@ -3,11 +3,11 @@
 #include "OrvaUtils/Text.h"
 #include "app/log/Logger.h"
 #include "tests/support/TestPanel.h"
+#include "tests/unit/MessageOf.h"
 
 #include <windows.h>
 
 #include <algorithm>
-#include <functional>
 #include <gtest/gtest.h>
 #include <map>
 
@@ -44,14 +44,7 @@ Names callsOf(const Names& functions) {
     return calls;
 }
 
-std::wstring failureOf(const std::function<void()>& operation) {
-    try {
-        operation();
-    } catch (const FileSystemException& failure) {
-        return failure.message();
-    }
-    return L"none";
-}
+const auto failureOf = messageOf<FileSystemException>;
 
 } // namespace
 

@@ -3,11 +3,10 @@
 #include "modules/storage/FlashNotWritableException.h"
 #include "modules/storage/FlashWriteGuard.h"
 #include "tests/support/TestPanel.h"
+#include "tests/unit/MessageOf.h"
 
 #include <gtest/gtest.h>
 #include <windows.h>
-
-#include <functional>
 
 using namespace testing_panel;
 using panel::Behaviour;
@@ -16,14 +15,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-std::wstring failureOf(const std::function<void()>& operation) {
-    try {
-        operation();
-    } catch (const FlashNotWritableException& failure) {
-        return failure.message();
-    }
-    return L"none";
-}
+const auto failureOf = messageOf<FlashNotWritableException>;
 
 Lines requests() { // to the flash
     Lines operations;

@@ -3,9 +3,9 @@
 #include "OrvaUtils/Registry/RegistryException.h"
 #include "OrvaUtils/Text.h"
 #include "tests/support/TestPanel.h"
+#include "tests/unit/MessageOf.h"
 
 #include <algorithm>
-#include <functional>
 #include <gtest/gtest.h>
 #include <set>
 #include <windows.h>
@@ -16,14 +16,7 @@ using panel::Behaviour;
 
 namespace {
 
-std::wstring failureOf(const std::function<void()>& action) {
-    try {
-        action();
-    } catch (const OrvaUtils::PlatformInfoException& failure) {
-        return failure.message();
-    }
-    return L"none";
-}
+const auto failureOf = messageOf<OrvaUtils::PlatformInfoException>;
 
 std::string guid() {
     const PlatformInfo::Guid bytes = PlatformInfo::instance().getGuid();

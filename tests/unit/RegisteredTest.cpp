@@ -8,25 +8,18 @@
 #include "app/FileAssociation.h"
 #include "app/PlatformVersion.h"
 #include "tests/support/TestPanel.h"
+#include "tests/unit/MessageOf.h"
 
 #include <gtest/gtest.h>
 
 #include <cwchar>
-#include <functional>
 
 using namespace OrvaUtils::Registry;
 using namespace testing_panel;
 
 namespace {
 
-std::wstring failureOf(const std::function<void()>& operation) {
-    try {
-        operation();
-    } catch (const RegistryException& failure) {
-        return failure.message();
-    }
-    return L"none";
-}
+const auto failureOf = messageOf<RegistryException>;
 
 void write(HKEY root, const wchar_t* path, const wchar_t* name, const wchar_t* text) {
     const Key key(createKey(root, path, 0));

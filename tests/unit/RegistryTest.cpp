@@ -6,11 +6,11 @@
 #include "OrvaUtils/Registry/ValueEnumerator.h"
 #include "OrvaUtils/Registry/Writing.h"
 #include "tests/support/TestPanel.h"
+#include "tests/unit/MessageOf.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <functional>
 #include <set>
 
 using namespace OrvaUtils::Registry;
@@ -25,14 +25,7 @@ void make(const std::wstring& path) {
     const Key made(createKey(HKEY_LOCAL_MACHINE, path, 0));
 }
 
-std::wstring failureOf(const std::function<void()>& operation) {
-    try {
-        operation();
-    } catch (const RegistryException& failure) {
-        return failure.message();
-    }
-    return L"none";
-}
+const auto failureOf = messageOf<RegistryException>;
 
 template<class Enumerator>
 Names namesIn(HKEY key) {

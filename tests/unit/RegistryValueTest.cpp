@@ -14,6 +14,7 @@
 #include "OrvaUtils/Registry/Writing.h"
 #include "OrvaUtils/Text.h"
 #include "tests/support/TestPanel.h"
+#include "tests/unit/MessageOf.h"
 
 #include <gtest/gtest.h>
 
@@ -55,14 +56,7 @@ protected:
     const HKEY handle = key.handle();
 };
 
-std::wstring failureOf(const std::function<void()>& operation) {
-    try {
-        operation();
-    } catch (const RegistryException& failure) {
-        return failure.message();
-    }
-    return L"none";
-}
+const auto failureOf = messageOf<RegistryException>;
 
 // One value of each class, with data on both sides of the first buffer's 50 bytes.
 std::vector<std::unique_ptr<Value>> oneOfEach() {

@@ -3,6 +3,7 @@
 #include "modules/screensaver/UserInactivityMonitorException.h"
 #include "platform/panel/Operator.h"
 #include "tests/support/TestPanel.h"
+#include "tests/unit/MessageOf.h"
 
 #include <functional>
 #include <gtest/gtest.h>
@@ -34,14 +35,7 @@ void user(bool active) {
     driver().settle();
 }
 
-std::wstring failure(const std::function<void()>& operation) {
-    try {
-        operation();
-    } catch (const UserInactivityMonitorException& exception) {
-        return exception.message();
-    }
-    return L"none";
-}
+const auto failure = messageOf<UserInactivityMonitorException>;
 
 void pass(std::uint64_t milliseconds) {
     advance(milliseconds);
