@@ -32,7 +32,7 @@ public:
     HookThread() : thread([this] { serve(); }) {
         EXPECT_TRUE(driver().waitUntil([this] { return window != nullptr; }, 1000));
     }
-    ~HookThread() {
+    ~HookThread() override {
         perform([] { MouseHook::instance().uninstall(); });
         loop->stop();
     }

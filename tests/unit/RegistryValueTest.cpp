@@ -89,7 +89,7 @@ TEST_F(RegistryValue, OfTextIsReadUpToItsFirstZero) {
         {{L"text", 4}, L"text"}, // unterminated
         {{L"te\0xt\0", 6}, L"te"},
         {{L"text\0\0\0", 7}, L"text"}, // over-terminated
-        {{L"", 0}, L""},
+        {{}, L""},
         {{L"\0", 1}, L""},
         {{L"1234567890123456789012345", 25}, L"1234567890123456789012345"}, // fills the first buffer
         {{L"12345678901234567890123456", 26}, L"12345678901234567890123456"},
@@ -110,7 +110,7 @@ TEST_F(RegistryValue, OfTextsIsSplitUpToAnEmptyOne) {
         Texts read;
     } cases[] = {
         {{L"\0", 1}, {}},
-        {{L"", 0}, {}},
+        {{}, {}},
         {{L"a\0bc\0\0", 6}, {L"a", L"bc"}},
         {{L"a\0bc\0", 5}, {L"a", L"bc"}}, // without the last zero
         {{L"a\0bc", 4}, {L"a", L"bc"}}, // without either
@@ -207,8 +207,8 @@ TEST_F(RegistryValue, IsFoundToDiffer) {
         {std::make_unique<UnknownValue>(), L"Unexpected value type"},
     };
     ValueComparer comparer;
-    for (const auto& [expected, failure] : cases) {
-        EXPECT_EQ(failureOf([&] { expected->accept(comparer, handle); }), failure);
+    for (const auto& each : cases) {
+        EXPECT_EQ(failureOf([&] { each.expected->accept(comparer, handle); }), each.failure);
     }
 }
 
@@ -250,8 +250,9 @@ TEST_F(RegistryValue, OfAnotherTypeIsNoneForATypedRead) {
     };
     for (const DWORD type : {1U, 2U, 3U, 4U, 5U, 7U, 0U, 6U, 11U}) {
         store(L"value", type, Bytes(60));
-        for (const auto& [own, read] : reads) {
-            EXPECT_EQ(failureOf([&] { read(L"value"); }), own == type ? L"none" : L"Unexpected value type");
+        for (const auto& each : reads) {
+            EXPECT_EQ(failureOf([&] { each.second(L"value"); }),
+                      each.first == type ? L"none" : L"Unexpected value type");
         }
         const bool known = type != 0 && type != 6 && type < 8;
         EXPECT_EQ(failureOf([&] { readValue(handle, L"value"); }), known ? L"none" : L"Invalid datatype given");
@@ -259,8 +260,8 @@ TEST_F(RegistryValue, OfAnotherTypeIsNoneForATypedRead) {
         EXPECT_EQ(failureOf([&] { makeValue(L"x", data.data(), data.size(), type); }),
                   known ? L"none" : L"Invalid datatype given");
     }
-    for (const auto& [own, read] : reads) {
-        EXPECT_EQ(failureOf([&] { read(L"missing"); }), L"Cannot query the given registry value");
+    for (const auto& each : reads) {
+        EXPECT_EQ(failureOf([&] { each.second(L"missing"); }), L"Cannot query the given registry value");
     }
     EXPECT_EQ(failureOf([&] { readValue(handle, L"missing"); }), L"Cannot query the given registry value");
     store(L"large", REG_BINARY, Bytes(60));

@@ -99,16 +99,16 @@ TEST(TagStore, NamesTheFunctionThatFailsAndItsErrorCode) {
         {"TAG_Set_Data", [](TagStore& store) { store.setData(7, {1}); }},
     };
     TagStore store;
-    for (const auto& [function, action] : cases) {
+    for (const auto& each : cases) {
         // One answers no, the other yes and yet reports an error.
         for (const Behaviour::Kind kind : {Behaviour::Kind::refuse, Behaviour::Kind::code}) {
             devices().setTag(18, "ab");
             devices().setTag(48, "0123456789abcdef");
-            devices().setBehaviour("tags", {kind, 77}, function);
-            EXPECT_EQ(failureOf([&] { action(store); }), function + std::string(" 77"));
+            devices().setBehaviour("tags", {kind, 77}, each.function);
+            EXPECT_EQ(failureOf([&] { each.action(store); }), each.function + std::string(" 77"));
         }
         devices().setBehaviour("tags", {});
-        EXPECT_EQ(failureOf([&] { action(store); }), "none") << function;
+        EXPECT_EQ(failureOf([&] { each.action(store); }), "none") << each.function;
     }
     Bytes buffer(2);
     EXPECT_EQ(failureOf([&] { store.getData(5, buffer); }), "TAG_Get_Data 2") << "there is no such tag";
