@@ -1,6 +1,7 @@
 // The helper's whole life in its order, and what it does while nothing happens.
 #include "tests/scenario/Milestones.h"
 #include "tests/scenario/SavingPanel.h"
+#include "tests/scenario/UsbPanel.h"
 
 TEST(Life, IsBuiltAndTornDownInThisOrder) {
     SavingPanel panel;
@@ -93,4 +94,51 @@ TEST(Life, IsBuiltAndTornDownInThisOrder) {
     EXPECT_EQ(milestones(panel, "t4"), Lines{}); // which still waits as the process ends
     EXPECT_EQ(milestones(panel, "t5"), (Lines{"make queue", "make notification", "set USB ready",
                                               "await queue or USB stop", "close notification", "close queue"}));
+}
+
+TEST(Life, CostsTheUpdatesOfTheStatisticsAloneWhileNothingHappens) {
+    const std::string file = R"(("\MMCMemory\Tarvex\EMMC.xml")";
+    const Lines update{"GetFileAttributesW" + file,
+                       "CreateFileW" + file,
+                       "SetFilePointer",
+                       "ReadFile", // whether there is anything
+                       "SetFilePointer",
+                       "SetFilePointer", // how much
+                       "SetFilePointer",
+                       "ReadFile",
+                       "CloseHandle",
+                       "CreateFileW(\"SHC1:\"",
+                       "DeviceIoControl",
+                       "CloseHandle",
+                       "CreateFileW" + file,
+                       "WriteFile",
+                       "CloseHandle",
+                       "WaitForSingleObject, 300000) = 258 after 300000 ms"};
+    Lines hour;
+    for (int updates = 0; updates < 12; ++updates)
+        hour.insert(hour.end(), update.begin(), update.end());
+    hour.pop_back(); // it waits still
+    for (const bool active : {true, false}) {
+        SavingPanel panel(true, 5000, 0);
+        panel.user(active);
+        panel.pass(60000);
+        EXPECT_EQ(panel.blackWindow(), active ? "hidden" : "black");
+        panel.driver().setTracing(true);
+        panel.pass(3600000);
+        panel.driver().setTracing(false);
+        Lines calls;
+        for (const std::string& line : panel.trace()) {
+            EXPECT_NE(line.find(" TarvexHelper.exe#1 t2 "), std::string::npos) << line;
+            const std::string call = callOf(line);
+            const auto arguments = call.find('(');
+            std::string seen = call.substr(0, arguments);
+            if (call[arguments + 1] == '"')
+                seen += call.substr(arguments, call.find('"', arguments + 2) + 1 - arguments);
+            else if (call.find(" after ") != std::string::npos)
+                seen += call.substr(call.find(','));
+            calls.push_back(seen);
+        }
+        EXPECT_EQ(calls, hour);
+        EXPECT_EQ(panel.terminate(), 0U);
+    }
 }
