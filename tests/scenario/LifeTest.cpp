@@ -98,22 +98,13 @@ TEST(Life, IsBuiltAndTornDownInThisOrder) {
 
 TEST(Life, CostsTheUpdatesOfTheStatisticsAloneWhileNothingHappens) {
     const std::string file = R"(("\MMCMemory\Tarvex\EMMC.xml")";
-    const Lines update{"GetFileAttributesW" + file,
-                       "CreateFileW" + file,
-                       "SetFilePointer",
-                       "ReadFile", // whether there is anything
-                       "SetFilePointer",
-                       "SetFilePointer", // how much
-                       "SetFilePointer",
-                       "ReadFile",
-                       "CloseHandle",
-                       "CreateFileW(\"SHC1:\"",
-                       "DeviceIoControl",
-                       "CloseHandle",
-                       "CreateFileW" + file,
-                       "WriteFile",
-                       "CloseHandle",
-                       "WaitForSingleObject, 300000) = 258 after 300000 ms"};
+    // As the two C libraries find out how long a file is.
+    const Lines seeks(helperFile().extension() == ".exe" ? 5 : 3, "SetFilePointer");
+    const Lines update = joined(
+        {{"GetFileAttributesW" + file, "CreateFileW" + file, "SetFilePointer", "ReadFile"},
+         seeks,
+         {"ReadFile", "CloseHandle", "CreateFileW(\"SHC1:\"", "DeviceIoControl", "CloseHandle", "CreateFileW" + file,
+          "WriteFile", "CloseHandle", "WaitForSingleObject, 300000) = 258 after 300000 ms"}});
     Lines hour;
     for (int updates = 0; updates < 12; ++updates)
         hour.insert(hour.end(), update.begin(), update.end());

@@ -30,20 +30,19 @@ struct Use {
     std::size_t memory = 0; // KB that only this process has: its heap and stacks
 };
 
-// Without what is executable: under an emulator it is what that has made of the program's instructions.
+// An emulator has memory of its own: there it is what lies in the 4 GB that begin with the emulated loader.
 std::size_t ownMemory(const fs::path& process) {
     std::ifstream maps(process / "smaps");
     std::size_t sum = 0;
-    bool executable = false;
+    std::size_t begin = 0;
+    std::size_t end = 0;
+    std::size_t emulated = 0;
     for (std::string line; std::getline(maps, line);) {
-        std::istringstream words(line);
-        std::string first;
-        std::string second;
-        words >> first >> second;
-        if (first.back() != ':')
-            executable = second.find('x') != std::string::npos;
-        else if (first == "Anonymous:" && !executable)
-            sum += std::stoul(second);
+        std::size_t kilobytes = 0;
+        if (std::sscanf(line.c_str(), "Anonymous: %zu", &kilobytes) == 1)
+            sum += emulated == 0 || begin - emulated < 0xFFFFFFFF ? kilobytes : 0;
+        else if (std::sscanf(line.c_str(), "%zx-%zx", &begin, &end) == 2 && emulated == 0 && line.ends_with("/loader"))
+            emulated = begin;
     }
     return sum;
 }
