@@ -123,7 +123,8 @@ std::vector<OperationFacts> tagOperations() {
 } // namespace
 
 const std::vector<DeviceFacts>& knownDevices() {
-    static const std::vector<DeviceFacts> devices = {
+    // Never destroyed: threads may still ask while the process ends.
+    static const auto& devices = *new std::vector<DeviceFacts>{
         {"BKL1", "BKL1:", "backlight", {{"read", 0x01130408, 0, 16}, {"write", 0x0113040C, 16, 0}}, {200, 1, 200, 1}},
         {"BZR1", "BZR1:", "buzzer", {{"beep", 0x01012EF4, 8, 0}}, {}},
         {"SHC1", "SHC1:", "eMMC counter", {{"count", 0x72EE8, 0, 4}}, {0}},

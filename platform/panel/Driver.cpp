@@ -233,7 +233,10 @@ PanelStatus Driver::status() {
                             process.hostPid,
                             process.driver != 0,
                             0,
+                            0,
                             0};
+        for (const HandleRecord& handle : process.handles)
+            entry.handles += handle.object != 0;
         for (const ThreadRecord& thread : call.image.threads)
             if (thread.state != ThreadState::free && thread.process == slot) {
                 ++entry.threads;

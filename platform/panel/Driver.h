@@ -28,6 +28,7 @@ struct ProcessStatus {
     bool driver;
     std::uint32_t threads;
     std::uint32_t waiting; // of these threads
+    std::uint32_t handles; // to kernel objects, open
 };
 
 struct WindowStatus {

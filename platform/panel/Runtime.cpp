@@ -156,6 +156,7 @@ void Runtime::endProcess(std::uint32_t exitCode) {
     if (!current || current->part == Part::none)
         return;
     std::fflush(nullptr); // the host would flush the streams later, when the files are no longer there
+    endsProcess = true;
     if (processEnded.exchange(true))
         return;
     Image& image = *current->mapped;

@@ -34,6 +34,7 @@ void printAsJson(const panel::PanelStatus& status, bool all) {
                             {"state", stateOf(process)},
                             {"threads", process.threads},
                             {"waiting", process.waiting},
+                            {"handles", process.handles},
                             {"hostPid", process.hostPid}});
     Json ended = Json::array();
     for (const auto& process : status.ended)
@@ -48,11 +49,11 @@ void list(const panel::Panel& panel, bool all, bool json) {
     const panel::PanelStatus status = panel::Driver(panel).status();
     if (json)
         return printAsJson(status, all);
-    Table table({"NAME", "STATE", "THREADS", "PID", "PATH", "ARGUMENTS"});
+    Table table({"NAME", "STATE", "THREADS", "HANDLES", "PID", "PATH", "ARGUMENTS"});
     for (const auto& process : status.processes)
         if (all || !process.driver)
-            table.add({process.name, stateOf(process), std::to_string(process.threads), std::to_string(process.hostPid),
-                       process.path, process.commandLine});
+            table.add({process.name, stateOf(process), std::to_string(process.threads), std::to_string(process.handles),
+                       std::to_string(process.hostPid), process.path, process.commandLine});
     if (all)
         for (const auto& process : status.ended)
             table.add({process.name, "ended, " + std::to_string(process.exitCode)});

@@ -302,38 +302,6 @@ TEST(Buzzer, KeepsAHookThatThePlatformDoesNotRemove) {
     EXPECT_EQ(panel.terminate(), 0U);
 }
 
-TEST(Buzzer, GoesAfterTheScreenSaverAndItsHookFirst) {
-    BuzzerPanel panel(settings(true, 3400));
-    panel.write("\\MMCMemory\\Tarvex\\ScreenSaverConfig.xml",
-                "<ScreenSaver><Settings><Enabled>1</Enabled><UserInactivityTimeout>60000</UserInactivityTimeout>"
-                "<MinLuminosityLevel>1</MinLuminosityLevel></Settings></ScreenSaver>");
-    panel.driver().setTracing(true);
-    panel.startHelper();
-    EXPECT_EQ(panel.clicksOf(leftPress), Words{3400});
-    EXPECT_EQ(panel.terminate(), 0U);
-    // The ends of the two drivers' handles, of the hook, and of the dispatcher's window, which is the last one.
-    std::map<std::string, std::string> drivers; // by handle
-    Lines ends;
-    for (const std::string& line : panel.trace()) {
-        const auto is = [&](const char* function) {
-            return line.find(std::string(" t1 ") + function + "[") != std::string::npos;
-        };
-        for (const char* name : {"BKL1:", "BZR1:"})
-            if (is("CreateFileW") && line.find(name) != std::string::npos)
-                drivers["(" + line.substr(line.rfind(") = ") + 4) + ")"] = name;
-        const std::size_t arguments = std::min(line.find('('), line.size());
-        const auto driver = drivers.find(line.substr(arguments, line.find(')') - arguments + 1));
-        if (is("CloseHandle") && driver != drivers.end())
-            ends.push_back(driver->second);
-        else if (is("UnhookWindowsHookEx"))
-            ends.push_back("hook");
-        else if (is("DestroyWindow"))
-            ends.push_back("window");
-    }
-    ASSERT_GE(ends.size(), 4U);
-    EXPECT_EQ(Lines(ends.end() - 4, ends.end()), (Lines{"BKL1:", "hook", "BZR1:", "window"}));
-}
-
 TEST(Buzzer, WithoutItsEventsThereIsNoHelper) {
     for (const std::uint32_t call : {1U, 2U}) {
         BuzzerPanel panel(settings(true, 3400));

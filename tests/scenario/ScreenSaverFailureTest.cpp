@@ -6,9 +6,6 @@ TEST(ScreenSaver, EndsTheHelperWithoutItsDriver) {
     SavingPanel atBoot;
     atBoot.panel().devices().setPresent("BKL1", false);
     EXPECT_EQ(atBoot.run(ScenarioPanel::helper), 1U);
-    Lines begun = ScenarioPanel::managerLines();
-    begun.resize(2); // no module is made behind it
-    EXPECT_EQ(atBoot.log(), firstStartLines(joined({begun, end})));
     const auto expectScreenAsItWas = [](SavingPanel& panel) {
         EXPECT_EQ(panel.levels(), usersLevels);
         EXPECT_EQ(panel.blackWindow(), "none");
@@ -95,17 +92,4 @@ TEST(ScreenSaver, EndsTheHelperWhenTheDriverRefusesOnTheMainThread) {
         EXPECT_EQ(panel.levels(), dimmedTo(0)); // for good
         EXPECT_EQ(panel.blackWindow(), "none");
     }
-}
-
-TEST(ScreenSaver, FailsTheEndOfAHelperWhoseMonitorDoesNotEnd) {
-    SavingPanel panel(true, 5000, 128);
-    panel.panel().devices().setBehaviour("BKL1", {panel::Behaviour::Kind::block, 0}, "read");
-    panel.user(false);
-    panel.pass(5000); // its thread waits in the driver for ever
-    const std::uint64_t asked = panel.driver().status().time;
-    EXPECT_EQ(panel.terminate(), 1U);
-    EXPECT_EQ(panel.driver().status().ended.back().time, asked + 40000);
-    EXPECT_EQ(panel.errors(),
-              Lines{"ERROR;Exception UserInactivityMonitorException: Failed to terminate monitor thread"});
-    EXPECT_EQ(panel.levels(), usersLevels);
 }

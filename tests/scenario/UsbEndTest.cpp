@@ -16,6 +16,18 @@ TEST_F(UsbConfiguration, NoticesNothingElseWhileAProgramRuns) {
     EXPECT_EQ(panel.terminate(), 0U);
 }
 
+TEST_F(UsbConfiguration, OpensADiskTwiceThatHasTheNameOfOneThatIsGone) {
+    startHelper();
+    plug(document(command("sleep 10000", true)));
+    pass(1000);
+    EXPECT_EQ(plug(document(command("exit 2", true)), 0, "Hard Disk2"), "DSK2:");
+    unplug("DSK2:");
+    EXPECT_EQ(plug(document(command("exit 3", true)), 0, "Hard Disk3"), "DSK2:");
+    pass(11000);
+    EXPECT_EQ(ended(), (Lines{"Actor.exe#1 at 10500: 0", "Actor.exe#2 at 11000: 3", "Actor.exe#3 at 11500: 3"}));
+    EXPECT_EQ(panel.terminate(), 0U);
+}
+
 TEST_F(UsbConfiguration, EndsCleanlyWithAProgramThatEndsInTime) {
     startHelper();
     plug(document(command("sleep 15000", true) + command("exit 2", true)));
@@ -51,25 +63,40 @@ TEST_F(UsbConfiguration, CarriesOutNothingThatIsFoundAfterItsEnd) {
     EXPECT_EQ(another.errors(), Lines{});
 }
 
-TEST_F(UsbConfiguration, FailsToEndWhileItsThreadIsBusy) {
-    for (const bool opening : {false, true}) {
+// What has come before it, though nobody is notified any more.
+TEST_F(UsbConfiguration, HearsOfItsEndAfterAllDisksThatHaveCome) {
+    for (const bool gone : {false, true}) {
         ScenarioPanel another;
         setUp(another);
         another.driver().start(ScenarioPanel::helper);
         ASSERT_TRUE(another.reachesLoop());
-        const panel::Partition endless = partition("Hard Disk", document(command("sleep 3600000", true)));
-        another.panel().plug({{endless}, opening ? panel::never : 0});
+        another.panel().plug({{partition("Hard Disk", document(command("sleep 10000", true)))}});
         another.driver().advance(1000);
-        EXPECT_EQ(endHelper(another), 1U);
-        EXPECT_EQ(another.driver().status().time, 21000U);
-        const Lines lines = another.log();
-        ASSERT_GT(lines.size(), 3U);
-        EXPECT_EQ(Lines(lines.end() - 3, lines.end()),
-                  (Lines{"INFO;Module manager terminated",
-                         "ERROR;Exception UsbDeviceException: Failed to terminate monitor thread",
-                         "INFO;Helper terminated"}));
-        EXPECT_EQ(another.isRunning("Actor.exe#1"), !opening) << "what it started goes on";
+        for (const char* volume : {"Hard Disk2", "Hard Disk3"})
+            another.panel().plug({{partition(volume, document(command("exit 2", true)))}});
+        if (gone)
+            another.panel().disks().unplug("Hard Disk2");
+        EXPECT_EQ(endHelper(another), gone ? 1U : 0U);
+        EXPECT_EQ(another.driver().status().time, gone ? 21000U : 11500U);
+        EXPECT_EQ(another.driver().status().ended.size(), 2U); // the helper, and the one program
+        EXPECT_EQ(another.errors(),
+                  gone ? Lines{"ERROR;Exception UsbDeviceException: Failed to terminate monitor thread"} : Lines{});
     }
+}
+
+TEST_F(UsbConfiguration, FailsToEndWhileAProgramIsWaitedForWhichGoesOn) {
+    startHelper();
+    plug(document(command("sleep 3600000", true)));
+    pass(1000);
+    EXPECT_EQ(endHelper(panel), 1U);
+    EXPECT_EQ(panel.driver().status().time, 21000U);
+    const Lines lines = logged();
+    ASSERT_GT(lines.size(), 3U);
+    EXPECT_EQ(
+        Lines(lines.end() - 3, lines.end()),
+        (Lines{"INFO;Module manager terminated",
+               "ERROR;Exception UsbDeviceException: Failed to terminate monitor thread", "INFO;Helper terminated"}));
+    EXPECT_TRUE(panel.isRunning("Actor.exe#1"));
 }
 
 TEST_F(UsbConfiguration, LivesOnWithoutItsThread) {

@@ -21,8 +21,9 @@ struct Named {
     FARPROC function;
 };
 
+// Neither list is ever destroyed: threads may still ask while the process ends.
 const std::vector<Named>& coreFunctions() {
-    static const std::vector<Named> functions = {
+    static const auto& functions = *new std::vector<Named>{
 #define COREDLL(name, how, failure, lastError) {#name, address(&::name)},
 #define COREDLL_SURE(name, how) {#name, address(&::name)},
 #include <coredll.inc>
@@ -31,7 +32,7 @@ const std::vector<Named>& coreFunctions() {
 }
 
 const std::vector<Named>& tagFunctions() {
-    static const std::vector<Named> functions = {
+    static const auto& functions = *new std::vector<Named>{
 #define TAG_FUNCTION(name) {#name, address(&::name)},
 #include <tagUserAPI.inc>
     };

@@ -20,6 +20,7 @@ constexpr std::uint32_t patience = 500;
 } // namespace
 
 std::atomic<bool> processEnded{false};
+thread_local bool endsProcess = false;
 
 void standStill() {
     for (;;)
