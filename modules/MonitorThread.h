@@ -12,8 +12,8 @@ public:
     // What runs on the worker thread.
     class Loop {
     public:
-        // Returns at once, or calls `ready` and runs, as a rule until the stop event is set; the thread's exit code. An exception
-        // that leaves it is logged at ERROR, with its message or as "Generic exception", and ends the thread.
+        // Returns at once, or calls `ready` and runs, as a rule until the stop event is set; the thread's exit code. An
+        // exception that leaves it is logged at ERROR, with its message or as "Generic exception", and ends the thread.
         virtual DWORD run() = 0;
 
     protected:
@@ -30,8 +30,8 @@ public:
     // Auto-reset.
     HANDLE stopEvent() const;
 
-    // Starts a thread and returns when that is ready or has ended, so that it can be stopped at once; at the latest after
-    // 20000 ms, and at once if the platform twice refuses to wait. False: the platform made no thread.
+    // Starts a thread and returns when that is ready or has ended, so that it can be stopped at once; at the latest
+    // after 20000 ms, and at once if the platform twice refuses to wait. False: the platform made no thread.
     bool start();
     // To be called once by the worker.
     void ready();

@@ -1,4 +1,5 @@
 // "EMMC.xml" over a helper's life, from outside.
+#include "tests/scenario/StatisticsFile.h"
 #include "tests/support/ScenarioPanel.h"
 
 #include <gtest/gtest.h>
@@ -9,34 +10,8 @@ using panel::Behaviour;
 
 namespace {
 
-constexpr const char* path = "\\MMCMemory\\Tarvex\\EMMC.xml";
 constexpr const char* key = "HKEY_LOCAL_MACHINE\\ORVA"; // of the platform version
 constexpr std::uint64_t hour = 3600000;
-
-std::string file(const std::string& sessionCount, std::uint64_t sessionDuration, const std::string& totalCount,
-                 std::uint64_t totalDuration, const std::string& totalHigh = "0") {
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-           "<EMMC>\n"
-           "    <Settings>\n"
-           "        <SessionWriteCountHigh>0</SessionWriteCountHigh>\n"
-           "        <SessionWriteCountLow>" +
-           sessionCount +
-           "</SessionWriteCountLow>\n"
-           "        <SessionDuration>" +
-           std::to_string(sessionDuration) +
-           "</SessionDuration>\n"
-           "        <TotalWriteCountHigh>" +
-           totalHigh +
-           "</TotalWriteCountHigh>\n"
-           "        <TotalWriteCountLow>" +
-           totalCount +
-           "</TotalWriteCountLow>\n"
-           "        <TotalDuration>" +
-           std::to_string(totalDuration) +
-           "</TotalDuration>\n"
-           "    </Settings>\n"
-           "</EMMC>\n";
-}
 
 struct CountingPanel : ScenarioPanel {
     explicit CountingPanel(std::uint32_t ticks = 0) : ScenarioPanel(ticks) {
@@ -64,25 +39,25 @@ struct CountingPanel : ScenarioPanel {
 TEST(EMMC, IsRecordedOverHoursAndReboots) {
     CountingPanel panel;
     panel.startHelper(500, 31999);
-    EXPECT_EQ(panel.read(path), file("500", 31, "500", 31));
+    EXPECT_EQ(panel.read(statisticsPath), statisticsFile(500, 31, 500, 31));
     panel.pass(2 * hour);
-    EXPECT_EQ(panel.read(path), file("500", 7231, "500", 7231));
+    EXPECT_EQ(panel.read(statisticsPath), statisticsFile(500, 7231, 500, 7231));
     panel.setCount(700);
     panel.pass(hour);
-    EXPECT_EQ(panel.read(path), file("700", 10831, "700", 10831));
+    EXPECT_EQ(panel.read(statisticsPath), statisticsFile(700, 10831, 700, 10831));
     EXPECT_EQ(panel.terminate(), 0U);
-    EXPECT_EQ(panel.read(path), file("700", 10831, "700", 10831)) << "the end writes nothing";
+    EXPECT_EQ(panel.read(statisticsPath), statisticsFile(700, 10831, 700, 10831)) << "the end writes nothing";
 
     panel.reboot();
     panel.startHelper(20, 5000); // the counter begins anew
-    EXPECT_EQ(panel.read(path), file("20", 5, "720", 10836));
+    EXPECT_EQ(panel.read(statisticsPath), statisticsFile(20, 5, 720, 10836));
     panel.panel().devices().setBehaviour("SHC1", {Behaviour::Kind::refuse, 31}, "count");
     panel.pass(hour);
-    EXPECT_EQ(panel.read(path), file("0", 3605, "700", 14436));
+    EXPECT_EQ(panel.read(statisticsPath), statisticsFile(0, 3605, 700, 14436));
     panel.panel().devices().setBehaviour("SHC1", {});
     panel.setCount(60);
     panel.pass(hour);
-    EXPECT_EQ(panel.read(path), file("60", 7205, "760", 18036));
+    EXPECT_EQ(panel.read(statisticsPath), statisticsFile(60, 7205, 760, 18036));
     EXPECT_EQ(panel.terminate(), 0U);
     EXPECT_EQ(panel.errors(), Lines{}) << "nothing of this is reported";
 }
@@ -90,47 +65,47 @@ TEST(EMMC, IsRecordedOverHoursAndReboots) {
 TEST(EMMC, CountsWhatWasBeforeTheStartAsOftenAsTheHelperIsStarted) {
     CountingPanel panel(0xFFFFE000); // the tick count begins anew within the first session
     panel.startHelper(5, 0);
-    EXPECT_EQ(panel.read(path), file("5", 4294959, "5", 4294959));
+    EXPECT_EQ(panel.read(statisticsPath), statisticsFile(5, 4294959, 5, 4294959));
     panel.pass(300000);
     EXPECT_EQ(panel.terminate(), 0U);
     panel.startHelper(5, 0);
-    EXPECT_EQ(panel.read(path), file("5", 291, "10", 4294959 + 300 + 291));
+    EXPECT_EQ(panel.read(statisticsPath), statisticsFile(5, 291, 10, 4294959 + 300 + 291));
     EXPECT_EQ(panel.terminate(), 0U);
 }
 
 TEST(EMMC, GrowsWithEachUpdateFrom4294967295On) {
     CountingPanel panel;
-    panel.write(path, file("800", 7231, "4294966795", 7231));
+    panel.write(statisticsPath, statisticsFile(800, 7231, 4294966795, 7231));
     panel.startHelper(500, 0);
-    EXPECT_EQ(panel.read(path), file("500", 0, "4294967295", 7231, "1"));
+    EXPECT_EQ(panel.read(statisticsPath), statisticsFile(500, 0, 4294967295, 7231, 1));
     panel.pass(2 * hour);
-    EXPECT_EQ(panel.read(path), file("500", 7200, "4294967295", 14431, "25"));
+    EXPECT_EQ(panel.read(statisticsPath), statisticsFile(500, 7200, 4294967295, 14431, 25));
     EXPECT_EQ(panel.terminate(), 0U);
 }
 
 TEST(EMMC, SurvivesAFileThatIsMissingDamagedOrCannotBeWritten) {
     CountingPanel panel;
     panel.startHelper(10, 0);
-    std::filesystem::remove(panel.panel().hostPath(path));
+    std::filesystem::remove(panel.panel().hostPath(statisticsPath));
     panel.pass(300000);
-    EXPECT_EQ(panel.read(path), file("10", 300, "10", 300)) << "begun anew";
-    panel.write(path, "<EMMC><Settings><TotalDuration>77</TotalDur");
+    EXPECT_EQ(panel.read(statisticsPath), statisticsFile(10, 300, 10, 300)) << "begun anew";
+    panel.write(statisticsPath, "<EMMC><Settings><TotalDuration>77</TotalDur");
     panel.pass(300000);
-    EXPECT_EQ(panel.read(path), "<EMMC><Settings><TotalDuration>77</TotalDur") << "looked at again";
+    EXPECT_EQ(panel.read(statisticsPath), "<EMMC><Settings><TotalDuration>77</TotalDur") << "looked at again";
     panel.pass(300);
-    EXPECT_EQ(panel.read(path), file("10", 300, "10", 300)) << "begun anew";
-    panel.write(path, "<EMMC><Settings><TotalDuration>77</TotalDuration></Settings></EMMC>");
+    EXPECT_EQ(panel.read(statisticsPath), statisticsFile(10, 300, 10, 300)) << "begun anew";
+    panel.write(statisticsPath, "<EMMC><Settings><TotalDuration>77</TotalDuration></Settings></EMMC>");
     panel.pass(300000);
-    EXPECT_EQ(panel.read(path), file("10", 300, "10", 377)) << "what there is counts";
+    EXPECT_EQ(panel.read(statisticsPath), statisticsFile(10, 300, 10, 377)) << "what there is counts";
 
-    const std::filesystem::path host = panel.panel().hostPath(path);
+    const std::filesystem::path host = panel.panel().hostPath(statisticsPath);
     std::filesystem::permissions(host, std::filesystem::perms::owner_read);
     panel.setCount(15);
     panel.pass(300300);
-    EXPECT_EQ(panel.read(path), file("10", 300, "10", 377));
+    EXPECT_EQ(panel.read(statisticsPath), statisticsFile(10, 300, 10, 377));
     std::filesystem::permissions(host, std::filesystem::perms::owner_write, std::filesystem::perm_options::add);
     panel.pass(300000);
-    EXPECT_EQ(panel.read(path), file("15", 600, "15", 677)) << "five minutes are lost, but no write";
+    EXPECT_EQ(panel.read(statisticsPath), statisticsFile(15, 600, 15, 677)) << "five minutes are lost, but no write";
     EXPECT_EQ(panel.terminate(), 0U);
     EXPECT_EQ(panel.errors(), Lines{}) << "nothing of this is reported";
 }
@@ -150,7 +125,7 @@ TEST(EMMC, IsRecordedFromVersion15On) {
         panel.driver().start(ScenarioPanel::helper);
         EXPECT_TRUE(panel.reachesLoop());
         panel.driver().settle();
-        EXPECT_EQ(panel.exists(path), recorded);
+        EXPECT_EQ(panel.exists(statisticsPath), recorded);
         EXPECT_EQ(panel.panel().devices().requests("SHC1").size(), recorded ? 1U : 0U);
         EXPECT_EQ(panel.terminate(), 0U);
         EXPECT_EQ(panel.errors(), Lines{});
@@ -176,6 +151,6 @@ TEST(EMMC, AMissingVersionOrOneThatIsNoTextEndsTheHelper) {
             firstStartLines({"INFO;Module manager initialization",
                              std::string("ERROR;Exception OrvaUtils::Registry::RegistryException: ") + each.failure,
                              "INFO;Helper terminated"}));
-        EXPECT_FALSE(panel.exists(path));
+        EXPECT_FALSE(panel.exists(statisticsPath));
     }
 }

@@ -1,5 +1,6 @@
 // A week of panel time with one helper: what it has kept, logged and done then, and what it has cost.
 #include "platform/panel/Operator.h"
+#include "tests/scenario/StatisticsFile.h"
 #include "tests/scenario/UsbPanel.h"
 
 #include <cstdio>
@@ -21,7 +22,6 @@ constexpr bool memoryIsItsOwn = false; // the sanitizers keep what was freed, an
 #else
 constexpr bool memoryIsItsOwn = true;
 #endif
-constexpr const char* statisticsFile = "\\MMCMemory\\Tarvex\\EMMC.xml";
 
 struct Use {
     std::uint32_t threads = 0;
@@ -100,21 +100,6 @@ protected:
         panel.panel().devices().setValues("SHC1", {counter});
     }
 
-    std::string statistics(std::uint64_t session, std::uint64_t sessionTime, std::uint64_t total,
-                           std::uint64_t totalTime) {
-        std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<EMMC>\n    <Settings>\n";
-        const auto value = [&](const std::string& name, std::uint64_t number) {
-            text += "        <" + name + '>' + std::to_string(number) + "</" + name + ">\n";
-        };
-        value("SessionWriteCountHigh", 0);
-        value("SessionWriteCountLow", session);
-        value("SessionDuration", sessionTime);
-        value("TotalWriteCountHigh", 0);
-        value("TotalWriteCountLow", total);
-        value("TotalDuration", totalTime);
-        return text + "    </Settings>\n</EMMC>\n";
-    }
-
     // That the log's two files hold every line of the last days, and not more than they may.
     void expectLog() {
         std::uint64_t next = 0;
@@ -140,7 +125,7 @@ protected:
 TEST_F(Week, AddsUpAndCostsNothingForGood) {
     constexpr std::uint32_t ticks = 0xF0000000;
     panel.driver().setTicks(ticks);
-    panel.write(statisticsFile, statistics(999, 77, 5000000, 1000));
+    panel.write(statisticsPath, statisticsFile(999, 77, 5000000, 1000));
     startHelper();
     panel.driver().advance(1000);
     Use before;
@@ -165,8 +150,8 @@ TEST_F(Week, AddsUpAndCostsNothingForGood) {
         EXPECT_LE(after.memory, before.memory + memoryLimit);
     }
     EXPECT_EQ(panel.terminate(), 0U);
-    const std::uint64_t seconds = ticks / 1000 + days * updatesADay * (updateInterval / 1000);
-    EXPECT_EQ(panel.read(statisticsFile), statistics(counter, seconds, 5000000ULL + counter, 1000 + seconds));
+    const std::uint32_t seconds = ticks / 1000 + days * updatesADay * (updateInterval / 1000);
+    EXPECT_EQ(panel.read(statisticsPath), statisticsFile(counter, seconds, 5000000 + counter, 1000 + seconds));
     const panel::Devices devices = panel.panel().devices();
     EXPECT_EQ(devices.requests("SHC1").size(), 1U + days * updatesADay);
     EXPECT_EQ(devices.requests("BZR1").size(), 2U * 24 * days);
