@@ -2,29 +2,12 @@
 // same list in words.
 #pragma once
 
-#include <cstdint>
-#include <string>
-#include <string_view>
-
-enum class Start { fromDisk, inPlace };
-
-struct KnownLoss {
-    Start start;
-    std::uint32_t process; // how many-th helper
-    std::string_view function;
-    std::string_view arguments; // what the call's arguments begin with
-    std::string_view
-        loss; // of the end state: - missing, + left over, ~ other content; flashWritable until the next boot
-    std::uint32_t occurrence = 0; // which of the calls with these arguments; 0: each
-};
-
-inline constexpr const char* flashWritable = "the flash is writable";
-// As an occurrence: the last one. The panel's C run time looks at a file's position once more, and can do without.
-inline constexpr std::uint32_t last = 0xFFFFFFFF;
+#include "tests/scenario/Sweep.h"
 
 // The disk's folder is deleted whatever was copied; the leftovers on the disk are registered for cleanup in the
 // settings alone, by a helper that starts once.
 #define ON_DISK "+Hard Disk\\_rm_Tarvex\\ +Hard Disk\\_rm_Tarvex\\_rm_TarvexHelper.exe"
+#define FOLDER_ON_DISK "+Hard Disk\\Tarvex\\ +Hard Disk\\Tarvex\\_rm_TarvexHelper.exe"
 #define SETTINGS "~MMCMemory\\Tarvex\\config.xml"
 #define DEEP "-MMCMemory\\Tarvex\\data\\deep\\ -MMCMemory\\Tarvex\\data\\deep\\table.bin"
 #define TABLE "-MMCMemory\\Tarvex\\data\\deep\\table.bin"
@@ -36,121 +19,165 @@ inline constexpr std::uint32_t last = 0xFFFFFFFF;
     NEW_FILE " -HKEY_CLASSES_ROOT\\.osr| -HKEY_CLASSES_ROOT\\osrfile\\DefaultIcon| "                                   \
              "-HKEY_CLASSES_ROOT\\osrfile\\shell\\open\\command| -HKEY_CLASSES_ROOT\\osrfile|"
 #define AUTORUN "-HKEY_LOCAL_MACHINE\\init|Depend61 -HKEY_LOCAL_MACHINE\\init|Launch61"
-#define UNREGISTERED ASSOCIATION " " AUTORUN
+#define STATISTICS "MMCMemory\\Tarvex\\EMMC.xml"
+#define NEVER_RUN ASSOCIATION " " AUTORUN " -" STATISTICS
 #define SCREEN_SAVER "-MMCMemory\\Tarvex\\ScreenSaverConfig.xml"
 #define BUZZER "-MMCMemory\\Tarvex\\TouchBuzzerConfig.xml"
 #define FREQUENCY "~MMCMemory\\Tarvex\\TouchBuzzerConfig.xml"
 #define HELPER "-MMCMemory\\Tarvex\\TarvexHelper.exe"
 
+#define STATISTICS_FILE R"("\MMCMemory\Tarvex\EMMC.xml")"
+#define SAVER_FILE R"("\MMCMemory\Tarvex\ScreenSaverConfig.xml")"
+#define BUZZER_FILE R"("\MMCMemory\Tarvex\TouchBuzzerConfig.xml")"
+#define DISK_FILE R"("\Hard Disk\Tarvex.xml")"
+
+// A file is read in whole, once it is open: its first byte, its size, its content.
+#define READING(where, file, loss)                                                                                     \
+    {where, "SetFilePointer", file ", 0, 2", loss}, {where, "SetFilePointer", file ", 0, 1", loss, last},              \
+        {where, "SetFilePointer", file ", 0, 0", loss, 2}, {                                                           \
+        where, "ReadFile", file ",", loss                                                                              \
+    }
+
 inline constexpr KnownLoss knownLosses[] = {
     // Copying: what cannot be listed, made or copied is gone with the disk's folder.
-    {Start::fromDisk, 1, "GetFileAttributesW", R"("Hard Disk\Tarvex\Tarvex.exe")",
+    {installer, "GetFileAttributesW", R"("Hard Disk\Tarvex\Tarvex.exe")",
      SCREEN_SAVER " " APPLICATION " " BUZZER " " DATA " " README, 1},
-    {Start::fromDisk, 1, "FindFirstFileW", R"("Hard Disk\Tarvex\*")",
-     UNREGISTERED " " SCREEN_SAVER " " APPLICATION " " HELPER " " BUZZER " " SETTINGS " " DATA " " README " " ON_DISK},
-    {Start::fromDisk, 1, "FindFirstFileW", R"("Hard Disk\Tarvex\data\*")", DEEP},
-    {Start::fromDisk, 1, "FindFirstFileW", R"("Hard Disk\Tarvex\data\deep\*")", TABLE},
-    {Start::fromDisk, 1, "FindNextFileW", R"("Hard Disk\Tarvex\*", "readme.txt")",
-     UNREGISTERED " " SCREEN_SAVER " " APPLICATION " " HELPER " " BUZZER " " SETTINGS " " README " " ON_DISK},
-    {Start::fromDisk, 1, "FindNextFileW", R"("Hard Disk\Tarvex\*", "ScreenSaverConfig.xml")",
-     UNREGISTERED " " SCREEN_SAVER " " APPLICATION " " HELPER " " BUZZER " " SETTINGS " " ON_DISK},
-    {Start::fromDisk, 1, "FindNextFileW", R"("Hard Disk\Tarvex\*", "Tarvex.exe")",
-     UNREGISTERED " " APPLICATION " " HELPER " " BUZZER " " SETTINGS " " ON_DISK},
-    {Start::fromDisk, 1, "FindNextFileW", R"("Hard Disk\Tarvex\*", "TarvexHelper.exe")",
-     UNREGISTERED " " HELPER " " BUZZER " " SETTINGS " " ON_DISK},
-    {Start::fromDisk, 1, "FindNextFileW", R"("Hard Disk\Tarvex\*", "TouchBuzzerConfig.xml")", BUZZER},
-    {Start::fromDisk, 1, "CreateDirectoryW", R"("\MMCMemory\Tarvex\data")", DATA},
-    {Start::fromDisk, 1, "CreateDirectoryW", R"("\MMCMemory\Tarvex\data\deep")", DEEP},
-    {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\data\deep\table.bin")", TABLE},
-    {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\readme.txt")", README},
-    {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\Tarvex.exe")", APPLICATION},
-    {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\TarvexHelper.exe")",
-     UNREGISTERED " " HELPER " " FREQUENCY " " SETTINGS " " ON_DISK},
-    {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\ScreenSaverConfig.xml")", SCREEN_SAVER},
-    {Start::fromDisk, 1, "CopyFileW", R"("Hard Disk\Tarvex\TouchBuzzerConfig.xml")", BUZZER},
+    {installer, "FindFirstFileW", R"("Hard Disk\Tarvex\*")",
+     NEVER_RUN " " SCREEN_SAVER " " APPLICATION " " HELPER " " BUZZER " " SETTINGS " " DATA " " README " " ON_DISK},
+    {installer, "FindFirstFileW", R"("Hard Disk\Tarvex\data\*")", DEEP},
+    {installer, "FindFirstFileW", R"("Hard Disk\Tarvex\data\deep\*")", TABLE},
+    {installer, "FindNextFileW", R"("Hard Disk\Tarvex\*", "readme.txt")",
+     NEVER_RUN " " SCREEN_SAVER " " APPLICATION " " HELPER " " BUZZER " " SETTINGS " " README " " ON_DISK},
+    {installer, "FindNextFileW", R"("Hard Disk\Tarvex\*", "ScreenSaverConfig.xml")",
+     NEVER_RUN " " SCREEN_SAVER " " APPLICATION " " HELPER " " BUZZER " " SETTINGS " " ON_DISK},
+    {installer, "FindNextFileW", R"("Hard Disk\Tarvex\*", "Tarvex.exe")",
+     NEVER_RUN " " APPLICATION " " HELPER " " BUZZER " " SETTINGS " " ON_DISK},
+    {installer, "FindNextFileW", R"("Hard Disk\Tarvex\*", "TarvexHelper.exe")",
+     NEVER_RUN " " HELPER " " BUZZER " " SETTINGS " " ON_DISK},
+    {installer, "FindNextFileW", R"("Hard Disk\Tarvex\*", "TouchBuzzerConfig.xml")", BUZZER},
+    {installer, "CreateDirectoryW", R"("\MMCMemory\Tarvex\data")", DATA},
+    {installer, "CreateDirectoryW", R"("\MMCMemory\Tarvex\data\deep")", DEEP},
+    {installer, "CopyFileW", R"("Hard Disk\Tarvex\data\deep\table.bin")", TABLE},
+    {installer, "CopyFileW", R"("Hard Disk\Tarvex\readme.txt")", README},
+    {installer, "CopyFileW", R"("Hard Disk\Tarvex\Tarvex.exe")", APPLICATION},
+    {installer, "CopyFileW", R"("Hard Disk\Tarvex\TarvexHelper.exe")",
+     NEVER_RUN " " HELPER " " FREQUENCY " " SETTINGS " " ON_DISK},
+    {installer, "CopyFileW", R"("Hard Disk\Tarvex\ScreenSaverConfig.xml")", SCREEN_SAVER},
+    {installer, "CopyFileW", R"("Hard Disk\Tarvex\TouchBuzzerConfig.xml")", BUZZER},
     // Renaming the disk's folder away: only direct entries of the disk with the prefix are cleaned up later.
-    {Start::fromDisk, 1, "MoveFileW", R"("\Hard Disk\Tarvex", )",
-     "+Hard Disk\\Tarvex\\ +Hard Disk\\Tarvex\\_rm_TarvexHelper.exe"},
+    {installer, "MoveFileW", R"("\Hard Disk\Tarvex", )", FOLDER_ON_DISK},
     // Writing the settings before the hand-over: what was registered for cleanup is forgotten; a file cut short reads
     // as empty settings with log level 0.
-    {Start::fromDisk, 1, "CreateFileW", R"("\MMCMemory\Tarvex\config.xml", 0x40000000)", ON_DISK},
-    {Start::fromDisk, 1, "WriteFile", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS " " ON_DISK},
+    {installer, "CreateFileW", R"("\MMCMemory\Tarvex\config.xml", 0x40000000)", ON_DISK},
+    {installer, "WriteFile", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS " " ON_DISK},
     // Reading the settings: taken for missing, or for empty, and written back so.
-    {Start::fromDisk, 2, "GetFileAttributesW", R"("\MMCMemory\Tarvex\config.xml")", ON_DISK},
-    {Start::fromDisk, 2, "CreateFileW", R"("\MMCMemory\Tarvex\config.xml", 0x80000000)", SETTINGS " " ON_DISK},
-    {Start::fromDisk, 2, "SetFilePointer", R"("\MMCMemory\Tarvex\config.xml", 0, 2)", SETTINGS " " ON_DISK},
-    {Start::fromDisk, 2, "SetFilePointer", R"("\MMCMemory\Tarvex\config.xml", 0, 1)", SETTINGS " " ON_DISK, last},
-    {Start::fromDisk, 2, "SetFilePointer", R"("\MMCMemory\Tarvex\config.xml", 0, 0)", SETTINGS " " ON_DISK, 2},
-    {Start::fromDisk, 2, "ReadFile", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS " " ON_DISK},
-    {Start::inPlace, 1, "GetFileAttributesW", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS " +MMCMemory\\_rm_old.exe"},
-    {Start::inPlace, 1, "CreateFileW", R"("\MMCMemory\Tarvex\config.xml", 0x80000000)",
-     SETTINGS " +MMCMemory\\_rm_old.exe"},
-    {Start::inPlace, 1, "SetFilePointer", R"("\MMCMemory\Tarvex\config.xml", 0, 2)",
-     SETTINGS " +MMCMemory\\_rm_old.exe"},
-    {Start::inPlace, 1, "SetFilePointer", R"("\MMCMemory\Tarvex\config.xml", 0, 1)",
-     SETTINGS " +MMCMemory\\_rm_old.exe", last},
-    {Start::inPlace, 1, "SetFilePointer", R"("\MMCMemory\Tarvex\config.xml", 0, 0)",
-     SETTINGS " +MMCMemory\\_rm_old.exe", 2},
-    {Start::inPlace, 1, "ReadFile", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS " +MMCMemory\\_rm_old.exe"},
+    {installed, "GetFileAttributesW", R"("\MMCMemory\Tarvex\config.xml")", ON_DISK},
+    {installed, "CreateFileW", R"("\MMCMemory\Tarvex\config.xml", 0x80000000)", SETTINGS " " ON_DISK},
+    READING(installed, R"("\MMCMemory\Tarvex\config.xml")", SETTINGS " " ON_DISK),
+    {inPlace, "GetFileAttributesW", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS " +MMCMemory\\_rm_old.exe"},
+    {inPlace, "CreateFileW", R"("\MMCMemory\Tarvex\config.xml", 0x80000000)", SETTINGS " +MMCMemory\\_rm_old.exe"},
+    READING(inPlace, R"("\MMCMemory\Tarvex\config.xml")", SETTINGS " +MMCMemory\\_rm_old.exe"),
+    // Writing the settings in place: the file is cut short.
+    {installed | inPlace | alive, "WriteFile", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS},
     // Writing the association's last key: no check looks at it, so it is never written again.
-    {Start::fromDisk, 2, "RegCreateKeyExW", R"(HKEY_CLASSES_ROOT, ".osr\ShellNew")", NEW_FILE},
-    {Start::fromDisk, 2, "RegSetValueExW", R"(HKEY_CLASSES_ROOT, ".osr\ShellNew")", NEW_FILE},
-    {Start::inPlace, 1, "RegCreateKeyExW", R"(HKEY_CLASSES_ROOT, ".osr\ShellNew")", NEW_FILE},
-    {Start::inPlace, 1, "RegSetValueExW", R"(HKEY_CLASSES_ROOT, ".osr\ShellNew")", NEW_FILE},
+    {installed | inPlace | alive, "RegCreateKeyExW", R"(HKEY_CLASSES_ROOT, ".osr\ShellNew")", NEW_FILE},
+    {installed | inPlace | alive, "RegSetValueExW", R"(HKEY_CLASSES_ROOT, ".osr\ShellNew")", NEW_FILE},
     // Flushing: the next start finds everything in place, and does not flush. Lost if the power goes before an orderly
     // switching off.
-    {Start::fromDisk, 2, "RegFlushKey", "HKEY_LOCAL_MACHINE", AUTORUN},
-    {Start::fromDisk, 2, "RegFlushKey", "HKEY_CLASSES_ROOT", ASSOCIATION},
-    {Start::inPlace, 1, "RegFlushKey", "HKEY_LOCAL_MACHINE", AUTORUN},
-    {Start::inPlace, 1, "RegFlushKey", "HKEY_CLASSES_ROOT", ASSOCIATION},
+    {installed | inPlace | alive, "RegFlushKey", "HKEY_LOCAL_MACHINE", AUTORUN},
+    {installed | inPlace | alive, "RegFlushKey", "HKEY_CLASSES_ROOT", ASSOCIATION},
     // The Zentrix cleanup, which nobody repeats when the backup has gone: locking the flash, deleting the executable.
-    {Start::inPlace, 1, "CreateFileW", R"("\NANDFlash\Vol:")", flashWritable, 2},
-    {Start::inPlace, 1, "DeviceIoControl", R"("\NANDFlash\Vol:", 0x7022c)", flashWritable},
-    {Start::inPlace, 1, "DeleteFileW", R"("\NANDFlash\ZentrixHMI\ZentrixHMICE.exe")",
+    {inPlace, "CreateFileW", R"("\NANDFlash\Vol:")", flashWritable, 2},
+    {inPlace, "DeviceIoControl", R"("\NANDFlash\Vol:"#2, 0x7022c)", flashWritable},
+    {inPlace, "DeleteFileW", R"("\NANDFlash\ZentrixHMI\ZentrixHMICE.exe")",
      "+NANDFlash\\ZentrixHMI\\_rm_ZentrixHMICE.exe"},
-    // Writing the settings in place: the file is cut short.
-    {Start::fromDisk, 2, "WriteFile", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS},
-    {Start::inPlace, 1, "WriteFile", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS},
     // The panel's own frequency: written to the buzzer's settings once and for all, as it is then known.
-    {Start::fromDisk, 2, "LoadLibraryW", R"("tagUserAPI.dll")", FREQUENCY},
-    {Start::fromDisk, 2, "GetProcAddressW", R"(0x30000, "TAG_)", FREQUENCY},
-    {Start::fromDisk, 2, "TAG_Open", "", FREQUENCY},
-    {Start::fromDisk, 2, "TAG_Get_Data", "18, ", FREQUENCY},
-    {Start::fromDisk, 2, "WriteFile", R"("\MMCMemory\Tarvex\TouchBuzzerConfig.xml")", FREQUENCY},
-    {Start::inPlace, 1, "LoadLibraryW", R"("tagUserAPI.dll")", FREQUENCY},
-    {Start::inPlace, 1, "GetProcAddressW", R"(0x30000, "TAG_)", FREQUENCY},
-    {Start::inPlace, 1, "TAG_Open", "", FREQUENCY},
-    {Start::inPlace, 1, "TAG_Get_Data", "18, ", FREQUENCY},
-    {Start::inPlace, 1, "WriteFile", R"("\MMCMemory\Tarvex\TouchBuzzerConfig.xml")", FREQUENCY},
+    {installed | inPlace, "LoadLibraryW", R"("tagUserAPI.dll")", FREQUENCY},
+    {installed | inPlace, "GetProcAddressW", R"(0x30000, "TAG_)", FREQUENCY},
+    {installed | inPlace, "TAG_Open", "", FREQUENCY},
+    {installed | inPlace, "TAG_Get_Data", "18, ", FREQUENCY},
+    {installed | inPlace, "WriteFile", R"("\MMCMemory\Tarvex\TouchBuzzerConfig.xml")", FREQUENCY},
+    // The statistics, taken for missing: they begin again. An update that does not get the counter takes the session's
+    // writes off; the next one would add them.
+    {inPlace | alive, "GetFileAttributesW", R"("\MMCMemory\Tarvex\EMMC.xml")", "~" STATISTICS},
+    {alive, "CreateFileW", R"("SHC1:")", "~" STATISTICS, 2},
+    {alive, "DeviceIoControl", R"("SHC1:"#2)", "~" STATISTICS},
+    // The screen saver: its settings, its thread, the user's activity (a wait that fails counts as some), the black
+    // window, and the driver, which ends the watching when it refuses.
+    {alive, "CreateFileW", SAVER_FILE, "~(dims)", 1},
+    READING(alive, SAVER_FILE, "~(dims)"),
+    {alive, "CreateFileW", SAVER_FILE, "~(reloads)", 2},
+    READING(alive, SAVER_FILE "#2", "~(reloads)"),
+    {alive, "CreateThread", "", "~(dims)", 2},
+    {alive, "OpenEventW", R"("PowerManager/UserActivity_)", "~(dims)"},
+    {alive, "PostMessageW", "0x101, 0x401", "~(dims)"},
+    {alive, "PostMessageW", "0x101, 0x402", "~(wakes)", 2}, // the first in the list is the main thread's, at the end
+    {alive, "WaitForMultipleObjects", R"(2, "PowerManager/UserActivity_Active", event#8, 4294967295)", "~(dims)"},
+    {alive, "ShowWindow", "0x101, 5", "~(dims)"},
+    {alive, "ShowWindow", "0x101, 0", "~(wakes)", 1},
+    {alive, "DeviceIoControl", R"("BKL1:", 0x1130408)", "~(dims) ~(wakes)", 2},
+    {alive, "DeviceIoControl", R"("BKL1:", 0x113040c, {00)", "~(dims) ~(wakes)"},
+    {alive, "DeviceIoControl", R"("BKL1:", 0x113040c, {c8)", "~(wakes)"},
+    // The buzzer: its settings, its thread (a wait that fails clicks), the hook, and the driver.
+    {alive, "CreateFileW", BUZZER_FILE, "~(clicks)", 1},
+    READING(alive, BUZZER_FILE, "~(clicks)"),
+    {alive, "CreateFileW", BUZZER_FILE, "~(reloads)", 2},
+    READING(alive, BUZZER_FILE "#2", "~(reloads)"),
+    {alive, "CreateFileW", BUZZER_FILE, "~(clicks again) ~(reloads)", 3},
+    READING(alive, BUZZER_FILE "#3", "~(clicks again) ~(reloads)"),
+    {alive, "CreateThread", "", "~(clicks)", 3},
+    {alive, "WaitForMultipleObjects", "2, event, event#2", "~(clicks)"},
+    {alive, "SetWindowsHookExW", "", "~(clicks)", 1},
+    {alive, "SetWindowsHookExW", "", "~(clicks again)", 2},
+    {alive, "EventModify", "event, 3", "~(clicks)", 1},
+    {alive, "EventModify", "event, 3", "~(clicks again)", 2},
+    {alive, "CreateFileW", R"("BZR1:")", "~(clicks)", 1},
+    {alive, "CreateFileW", R"("BZR1:")", "~(clicks again)", 2},
+    {alive, "DeviceIoControl", R"("BZR1:",)", "~(clicks)"},
+    {alive, "DeviceIoControl", R"("BZR1:"#2)", "~(clicks again)"},
+    // Disks: the watch ends without its queue, its notification or a function of the storage manager; a file that
+    // cannot be read is none.
+    {alive, "CreateThread", "", "~(starts)", 4},
+    {alive, "CreateMsgQueue", "", "~(starts)"},
+    {alive, "RequestDeviceNotifications", "", "~(starts)"},
+    {alive, "LoadLibraryW", R"("coredll.dll")", "~(starts)"},
+    {alive, "GetProcAddressW", "0x20000, ", "~(starts)"},
+    {alive, "GetFileAttributesW", DISK_FILE, "~(starts)"},
+    {alive, "CreateFileW", DISK_FILE, "~(starts)"},
+    READING(alive, DISK_FILE, "~(starts)"),
+    {alive, "CreateProcessW", "", "~(starts)"},
 };
 
-#undef ON_DISK
-#undef SETTINGS
-#undef DEEP
-#undef TABLE
-#undef DATA
-#undef README
-#undef APPLICATION
-#undef NEW_FILE
-#undef ASSOCIATION
-#undef AUTORUN
-#undef UNREGISTERED
-#undef FREQUENCY
-#undef HELPER
-#undef SCREEN_SAVER
-#undef BUZZER
+// What is tried again, and then makes up for one failure but not for failing from then on.
+inline constexpr KnownLoss lastingLosses[] = {
+    {alive, "CreateFileW", STATISTICS_FILE, "~" STATISTICS},
+    {alive, "SetFilePointer", STATISTICS_FILE, "~" STATISTICS},
+    {alive, "ReadFile", STATISTICS_FILE, "~" STATISTICS},
+    {alive, "WriteFile", STATISTICS_FILE, "~" STATISTICS},
+    {alive, "SetFilePointer", SAVER_FILE, "~(dims)"},
+    {alive, "CreateThread", "", "~(clicks again)", 5}, // the one before serves on, if there is one
+    {alive, "SetFilePointer", DISK_FILE, "~(starts)"},
+    {alive, "OpenStore", "", "~(starts)"},
+    {alive, "FindFirstPartition", "", "~(starts)"},
+};
 
-inline bool isMeant(const KnownLoss& loss, Start start, std::uint32_t process, std::string_view function,
-                    std::string_view arguments, std::uint32_t occurrence, std::uint32_t occurrences) {
-    return loss.start == start && loss.process == process && loss.function == function &&
-           arguments.starts_with(loss.arguments) &&
-           (loss.occurrence == 0 || occurrence == (loss.occurrence == last ? occurrences : loss.occurrence));
-}
-
-inline std::string knownLoss(Start start, std::uint32_t process, const std::string& function,
-                             const std::string& arguments, std::uint32_t occurrence, std::uint32_t occurrences) {
-    for (const KnownLoss& loss : knownLosses)
-        if (isMeant(loss, start, process, function, arguments, occurrence, occurrences))
-            return std::string(loss.loss);
-    return {};
-}
+// What a power cut costs.
+inline constexpr KnownLoss cutLosses[] = {
+    // Copying: once the application is there only the helper is copied, and then nothing; the disk's folder goes.
+    {installer, "CopyFileW", R"("Hard Disk\Tarvex\TarvexHelper.exe")", BUZZER},
+    {installer, "CopyFileW", R"("Hard Disk\Tarvex\TouchBuzzerConfig.xml")", BUZZER},
+    // Deleting: once the helper on the disk is renamed nobody can start it; what is left is not yet registered.
+    {installer, "DeleteFileW", R"("\Hard Disk\Tarvex\TouchBuzzerConfig.xml")",
+     "+Hard Disk\\Tarvex\\ +Hard Disk\\Tarvex\\TouchBuzzerConfig.xml +Hard Disk\\Tarvex\\_rm_TarvexHelper.exe"},
+    {installer, "RemoveDirectoryW", R"("\Hard Disk\Tarvex")", FOLDER_ON_DISK},
+    {installer, "MoveFileW", R"("\Hard Disk\Tarvex", )", FOLDER_ON_DISK},
+    {installer, "WriteFile", R"("\MMCMemory\Tarvex\helper_log0.txt", 58)", ON_DISK}, // "Restart from right path needed"
+    {installer, "CreateFileW", R"("\MMCMemory\Tarvex\config.xml")", ON_DISK},
+    {installer, "WriteFile", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS " " ON_DISK},
+    // Files that are opened for replacing are empty; what is not written is not counted.
+    {installed | inPlace, "WriteFile", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS},
+    {installed | inPlace, "WriteFile", BUZZER_FILE, FREQUENCY},
+    {inPlace, "WriteFile", STATISTICS_FILE, "~" STATISTICS},
+    {installed, "WriteFile", STATISTICS_FILE "#3", "~" STATISTICS},
+    {installed | inPlace, "CreateFileW", STATISTICS_FILE, "~" STATISTICS, 2},
+};

@@ -1,0 +1,178 @@
+#include "tests/scenario/Sweep.h"
+
+#include "platform/panel/Functions.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <sstream>
+
+namespace {
+
+// "      1000 TarvexHelper.exe#1 t1 Sleep[1](1000) = void after 1000 ms"
+Call parse(const std::string& line) {
+    Call call;
+    char function[64] = {};
+    if (std::sscanf(line.c_str(), " %*u TarvexHelper.exe#%u t%u %63[A-Za-z_][%u]", &call.process, &call.thread,
+                    function, &call.number) != 4)
+        return {};
+    call.function = function;
+    call.arguments = line.substr(line.find('(') + 1);
+    call.arguments.resize(call.arguments.rfind(") = "));
+    return call;
+}
+
+// What the trace knows of handles.
+class Names {
+public:
+    // Puts names in the place of handles, and learns the name of what the call has given.
+    void apply(Call& call, const std::string& line) {
+        const std::string result = line.substr(line.rfind("= ") + 2);
+        if (call.function.starts_with("Reg"))
+            takeOffOpenedKey(call);
+        replaceHandles(call.arguments);
+        if (call.function == "CreateFileW" || call.function == "FindFirstFileW" || call.function == "OpenEventW")
+            learn(result, call.arguments.substr(0, call.arguments.find(',')), call);
+        else if (call.function == "CreateEventW")
+            learn(result, "event", call);
+    }
+
+private:
+    void learn(const std::string& handle, const std::string& name, const Call& call) {
+        const unsigned count = ++counts[std::to_string(call.process) + name];
+        names[handle.substr(0, handle.find(' '))] = name + (count > 1 ? '#' + std::to_string(count) : "");
+    }
+
+    // `HKEY_LOCAL_MACHINE, "init", 0x800` -> that is what 0x800 stands for, and no argument of its own
+    void takeOffOpenedKey(Call& call) {
+        const auto handle = call.arguments.rfind(", 0x");
+        if (handle == std::string::npos || !call.function.ends_with("KeyExW"))
+            return; // not opened
+        const std::string name = call.arguments.substr(handle + 2);
+        call.arguments.resize(handle);
+        names[name] = call.arguments;
+    }
+
+    void replaceHandles(std::string& arguments) const {
+        std::string replaced;
+        for (std::size_t begin = 0; begin <= arguments.size();) {
+            const std::size_t end = std::min(arguments.find(", ", begin), arguments.size());
+            const std::string argument = arguments.substr(begin, end - begin);
+            replaced += (begin ? ", " : "") + (names.contains(argument) ? names.at(argument) : argument);
+            begin = end + 2;
+        }
+        arguments = replaced;
+    }
+
+    std::map<std::string, std::string> names; // by handle
+    std::map<std::string, unsigned> counts;
+};
+
+bool isAlike(const Call& call, const Call& other) {
+    return call.function == other.function && call.process == other.process && call.arguments == other.arguments;
+}
+
+Where place(Story story, const Call& call) {
+    if (story == Story::fromDisk)
+        return call.process == 1 ? installer : installed;
+    return story == Story::inPlace ? inPlace : alive;
+}
+
+bool isMeant(const KnownLoss& loss, const Call& call) {
+    return loss.function == call.function && call.arguments.starts_with(loss.arguments) &&
+           (loss.occurrence == 0 || call.occurrence == (loss.occurrence == last ? call.occurrences : loss.occurrence));
+}
+
+} // namespace
+
+void PrintTo(const Call& call, std::ostream* stream) {
+    *stream << '{' << call.process << ", \"" << call.function << "\", R\"(" << call.arguments << ")\", "
+            << call.occurrence << "} t" << call.thread << " call " << call.number;
+}
+
+bool canFail(const Call& call) {
+    const auto function = panel::functionNamed(call.function);
+    return function && panel::facts(*function).canFail;
+}
+
+Recording recorded(Story story, bool (*isWanted)(const Call& call)) {
+    SweptPanel panel(story);
+    panel.driver().setTracing(true);
+    EXPECT_TRUE(panel.live());
+    EXPECT_EQ(panel.errors(), std::vector<std::string>{});
+    std::vector<Call> calls;
+    Names names;
+    for (const std::string& line : panel.trace()) {
+        calls.push_back(parse(line));
+        names.apply(calls.back(), line);
+    }
+    std::erase_if(calls, [&](const Call& call) { return !isWanted(call); });
+    std::stable_sort(calls.begin(), calls.end(), [](const Call& first, const Call& second) {
+        return std::pair(first.process, first.thread) < std::pair(second.process, second.thread);
+    });
+    for (auto call = calls.begin(); call != calls.end(); ++call)
+        for (auto former = calls.begin(); former != call; ++former)
+            if (isAlike(*former, *call))
+                call->occurrence = call->occurrences = ++former->occurrences;
+    return {calls, panel.endState()};
+}
+
+std::vector<Call> dealt(const std::vector<Call>& calls, std::size_t shard, std::size_t shards, std::size_t sample) {
+    const char* mode = std::getenv("PANEL_SWEEP");
+    const std::size_t step = mode && std::string(mode) == "all" ? 1 : sample;
+    std::vector<Call> hand;
+    for (std::size_t index = shard * step; index < calls.size(); index += shards * step)
+        hand.push_back(calls[index]);
+    return hand;
+}
+
+std::string knownLoss(std::span<const KnownLoss> losses, Story story, const Call& call) {
+    for (const KnownLoss& loss : losses)
+        if ((loss.where & place(story, call)) != 0 && isMeant(loss, call))
+            return std::string(loss.loss);
+    return {};
+}
+
+void expectEachLossToBeOfACall(std::span<const KnownLoss> losses, Story story, const std::vector<Call>& calls) {
+    for (const KnownLoss& loss : losses) {
+        unsigned met = 0;
+        unsigned present = 0;
+        for (const Call& call : calls) {
+            present |= place(story, call);
+            if (isMeant(loss, call))
+                met |= place(story, call);
+        }
+        EXPECT_EQ(loss.where & present & ~met, 0U) << loss.function << '(' << loss.arguments;
+    }
+}
+
+std::string differences(const Tree& expected, const Tree& found) {
+    std::ostringstream text;
+    for (const auto& [name, content] : expected)
+        if (!found.contains(name))
+            text << '-' << name << ' ';
+        else if (found.at(name) != content)
+            text << '~' << name << ' ';
+    for (const auto& [name, content] : found)
+        if (!expected.contains(name))
+            text << '+' << name << ' ';
+    std::string result = text.str();
+    if (!result.empty())
+        result.pop_back();
+    return result;
+}
+
+std::string beyond(const std::string& others, const std::string& found) {
+    std::string rest;
+    for (std::size_t begin = 0, end = 0; begin < found.size(); begin = end + 1) {
+        end = begin;
+        do // names contain blanks
+            end = std::min(found.find(' ', end + 1), found.size());
+        while (end < found.size() && std::string("-~+").find(found[end + 1]) == std::string::npos);
+        const std::string one = found.substr(begin, end - begin) + ' ';
+        if ((' ' + others + ' ').find(' ' + one) == std::string::npos)
+            rest += one;
+    }
+    return rest;
+}

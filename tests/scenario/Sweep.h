@@ -1,0 +1,63 @@
+// What the sweeps over platform calls share: the calls of a recorded run, who takes which of them, and how what one of
+// them costs is found among the known losses.
+#pragma once
+
+#include "tests/scenario/SweptPanel.h"
+
+#include <span>
+
+struct Call { // of the helper
+    std::string function;
+    std::uint32_t process = 0; // which start of the helper
+    std::uint32_t thread = 0;
+    std::uint32_t number = 0; // of the thread's calls of the function
+    // With names in the place of handles: "\\file"#2 is what the second opening of the file has given.
+    std::string arguments;
+    std::uint32_t occurrence = 1; // among the process's calls with the same arguments
+    std::uint32_t occurrences = 1; // of such calls
+};
+
+// When a test fails: what a row of KnownLosses.h needs.
+void PrintTo(const Call& call, std::ostream* stream);
+
+// Which helper, or which ones: it may be several of these.
+enum Where : unsigned {
+    installer = 1, // started from the disk
+    installed = 2, // by the one before
+    inPlace = 4,
+    alive = 8, // in place, through a whole life
+};
+
+struct KnownLoss {
+    unsigned where;
+    std::string_view function;
+    std::string_view arguments; // what the call's arguments begin with
+    std::string_view loss; // of the end state: - missing, + left over, ~ other; flashWritable until the next boot
+    std::uint32_t occurrence = 0; // which of the calls with these arguments; 0: each
+};
+
+inline constexpr const char* flashWritable = "the flash is writable";
+// As an occurrence: the last one. The panel's C run time looks at a file's position once more, and can do without.
+inline constexpr std::uint32_t last = 0xFFFFFFFF;
+
+// An undisturbed run: those of its calls that are wanted, a thread's after the other's, and the state that it leads to.
+struct Recording {
+    std::vector<Call> calls;
+    Tree endState;
+};
+
+Recording recorded(Story story, bool (*isWanted)(const Call& call));
+// The platform's list says that it can fail.
+bool canFail(const Call& call);
+
+// The shard's part of the calls: every one with PANEL_SWEEP=all, otherwise one in `sample`.
+std::vector<Call> dealt(const std::vector<Call>& calls, std::size_t shard, std::size_t shards, std::size_t sample);
+
+std::string knownLoss(std::span<const KnownLoss> losses, Story story, const Call& call); // empty: none
+// A row that no call meets any more says something that is no longer true.
+void expectEachLossToBeOfACall(std::span<const KnownLoss> losses, Story story, const std::vector<Call>& calls);
+
+// "-missing ~other +left over": names, by which two states differ.
+std::string differences(const Tree& expected, const Tree& found);
+// Those of the differences that are not among others.
+std::string beyond(const std::string& others, const std::string& found);

@@ -1,0 +1,208 @@
+#include "tests/scenario/SweptPanel.h"
+
+#include "platform/panel/Client.h"
+#include "platform/panel/Operator.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* onDisk = "\\Hard Disk\\Tarvex\\TarvexHelper.exe";
+constexpr const char* buzzerSettings = "\\MMCMemory\\Tarvex\\TouchBuzzerConfig.xml";
+constexpr const char* statistics = "MMCMemory\\Tarvex\\EMMC.xml";
+constexpr std::uint32_t counterDelay = 7; // ms
+constexpr std::uint32_t limitOfAnswer = 60000; // ms
+
+std::string buzzer(bool enabled, int frequency) {
+    return "<TouchBuzzer><Settings><Enabled>" + std::to_string(enabled) + "</Enabled><Frequency>" +
+           std::to_string(frequency) + "</Frequency></Settings></TouchBuzzer>";
+}
+
+std::uint64_t numberIn(const std::string& document, const std::string& element) {
+    const auto begin = document.find('<' + element + '>');
+    return begin == std::string::npos ? 0 : std::stoull(document.substr(begin + element.size() + 2));
+}
+
+std::string answer(const char* message, std::uint64_t command) {
+    const auto result = panel::sendMessage(panel::findWindow("ORVATarvexHelper"), message, command, 0, limitOfAnswer);
+    return result ? std::to_string(*result) : "none";
+}
+
+} // namespace
+
+Tree withoutDeeds(Tree state) {
+    std::erase_if(state, [](const auto& entry) { return entry.first.starts_with('('); });
+    return state;
+}
+
+SweptPanel::SweptPanel(Story toBeTold) : story(toBeTold) {
+    const panel::Devices devices = panel().devices();
+    devices.setValues("SHC1", {40});
+    devices.setBehaviour("SHC1", {panel::Behaviour::Kind::delay, counterDelay});
+    if (story == Story::fromDisk) {
+        plugDisk("Hard Disk");
+        return;
+    }
+    install();
+    // A thousand days and a half, and as many writes as no session here makes.
+    write(
+        "\\MMCMemory\\Tarvex\\EMMC.xml",
+        "<EMMC><Settings><SessionWriteCountHigh>0</SessionWriteCountHigh><SessionWriteCountLow>3</SessionWriteCountLow>"
+        "<SessionDuration>5</SessionDuration><TotalWriteCountHigh>0</TotalWriteCountHigh>"
+        "<TotalWriteCountLow>700000</TotalWriteCountLow><TotalDuration>86443200</TotalDuration></Settings></EMMC>");
+    if (story == Story::life) {
+        write("\\MMCMemory\\Tarvex\\ScreenSaverConfig.xml",
+              "<ScreenSaver><Settings><Enabled>1</Enabled><UserInactivityTimeout>60000</UserInactivityTimeout>"
+              "<MinLuminosityLevel>0</MinLuminosityLevel></Settings></ScreenSaver>");
+        write(buzzerSettings, buzzer(true, 3400));
+        put("\\Temp\\Actor.exe", programFile("Actor"));
+        return;
+    }
+    write("\\MMCMemory\\_rm_old.exe", "left behind");
+    write("\\NANDFlash\\ZentrixHMI\\ZentrixHMICE.exe", "runtime");
+    write("\\NANDFlash\\ZentrixHMI\\_backup_ZentrixHMICE.exe", "backup");
+    write("\\MMCMemory\\Tarvex\\config.xml",
+          R"(<?xml version="1.0" encoding="UTF-8"?><OrvaTarvex Version="1"><Settings><Parameters LogLevel="3"/>)"
+          R"(<CleanupDirectories><Directory Name="\MMCMemory"/></CleanupDirectories></Settings></OrvaTarvex>)");
+}
+
+bool SweptPanel::live() {
+    const bool livedOn = liveOn();
+    end();
+    return livedOn;
+}
+
+bool SweptPanel::liveOn() {
+    startHelper();
+    if (!settlesInLoop())
+        return false;
+    driver().advance(1000);
+    if (story == Story::life && !(idleAndWake() && plugAndUnplug() && reload()))
+        deeds.clear();
+    return settlesInLoop();
+}
+
+bool SweptPanel::liveUntilCut() {
+    if (liveOn() && driver().isOn())
+        command(1);
+    return driver().waitUntil([this] { return !driver().isOn(); }, limit);
+}
+
+void SweptPanel::startHelper() {
+    const bool again = story == Story::fromDisk && exists(onDisk);
+    if (again || exists(helper))
+        driver().start(again ? onDisk : helper);
+}
+
+bool SweptPanel::idleAndWake() {
+    const auto screen = [this] {
+        std::string levels = driver().status().screen.cover;
+        for (const std::uint32_t level : driver().status().backLight)
+            levels += ' ' + std::to_string(level);
+        return levels;
+    };
+    panel::setUserActive(false);
+    driver().advance(61000);
+    deeds["(dims)"] = screen();
+    panel::touch({.limit = limitOfAnswer});
+    driver().advance(1000);
+    deeds["(wakes)"] = screen();
+    deeds["(clicks)"] = std::to_string(panel().devices().requests("BZR1").size());
+    return settlesInLoop();
+}
+
+bool SweptPanel::plugAndUnplug() {
+    std::string folder = (fs::temp_directory_path() / "disk-XXXXXX").string();
+    std::ofstream(fs::path(mkdtemp(folder.data())) / "Tarvex.xml")
+        << "<?xml version='1.0' encoding='UTF-8'?><Tarvex><Commands><Command Type='RunProcess' "
+           "FilePath='\\Temp\\Actor.exe' Arguments='sleep 1000' WaitCompletion='1'/></Commands></Tarvex>";
+    panel().plug({{{folder, "Hard Disk"}}});
+    fs::remove_all(folder);
+    driver().advance(3000);
+    panel().disks().unplug("Hard Disk");
+    driver().advance(1000);
+    std::string ended;
+    for (const panel::EndedStatus& each : driver().status().ended)
+        ended += each.name + ' ' + std::to_string(each.exitCode) + ' ';
+    deeds["(starts)"] = ended;
+    return settlesInLoop();
+}
+
+bool SweptPanel::reload() {
+    std::string answers = answer("ORVATarvexScreenSaverMsg", 1);
+    for (const bool enabled : {false, true}) {
+        write(buzzerSettings, buzzer(enabled, 1000));
+        if (settlesInLoop())
+            answers += answer("ORVATarvexBuzzerMsg", 1);
+    }
+    deeds["(reloads)"] = answers;
+    const std::size_t clicks = panel().devices().requests("BZR1").size();
+    panel::touch({.limit = limitOfAnswer});
+    panel().devices().setValues("SHC1", {90});
+    driver().advance(300000);
+    deeds["(clicks again)"] = std::to_string(panel().devices().requests("BZR1").size() - clicks);
+    return settlesInLoop();
+}
+
+void SweptPanel::end(unsigned commands) {
+    if (settlesInLoop()) // or has left it, and waits for the thread that is busy with the disk
+        driver().advance(1000);
+    if (settlesInLoop()) {
+        for (unsigned count = commands == 0 ? 0 : 1; count < std::max(commands, 1U); ++count)
+            EXPECT_EQ(command(1), 0);
+        driver().advance(1000);
+        EXPECT_TRUE(loopRuns());
+        if (commands > 0)
+            terminate();
+    }
+    for (const panel::EndedStatus& ended : driver().status().ended)
+        EXPECT_LE(ended.exitCode, 1U) << ended.name;
+}
+
+std::uint64_t SweptPanel::countedWrites() {
+    const std::vector<panel::Request> requests = panel().devices().requests("SHC1");
+    return requests.empty() || requests.back().error != 0 ? 0 : requests.back().words.at(0);
+}
+
+Tree SweptPanel::endState(bool afterReboot) {
+    const std::uint64_t counted = countedWrites();
+    driver().clearFaults();
+    if (afterReboot)
+        reboot();
+    return stateAfter(counted, [this] { startHelper(); });
+}
+
+Tree SweptPanel::stateAfterCut() {
+    const std::uint64_t counted = countedWrites();
+    reboot();
+    return stateAfter(counted, [this] {
+        if (driver().startInit().empty())
+            startHelper();
+    });
+}
+
+Tree SweptPanel::stateAfter(std::uint64_t counted, const std::function<void()>& start) {
+    panel().devices().setValues("SHC1", {500});
+    if (story == Story::life)
+        write(buzzerSettings, buzzer(true, 1000)); // as a whole life has left it
+    start();
+    end();
+    if (panel().isOn())
+        panel().cut(); // what counts of the registry is what is left then
+    Tree state = tree("\\");
+    state.merge(registry());
+    state.merge(deeds);
+    // How long a run takes depends on its failures; days do not. What was counted before is what the driver has told.
+    if (std::string& document = state[statistics]; document.ends_with("</EMMC>\n"))
+        document = std::to_string(numberIn(document, "TotalWriteCountLow") - counted) + " writes, " +
+                   std::to_string(numberIn(document, "SessionWriteCountLow")) + " of them now, " +
+                   std::to_string(numberIn(document, "TotalDuration") / 86400) + " days, " +
+                   std::to_string(numberIn(document, "SessionDuration") / 86400) + " of them now";
+    else if (document.empty() && !exists(statistics))
+        state.erase(statistics);
+    return state;
+}
