@@ -31,13 +31,6 @@
 #define BUZZER_FILE R"("\MMCMemory\Tarvex\TouchBuzzerConfig.xml")"
 #define DISK_FILE R"("\Hard Disk\Tarvex.xml")"
 
-// A file is read in whole, once it is open: its first byte, its size, its content.
-#define READING(where, file, loss)                                                                                     \
-    {where, "SetFilePointer", file ", 0, 2", loss}, {where, "SetFilePointer", file ", 0, 1", loss, last},              \
-        {where, "SetFilePointer", file ", 0, 0", loss, 2}, {                                                           \
-        where, "ReadFile", file ",", loss                                                                              \
-    }
-
 inline constexpr KnownLoss knownLosses[] = {
     // Copying: what cannot be listed, made or copied is gone with the disk's folder.
     {installer, "GetFileAttributesW", R"("Hard Disk\Tarvex\Tarvex.exe")",
@@ -73,10 +66,10 @@ inline constexpr KnownLoss knownLosses[] = {
     // Reading the settings: taken for missing, or for empty, and written back so.
     {installed, "GetFileAttributesW", R"("\MMCMemory\Tarvex\config.xml")", ON_DISK},
     {installed, "CreateFileW", R"("\MMCMemory\Tarvex\config.xml", 0x80000000)", SETTINGS " " ON_DISK},
-    READING(installed, R"("\MMCMemory\Tarvex\config.xml")", SETTINGS " " ON_DISK),
+    {installed, reading, R"("\MMCMemory\Tarvex\config.xml")", SETTINGS " " ON_DISK},
     {inPlace, "GetFileAttributesW", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS " +MMCMemory\\_rm_old.exe"},
     {inPlace, "CreateFileW", R"("\MMCMemory\Tarvex\config.xml", 0x80000000)", SETTINGS " +MMCMemory\\_rm_old.exe"},
-    READING(inPlace, R"("\MMCMemory\Tarvex\config.xml")", SETTINGS " +MMCMemory\\_rm_old.exe"),
+    {inPlace, reading, R"("\MMCMemory\Tarvex\config.xml")", SETTINGS " +MMCMemory\\_rm_old.exe"},
     // Writing the settings in place: the file is cut short.
     {installed | inPlace | alive, "WriteFile", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS},
     // Writing the association's last key: no check looks at it, so it is never written again.
@@ -105,9 +98,9 @@ inline constexpr KnownLoss knownLosses[] = {
     // The screen saver: its settings, its thread, the user's activity (a wait that fails counts as some), the black
     // window, and the driver, which ends the watching when it refuses.
     {alive, "CreateFileW", SAVER_FILE, "~(dims)", 1},
-    READING(alive, SAVER_FILE, "~(dims)"),
+    {alive, reading, SAVER_FILE, "~(dims)"},
     {alive, "CreateFileW", SAVER_FILE, "~(reloads)", 2},
-    READING(alive, SAVER_FILE "#2", "~(reloads)"),
+    {alive, reading, SAVER_FILE "#2", "~(reloads)"},
     {alive, "CreateThread", "", "~(dims)", 2},
     {alive, "OpenEventW", R"("PowerManager/UserActivity_)", "~(dims)"},
     {alive, "PostMessageW", "0x101, 0x401", "~(dims)"},
@@ -120,11 +113,11 @@ inline constexpr KnownLoss knownLosses[] = {
     {alive, "DeviceIoControl", R"("BKL1:", 0x113040c, {c8)", "~(wakes)"},
     // The buzzer: its settings, its thread (a wait that fails clicks), the hook, and the driver.
     {alive, "CreateFileW", BUZZER_FILE, "~(clicks)", 1},
-    READING(alive, BUZZER_FILE, "~(clicks)"),
+    {alive, reading, BUZZER_FILE, "~(clicks)"},
     {alive, "CreateFileW", BUZZER_FILE, "~(reloads)", 2},
-    READING(alive, BUZZER_FILE "#2", "~(reloads)"),
+    {alive, reading, BUZZER_FILE "#2", "~(reloads)"},
     {alive, "CreateFileW", BUZZER_FILE, "~(clicks again) ~(reloads)", 3},
-    READING(alive, BUZZER_FILE "#3", "~(clicks again) ~(reloads)"),
+    {alive, reading, BUZZER_FILE "#3", "~(clicks again) ~(reloads)"},
     {alive, "CreateThread", "", "~(clicks)", 3},
     {alive, "WaitForMultipleObjects", "2, event, event#2", "~(clicks)"},
     {alive, "SetWindowsHookExW", "", "~(clicks)", 1},
@@ -144,7 +137,7 @@ inline constexpr KnownLoss knownLosses[] = {
     {alive, "GetProcAddressW", "0x20000, ", "~(starts)"},
     {alive, "GetFileAttributesW", DISK_FILE, "~(starts)"},
     {alive, "CreateFileW", DISK_FILE, "~(starts)"},
-    READING(alive, DISK_FILE, "~(starts)"),
+    {alive, reading, DISK_FILE, "~(starts)"},
     {alive, "CreateProcessW", "", "~(starts)"},
 };
 

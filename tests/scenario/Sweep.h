@@ -37,8 +37,8 @@ struct KnownLoss {
 };
 
 inline constexpr const char* flashWritable = "the flash is writable";
-// As an occurrence: the last one. The panel's C run time looks at a file's position once more, and can do without.
-inline constexpr std::uint32_t last = 0xFFFFFFFF;
+// As a function: every call of those that read the file that the arguments name, without which its content is unknown.
+inline constexpr std::string_view reading = "reading";
 
 // An undisturbed run: those of its calls that are wanted, a thread's after the other's, and the state that it leads to.
 struct Recording {

@@ -140,6 +140,7 @@ bool SweptPanel::reload() {
             answers += answer("ORVATarvexBuzzerMsg", 1);
     }
     deeds["(reloads)"] = answers;
+    driver().settle(); // a press that no thread has taken clicks now
     const std::size_t clicks = panel().devices().requests("BZR1").size();
     panel::touch({.limit = limitOfAnswer});
     panel().devices().setValues("SHC1", {90});
