@@ -134,7 +134,9 @@ void releaseDue(Image& image) {
 }
 
 void step(Image& image) {
-    while (image.clock.mode == ClockMode::stepped && image.running == 0 && aDriverWaits(image)) {
+    // Programs that were killed with the panel hold nobody up, whatever their last steps have made of the count.
+    const auto nobodyRuns = [&] { return image.running == 0 || !image.on; };
+    while (image.clock.mode == ClockMode::stepped && nobodyRuns() && aDriverWaits(image)) {
         std::uint64_t nearest = never;
         for (const ThreadRecord& thread : image.threads)
             if (thread.state == ThreadState::waiting)
