@@ -10,6 +10,8 @@
 
 namespace {
 
+constexpr std::size_t sample = 9; // one call in so many
+
 // "      1000 TarvexHelper.exe#1 t1 Sleep[1](1000) = void after 1000 ms"
 Call parse(const std::string& line) {
     Call call;
@@ -130,9 +132,11 @@ Recording recorded(Story story, bool (*isWanted)(const Call& call)) {
     return {calls, panel.endState()};
 }
 
-std::vector<Call> dealt(const std::vector<Call>& calls, std::size_t shard, std::size_t shards, std::size_t sample) {
-    const char* mode = std::getenv("PANEL_SWEEP");
-    const std::size_t step = mode && std::string(mode) == "all" ? 1 : sample;
+std::vector<Call> dealt(const std::vector<Call>& calls, const char* sweep, std::size_t shard, std::size_t shards) {
+    const char* wish = std::getenv("PANEL_SWEEP");
+    const char* ofBuild = std::getenv("PANEL_SWEEP_OF_BUILD");
+    const std::string whole = wish ? wish : ofBuild ? ofBuild : "";
+    const std::size_t step = whole == "all" || whole.find(sweep) != std::string::npos ? 1 : sample;
     std::vector<Call> hand;
     for (std::size_t index = shard * step; index < calls.size(); index += shards * step)
         hand.push_back(calls[index]);

@@ -50,8 +50,9 @@ Recording recorded(Story story, bool (*isWanted)(const Call& call));
 // The platform's list says that it can fail.
 bool canFail(const Call& call);
 
-// The shard's part of the calls: every one with PANEL_SWEEP=all, otherwise one in `sample`.
-std::vector<Call> dealt(const std::vector<Call>& calls, std::size_t shard, std::size_t shards, std::size_t sample);
+// The shard's part of the calls: all of it if PANEL_SWEEP is "all" or names the sweep (without it, if the build's
+// PANEL_SWEEP_OF_BUILD does), otherwise a sample.
+std::vector<Call> dealt(const std::vector<Call>& calls, const char* sweep, std::size_t shard, std::size_t shards);
 
 std::string knownLoss(std::span<const KnownLoss> losses, Story story, const Call& call); // empty: none
 // A row that no call meets any more says something that is no longer true.
