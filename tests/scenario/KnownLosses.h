@@ -1,5 +1,5 @@
-// What one failing call of a start-up costs for good: no later start can know what was lost. docs/behaviours.md has the
-// same list in words.
+// What a failing call or a power cut costs: for good, as no later start can know what was lost, or, in parentheses, of
+// what the helper does for the rest of its life. docs/behaviours.md has the same in words.
 #pragma once
 
 #include "tests/scenario/Sweep.h"
@@ -26,6 +26,7 @@
 #define FREQUENCY "~MMCMemory\\Tarvex\\TouchBuzzerConfig.xml"
 #define HELPER "-MMCMemory\\Tarvex\\TarvexHelper.exe"
 
+#define SETTINGS_FILE R"("\MMCMemory\Tarvex\config.xml")"
 #define STATISTICS_FILE R"("\MMCMemory\Tarvex\EMMC.xml")"
 #define SAVER_FILE R"("\MMCMemory\Tarvex\ScreenSaverConfig.xml")"
 #define BUZZER_FILE R"("\MMCMemory\Tarvex\TouchBuzzerConfig.xml")"
@@ -62,16 +63,16 @@ inline constexpr KnownLoss knownLosses[] = {
     // Writing the settings before the hand-over: what was registered for cleanup is forgotten; a file cut short reads
     // as empty settings with log level 0.
     {installer, "CreateFileW", R"("\MMCMemory\Tarvex\config.xml", 0x40000000)", ON_DISK},
-    {installer, "WriteFile", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS " " ON_DISK},
+    {installer, "WriteFile", SETTINGS_FILE, SETTINGS " " ON_DISK},
     // Reading the settings: taken for missing, or for empty, and written back so.
-    {installed, "GetFileAttributesW", R"("\MMCMemory\Tarvex\config.xml")", ON_DISK},
+    {installed, "GetFileAttributesW", SETTINGS_FILE, ON_DISK},
     {installed, "CreateFileW", R"("\MMCMemory\Tarvex\config.xml", 0x80000000)", SETTINGS " " ON_DISK},
-    {installed, reading, R"("\MMCMemory\Tarvex\config.xml")", SETTINGS " " ON_DISK},
-    {inPlace, "GetFileAttributesW", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS " +MMCMemory\\_rm_old.exe"},
+    {installed, reading, SETTINGS_FILE, SETTINGS " " ON_DISK},
+    {inPlace, "GetFileAttributesW", SETTINGS_FILE, SETTINGS " +MMCMemory\\_rm_old.exe"},
     {inPlace, "CreateFileW", R"("\MMCMemory\Tarvex\config.xml", 0x80000000)", SETTINGS " +MMCMemory\\_rm_old.exe"},
-    {inPlace, reading, R"("\MMCMemory\Tarvex\config.xml")", SETTINGS " +MMCMemory\\_rm_old.exe"},
+    {inPlace, reading, SETTINGS_FILE, SETTINGS " +MMCMemory\\_rm_old.exe"},
     // Writing the settings in place: the file is cut short.
-    {installed | inPlace | alive, "WriteFile", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS},
+    {installed | inPlace | alive, "WriteFile", SETTINGS_FILE, SETTINGS},
     // Writing the association's last key: no check looks at it, so it is never written again.
     {installed | inPlace | alive, "RegCreateKeyExW", R"(HKEY_CLASSES_ROOT, ".osr\ShellNew")", NEW_FILE},
     {installed | inPlace | alive, "RegSetValueExW", R"(HKEY_CLASSES_ROOT, ".osr\ShellNew")", NEW_FILE},
@@ -89,10 +90,10 @@ inline constexpr KnownLoss knownLosses[] = {
     {installed | inPlace, "GetProcAddressW", R"(0x30000, "TAG_)", FREQUENCY},
     {installed | inPlace, "TAG_Open", "", FREQUENCY},
     {installed | inPlace, "TAG_Get_Data", "18, ", FREQUENCY},
-    {installed | inPlace, "WriteFile", R"("\MMCMemory\Tarvex\TouchBuzzerConfig.xml")", FREQUENCY},
+    {installed | inPlace, "WriteFile", BUZZER_FILE, FREQUENCY},
     // The statistics, taken for missing: they begin again. An update that does not get the counter takes the session's
     // writes off; the next one would add them.
-    {inPlace | alive, "GetFileAttributesW", R"("\MMCMemory\Tarvex\EMMC.xml")", "~" STATISTICS},
+    {inPlace | alive, "GetFileAttributesW", STATISTICS_FILE, "~" STATISTICS},
     {alive, "CreateFileW", R"("SHC1:")", "~" STATISTICS, 2},
     {alive, "DeviceIoControl", R"("SHC1:"#2)", "~" STATISTICS},
     // The screen saver: its settings, its thread, the user's activity (a wait that fails counts as some), the black
@@ -147,9 +148,7 @@ inline constexpr KnownLoss lastingLosses[] = {
     {alive, "SetFilePointer", STATISTICS_FILE, "~" STATISTICS},
     {alive, "ReadFile", STATISTICS_FILE, "~" STATISTICS},
     {alive, "WriteFile", STATISTICS_FILE, "~" STATISTICS},
-    {alive, "SetFilePointer", SAVER_FILE, "~(dims)"},
     {alive, "CreateThread", "", "~(clicks again)", 5}, // the one before serves on, if there is one
-    {alive, "SetFilePointer", DISK_FILE, "~(starts)"},
     {alive, "OpenStore", "", "~(starts)"},
     {alive, "FindFirstPartition", "", "~(starts)"},
 };
@@ -165,10 +164,10 @@ inline constexpr KnownLoss cutLosses[] = {
     {installer, "RemoveDirectoryW", R"("\Hard Disk\Tarvex")", FOLDER_ON_DISK},
     {installer, "MoveFileW", R"("\Hard Disk\Tarvex", )", FOLDER_ON_DISK},
     {installer, "WriteFile", R"("\MMCMemory\Tarvex\helper_log0.txt", 58)", ON_DISK}, // "Restart from right path needed"
-    {installer, "CreateFileW", R"("\MMCMemory\Tarvex\config.xml")", ON_DISK},
-    {installer, "WriteFile", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS " " ON_DISK},
+    {installer, "CreateFileW", SETTINGS_FILE, ON_DISK},
+    {installer, "WriteFile", SETTINGS_FILE, SETTINGS " " ON_DISK},
     // Files that are opened for replacing are empty; what is not written is not counted.
-    {installed | inPlace, "WriteFile", R"("\MMCMemory\Tarvex\config.xml")", SETTINGS},
+    {installed | inPlace, "WriteFile", SETTINGS_FILE, SETTINGS},
     {installed | inPlace, "WriteFile", BUZZER_FILE, FREQUENCY},
     {inPlace, "WriteFile", STATISTICS_FILE, "~" STATISTICS},
     {installed, "WriteFile", STATISTICS_FILE "#3", "~" STATISTICS},

@@ -2,6 +2,7 @@
 
 #include "platform/panel/Client.h"
 #include "platform/panel/Operator.h"
+#include "tests/scenario/StatisticsFile.h"
 
 #include <gtest/gtest.h>
 
@@ -13,7 +14,6 @@ namespace {
 
 constexpr const char* onDisk = "\\Hard Disk\\Tarvex\\TarvexHelper.exe";
 constexpr const char* buzzerSettings = "\\MMCMemory\\Tarvex\\TouchBuzzerConfig.xml";
-constexpr const char* statistics = "MMCMemory\\Tarvex\\EMMC.xml";
 constexpr std::uint32_t counterDelay = 7; // ms
 constexpr std::uint32_t limitOfAnswer = 60000; // ms
 
@@ -48,12 +48,8 @@ SweptPanel::SweptPanel(Story toBeTold) : story(toBeTold) {
         return;
     }
     install();
-    // A thousand days and a half, and as many writes as no session here makes.
-    write(
-        "\\MMCMemory\\Tarvex\\EMMC.xml",
-        "<EMMC><Settings><SessionWriteCountHigh>0</SessionWriteCountHigh><SessionWriteCountLow>3</SessionWriteCountLow>"
-        "<SessionDuration>5</SessionDuration><TotalWriteCountHigh>0</TotalWriteCountHigh>"
-        "<TotalWriteCountLow>700000</TotalWriteCountLow><TotalDuration>86443200</TotalDuration></Settings></EMMC>");
+    // A thousand days and a half, and more writes than any session here makes.
+    write(statisticsPath, statisticsFile(3, 5, 700000, 86443200));
     if (story == Story::life) {
         write("\\MMCMemory\\Tarvex\\ScreenSaverConfig.xml",
               "<ScreenSaver><Settings><Enabled>1</Enabled><UserInactivityTimeout>60000</UserInactivityTimeout>"
@@ -198,12 +194,13 @@ Tree SweptPanel::stateAfter(std::uint64_t counted, const std::function<void()>& 
     state.merge(registry());
     state.merge(deeds);
     // How long a run takes depends on its failures; days do not. What was counted before is what the driver has told.
-    if (std::string& document = state[statistics]; document.ends_with("</EMMC>\n"))
+    const auto statistics = state.find(statisticsPath + 1);
+    if (statistics != state.end() && statistics->second.ends_with("</EMMC>\n")) {
+        std::string& document = statistics->second;
         document = std::to_string(numberIn(document, "TotalWriteCountLow") - counted) + " writes, " +
                    std::to_string(numberIn(document, "SessionWriteCountLow")) + " of them now, " +
                    std::to_string(numberIn(document, "TotalDuration") / 86400) + " days, " +
                    std::to_string(numberIn(document, "SessionDuration") / 86400) + " of them now";
-    else if (document.empty() && !exists(statistics))
-        state.erase(statistics);
+    }
     return state;
 }
