@@ -100,6 +100,20 @@ bool isMeant(const KnownLoss& loss, const Call& call) {
 
 } // namespace
 
+void PrintTo(Story story, std::ostream* stream) {
+    switch (story) {
+    case Story::fromDisk:
+        *stream << "fromDisk";
+        break;
+    case Story::inPlace:
+        *stream << "inPlace";
+        break;
+    case Story::life:
+        *stream << "life";
+        break;
+    }
+}
+
 void PrintTo(const Call& call, std::ostream* stream) {
     *stream << '{' << call.process << ", \"" << call.function << "\", R\"(" << call.arguments << ")\", "
             << call.occurrence << "} t" << call.thread << " call " << call.number;

@@ -17,8 +17,9 @@ struct Call { // of the helper
     std::uint32_t occurrences = 1; // of such calls
 };
 
-// When a test fails: what a row of KnownLosses.h needs.
+// When a test fails: what a row of KnownLosses.h needs. The other: as tests are named.
 void PrintTo(const Call& call, std::ostream* stream);
+void PrintTo(Story story, std::ostream* stream);
 
 // Which helper, or which ones: it may be several of these.
 enum Where : unsigned {
