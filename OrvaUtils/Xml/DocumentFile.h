@@ -9,7 +9,8 @@ class XMLDocument;
 
 namespace OrvaUtils::Xml {
 
-// False when the file cannot be opened or is no XML; the document then holds nothing of use.
+// False when the file cannot be opened, is no XML, or is more than the heap holds; the document then holds nothing of
+// use.
 bool loadDocument(tinyxml2::XMLDocument& document, const std::wstring& path);
 // Replaces the file, whose directory must exist. False when it could not be opened or not be written as a whole: it may
 // then be cut short.

@@ -40,6 +40,17 @@ Behaviour behaviourFrom(const std::string& text) {
     return behaviour;
 }
 
+// The library would cut what is too large.
+std::vector<std::uint32_t> valuesFrom(const Json& numbers) {
+    std::vector<std::uint32_t> values;
+    for (const Json& number : numbers) {
+        if (!number.is_number_unsigned() || number.get<std::uint64_t>() > UINT32_MAX)
+            throw std::runtime_error("no value of 32 bits: " + number.dump());
+        values.push_back(number);
+    }
+    return values;
+}
+
 std::string_view withoutSeparator(std::string_view path) {
     return path.starts_with('\\') ? path.substr(1) : path;
 }
@@ -178,7 +189,7 @@ DeviceState Devices::state(std::string_view name) const {
         const Json json = Json::parse(file);
         state.present = json.at("present");
         if (json.contains("values"))
-            state.values = json.at("values").get<std::vector<std::uint32_t>>();
+            state.values = valuesFrom(json.at("values"));
         for (const auto& [operation, does] : json.at("does").items())
             state.behaviours[operation] = behaviourFrom(does);
     } catch (const std::exception& error) {
@@ -308,8 +319,6 @@ bool Devices::removeTag(std::uint32_t id) const {
 }
 
 void Devices::create(const std::vector<std::string>& without) const {
-    for (const std::string& name : without)
-        facts(name);
     for (const DeviceFacts& device : knownDevices()) {
         const bool missing = std::any_of(without.begin(), without.end(),
                                          [&](const std::string& name) { return equalCaseBlind(name, device.name); });

@@ -48,6 +48,8 @@ bool isEmptyOrMissing(const fs::path& directory) {
 Panel Panel::create(const fs::path& directory, const PanelOptions& options) {
     if (!isEmptyOrMissing(directory))
         throw std::runtime_error("there is something already: " + directory.string() + " (choose another directory)");
+    for (const std::string& device : options.without)
+        Devices::facts(device); // or nothing is made
     for (const char* folder : {"fs/MMCMemory", "fs/NANDFlash", "fs/Windows", "registry", "devices"})
         fs::create_directories(directory / folder);
     const auto hostDate =

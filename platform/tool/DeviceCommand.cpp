@@ -55,6 +55,16 @@ std::string peculiarities(const panel::DeviceState& state) {
     return text;
 }
 
+// Those of its kind, and that it is opened where that is not what a driver does.
+std::vector<std::string> operationsOf(const panel::DeviceFacts& facts, const panel::DeviceState& state) {
+    std::vector<std::string> names;
+    if (state.behaviours.contains("open"))
+        names.emplace_back("open");
+    for (const panel::OperationFacts& operation : facts.operations)
+        names.emplace_back(operation.name);
+    return names;
+}
+
 std::string resultOf(const panel::Request& request) {
     return request.error ? "error " + std::to_string(request.error) : "done";
 }
@@ -63,8 +73,8 @@ Json asJson(const panel::Devices& devices, const panel::DeviceFacts& facts, bool
     const panel::DeviceState state = devices.state(facts.name);
     Json answer{{"name", state.name}, {"what", facts.what}, {"present", state.present}, {"values", state.values}};
     answer["does"] = Json::object();
-    for (const panel::OperationFacts& operation : facts.operations)
-        answer["does"][std::string(operation.name)] = describe(state.behaviour(operation.name));
+    for (const std::string& operation : operationsOf(facts, state))
+        answer["does"][operation] = describe(state.behaviour(operation));
     if (!withRequests)
         return answer;
     answer["requests"] = Json::array();
@@ -101,8 +111,8 @@ void show(const panel::Devices& devices, const panel::DeviceFacts& facts, bool j
     table.add({"device", state.name + ", " + std::string(facts.what) + (state.present ? "" : ", not there")});
     if (!state.values.empty())
         table.add({"values", joined(state.values)});
-    for (const panel::OperationFacts& operation : facts.operations)
-        table.add({std::string(operation.name), describe(state.behaviour(operation.name))});
+    for (const std::string& operation : operationsOf(facts, state))
+        table.add({operation, describe(state.behaviour(operation))});
     for (const panel::Request& request : devices.requests(state.name))
         table.add({"request", "at " + std::to_string(request.time) + " ms, " + request.process + " thread " +
                                   std::to_string(request.thread) + ": " + request.operation + ' ' +
@@ -134,7 +144,10 @@ std::vector<std::uint32_t> valuesOf(const std::vector<std::string>& words) {
 }
 
 void change(const panel::Devices& devices, const DeviceOptions& options) {
-    if (options.action == "add" || options.action == "remove")
+    const bool moves = options.action == "add" || options.action == "remove";
+    if (moves && !options.words.empty())
+        throw std::runtime_error(options.action + " takes the device as a whole, not \"" + options.words.front() + '"');
+    if (moves)
         return devices.setPresent(options.device, options.action == "add");
     if (options.action == "set")
         return devices.setValues(options.device, valuesOf(options.words));

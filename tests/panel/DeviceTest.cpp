@@ -155,6 +155,9 @@ TEST(Devices, WhoseStateNobodyCanReadAreBroken) {
     EXPECT_EQ(control(device, readLevels, {}, 16), ERROR_GEN_FAILURE);
     EXPECT_EQ(openDevice(L"BKL1:"), INVALID_HANDLE_VALUE);
     EXPECT_THROW(static_cast<void>(devices().state("BKL1")), std::runtime_error);
+    writeText(panelDirectory() / "devices/BKL1.json",
+              R"({"present": true, "values": [1, 2, 3, 4294967296], "does": {}})");
+    EXPECT_THROW(static_cast<void>(devices().state("BKL1")), std::runtime_error);
     EXPECT_THROW(static_cast<void>(devices().state("BKL2")), std::runtime_error);
     EXPECT_THROW(devices().setBehaviour("SHC1", {}, "beep"), std::runtime_error);
 }

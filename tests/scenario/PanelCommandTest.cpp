@@ -42,6 +42,13 @@ protected:
         answer.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
         return answer;
     }
+    // With one line that says so.
+    void fails(const std::string& words, const std::string& part) {
+        const Answer answer = call(words);
+        EXPECT_NE(answer.code, 0) << words;
+        EXPECT_NE(answer.text.find(part), std::string::npos) << words << ": " << answer.text;
+        EXPECT_EQ(std::count(answer.text.begin(), answer.text.end(), '\n'), 1) << words << ": " << answer.text;
+    }
     void succeed(const std::string& words) {
         const Answer answer = call(words);
         EXPECT_EQ(answer.code, 0) << words << ": " << answer.text;
@@ -87,12 +94,6 @@ TEST_F(PanelCommand, RunsTheHelperFromCreationToItsEnd) {
 }
 
 TEST_F(PanelCommand, SaysWhatIsWrongInOneLine) {
-    const auto fails = [this](const std::string& words, const std::string& part) {
-        const Answer answer = call(words);
-        EXPECT_NE(answer.code, 0) << words;
-        EXPECT_NE(answer.text.find(part), std::string::npos) << words << ": " << answer.text;
-        EXPECT_EQ(std::count(answer.text.begin(), answer.text.end(), '\n'), 1) << words << ": " << answer.text;
-    };
     fails("boot", "not a panel");
     succeed("create p");
     fails("create p", "something already");
@@ -169,7 +170,8 @@ TEST_F(PanelCommand, ReadsAndChangesTheRegistry) {
 }
 
 TEST_F(PanelCommand, ShowsDevicesAndTellsThemWhatToDo) {
-    succeed("create p --without SHC1");
+    fails("create p --without SHC2", "SHC2");
+    succeed("create p --without SHC1"); // where nothing was left behind
     succeed("device BKL1 refuse write --error 21"); // also while it is off
     succeed("boot --stepped");
     succeed("device bkl1 set 128 1 0x80 1");
@@ -180,7 +182,10 @@ TEST_F(PanelCommand, ShowsDevicesAndTellsThemWhatToDo) {
     EXPECT_EQ(json("status").at("backLight"), Json({128, 1, 128, 1}));
     EXPECT_EQ(json("status").at("flashWritable"), false);
     EXPECT_EQ(json("device SHC1").at("present"), false);
+    fails("device SHC1 add 5", "as a whole");
     succeed("device SHC1 add");
+    succeed("device SHC1 refuse open --error 2");
+    EXPECT_EQ(json("device SHC1").at("does").at("open"), "refuses with error 2");
     succeed("device BZR1 delay --time 2s beep");
     EXPECT_EQ(json("device BZR1").at("does").at("beep"), "answers after 2 s");
     succeed("device BKL1 answer");

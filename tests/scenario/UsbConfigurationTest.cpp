@@ -1,4 +1,5 @@
 // Disks that come and go while a helper runs, and what their "Tarvex.xml" makes it do.
+#include "tests/scenario/StatisticsFile.h"
 #include "tests/scenario/UsbPanel.h"
 
 TEST_F(UsbConfiguration, StartsProgramsInOrderWaitingWhereItIsTold) {
@@ -58,6 +59,26 @@ TEST_F(UsbConfiguration, AFaultyFileStartsNothingAndIsOneLine) {
     pass(500);
     EXPECT_EQ(ended().size(), 1U);
     EXPECT_EQ(logged(), expected);
+    EXPECT_EQ(panel.terminate(), 0U);
+}
+
+// The panel executable's heap has 8 MB: what does not fit there is unreadable, and nothing else.
+TEST_F(UsbConfiguration, AFileThatDoesNotFitIntoMemoryIsUnreadable) {
+    const bool fits = helperFile().extension() != ".exe";
+    const std::string blanks(9 << 20, ' ');
+    panel.write(statisticsPath, blanks + statisticsFile(1, 2, 1000, 4));
+    panel.write("\\MMCMemory\\Tarvex\\TouchBuzzerConfig.xml",
+                blanks +
+                    "<TouchBuzzer><Settings><Enabled>1</Enabled><Frequency>3400</Frequency></Settings></TouchBuzzer>");
+    startHelper();
+    EXPECT_EQ(panel.errors(), fits ? Lines{} : Lines{"ERROR;BuzzerModule;settings error"});
+    plug(blanks + document(command("exit 1", true)));
+    pass(500);
+    plug(document(command("exit 2", true)), 0, "USB Disk");
+    pass(500);
+    EXPECT_EQ(ended().size(), fits ? 2U : 1U) << "the next disk";
+    EXPECT_EQ(logged(), fits ? Lines{} : Lines{"ERROR;XML configuration;error;Generic Exception"});
+    EXPECT_EQ(panel.read(statisticsPath), statisticsFile(0, 0, fits ? 1000 : 0, fits ? 4 : 0));
     EXPECT_EQ(panel.terminate(), 0U);
 }
 
