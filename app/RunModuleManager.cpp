@@ -29,10 +29,11 @@ void runModules() {
 
 void RunModuleManager() {
     // Deliberately neither stopped nor deleted behind an exception: it goes on until the process ends. Static, so that
-    // it is not taken for lost then.
+    // it is not taken for a leak.
     static EMMCMonitor* emmcMonitor = nullptr;
     try {
         Logger::instance().writeParts(LogLevel::Info, {L"Module manager initialization"});
+        // Deliberate: throws without a version, which ends the helper.
         if (platformMinorVersion() >= FIRST_MINOR_VERSION_WITH_EMMC) {
             emmcMonitor = new EMMCMonitor;
             emmcMonitor->start();

@@ -26,7 +26,8 @@ public:
     void createEmpty();
 
     // The first value of that name. False, and `value` as it was, when there is none or its text is nothing of the
-    // kind. As truth values the library takes numbers (0: false) and "true", "True", "TRUE" and so on.
+    // kind. As truth values the library takes numbers (0: false) and the words "true",
+    // "True", "TRUE" and the same of "false".
     bool read(const char* name, bool& value) const;
     bool read(const char* name, std::int32_t& value) const;
     bool read(const char* name, std::uint32_t& value) const;

@@ -26,7 +26,7 @@ ScreenSaver::~ScreenSaver() noexcept(false) {
 }
 
 void ScreenSaver::remove(ScreenSaver* screenSaver) {
-    // Never destroyed, so that what it holds is not taken for lost.
+    // Never destroyed, so that what it holds is not taken for a leak.
     static auto* const stuck = new std::vector<ScreenSaver*>;
     OrvaUtils::Teardown steps;
     steps.run([=] { screenSaver->end(); });

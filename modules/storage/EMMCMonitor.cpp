@@ -71,15 +71,16 @@ private:
         }
         running = true;
         thread.ready();
-        update(GetTickCount());
+        update(GetTickCount()); // deliberate: since boot, also when the helper was started before
         while (waitForStop() == WAIT_TIMEOUT) {
-            update(INTERVAL);
+            update(INTERVAL); // deliberate: however long it really was
         }
         return 0;
     }
 
     DWORD waitForStop() const {
         const DWORD woken = WaitForSingleObject(thread.stopEvent(), INTERVAL);
+        // Refused once is no end.
         return woken == WAIT_FAILED ? WaitForSingleObject(thread.stopEvent(), INTERVAL) : woken;
     }
 
@@ -90,7 +91,7 @@ private:
 EMMCMonitor::EMMCMonitor() : worker(Worker::create()) {}
 
 EMMCMonitor::~EMMCMonitor() noexcept(false) {
-    // Never destroyed, so that what a thread that goes on uses is not taken for lost.
+    // Never destroyed, so that what a thread that goes on uses is not taken for a leak.
     static auto* const stuck = new std::vector<Worker*>;
     stuck->push_back(worker);
     OrvaUtils::Teardown steps;

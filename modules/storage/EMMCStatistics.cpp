@@ -59,7 +59,7 @@ std::wstring filePath() {
 EMMCStatistics EMMCStatistics::load() {
     EMMCStatistics statistics;
     const std::wstring path = filePath();
-    if (ownFileSystem().isFile(path)) {
+    if (ownFileSystem().isFile(path)) { // deliberate: a look that fails counts as no file, without another
         attemptSomeTimes([&] { return statistics.read(path); });
     }
     return statistics;

@@ -49,7 +49,7 @@ Panel Panel::create(const fs::path& directory, const PanelOptions& options) {
     if (!isEmptyOrMissing(directory))
         throw std::runtime_error("there is something already: " + directory.string() + " (choose another directory)");
     for (const std::string& device : options.without)
-        Devices::facts(device); // or nothing is made
+        Devices::facts(device); // throws for an unknown one, before anything is made
     for (const char* folder : {"fs/MMCMemory", "fs/NANDFlash", "fs/Windows", "registry", "devices"})
         fs::create_directories(directory / folder);
     const auto hostDate =

@@ -55,7 +55,7 @@ std::string peculiarities(const panel::DeviceState& state) {
     return text;
 }
 
-// Those of its kind, and that it is opened where that is not what a driver does.
+// What its kind is asked, and "open" if it has been told what to do then.
 std::vector<std::string> operationsOf(const panel::DeviceFacts& facts, const panel::DeviceState& state) {
     std::vector<std::string> names;
     if (state.behaviours.contains("open"))
@@ -144,10 +144,10 @@ std::vector<std::uint32_t> valuesOf(const std::vector<std::string>& words) {
 }
 
 void change(const panel::Devices& devices, const DeviceOptions& options) {
-    const bool moves = options.action == "add" || options.action == "remove";
-    if (moves && !options.words.empty())
+    const bool addsOrRemoves = options.action == "add" || options.action == "remove";
+    if (addsOrRemoves && !options.words.empty())
         throw std::runtime_error(options.action + " takes the device as a whole, not \"" + options.words.front() + '"');
-    if (moves)
+    if (addsOrRemoves)
         return devices.setPresent(options.device, options.action == "add");
     if (options.action == "set")
         return devices.setValues(options.device, valuesOf(options.words));

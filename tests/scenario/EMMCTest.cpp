@@ -1,6 +1,6 @@
 // "EMMC.xml" over a helper's life, from outside.
-#include "tests/scenario/StatisticsFile.h"
 #include "tests/support/ScenarioPanel.h"
+#include "tests/support/StatisticsFile.h"
 
 #include <gtest/gtest.h>
 

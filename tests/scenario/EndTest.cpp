@@ -95,12 +95,12 @@ TEST(End, WaitsForABusyMonitorAndTearsTheOthersDown) {
     const Lines saverStuck{"join saver thread in vain", "set saver stop", "join saver thread in vain"};
     const Lines diskStuck{"join USB thread in vain"};
     const Lines emmcStuck{"set EMMC stop", "join EMMC thread in vain"};
-    struct {
+    const struct {
         bool emmc, disk, saver; // which of them is busy
         const char* failure;
         std::uint64_t time; // that the end takes
         Lines steps;
-    } const cases[] = {
+    } cases[] = {
         {true, false, false, "EMMCException", 20000,
          joined({saverEnds, buzzerEnds, {"join USB thread"}, dispatcherEnds, emmcStuck})},
         {false, true, false, "UsbDeviceException", 20000, joined({saverEnds, buzzerEnds, diskStuck, dispatcherEnds})},
@@ -110,7 +110,7 @@ TEST(End, WaitsForABusyMonitorAndTearsTheOthersDown) {
          joined({saverStuck, buzzerEnds, diskStuck, dispatcherEnds})},
     };
     for (const auto& each : cases) {
-        SCOPED_TRACE(each.steps.size());
+        SCOPED_TRACE(std::string(each.failure) + (each.emmc && each.disk ? ", all" : ""));
         SavingPanel panel;
         panel.configure(true, 5000, 128);
         panel.driver().setTracing(true);
@@ -138,7 +138,8 @@ TEST(End, WaitsForABusyMonitorAndTearsTheOthersDown) {
     }
 }
 
-// Its driver answers in the moment in which the failed end of the screen saver's monitor lets the process end.
+// Its driver answers in the moment in which the failed end of the screen saver's monitor lets the process end. Which
+// comes first is left to the machine: hence several rounds; no order may fail.
 TEST(End, DoesNotMindStatisticsThatAreAtWork) {
     for (int round = 0; round < 10; ++round) {
         SavingPanel panel(true, 5000, 128);

@@ -173,3 +173,26 @@ inline constexpr KnownLoss cutLosses[] = {
     {installed, "WriteFile", STATISTICS_FILE "#3", "~" STATISTICS},
     {installed | inPlace, "CreateFileW", STATISTICS_FILE, "~" STATISTICS, 2},
 };
+
+#undef ON_DISK
+#undef FOLDER_ON_DISK
+#undef SETTINGS
+#undef DEEP
+#undef TABLE
+#undef DATA
+#undef README
+#undef APPLICATION
+#undef NEW_FILE
+#undef ASSOCIATION
+#undef AUTORUN
+#undef STATISTICS
+#undef NEVER_RUN
+#undef SCREEN_SAVER
+#undef BUZZER
+#undef FREQUENCY
+#undef HELPER
+#undef SETTINGS_FILE
+#undef STATISTICS_FILE
+#undef SAVER_FILE
+#undef BUZZER_FILE
+#undef DISK_FILE

@@ -1,41 +1,16 @@
 #include "tests/scenario/Milestones.h"
+#include "tests/support/TracedCall.h"
 
 #include <algorithm>
-#include <sstream>
 
 namespace {
-
-struct TracedCall {
-    std::string thread;
-    std::string function;
-    Lines arguments;
-    std::string result;
-    bool failed = false;
-};
-
-// "      1000 TarvexHelper.exe#1 t1 Sleep[1](1000) = void after 1000 ms"
-TracedCall parse(const std::string& line) {
-    TracedCall call;
-    std::string word;
-    std::istringstream words(line);
-    words >> word >> word >> call.thread >> word;
-    call.function = word.substr(0, word.find('['));
-    const auto begin = line.find('(') + 1;
-    const auto end = line.rfind(") = ");
-    std::istringstream arguments(line.substr(begin, end - begin));
-    while (std::getline(arguments >> std::ws, word, ','))
-        call.arguments.push_back(word);
-    std::istringstream(line.substr(end + 4)) >> call.result;
-    call.failed = line.find(" error ", end) != std::string::npos || line.find(" fault", end) != std::string::npos;
-    return call;
-}
 
 std::string baseName(const std::string& quoted) {
     const std::string path = quoted.substr(1, quoted.size() - 2);
     return path.substr(path.find_last_of("\\/") + 1);
 }
 
-// By the order of their making.
+// By the order of the attempts to make them.
 const Lines madeEvents{"press",    "hook stop", "EMMC stop",  "EMMC ready", "loop end",
                        "USB stop", "USB ready", "saver stop", "saver ready"};
 const Lines startedThreads{"EMMC thread", "saver thread", "buzzer thread", "USB thread"};
@@ -47,15 +22,16 @@ public:
     // Empty: the call does not matter.
     std::string of(const TracedCall& call) {
         const std::string& function = call.function;
-        const std::string first = call.arguments.empty() ? "" : call.arguments.front();
+        const Lines arguments = call.argumentList();
+        const std::string first = arguments.empty() ? "" : arguments.front();
         if (function == "CreateFileW")
             return opened(call);
         if (function == "CreateEventW")
-            return call.arguments.back() == "null" ? named(call, "make ", madeEvents.at(events++)) : "";
+            return arguments.back() == "null" ? named(call, "make ", madeEvents.at(events++)) : "";
         if (function == "CreateThread")
             return named(call, "start ", startedThreads.at(threads++));
         if (function == "CreateMutexW" || function == "OpenEventW" || function == "LoadLibraryW")
-            return named(call, function == "LoadLibraryW" ? "load " : "open ", baseName(call.arguments.back()));
+            return named(call, function == "LoadLibraryW" ? "load " : "open ", baseName(arguments.back()));
         if (function == "CreateWindowExW")
             return named(call, "make ", "window " + baseName(first));
         if (function == "CreateMsgQueue")
@@ -67,25 +43,25 @@ public:
         if (function == "RegisterClassW" || function == "UnregisterClassW")
             return (function[0] == 'R' ? "register " : "unregister ") + baseName(first);
         if (function == "GetMessageW")
-            return "take message " + call.arguments[1];
+            return "take message " + arguments[1];
         if (function == "DeviceIoControl")
             return "ask " + names[first];
         const auto known = names.find(first);
         if (function == "WaitForMultipleObjects")
-            return "await " + names[call.arguments[1]] + " or " + names[call.arguments[2]];
+            return "await " + names[arguments[1]] + " or " + names[arguments[2]];
         if (known == names.end())
             return {};
         if (function == "WriteFile")
             return known->second == logName ? "log " + nextLogLine() : "";
         if (function == "EventModify")
-            return (call.arguments[1] == "3" ? "set " : "reset ") + known->second;
+            return (arguments[1] == "3" ? "set " : "reset ") + known->second;
         if (function == "WaitForSingleObject")
             return (known->second.ends_with("thread") ? "join " : "await ") + known->second +
                    (call.result == "258" ? " in vain" : "");
         if (function == "ReleaseMutex")
             return "release " + known->second;
         if (function == "PostMessageW")
-            return "post " + call.arguments[1] + " to " + known->second;
+            return "post " + arguments[1] + " to " + known->second;
         static const Lines ends{"CloseHandle",   "FreeLibrary",   "UnhookWindowsHookEx",
                                 "DestroyWindow", "CloseMsgQueue", "StopDeviceNotifications"};
         if (std::find(ends.begin(), ends.end(), function) == ends.end())
@@ -104,8 +80,9 @@ private:
     }
 
     std::string opened(const TracedCall& call) {
-        const std::string name = baseName(call.arguments[0]);
-        const bool reads = call.arguments[1] == "0x80000000";
+        const Lines arguments = call.argumentList();
+        const std::string name = baseName(arguments[0]);
+        const bool reads = arguments[1] == "0x80000000";
         if (name.find("helper_log") == 0)
             return reads ? "" : named(call, "open ", logName);
         if (name.back() == ':')
@@ -131,11 +108,11 @@ Lines milestones(const ScenarioPanel& panel, const std::string& thread) {
     Lines found;
     Steps steps(panel.log());
     for (const std::string& line : panel.trace()) {
-        if (line.find(" TarvexHelper.exe#1 ") == std::string::npos)
+        const TracedCall call = tracedCall(line);
+        if (call.process != 1)
             continue;
-        const TracedCall call = parse(line);
         const std::string step = steps.of(call);
-        if (!step.empty() && call.thread == thread)
+        if (!step.empty() && "t" + std::to_string(call.thread) == thread)
             found.push_back(call.failed ? step + " failed" : step);
     }
     return found;

@@ -12,38 +12,24 @@ namespace {
 
 constexpr std::size_t sample = 9; // one call in so many
 
-// "      1000 TarvexHelper.exe#1 t1 Sleep[1](1000) = void after 1000 ms"
-Call parse(const std::string& line) {
-    Call call;
-    char function[64] = {};
-    if (std::sscanf(line.c_str(), " %*u TarvexHelper.exe#%u t%u %63[A-Za-z_][%u]", &call.process, &call.thread,
-                    function, &call.number) != 4)
-        return {};
-    call.function = function;
-    call.arguments = line.substr(line.find('(') + 1);
-    call.arguments.resize(call.arguments.rfind(") = "));
-    return call;
-}
-
 // What the trace knows of handles.
 class Names {
 public:
     // Puts names in the place of handles, and learns the name of what the call has given.
-    void apply(Call& call, const std::string& line) {
-        const std::string result = line.substr(line.rfind("= ") + 2);
+    void apply(Call& call) {
         if (call.function.starts_with("Reg"))
             takeOffOpenedKey(call);
-        replaceHandles(call.arguments);
+        replaceHandles(call);
         if (call.function == "CreateFileW" || call.function == "FindFirstFileW" || call.function == "OpenEventW")
-            learn(result, call.arguments.substr(0, call.arguments.find(',')), call);
+            learn(call.result, call.arguments.substr(0, call.arguments.find(',')), call);
         else if (call.function == "CreateEventW")
-            learn(result, "event", call);
+            learn(call.result, "event", call);
     }
 
 private:
     void learn(const std::string& handle, const std::string& name, const Call& call) {
         const unsigned count = ++counts[std::to_string(call.process) + name];
-        names[handle.substr(0, handle.find(' '))] = name + (count > 1 ? '#' + std::to_string(count) : "");
+        names[keyOf(call, handle)] = name + (count > 1 ? '#' + std::to_string(count) : "");
     }
 
     // `HKEY_LOCAL_MACHINE, "init", 0x800` -> that is what 0x800 stands for, and no argument of its own
@@ -53,21 +39,27 @@ private:
             return; // not opened
         const std::string name = call.arguments.substr(handle + 2);
         call.arguments.resize(handle);
-        names[name] = call.arguments;
+        names[keyOf(call, name)] = call.arguments;
     }
 
-    void replaceHandles(std::string& arguments) const {
+    void replaceHandles(Call& call) const {
+        const std::string& arguments = call.arguments;
         std::string replaced;
         for (std::size_t begin = 0; begin <= arguments.size();) {
             const std::size_t end = std::min(arguments.find(", ", begin), arguments.size());
             const std::string argument = arguments.substr(begin, end - begin);
-            replaced += (begin ? ", " : "") + (names.contains(argument) ? names.at(argument) : argument);
+            const auto named = names.find(keyOf(call, argument));
+            replaced += (begin ? ", " : "") + (named == names.end() ? argument : named->second);
             begin = end + 2;
         }
-        arguments = replaced;
+        call.arguments = replaced;
     }
 
-    std::map<std::string, std::string> names; // by handle
+    static std::string keyOf(const Call& call, const std::string& handle) {
+        return std::to_string(call.process) + ' ' + handle;
+    }
+
+    std::map<std::string, std::string> names; // by process and handle
     std::map<std::string, unsigned> counts;
 };
 
@@ -132,8 +124,8 @@ Recording recorded(Story story, bool (*isWanted)(const Call& call)) {
     std::vector<Call> calls;
     Names names;
     for (const std::string& line : panel.trace()) {
-        calls.push_back(parse(line));
-        names.apply(calls.back(), line);
+        calls.push_back({tracedCall(line)});
+        names.apply(calls.back());
     }
     std::erase_if(calls, [&](const Call& call) { return !isWanted(call); });
     std::stable_sort(calls.begin(), calls.end(), [](const Call& first, const Call& second) {

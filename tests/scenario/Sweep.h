@@ -3,16 +3,12 @@
 #pragma once
 
 #include "tests/scenario/SweptPanel.h"
+#include "tests/support/TracedCall.h"
 
 #include <span>
 
-struct Call { // of the helper
-    std::string function;
-    std::uint32_t process = 0; // which start of the helper
-    std::uint32_t thread = 0;
-    std::uint32_t number = 0; // of the thread's calls of the function
-    // With names in the place of handles: "\\file"#2 is what the second opening of the file has given.
-    std::string arguments;
+// With names in the place of handles among its arguments: "\\file"#2 is what the second opening of the file has given.
+struct Call : TracedCall {
     std::uint32_t occurrence = 1; // among the process's calls with the same arguments
     std::uint32_t occurrences = 1; // of such calls
 };
@@ -38,7 +34,7 @@ struct KnownLoss {
 };
 
 inline constexpr const char* flashWritable = "the flash is writable";
-// As a function: every call of those that read the file that the arguments name, without which its content is unknown.
+// In a row's `function`: each call of the reading of the file in `arguments` whose failure leaves its content unknown.
 inline constexpr std::string_view reading = "reading";
 
 // An undisturbed run: those of its calls that are wanted, a thread's after the other's, and the state that it leads to.

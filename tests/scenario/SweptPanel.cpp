@@ -2,7 +2,7 @@
 
 #include "platform/panel/Client.h"
 #include "platform/panel/Operator.h"
-#include "tests/scenario/StatisticsFile.h"
+#include "tests/support/StatisticsFile.h"
 
 #include <gtest/gtest.h>
 
@@ -39,7 +39,7 @@ Tree withoutDeeds(Tree state) {
     return state;
 }
 
-SweptPanel::SweptPanel(Story toBeTold) : story(toBeTold) {
+SweptPanel::SweptPanel(Story storyToTell) : story(storyToTell) {
     const panel::Devices devices = panel().devices();
     devices.setValues("SHC1", {40});
     devices.setBehaviour("SHC1", {panel::Behaviour::Kind::delay, counterDelay});
@@ -149,7 +149,8 @@ void SweptPanel::end(unsigned commands) {
     if (settlesInLoop()) // or has left it, and waits for the thread that is busy with the disk
         driver().advance(1000);
     if (settlesInLoop()) {
-        for (unsigned count = commands == 0 ? 0 : 1; count < std::max(commands, 1U); ++count)
+        const unsigned inVain = commands == 0 ? 1 : commands - 1;
+        for (unsigned count = 0; count < inVain; ++count)
             EXPECT_EQ(command(1), 0);
         driver().advance(1000);
         EXPECT_TRUE(loopRuns());

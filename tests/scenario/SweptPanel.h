@@ -22,11 +22,12 @@ Tree withoutDeeds(Tree state);
 
 class SweptPanel : public ScenarioPanel {
 public:
-    explicit SweptPanel(Story toBeTold);
+    explicit SweptPanel(Story storyToTell);
 
     // Tells the story, as far as a helper is there for it. False: it has ended before.
     bool live();
-    // Without the end; and that alone: a helper that still runs is told so often to end. 0: once, and it does not.
+    // The story without its end, and the end alone. `commands`: with how many commands to end the helper does so; 0: it
+    // gets one and goes on.
     bool liveOn();
     void end(unsigned commands = 1);
 
@@ -44,7 +45,7 @@ private:
     bool idleAndWake();
     bool plugAndUnplug();
     bool reload();
-    // Of the eMMC's counter, since boot, as the helper has heard it last; 0 if it has not.
+    // What the eMMC's counter answered last since boot; 0 if it refused or was not asked.
     std::uint64_t countedWrites();
     Tree stateAfter(std::uint64_t counted, const std::function<void()>& start);
 

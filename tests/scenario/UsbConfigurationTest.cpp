@@ -1,6 +1,6 @@
 // Disks that come and go while a helper runs, and what their "Tarvex.xml" makes it do.
-#include "tests/scenario/StatisticsFile.h"
 #include "tests/scenario/UsbPanel.h"
+#include "tests/support/StatisticsFile.h"
 
 TEST_F(UsbConfiguration, StartsProgramsInOrderWaitingWhereItIsTold) {
     startHelper();
@@ -72,7 +72,10 @@ TEST_F(UsbConfiguration, AFileThatDoesNotFitIntoMemoryIsUnreadable) {
                     "<TouchBuzzer><Settings><Enabled>1</Enabled><Frequency>3400</Frequency></Settings></TouchBuzzer>");
     startHelper();
     EXPECT_EQ(panel.errors(), fits ? Lines{} : Lines{"ERROR;BuzzerModule;settings error"});
-    plug(blanks + document(command("exit 1", true)));
+    std::string crowd; // more than its text takes room
+    for (int each = 0; each < 300000; ++each)
+        crowd += "<a/>";
+    plug("<Tarvex>" + crowd + "<Commands>" + command("exit 1", true) + "</Commands></Tarvex>");
     pass(500);
     plug(document(command("exit 2", true)), 0, "USB Disk");
     pass(500);

@@ -1,9 +1,10 @@
 // A week of panel time with one helper: what it has kept, logged and done then, and what it has cost.
 #include "platform/panel/Operator.h"
-#include "tests/scenario/StatisticsFile.h"
 #include "tests/scenario/UsbPanel.h"
+#include "tests/support/StatisticsFile.h"
 
 #include <cstdio>
+#include <sys/prctl.h>
 
 using panel::Behaviour;
 
@@ -51,6 +52,10 @@ std::size_t ownMemory(const fs::path& process) {
 
 class Week : public UsbConfiguration {
 protected:
+    Week() {
+        prctl(PR_SET_THP_DISABLE, 1, 0, 0, 0); // inherited: huge pages would count what nobody has used
+    }
+
     Use use() {
         const panel::ProcessStatus helper = panel.driver().status().processes.at(0);
         const fs::path process = "/proc/" + std::to_string(helper.hostPid);

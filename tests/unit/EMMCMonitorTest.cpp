@@ -2,6 +2,7 @@
 #include "modules/storage/EMMCException.h"
 #include "modules/storage/EMMCStatistics.h"
 #include "modules/storage/WriteCounter.h"
+#include "tests/support/StatisticsFile.h"
 #include "tests/support/TestPanel.h"
 #include "tests/unit/MessageOf.h"
 
@@ -14,25 +15,9 @@ using panel::Behaviour;
 
 namespace {
 
-constexpr const char* path = "\\MMCMemory\\Tarvex\\EMMC.xml";
 constexpr std::uint64_t most = 0xFFFFFFFFFFFFFFFF;
 
 using Values = std::vector<std::uint64_t>; // in the order of the record
-
-std::string element(const std::string& name, const std::string& text) {
-    return "        <" + name + '>' + text + "</" + name + ">\n";
-}
-
-// The file, with these texts in its six elements; "-": without that one.
-std::string file(const std::vector<std::string>& texts) {
-    const char* names[] = {"SessionWriteCountHigh", "SessionWriteCountLow", "SessionDuration",
-                           "TotalWriteCountHigh",   "TotalWriteCountLow",   "TotalDuration"};
-    std::string content = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<EMMC>\n    <Settings>\n";
-    for (std::size_t index = 0; index < texts.size(); ++index)
-        if (texts[index] != "-")
-            content += element(names[index], texts[index]);
-    return content + "    </Settings>\n</EMMC>\n";
-}
 
 Values valuesOf(const EMMCStatistics& record) {
     return {record.sessionWriteCount, record.sessionDuration, record.totalWriteCount, record.totalDuration};
@@ -96,17 +81,18 @@ TEST(EMMCStatistics, AreReadAsFarAsTheyAreThere) {
         {{}, {0, 0, 0, 0}},
     };
     for (const auto& each : cases) {
-        writeFile(path, file(each.texts));
-        EXPECT_EQ(timeOf([&] { EXPECT_EQ(valuesOf(EMMCStatistics::load()), each.values); }), 0U) << file(each.texts);
+        writeFile(statisticsPath, statisticsFile(each.texts));
+        EXPECT_EQ(timeOf([&] { EXPECT_EQ(valuesOf(EMMCStatistics::load()), each.values); }), 0U)
+            << statisticsFile(each.texts);
     }
 }
 
 TEST(EMMCStatistics, AreGivenUpAfterThreeAttemptsToReadThem) {
     for (const char* content : {"", "<EMMC><Settings>", "<EMMC/>", "<Other><Settings/></Other>"}) {
-        writeFile(path, content);
+        writeFile(statisticsPath, content);
         EXPECT_EQ(timeOf([] { EXPECT_EQ(valuesOf(EMMCStatistics::load()), (Values{0, 0, 0, 0})); }), 300U) << content;
     }
-    writeFile(path, file({"0", "1", "2", "0", "3", "4"}));
+    writeFile(statisticsPath, statisticsFile({"0", "1", "2", "0", "3", "4"}));
     failCall("CreateFileW", 1);
     failCall("CreateFileW", 2);
     EXPECT_EQ(timeOf([] { EXPECT_EQ(valuesOf(EMMCStatistics::load()), (Values{1, 2, 3, 4})); }), 200U);
@@ -115,11 +101,11 @@ TEST(EMMCStatistics, AreGivenUpAfterThreeAttemptsToReadThem) {
 TEST(EMMCStatistics, AreWrittenInAtMostThreeAttempts) {
     const EMMCStatistics statistics{1, 2, 3, 4};
     EXPECT_EQ(timeOf([&] { EMMCStatistics::save(statistics); }), 300U) << "there is no folder";
-    EXPECT_FALSE(exists(path));
-    writeFile(path, "what was there, and longer than what comes" + std::string(1000, '.'));
+    EXPECT_FALSE(exists(statisticsPath));
+    writeFile(statisticsPath, "what was there, and longer than what comes" + std::string(1000, '.'));
     failCall("WriteFile", 1);
     EXPECT_EQ(timeOf([&] { EMMCStatistics::save(statistics); }), 100U);
-    EXPECT_EQ(readFile(path), file({"0", "1", "2", "0", "3", "4"}));
+    EXPECT_EQ(readFile(statisticsPath), statisticsFile({"0", "1", "2", "0", "3", "4"}));
 }
 
 // A count is written with one divisor and read with another: each time that it is loaded and saved it may grow.
@@ -135,10 +121,10 @@ TEST(EMMCStatistics, GrowFrom4294967295On) {
         {8589934589, "1", "4294967293", 8589934589},  {8589934590, "2", "4294967294", 12884901886},
         {most - 1, "0", "4294967294", 4294967294},    {most, "1", "4294967295", 8589934591},
     };
-    writeFile(path, "");
+    writeFile(statisticsPath, "");
     for (const auto& [saved, high, low, loaded] : cases) {
         EMMCStatistics::save({saved, 0, saved, 0});
-        EXPECT_EQ(readFile(path), file({high, low, "0", high, low, "0"}));
+        EXPECT_EQ(readFile(statisticsPath), statisticsFile({high, low, "0", high, low, "0"}));
         EXPECT_EQ(valuesOf(EMMCStatistics::load()), (Values{loaded, 0, loaded, 0}));
     }
 }
@@ -146,72 +132,77 @@ TEST(EMMCStatistics, GrowFrom4294967295On) {
 TEST(EMMCMonitor, BeginsAFileOfZeros) {
     writeFile("\\MMCMemory\\Tarvex\\Other", "");
     const EMMCMonitor monitor;
-    EXPECT_EQ(readFile(path), file({"0", "0", "0", "0", "0", "0"}));
+    EXPECT_EQ(readFile(statisticsPath), statisticsFile({"0", "0", "0", "0", "0", "0"}));
 }
 
 TEST(EMMCMonitor, BeginsASessionAndUpdatesItAtOnceAndEveryFiveMinutes) {
-    writeFile(path, file({"0", "77", "88", "0", "1000", "99"}));
+    writeFile(statisticsPath, statisticsFile({"0", "77", "88", "0", "1000", "99"}));
     count(40);
     setTicks(61999);
     {
         EMMCMonitor monitor;
-        EXPECT_EQ(readFile(path), file({"0", "0", "0", "0", "1000", "99"}));
+        EXPECT_EQ(readFile(statisticsPath), statisticsFile({"0", "0", "0", "0", "1000", "99"}));
         pass(1000);
-        EXPECT_EQ(readFile(path), file({"0", "0", "0", "0", "1000", "99"})) << "it was not started";
+        EXPECT_EQ(readFile(statisticsPath), statisticsFile({"0", "0", "0", "0", "1000", "99"})) << "it was not started";
         EXPECT_TRUE(monitor.start());
         EXPECT_FALSE(monitor.start());
         driver().settle();
-        EXPECT_EQ(readFile(path), file({"0", "40", "62", "0", "1040", "161"})) << "with the time since boot";
+        EXPECT_EQ(readFile(statisticsPath), statisticsFile({"0", "40", "62", "0", "1040", "161"}))
+            << "with the time since boot";
         count(50);
         pass(299999);
-        EXPECT_EQ(readFile(path), file({"0", "40", "62", "0", "1040", "161"}));
+        EXPECT_EQ(readFile(statisticsPath), statisticsFile({"0", "40", "62", "0", "1040", "161"}));
         pass(1);
-        EXPECT_EQ(readFile(path), file({"0", "50", "362", "0", "1050", "461"}));
+        EXPECT_EQ(readFile(statisticsPath), statisticsFile({"0", "50", "362", "0", "1050", "461"}));
         devices().setBehaviour("SHC1", {Behaviour::Kind::refuse, 5});
         pass(300000);
-        EXPECT_EQ(readFile(path), file({"0", "0", "662", "0", "1000", "761"})) << "the session's writes go";
+        EXPECT_EQ(readFile(statisticsPath), statisticsFile({"0", "0", "662", "0", "1000", "761"}))
+            << "the session's writes go";
         devices().setBehaviour("SHC1", {});
         count(49); // smaller than once before
         pass(300000);
-        EXPECT_EQ(readFile(path), file({"0", "49", "962", "0", "1049", "1061"})) << "and come back";
+        EXPECT_EQ(readFile(statisticsPath), statisticsFile({"0", "49", "962", "0", "1049", "1061"})) << "and come back";
         count(9);
         pass(300000);
-        EXPECT_EQ(readFile(path), file({"0", "9", "1262", "0", "1009", "1361"}));
+        EXPECT_EQ(readFile(statisticsPath), statisticsFile({"0", "9", "1262", "0", "1009", "1361"}));
         EXPECT_EQ(timeOf([&] { monitor.stop(); }), 0U);
         EXPECT_FALSE(monitor.start()) << "it is for once";
         monitor.stop();
     }
     pass(300000);
-    EXPECT_EQ(readFile(path), file({"0", "9", "1262", "0", "1009", "1361"}));
+    EXPECT_EQ(readFile(statisticsPath), statisticsFile({"0", "9", "1262", "0", "1009", "1361"}));
 }
 
 TEST(EMMCMonitor, TakesTheFileAsItIsAtEachUpdate) {
-    writeFile(path, "");
+    writeFile(statisticsPath, "");
     EMMCMonitor monitor;
     ASSERT_TRUE(monitor.start());
     count(7);
     pass(0);
-    writeFile(path, file({"0", "0", "0", "1", "4294967290", "4294967000"}));
+    writeFile(statisticsPath, statisticsFile({"0", "0", "0", "1", "4294967290", "4294967000"}));
     pass(300000);
-    EXPECT_EQ(readFile(path), file({"0", "7", "300", "2", "1", "4"})) << "a duration begins anew";
-    writeFile(path, file({"0", "9", "0", "0", "1", "0"}));
+    EXPECT_EQ(readFile(statisticsPath), statisticsFile({"0", "7", "300", "2", "1", "4"})) << "a duration begins anew";
+    writeFile(statisticsPath, statisticsFile({"0", "9", "0", "0", "1", "0"}));
     pass(300000);
-    EXPECT_EQ(readFile(path), file({"0", "7", "300", "1", "4294967295", "300"})) << "less than nothing";
+    EXPECT_EQ(readFile(statisticsPath), statisticsFile({"0", "7", "300", "1", "4294967295", "300"}))
+        << "less than nothing";
     count(0xFFFFFFFF);
-    writeFile(path, file({"0", "0", "0", "0", "1000", "0"}));
+    writeFile(statisticsPath, statisticsFile({"0", "0", "0", "0", "1000", "0"}));
     pass(300000);
-    EXPECT_EQ(readFile(path), file({"1", "4294967295", "300", "1", "999", "300"})) << "no upper half for the session";
+    EXPECT_EQ(readFile(statisticsPath), statisticsFile({"1", "4294967295", "300", "1", "999", "300"}))
+        << "no upper half for the session";
     pass(300000);
-    EXPECT_EQ(readFile(path), file({"1", "4294967295", "600", "0", "999", "600"}));
+    EXPECT_EQ(readFile(statisticsPath), statisticsFile({"1", "4294967295", "600", "0", "999", "600"}));
 }
 
 TEST(EMMCMonitor, ReportsWhatThePlatformDoesNotGive) {
-    writeFile(path, file({"0", "1", "2", "0", "3", "4"}));
+    writeFile(statisticsPath, statisticsFile({"0", "1", "2", "0", "3", "4"}));
     for (const unsigned event : {1U, 2U}) {
         failCall("CreateEventW", event);
         EXPECT_EQ(failure([] { EMMCMonitor(); }), L"Cannot create event");
     }
-    EXPECT_EQ(readFile(path), file({"0", "0", "0", "0", "3", "4"})) << "the session has begun by then";
+    EXPECT_EQ(readFile(statisticsPath), statisticsFile({"0", "0", "0", "0", "3", "4"}))
+        << "the session has begun by then";
     EMMCMonitor monitor;
     failCall("CreateThread");
     EXPECT_EQ(failure([&] { monitor.start(); }), L"Cannot create thread");
@@ -219,7 +210,7 @@ TEST(EMMCMonitor, ReportsWhatThePlatformDoesNotGive) {
 }
 
 TEST(EMMCMonitor, StandsARefusedWait) {
-    writeFile(path, "");
+    writeFile(statisticsPath, "");
     EMMCMonitor monitor;
     ASSERT_TRUE(monitor.start());
     pass(0);
@@ -228,7 +219,7 @@ TEST(EMMCMonitor, StandsARefusedWait) {
     };
     refuse(2, 2);
     pass(600000);
-    EXPECT_EQ(readFile(path), file({"0", "0", "600", "0", "0", "600"})) << "waits again";
+    EXPECT_EQ(readFile(statisticsPath), statisticsFile({"0", "0", "600", "0", "0", "600"})) << "waits again";
     failCall("WaitForSingleObject");
     monitor.stop();
     EMMCMonitor other;
@@ -240,7 +231,7 @@ TEST(EMMCMonitor, StandsARefusedWait) {
 }
 
 TEST(EMMCMonitor, TellsWhenItsThreadDoesNotEnd) {
-    writeFile(path, "");
+    writeFile(statisticsPath, "");
     devices().setBehaviour("SHC1", {Behaviour::Kind::block});
     auto* const monitor = new EMMCMonitor;
     ASSERT_TRUE(monitor->start());
@@ -251,5 +242,5 @@ TEST(EMMCMonitor, TellsWhenItsThreadDoesNotEnd) {
     count(3);
     devices().setBehaviour("SHC1", {});
     pass(0);
-    EXPECT_EQ(readFile(path), file({"0", "3", "0", "0", "3", "0"}));
+    EXPECT_EQ(readFile(statisticsPath), statisticsFile({"0", "3", "0", "0", "3", "0"}));
 }

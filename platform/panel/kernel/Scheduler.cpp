@@ -134,7 +134,8 @@ void releaseDue(Image& image) {
 }
 
 void step(Image& image) {
-    // Programs that were killed with the panel hold nobody up, whatever their last steps have made of the count.
+    // A panel that is off has no running programs: those that the cut killed within a call may have left the count
+    // wrong.
     const auto nobodyRuns = [&] { return image.running == 0 || !image.on; };
     while (image.clock.mode == ClockMode::stepped && nobodyRuns() && aDriverWaits(image)) {
         std::uint64_t nearest = never;

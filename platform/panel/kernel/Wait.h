@@ -9,7 +9,8 @@ namespace panel {
 // more. Whoever enters or leaves a platform call then stops here for ever.
 extern std::atomic<bool> processEnded;
 [[noreturn]] void standStill();
-extern thread_local bool endsProcess; // the calling thread has ended it, and goes on for the host alone
+// This thread has ended the process, and runs on only for the host's clean-up: it must not stand still.
+extern thread_local bool endsProcess;
 
 // The thread's wait fields (kind, objects, key) are set; sleeps until it is released or the deadline (panel time) has
 // come, and answers the wait's result. Lets the programs begin that this thread has started.
