@@ -1,6 +1,6 @@
 // The touch buzzer: from a touch to the driver's request, its settings, and what fails.
-#include "platform/panel/Operator.h"
 #include "tests/support/ScenarioPanel.h"
+#include "tests/support/Touches.h"
 
 #include <gtest/gtest.h>
 
@@ -11,12 +11,6 @@ using panel::Behaviour;
 using panel::Touch;
 
 namespace {
-
-constexpr Touch leftPress{Touch::Kind::press};
-constexpr Touch leftRelease{Touch::Kind::release};
-constexpr Touch rightPress{Touch::Kind::press, true};
-constexpr Touch rightRelease{Touch::Kind::release, true};
-constexpr Touch moved{Touch::Kind::move};
 
 constexpr const char* settingsFile = "\\MMCMemory\\Tarvex\\TouchBuzzerConfig.xml";
 

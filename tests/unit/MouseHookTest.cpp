@@ -2,8 +2,8 @@
 #include "OrvaUtils/Exception.h"
 #include "app/log/Logger.h"
 #include "ipc/MessageOnlyWindow.h"
-#include "platform/panel/Operator.h"
 #include "tests/support/TestPanel.h"
+#include "tests/support/Touches.h"
 #include "tests/unit/OtherThread.h"
 
 #include <algorithm>
@@ -17,12 +17,6 @@ using namespace testing_panel;
 using panel::Touch;
 
 namespace {
-
-constexpr Touch leftPress{Touch::Kind::press};
-constexpr Touch leftRelease{Touch::Kind::release};
-constexpr Touch rightPress{Touch::Kind::press, true};
-constexpr Touch rightRelease{Touch::Kind::release, true};
-constexpr Touch moved{Touch::Kind::move};
 
 using Lines = std::vector<std::string>;
 
