@@ -20,5 +20,6 @@ void addRegistryCommands(CLI::App& app, Tool& tool); // list, read, write, delet
 void addLogCommand(CLI::App& app, Tool& tool);
 void addTraceCommands(CLI::App& app, Tool& tool);
 void addFaultCommands(CLI::App& app, Tool& tool);
+void addViewCommand(CLI::App& app, Tool& tool);
 
 } // namespace tool

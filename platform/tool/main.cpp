@@ -49,6 +49,7 @@ int main(int argc, char** argv) {
     tool::addLogCommand(app, shared);
     tool::addTraceCommands(app, shared);
     tool::addFaultCommands(app, shared);
+    tool::addViewCommand(app, shared);
     app.footer(examples); // last: the commands do not inherit it then
     try {
         app.parse(static_cast<int>(dashes - argv), argv);

@@ -261,7 +261,7 @@ struct Image {
     HookRecord mouseHook;
     std::uint64_t shows; // of windows, so far
     std::int32_t cursorCount;
-    std::uint32_t unused;
+    std::atomic<std::uint32_t> watched; // futex word: 1 while somebody sleeps until the next release of the lock
     SignalRecord signals[maxSignals];
     std::uint32_t messagesUsed; // records of `messages` that were ever used
     Slot freeMessage;

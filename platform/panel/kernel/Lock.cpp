@@ -2,6 +2,8 @@
 
 #include "platform/panel/kernel/Host.h"
 
+#include <climits>
+
 namespace panel {
 
 namespace {
@@ -56,8 +58,10 @@ void Lock::takeOver() {
 
 void Lock::release() {
     held = false;
-    if (word.exchange(0, std::memory_order_release) & sleepers)
+    if (word.exchange(0) & sleepers)
         host::futexWake(word);
+    if (image.watched.load() && image.watched.exchange(0)) // after the change, as a watcher sets it before it looks
+        host::futexWake(image.watched, INT_MAX);
 }
 
 } // namespace panel

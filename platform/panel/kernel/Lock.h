@@ -1,5 +1,6 @@
 // The one lock of the kernel file: a futex word that names its owner by host thread id, so that whoever waits for it
-// can see that the owner has died, and take it over. Not recursive.
+// can see that the owner has died, and take it over. Not recursive. Each release wakes those who watch the panel from
+// outside (Image::watched).
 #pragma once
 
 #include "platform/panel/kernel/Image.h"

@@ -1,0 +1,196 @@
+#include "platform/view/Server.h"
+
+#include "platform/view/Page.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <stdexcept>
+#include <sys/random.h>
+#include <sys/socket.h>
+
+namespace view {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+using httplib::Request;
+using httplib::Response;
+
+constexpr std::size_t mostBody = 64 << 10; // bytes
+constexpr std::size_t mostStreams = 8; // pages at a time; the oldest ends
+constexpr int mostCommands = 12; // at a time
+constexpr std::size_t threads = mostStreams + mostCommands + 12;
+constexpr std::chrono::seconds heartbeat(15); // by which a page that was closed is noticed
+
+// What a page may run: all that does not look at, make or serve panels as a whole.
+constexpr std::string_view admitted[] = {"boot",  "off",    "cut",  "advance", "plug", "unplug",   "device", "tag",
+                                         "touch", "active", "idle", "start",   "send", "registry", "trace",  "fault"};
+
+std::string newToken() {
+    unsigned char bytes[16];
+    if (getrandom(bytes, sizeof bytes, 0) != sizeof bytes)
+        throw std::runtime_error("this machine has no random numbers");
+    std::string token;
+    for (const unsigned char byte : bytes)
+        for (const int digit : {byte >> 4, byte & 15})
+            token += "0123456789abcdef"[digit];
+    return token;
+}
+
+// Takes the same time wherever they differ.
+bool areSame(std::string_view first, std::string_view second) {
+    unsigned difference = first.size() != second.size();
+    for (std::size_t index = 0; index < std::min(first.size(), second.size()); ++index)
+        difference |= static_cast<unsigned char>(first[index] ^ second[index]);
+    return difference == 0;
+}
+
+std::vector<std::string> wordsOf(const std::string& body) {
+    const auto words = Json::parse(body).at("words").get<std::vector<std::string>>();
+    const auto hasZero = [](const std::string& word) { return word.find('\0') != std::string::npos; };
+    if (words.empty() || std::find(std::begin(admitted), std::end(admitted), words[0]) == std::end(admitted))
+        throw std::runtime_error("no command for the page");
+    if (std::any_of(words.begin(), words.end(), hasZero))
+        throw std::runtime_error("a word holds a zero");
+    return words;
+}
+
+bool send(httplib::DataSink& sink, const std::string& event, const std::string& json) {
+    const std::string text = "event: " + event + "\ndata: " + json + "\n\n";
+    return sink.write(text.data(), text.size());
+}
+
+std::string dump(const Json& json) {
+    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+void refuse(Response& response, int status, const std::string& why) {
+    response.status = status;
+    response.set_content(why + '\n', "text/plain; charset=utf-8");
+}
+
+} // namespace
+
+Server::Server(Commands& panelCommands, panel::Panel shown, int port)
+    : commands(panelCommands), panel(std::move(shown)), state(commands, panel.directory()), token(newToken()) {
+    server.new_task_queue = [] { return new httplib::ThreadPool(threads); };
+    server.set_keep_alive_max_count(1); // what is left of a refused request is nobody's next one
+    server.set_payload_max_length(mostBody);
+    server.set_socket_options([](socket_t socket) { // the library's own would let others listen at the same port
+        const int yes = 1;
+        setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+    });
+    server.set_default_headers({
+        {"Content-Security-Policy", "default-src 'none'; script-src 'self'; style-src 'self'; connect-src 'self'; "
+                                    "img-src data:; base-uri 'none'; form-action 'none'; frame-ancestors 'none'"},
+        {"X-Content-Type-Options", "nosniff"},
+        {"Referrer-Policy", "no-referrer"},
+        {"Cross-Origin-Resource-Policy", "same-origin"},
+        {"Cache-Control", "no-store"},
+    });
+    server.set_exception_handler([](const Request&, Response& response, std::exception_ptr) {
+        refuse(response, 400, "This cannot be answered");
+    });
+    server.set_pre_routing_handler(
+        [this](const Request& request, Response& response) { return admit(request, response); });
+    server.Post('/' + token + "/run", [this](const Request& request, Response& response) { run(request, response); });
+    const bool bound =
+        port ? server.bind_to_port("127.0.0.1", port) : (port = server.bind_to_any_port("127.0.0.1")) > 0;
+    if (!bound)
+        throw std::runtime_error("the port " + std::to_string(port) +
+                                 " cannot be had (another --port, or none for any)");
+    host = port == 80 ? "127.0.0.1" : "127.0.0.1:" + std::to_string(port);
+    listener = std::thread([this] { server.listen_after_bind(); });
+}
+
+Server::~Server() {
+    commands.stop();
+    state.stop();
+    server.stop();
+    listener.join();
+}
+
+std::string Server::address() const {
+    return "http://" + host + '/' + token + '/';
+}
+
+// Answers all but the one request with a body. No other page can name the token; the host name keeps out one whose own
+// name was made to mean this machine.
+httplib::Server::HandlerResponse Server::admit(const Request& request, Response& response) {
+    constexpr auto handled = httplib::Server::HandlerResponse::Handled;
+    const std::string_view path = request.path;
+    const std::size_t end = std::min(path.find('/', 1), path.size());
+    const bool known = end > 0 && end < path.size() && areSame(path.substr(1, end - 1), token);
+    const bool hostNamed = request.get_header_value_count("Host") == 1 && request.get_header_value("Host") == host;
+    const bool foreign = request.has_header("Origin") && request.get_header_value("Origin") != "http://" + host;
+    if (!known || !hostNamed || foreign)
+        return refuse(response, 403, "Not for you"), handled;
+    const std::string_view name = path.substr(end + 1);
+    const PageFile* file = pageFile(name);
+    if (name == "run" && request.method == "POST") {
+        if (request.get_header_value("Content-Type") == "application/json")
+            return httplib::Server::HandlerResponse::Unhandled;
+        refuse(response, 415, "In JSON only");
+    } else if (request.method == "GET" && name == "events") {
+        stream(response);
+    } else if (request.method == "GET" && file) {
+        response.set_content(file->content.data(), file->content.size(), std::string(file->type));
+    } else {
+        refuse(response, 404, "There is no such thing here");
+    }
+    return handled;
+}
+
+void Server::run(const Request& request, Response& response) {
+    const std::shared_ptr<void> done(nullptr, [this](void*) { --atWork; });
+    if (++atWork > mostCommands)
+        return refuse(response, 503, "Too many commands at a time");
+    const Outcome outcome = commands.run(wordsOf(request.body)); // what throws is answered with 400
+    response.set_content(dump({{"code", outcome.code}, {"output", outcome.output}, {"errors", outcome.errors}}),
+                         "application/json");
+}
+
+void Server::stream(Response& response) {
+    struct Reader {
+        Lines lines;
+        std::uint64_t version = 0;
+        unsigned number = 0;
+    };
+    const auto reader = std::make_shared<Reader>(Reader{Lines(panel)});
+    {
+        const std::lock_guard lock(mutex);
+        reader->number = ++lastReader;
+        readers.insert(reader->number);
+    }
+    response.set_chunked_content_provider(
+        "text/event-stream",
+        [this, reader](std::size_t, httplib::DataSink& sink) {
+            {
+                const std::lock_guard lock(mutex);
+                if (readers.size() > mostStreams && *readers.begin() == reader->number)
+                    return send(sink, "end", "{}") && false;
+            }
+            return sendNews(sink, reader->lines, reader->version);
+        },
+        [this, reader](bool) {
+            const std::lock_guard lock(mutex);
+            readers.erase(reader->number);
+        });
+}
+
+bool Server::sendNews(httplib::DataSink& sink, Lines& lines, std::uint64_t& version) {
+    const std::uint64_t before = version;
+    const auto topics = state.wait(version, heartbeat);
+    if (!topics)
+        return false;
+    for (const auto& [name, topic] : *topics)
+        if (topic.version > before && !send(sink, name, topic.json))
+            return false;
+    const auto sendLines = [&](const std::string& file, bool gone, bool history, const std::vector<std::string>& some) {
+        return send(sink, "lines", dump({{"file", file}, {"gone", gone}, {"history", history}, {"lines", some}}));
+    };
+    return lines.read(state.boot(), sendLines) && (version != before || sink.write(":\n\n", 3));
+}
+
+} // namespace view

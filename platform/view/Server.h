@@ -1,0 +1,45 @@
+// Serves the page of one panel, to this machine alone.
+//
+//     GET  /TOKEN/            the page; /TOKEN/page.js and so on: its files
+//     GET  /TOKEN/events      what happens, as server-sent events; the event's name is a topic of State, or "lines"
+//     POST /TOKEN/run         {"words": ["touch", "--at", "10", "20"]}: runs that panel command; code, output and
+//                             errors are the answer
+//
+// A request without the token, for another host name or from another origin gets 403.
+#pragma once
+
+#include "platform/view/Lines.h"
+#include "platform/view/State.h"
+
+#include <httplib.h>
+
+namespace view {
+
+class Server {
+public:
+    // `port` 0: any that is free. Throws std::runtime_error if it cannot be had.
+    Server(Commands& commands, panel::Panel panel, int port);
+    ~Server(); // ends all connections
+
+    std::string address() const; // of the page, with the token
+
+private:
+    httplib::Server::HandlerResponse admit(const httplib::Request& request, httplib::Response& response);
+    void run(const httplib::Request& request, httplib::Response& response);
+    void stream(httplib::Response& response);
+    bool sendNews(httplib::DataSink& sink, Lines& lines, std::uint64_t& version);
+
+    Commands& commands;
+    const panel::Panel panel;
+    State state;
+    std::string host;
+    std::string token;
+    std::mutex mutex;
+    std::set<unsigned> readers; // of events, the oldest first
+    unsigned lastReader = 0;
+    std::atomic<int> atWork = 0; // commands
+    httplib::Server server;
+    std::thread listener;
+};
+
+} // namespace view

@@ -1,0 +1,170 @@
+#include "platform/view/Watch.h"
+
+#include "platform/panel/Mapping.h"
+#include "platform/panel/kernel/Host.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/inotify.h>
+#include <sys/stat.h>
+
+namespace view {
+
+namespace {
+
+constexpr std::uint32_t anything = IN_MODIFY | IN_CREATE | IN_DELETE | IN_MOVE | IN_DELETE_SELF | IN_MOVE_SELF;
+constexpr std::chrono::milliseconds pause(25); // changes that belong together are looked at once
+constexpr std::uint32_t hour = 3600000; // ms
+
+// Of what `panel status`, `ps` and `fault list` show. Read without the lock: after a change that was read halfway the
+// lock is released once more.
+std::uint64_t digestOf(const panel::Image& image) {
+    std::uint64_t digest = 14695981039346656037U; // FNV-1a over numbers
+    const auto add = [&](std::uint64_t number) { digest = (digest ^ number) * 1099511628211U; };
+    for (const std::uint64_t number :
+         {std::uint64_t{image.on}, image.clock.now, std::uint64_t{image.tracing}, std::uint64_t{image.faultCount},
+          std::uint64_t{image.flashWritable}, std::uint64_t{image.mouseHook.thread}, image.shows,
+          static_cast<std::uint64_t>(image.cursorCount), std::uint64_t{image.endedCount}})
+        add(number);
+    for (const std::uint32_t word : image.backLight)
+        add(word);
+    if (image.activeEvent)
+        add(image.objects[image.activeEvent - 1].signalled);
+    for (const panel::SignalRecord& signal : image.signals)
+        add(signal.count);
+    for (const panel::FaultRecord& fault : image.faults)
+        add(fault.hits);
+    for (const panel::WindowRecord& window : image.windows)
+        add(window.used ? window.serial * 2 + window.visible : 0);
+    for (const panel::BlockDeviceRecord& device : image.blockDevices)
+        add(device.used ? device.serial : 0);
+    for (const panel::ProcessRecord& process : image.processes) {
+        if (process.state == panel::ProcessState::free || process.driver)
+            continue;
+        add(process.serial);
+        std::uint64_t handles = 0;
+        for (const panel::HandleRecord& handle : process.handles)
+            handles += handle.object != 0;
+        add(handles);
+    }
+    for (const panel::ThreadRecord& thread : image.threads)
+        if (!thread.driver)
+            add(static_cast<std::uint64_t>(thread.state));
+    return digest;
+}
+
+} // namespace
+
+Watch::Watch(std::filesystem::path panel)
+    : root(std::move(panel)),
+      files(inotify_init1(IN_CLOEXEC | IN_NONBLOCK)),
+      bell(eventfd(1, EFD_CLOEXEC | EFD_NONBLOCK)) {
+    watchFolders();
+    listener = std::thread([this] { listen(); });
+}
+
+Watch::~Watch() {
+    stopping = true;
+    wakeListener();
+    listener.join();
+    close(files);
+    close(bell);
+}
+
+void Watch::watchFolders() {
+    const auto add = [&](const std::filesystem::path& folder, std::uint32_t mask) {
+        return inotify_add_watch(files, folder.c_str(), mask | IN_ONLYDIR);
+    };
+    parent = add(root.parent_path(), IN_CREATE | IN_MOVED_TO);
+    for (const char* folder : {"", "run", "devices", "registry"})
+        add(root / folder, anything);
+    linesOnly.clear();
+    for (const char* folder : {"fs", "fs/MMCMemory", "fs/MMCMemory/Tarvex"}) // the log, once there is one
+        linesOnly.insert(add(root / folder, anything));
+}
+
+Watch::News Watch::readFileEvents() {
+    News news = News::none;
+    alignas(inotify_event) char events[16384];
+    for (ssize_t length; (length = read(files, events, sizeof events)) > 0;)
+        for (ssize_t at = 0; at < length;) {
+            const auto* event = reinterpret_cast<const inotify_event*>(events + at);
+            at += static_cast<ssize_t>(sizeof *event + event->len);
+            const std::string_view name = event->len ? event->name : "";
+            if (event->wd == parent && name != root.filename().string())
+                continue;
+            const bool lines = linesOnly.count(event->wd) || name == "trace" || name == "requests" || name == "touches";
+            news = std::max(news, lines ? News::lines : News::state);
+        }
+    return news;
+}
+
+bool Watch::wait() {
+    for (;;) {
+        pollfd sources[] = {{files, POLLIN, 0}, {bell, POLLIN, 0}};
+        poll(sources, 2, -1);
+        std::this_thread::sleep_for(pause);
+        std::uint64_t rings = 0;
+        const bool rung = read(bell, &rings, sizeof rings) > 0;
+        const News news = readFileEvents();
+        if (!rung && news == News::none)
+            continue;
+        watchFolders();
+        if (news == News::state) // perhaps another kernel file
+            wakeListener();
+        return rung || news == News::state;
+    }
+}
+
+void Watch::interrupt() {
+    const std::uint64_t one = 1;
+    [[maybe_unused]] const auto written = write(bell, &one, sizeof one);
+}
+
+void Watch::wakeListener() {
+    ++rounds;
+    rounds.notify_all();
+    const std::lock_guard lock(mutex);
+    if (listened && listened->watched.exchange(0))
+        panel::host::futexWake(listened->watched);
+}
+
+void Watch::listen() {
+    while (!stopping) {
+        const unsigned seen = rounds;
+        const panel::Mapping kernel(root);
+        if (kernel.image && kernel.image->on)
+            listenTo(*kernel.image);
+        else if (!stopping)
+            rounds.wait(seen);
+    }
+}
+
+void Watch::listenTo(panel::Image& image) {
+    lastBoot = image.clock.realBase;
+    {
+        const std::lock_guard lock(mutex);
+        listened = &image;
+    }
+    const auto isCurrent = [&] {
+        struct stat status {};
+        return stat((root / "run/kernel").c_str(), &status) == 0 && status.st_ino == image.fileInode;
+    };
+    std::uint64_t last = 0;
+    while (!stopping && image.on && isCurrent()) {
+        image.watched = 1; // before the look: a later change rings
+        const std::uint64_t digest = digestOf(image);
+        if (digest == last) {
+            panel::host::futexWait(image.watched, 1, hour);
+        } else {
+            last = digest;
+            interrupt();
+        }
+        std::this_thread::sleep_for(pause);
+    }
+    const std::lock_guard lock(mutex);
+    listened = nullptr;
+    interrupt();
+}
+
+} // namespace view

@@ -1,0 +1,462 @@
+// The page of one panel. Topics and lines come as server-sent events; everything that is done is a panel command, which
+// the server runs and the page names.
+"use strict";
+
+const byId = id => document.getElementById(id);
+
+function element(tag, properties = {}, ...children) {
+  const made = Object.assign(document.createElement(tag), properties);
+  made.append(...children);
+  return made;
+}
+
+const state = {on: null, functions: new Map(), planned: [], status: {}, trees: {}};
+const helperMessages = [ // of the window ORVATarvexHelper: name, command, argument, what for
+  ["ORVATarvexMsg", 1, 0, "end the helper"],
+  ["ORVATarvexScreenSaverMsg", 1, 0, "screen saver: read its file again"],
+  ["ORVATarvexScreenSaverMsg", 2, 1, "screen saver: make one (argument 0: remove it)"],
+  ["ORVATarvexScreenSaverMsg", 3, 1000, "screen saver: time-out in ms"],
+  ["ORVATarvexScreenSaverMsg", 4, 0, "screen saver: level 0 to 255, 0 is the black screen"],
+  ["ORVATarvexScreenSaverMsg", 5, 1, "screen saver: save the screen at once (argument 0: disable)"],
+  ["ORVATarvexBuzzerMsg", 1, 0, "touch buzzer: read its file again"],
+];
+
+// Commands
+
+function shown(word) {
+  return /^[\w.\/:=-]+$/.test(word) ? word : /[$`"!]|\\$/.test(word) ? `'${word}'` : `"${word}"`;
+}
+
+async function run(...words) {
+  words = words.map(String);
+  const text = "panel " + words.map(shown).join(" ");
+  byId("command").textContent = text;
+  byId("answer").textContent = "…";
+  let answer;
+  try {
+    const response = await fetch("run", {method: "POST", headers: {"Content-Type": "application/json"}, body: JSON.stringify({words})});
+    answer = response.ok ? await response.json() : {code: -1, output: "", errors: await response.text()};
+  } catch {
+    answer = {code: -1, output: "", errors: "panel view has ended"};
+  }
+  const said = [answer.output.trim(), answer.errors.trim()].filter(Boolean).join("\n");
+  if (byId("command").textContent === text) {
+    byId("answer").textContent = said ? "→ " + said.split("\n").at(-1) : "→ done";
+    byId("answer").className = answer.code ? "bad" : "";
+  }
+  byId("history").prepend(element("li", {}, element("code", {}, text), element("pre", {className: answer.code ? "bad" : ""}, said)));
+  return answer;
+}
+
+function wordsOf(text) { // as a program gets them: quotes hold words together
+  return (text.match(/"[^"]*"|\S+/g) || []).map(word => word.replace(/^"(.*)"$/, "$1"));
+}
+
+function onSubmit(id, action) {
+  byId(id).addEventListener("submit", event => {
+    event.preventDefault();
+    action(event.target.elements);
+  });
+}
+
+document.addEventListener("click", event => {
+  const command = event.target.dataset && event.target.dataset.run;
+  if (command) run(...command.split(" "));
+});
+
+// Boots with what is planned.
+onSubmit("boot", async fields => {
+  const words = ["boot"];
+  if (fields.clock.value) words.push(fields.clock.value);
+  else if (fields.factor.value !== "1") words.push("--factor", fields.factor.value);
+  const direct = !fields.trace.checked && !state.planned.length;
+  if (!fields.init.checked || !direct) words.push("--without-init");
+  if ((await run(...words)).code) return;
+  if (direct) return;
+  if (fields.trace.checked) await run("trace", "on");
+  for (const fault of state.planned) await run(...fault);
+  if (!fields.init.checked) return;
+  const init = (state.trees.flash || []).find(key => key.key === "HKEY_LOCAL_MACHINE\\init");
+  const launches = (init ? init.values : []).map(value => [/^launch(\d+)$/i.exec(value.name), value.text]).filter(([name, path]) => name && path);
+  for (const [name, path] of launches.sort((one, other) => one[0][1] - other[0][1]))
+    await run("start", path.includes("\\") ? path : "\\Windows\\" + path, "--", +name[1]);
+});
+onSubmit("advance", fields => run("advance", fields.time.value));
+onSubmit("start", fields => run("start", fields.path.value, "--", ...wordsOf(fields.arguments.value)));
+onSubmit("send", fields => run("send", fields.window.value, fields.message.value, fields.wparam.value, fields.lparam.value));
+onSubmit("plug", fields => {
+  const words = fields.bare.checked ? ["--without-partitions"] : [fields.folder.value];
+  for (const [name, option] of [["as", "--as"], ["after", "--ready-after"], ["attributes", "--attributes"]])
+    if (fields[name].value) words.push(option, fields[name].value);
+  if (fields.never.checked) words.push("--never-ready");
+  if (fields.place.checked) words.push("--in-place");
+  run("plug", ...words);
+});
+byId("send").elements.known.append(...helperMessages.map(([name, command, , what], index) =>
+  element("option", {value: index}, `${name} ${command}: ${what}`)));
+byId("send").elements.known.addEventListener("change", event => {
+  const [message, wparam, lparam] = helperMessages[event.target.value];
+  for (const [name, value] of Object.entries({window: "ORVATarvexHelper", message, wparam, lparam})) byId("send").elements[name].value = value;
+});
+byId("send").elements.known.dispatchEvent(new Event("change"));
+
+// The face
+
+const glass = byId("screen");
+let held = null, touches = Promise.resolve(); // one after the other, as a finger does
+
+function placeOf(event) {
+  const box = glass.getBoundingClientRect(), {width, height} = state.status.screen;
+  const within = (part, most) => Math.max(0, Math.min(most - 1, Math.floor(part * most)));
+  return [within((event.clientX - box.left) / box.width, width), within((event.clientY - box.top) / box.height, height)];
+}
+
+glass.addEventListener("contextmenu", event => event.preventDefault());
+glass.addEventListener("pointerdown", event => {
+  if (!state.on || held) return;
+  audio();
+  glass.setPointerCapture(event.pointerId);
+  const finger = held = {right: event.button === 2, place: placeOf(event), pressed: false, moving: false};
+  finger.press = () => {
+    finger.pressed = true;
+    finger.timer = clearTimeout(finger.timer);
+    sendTouch(finger, "--press");
+  };
+  finger.timer = setTimeout(finger.press, 350); // whoever lets go earlier taps
+});
+glass.addEventListener("pointermove", event => {
+  const finger = held, place = finger && placeOf(event);
+  if (!finger || finger.moving || Math.hypot(place[0] - finger.place[0], place[1] - finger.place[1]) < 6) return;
+  if (!finger.pressed) finger.press();
+  finger.place = place;
+  finger.moving = true;
+  sendTouch(finger, "--move").then(() => finger.moving = false);
+});
+glass.addEventListener("pointerup", event => {
+  const finger = held;
+  if (!finger) return;
+  held = null;
+  clearTimeout(finger.timer);
+  if (finger.pressed) finger.place = placeOf(event);
+  sendTouch(finger, ...finger.pressed ? ["--release"] : []);
+});
+glass.addEventListener("pointercancel", () => held = held && (clearTimeout(held.timer), null));
+
+function sendTouch(finger, ...options) {
+  if (finger.right && options[0] !== "--move") options.push("--right");
+  const place = finger.place;
+  return touches = touches.then(() => run("touch", "--at", ...place, ...options));
+}
+
+function showTouch(line, history) {
+  const parts = /^\s*(\d+) (\S+) (\d+) (\d+) (swallowed )?on (.*)$/.exec(line);
+  if (!parts) return;
+  const [, time, event, x, y, swallowed, window] = parts;
+  byId("touches").prepend(element("li", {className: swallowed ? "bad" : ""},
+    `${time} ms: ${event} at ${x}, ${y} ${swallowed ? "swallowed by the mouse hook, over" : "on"} ${window}`));
+  while (byId("touches").children.length > 8) byId("touches").lastChild.remove();
+  const at = {left: 100 * (+x + .5) / state.status.screen.width + "%", top: 100 * (+y + .5) / state.status.screen.height + "%"};
+  Object.assign(byId("cursor").style, at);
+  if (history) return;
+  const ripple = element("div", {className: "ripple" + (swallowed ? " swallowed" : "")});
+  Object.assign(ripple.style, at);
+  ripple.addEventListener("animationend", () => ripple.remove());
+  glass.append(ripple);
+}
+
+let sound = null, soundEnds = 0;
+function audio() { // a browser lets a page be heard once somebody has clicked it
+  sound = sound || new AudioContext();
+  if (sound.state === "suspended") sound.resume();
+  return sound;
+}
+
+function click(frequency, duration, history) {
+  const clicks = byId("clicks"), count = +clicks.dataset.count + 1;
+  clicks.dataset.count = count;
+  clicks.textContent = `${frequency} Hz for ${duration} ms, ${count} since boot`;
+  if (history) return;
+  byId("buzzer").className = "";
+  void byId("buzzer").offsetWidth; // begins the animation anew
+  byId("buzzer").className = "clicks";
+  const tone = audio().createOscillator(), volume = audio().createGain();
+  volume.gain.value = .15;
+  tone.type = "square";
+  tone.frequency.value = frequency;
+  tone.connect(volume).connect(audio().destination);
+  const begin = Math.max(audio().currentTime, soundEnds);
+  soundEnds = begin + duration / 1000 + .02;
+  tone.start(begin);
+  tone.stop(begin + duration / 1000);
+}
+
+function showRequest(line, history) {
+  byId("requests").prepend(element("li", {className: / = error /.test(line) ? "bad" : ""}, line.trim()));
+  while (byId("requests").children.length > 100) byId("requests").lastChild.remove();
+  const beep = / BZR1 beep (\d+) (\d+) = done$/.exec(line);
+  if (beep) click(+beep[1], +beep[2], history);
+}
+
+// What topics show
+
+function say(text) {
+  byId("notice").textContent = text;
+  byId("notice").hidden = !text;
+}
+
+function showStatus(status) {
+  if (status.error) {
+    state.on = false;
+    document.body.classList.remove("on");
+    byId("power").textContent = "gone";
+    return say("The panel cannot be read any more, perhaps it was deleted: " + status.error);
+  }
+  if (state.on !== null && state.on !== status.on)
+    say(status.on ? "" : "The panel went off: " + (/^panel (off|cut)$/.exec(byId("command").textContent) || ["somebody else, or a fault, did that"])[0]);
+  else if (byId("power").textContent === "gone") say("");
+  [state.status, state.on] = [status, status.on];
+  document.body.classList.toggle("on", status.on);
+  document.title = byId("name").textContent = "Panel " + status.directory.split("/").at(-1);
+  byId("name").title = status.directory;
+  byId("power").textContent = status.on ? "on" : "off";
+  const {width, height, cover, background} = status.screen;
+  document.documentElement.style.setProperty("--w", width);
+  document.documentElement.style.setProperty("--h", height);
+  const [level, , second] = status.backLight || [0, 0, 0];
+  byId("desktop").textContent = `${width} × ${height}`;
+  glass.style.filter = `brightness(${status.on ? Math.sqrt(Math.max(level, second) / 255).toFixed(3) : 0})`;
+  byId("cover").style.visibility = cover ? "visible" : "hidden";
+  byId("cover").style.background = background === "white" ? "#fff" : background === "black" ? "#000" : "#666";
+  byId("cursor").hidden = !(status.on && status.cursor.shown);
+  byId("light").textContent = !status.on ? "no light" : level === second ? `backlight ${level}` : `backlight ${level} and ${second}`;
+  byId("light").title = "record " + (status.backLight || []).join(" ");
+  byId("shows").textContent = cover ? `${background}: ${cover} of ${status.screen.process}` : "nothing covers it";
+  byId("pointer").textContent = status.on ? `cursor ${status.cursor.shown ? "shown" : "hidden"} (${status.cursor.count})` : "";
+  byId("hook").textContent = status.on ? `mouse hook ${status.hook ? "of " + status.hook : "none"}` : "";
+  byId("user").textContent = status.userActive === null ? "unknown" : status.userActive ? "active" : "inactive";
+  byId("tracing").textContent = status.trace ? "on" : "off";
+  byId("fail").disabled = byId("cut").disabled = false;
+  clock.from = {...status.clock, date: Date.parse(status.date.replace(" UTC", "Z").replace(" ", "T")), at: performance.now()};
+  showClock();
+  showDisks(status);
+  if (!status.on) showProcesses({processes: [], ended: []});
+}
+
+const clock = {from: null};
+function showClock() {
+  if (!state.on || !clock.from) return;
+  const {mode, factor, time, date, at} = clock.from;
+  const passed = mode === "flowing" ? (performance.now() - at) * factor : 0;
+  byId("clock").textContent = new Date(date + passed).toISOString().slice(0, 19).replace("T", " ") + " UTC, " +
+    `${((time + passed) / 1000).toFixed(mode === "flowing" ? 0 : 3)} s since boot, ` + (mode === "flowing" ? `flowing × ${factor}` : "stepped");
+}
+setInterval(() => document.hidden || showClock(), 1000);
+
+function fill(table, heads, rows, empty) {
+  const row = (cells, tag) => element("tr", {}, ...cells.map(cell => element(tag, {}, ...[cell].flat())));
+  byId(table).querySelector("table").replaceChildren(...rows.length ? [row(heads, "th"), ...rows.map(cells => row(cells, "td"))]
+    : [row([element("span", {className: "empty"}, empty)], "td")]);
+}
+
+function button(text, ...words) {
+  return element("button", {onclick: () => run(...words)}, text);
+}
+
+function showDisks(status) {
+  fill("disks", ["Device", "Volumes", "Ready", ""], status.disks.map(disk => [disk.device,
+    disk.partitions.map(part => `${part.volume ? "\\" + part.volume : "not mounted"} (0x${part.attributes.toString(16)})`).join(", ") || "no partitions",
+    disk.readyAfter === null ? "never" : disk.readyAfter ? `after ${disk.readyAfter} ms` : "at once",
+    button("Unplug", "unplug", disk.device)]), "No disk is plugged.");
+  byId("paths").replaceChildren(...["MMCMemory\\Tarvex", ...status.disks.flatMap(disk => disk.partitions.map(part => part.volume + "\\Tarvex"))]
+    .map(folder => element("option", {value: `\\${folder}\\TarvexHelper.exe`})));
+}
+
+function showProcesses({processes = [], ended = []}) {
+  fill("programs", ["Program", "State", "Threads", "Handles", "Path"], [
+    ...processes.filter(process => !process.path.endsWith("\\panel.exe")).map(process => [process.name, process.state,
+      `${process.threads}, ${process.waiting} wait`, process.handles, `${process.path} ${process.arguments}`]),
+    ...ended.toReversed().map(process => [process.name,
+      element("span", {className: process.exitCode ? "bad" : ""}, `ended, exit code ${process.exitCode}`), "", "", `${process.time} ms after boot`]),
+  ], "No program runs.");
+}
+
+// A select for what an operation does, with the number that goes with it.
+function behaviour(device, operation, does) {
+  const kinds = {answer: /^answers$/, refuse: /^refuses/, block: /^blocks/, delay: /^answers after/, code: /^succeeds/};
+  const kind = Object.keys(kinds).find(name => kinds[name].test(does));
+  const names = Object.keys(kinds).filter(name => name !== "code" || device === "tags");
+  const choice = element("select", {title: does}, ...names.map(name => element("option", {selected: name === kind}, name)));
+  const number = element("input", {size: 5, value: does.replace(/^\D*/, "").replace(" ", ""), title: "The error, or how long"});
+  number.hidden = !number.value;
+  choice.dataset.operation = `${device} ${operation}`;
+  const tell = () => run("device", device, choice.value, operation, ...number.hidden || !number.value ? []
+    : [choice.value === "delay" ? "--time" : "--error", number.value]);
+  choice.onchange = () => {
+    number.value = {refuse: 31, code: 31, delay: "1s"}[choice.value] || "";
+    number.hidden = !number.value;
+    tell();
+  };
+  number.onchange = tell;
+  return element("label", {}, operation, choice, number);
+}
+
+function showDevices(devices) {
+  if (devices.error) return;
+  fill("devices", ["Device", "There", "Values", "Does"], devices.map(({name, what, present, values, does}) => {
+    const there = element("input", {type: "checkbox", checked: present, onchange: () => run("device", name, there.checked ? "add" : "remove")});
+    const value = element("input", {size: 11, value: values.join(" "), onchange: () => run("device", name, "set", ...wordsOf(value.value))});
+    there.setAttribute("aria-label", name + " is there");
+    value.setAttribute("aria-label", "values of " + name);
+    const operations = Object.keys(does);
+    if (operations.length && name !== "tags" && !operations.includes("open")) operations.unshift("open");
+    const all = operations.map(operation => behaviour(name, operation, does[operation] || "answers"));
+    return [[element("b", {}, name), element("br"), what], there, values.length ? value : "",
+      name === "tags" ? element("details", {}, element("summary", {}, `${all.length} functions`), ...all) : all];
+  }), "");
+}
+
+const closed = new Set();
+function showRegistry() {
+  const {registry, flash} = state.trees;
+  if (!Array.isArray(registry) || !Array.isArray(flash)) return;
+  const index = tree => new Map(tree.map(({key, values}) => [key, new Map(values.map(value => [value.name, value]))]));
+  const now = index(registry), kept = index(flash), places = new Map();
+  for (const key of new Set([...now.keys(), ...kept.keys()])) {
+    const name = key.split("\\").at(-1), parent = key.slice(0, -name.length - 1);
+    const folder = element("details", {open: !closed.has(key), ontoggle: () => folder.open ? closed.delete(key) : closed.add(key)},
+      element("summary", {className: !now.has(key) ? "gone" : kept.has(key) ? "" : "unflushed"}, name));
+    const values = now.get(key) || new Map(), old = kept.get(key) || new Map();
+    for (const value of values.values()) {
+      const before = old.get(value.name);
+      folder.append(valueLine(key, value, before && before.bytes === value.bytes && before.type === value.type));
+    }
+    for (const name of old.keys())
+      if (!values.has(name)) folder.append(element("div", {className: "value gone", title: "Deleted; flash still has it"}, name || "(default)"));
+    places.set(key, folder);
+    (places.get(parent) || byId("tree")).append(folder);
+  }
+  byId("tree").replaceChildren(...[...places].filter(([key]) => !key.includes("\\")).map(([, folder]) => folder));
+}
+
+function valueLine(key, value, flushed) {
+  const number = value.type === "REG_DWORD" && parseInt(value.bytes.split(" ").reverse().join(""), 16);
+  const data = value.text ?? (number !== false ? String(number) : value.bytes);
+  const text = value.texts ? value.texts.join(" | ") : data;
+  const change = element("button", {disabled: !!value.texts, onclick: () => {
+    const field = element("input", {value: data, size: Math.max(20, data.length), onkeydown: event => {
+      if (event.key === "Enter") run("registry", "write", key, value.name, field.value, "--type", value.type);
+      if (event.key === "Enter" || event.key === "Escape") field.replaceWith(change);
+    }});
+    change.replaceWith(field);
+    field.focus();
+  }}, text || "(empty)");
+  return element("div", {className: "value" + (flushed ? "" : " unflushed")}, (value.name || "(default)") + " = ", change, element("small", {}, value.type));
+}
+
+function showFaults(faults) {
+  fill("faults", ["Function", "Call", "Program", "Thread", "Action", "Hits"], faults.error ? [] : faults.map(fault => [fault.function,
+    fault.call + (fault.fromThenOn ? " and all after it" : ""), (fault.program || "any") + (fault.start ? "#" + fault.start : ""), fault.thread || "any",
+    fault.cut ? "power cut" : "fails", fault.hits]), "No fault is asked for.");
+}
+
+function showPlanned() {
+  byId("planned").replaceChildren(...state.planned.map(words => element("li", {}, element("code", {}, ["panel", ...words].map(shown).join(" ")), " ",
+    element("button", {onclick: () => {
+      state.planned = state.planned.filter(each => each !== words);
+      showPlanned();
+    }}, "Forget"))));
+}
+
+// The timeline
+
+let chosenCall = null;
+const timeline = makeTimeline(byId("track"), call => {
+  chosenCall = call;
+  byId("call").hidden = !call;
+  byId("line").textContent = call ? call.line : "";
+  const cannot = call && state.functions.get(call.name) === false;
+  byId("fail").disabled = cannot;
+  byId("fail").title = cannot ? `${call.name} cannot fail` : "";
+});
+
+// Keeps the fault for the next boot, which then begins at once.
+async function plan(...options) {
+  const {name, program, start, thread, call} = chosenCall;
+  state.planned.push(["fault", "add", name, "--program", program, "--start", start, "--thread", thread, "--call", call, ...options]);
+  showPlanned();
+  byId("boot").elements.init.checked = true;
+  if (state.on && (await run("off")).code) return;
+  byId("boot").requestSubmit();
+}
+byId("fail").addEventListener("click", () => plan());
+byId("cut").addEventListener("click", () => plan("--cut"));
+byId("forget").addEventListener("click", () => timeline.clear());
+byId("find").addEventListener("input", event => byId("found").textContent = event.target.value ? timeline.find(event.target.value).length + " calls" : (timeline.find(""), ""));
+byId("find").addEventListener("keydown", event => event.key === "Enter" && timeline.next(event.shiftKey ? -1 : 1, timeline.find(event.target.value)));
+byId("zoom").addEventListener("input", event => document.documentElement.style.setProperty("--unit", event.target.value + "px"));
+
+// Lines and events
+
+function showLog(lines) {
+  const pane = byId("log"), following = pane.scrollTop + pane.clientHeight > pane.scrollHeight - 40;
+  byId("loglines").append(...lines.map(line => element("li", {className: /^[^;]*;ERROR;/.test(line) ? "bad" : ""}, line)));
+  while (byId("loglines").children.length > 4000) byId("loglines").firstChild.remove();
+  if (following) pane.scrollTop = pane.scrollHeight;
+}
+
+const onLines = {
+  log: {gone() {}, add: showLog},
+  trace: {gone: () => timeline.clear(), add: lines => timeline.add(lines)},
+  touches: {gone: () => byId("touches").replaceChildren(), add: (lines, history) => lines.forEach(line => showTouch(line, history))},
+  requests: {gone() {
+    byId("requests").replaceChildren();
+    Object.assign(byId("clicks"), {textContent: "silent since boot"}).dataset.count = 0;
+  }, add: (lines, history) => lines.forEach(line => showRequest(line, history))},
+};
+
+function follow() {
+  const events = new EventSource("events");
+  const on = (topic, action) => events.addEventListener(topic, event => action(JSON.parse(event.data)));
+  on("status", showStatus);
+  on("processes", answer => state.on && showProcesses(answer));
+  on("devices", showDevices);
+  on("faults", showFaults);
+  on("functions", functions => Array.isArray(functions) && (state.functions = new Map(functions.map(each => [each.function, each.canFail]))));
+  for (const tree of ["registry", "flash"]) on(tree, keys => showRegistry(state.trees[tree] = keys));
+  on("lines", ({file, gone, history, lines}) => {
+    if (gone) onLines[file].gone();
+    onLines[file].add(lines, history);
+  });
+  on("end", () => {
+    events.close();
+    say("Too many pages show this panel: this one stands still. Reload it to go on.");
+  });
+  events.onopen = () => {
+    byId("link").hidden = true;
+    Object.values(onLines).forEach(each => each.gone()); // all of it comes again
+    byId("loglines").replaceChildren();
+  };
+  events.onerror = () => byId("link").hidden = false;
+}
+
+// Tabs
+
+for (const list of document.querySelectorAll("nav")) {
+  const panes = [...list.parentElement.querySelectorAll(".pane")];
+  const choose = chosen => {
+    panes.forEach(pane => pane.hidden = pane !== chosen);
+    [...list.children].forEach((tab, index) => tab.setAttribute("aria-selected", panes[index] === chosen));
+  };
+  list.append(...panes.map(pane => {
+    const tab = element("button", {onclick: () => choose(pane)}, pane.title);
+    tab.setAttribute("role", "tab");
+    tab.setAttribute("aria-controls", pane.id);
+    pane.setAttribute("role", "tabpanel");
+    pane.setAttribute("aria-label", pane.title);
+    pane.removeAttribute("title");
+    tab.id = "tab-" + pane.id;
+    return tab;
+  }));
+  choose(panes[0]);
+}
+follow();

@@ -1,0 +1,116 @@
+// The trace as a timeline: a row a thread, a bar a call. Positions are counted in slots: every call ends in a slot of its
+// own, in the order of the trace, so calls of one millisecond stand in their order; where panel time passes there is a gap.
+"use strict";
+
+function makeTimeline(track, onChoose) {
+  const most = 4000, kept = 3000; // calls
+  const hues = [[/File|Find|Directory|Volume|Store|Partition|DeviceIo/, 145], [/Reg/, 35], [/Window|Message|Cursor|Class|Hook|Proc/, 280],
+    [/Event|Mutex|Semaphore|CriticalSection|Thread|Process/, 205]];
+  const waits = /^(WaitFor|Sleep|GetMessageW|MsgWait)/;
+  let calls, rows, steps, edge, head, chosen = null, wanted = "";
+
+  function clear() {
+    [calls, rows, steps, edge] = [[], new Map(), [], 0];
+    track.replaceChildren();
+    head = addRow("panel time", "head");
+    choose(null);
+  }
+
+  function addRow(name, kind) {
+    const cells = element("div", {className: "calls"});
+    track.append(element("div", {className: "row " + kind}, element("b", {title: name}, name), cells));
+    return {cells, end: 0, open: null};
+  }
+
+  // "  1000 TarvexHelper.exe#1 t1 Sleep[1](1000) = void after 1000 ms"; without " = " it has not returned.
+  function parse(line) {
+    const parts = /^\s*(\d+) (.+#(\d+)) t(\d+) (\w+)\[(\d+)\](.*)$/s.exec(line);
+    if (!parts) return null;
+    const [, time, process, start, thread, name, call, rest] = parts;
+    const at = rest.lastIndexOf(") = "), result = at < 0 ? "" : rest.slice(at + 4);
+    return {line: line.trim(), time: +time, process, program: process.slice(0, process.lastIndexOf("#")), start, thread, name, call,
+      key: `${process} t${thread} ${name}[${call}]`, open: at < 0, failed: / error \d+/.test(result), fault: / fault\b/.test(result),
+      took: +(/ after (\d+) ms/.exec(result) || [0, 0])[1]};
+  }
+
+  function slotOf(time) { // where that millisecond begins
+    for (let index = steps.length - 1; index >= 0; --index)
+      if (steps[index].time <= time) return steps[index].slot;
+    return 0;
+  }
+
+  function place(call) {
+    const name = `${call.process} t${call.thread}`;
+    if (!rows.has(name)) rows.set(name, addRow(name, ""));
+    const row = rows.get(name), last = steps.at(-1);
+    if (row.open) row.open.bar.remove();
+    if (!last || call.time > last.time) {
+      if (last) edge += Math.min(6, 1 + Math.log2(call.time - last.time) / 2);
+      steps.push({time: call.time, slot: edge});
+      const mark = element("s", {}, call.time < 10000 ? call.time + " ms" : (call.time / 1000).toFixed(3) + " s");
+      mark.style.setProperty("--x", edge);
+      head.cells.append(mark);
+    }
+    const begin = call.open || call.took ? Math.max(row.end, slotOf(call.time - call.took)) : edge;
+    const kind = [waits.test(call.name) && "wait", call.failed && "failed", call.fault && "fault", call.open && "open"];
+    call.bar = element("i", {className: kind.filter(Boolean).join(" "), title: call.line}, call.name);
+    call.bar.dataset.key = call.key;
+    call.bar.style.setProperty("--x", begin);
+    call.bar.style.setProperty("--n", edge + 1 - begin);
+    call.bar.style.setProperty("--hue", (hues.find(([names]) => names.test(call.name)) || [0, 180])[1]);
+    call.bar.call = call;
+    row.cells.append(call.bar);
+    row.open = call.open ? call : null;
+    row.end = ++edge;
+    calls.push(call);
+  }
+
+  function add(lines) {
+    const following = track.scrollLeft + track.clientWidth > track.scrollWidth - 40;
+    const fresh = lines.map(parse).filter(Boolean);
+    if (calls.length + fresh.length > most) {
+      const old = calls.concat(fresh).slice(-kept);
+      clear();
+      old.forEach(place);
+    } else fresh.forEach(place);
+    track.style.setProperty("--edge", edge);
+    find(wanted);
+    if (following) track.scrollLeft = track.scrollWidth;
+  }
+
+  function choose(call) {
+    if (chosen) chosen.bar.classList.remove("chosen");
+    chosen = call;
+    if (call) {
+      call.bar.classList.add("chosen");
+      call.bar.scrollIntoView({block: "nearest", inline: "center"});
+    }
+    onChoose(call);
+  }
+
+  function find(text) {
+    wanted = text.toLowerCase();
+    track.classList.toggle("finding", wanted !== "");
+    return calls.filter(call => {
+      const hit = wanted !== "" && call.name.toLowerCase().includes(wanted);
+      call.bar.classList.toggle("hit", hit);
+      return hit;
+    });
+  }
+
+  function next(step, among = calls) { // the next one of these behind the chosen one, or before it
+    const here = calls.indexOf(chosen), list = step > 0 ? among : among.toReversed();
+    const found = list.find(call => here < 0 || (calls.indexOf(call) - here) * step > 0) || list[0];
+    if (found) choose(found);
+  }
+
+  track.addEventListener("click", event => event.target.call && choose(event.target.call));
+  track.addEventListener("keydown", event => {
+    const step = {ArrowRight: 1, ArrowLeft: -1}[event.key];
+    if (!step) return;
+    event.preventDefault();
+    next(step, chosen ? calls.filter(call => call.process === chosen.process && call.thread === chosen.thread) : calls);
+  });
+  clear();
+  return {add, clear, find, next};
+}

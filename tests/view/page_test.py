@@ -1,0 +1,204 @@
+"""Drives a panel through its page in a real browser, and the server with requests that it must refuse.
+
+usage: page_test.py PROGRAMS FOLDER     the folder is made anew
+"""
+import http.client
+import os
+import pathlib
+import shutil
+import signal
+import socket
+import subprocess
+import sys
+
+from selenium import webdriver
+from selenium.webdriver.chrome.service import Service
+from selenium.webdriver.common.by import By
+from selenium.webdriver.common.keys import Keys
+from selenium.webdriver.support.ui import Select, WebDriverWait
+
+PROGRAMS, FOLDER = (pathlib.Path(word).resolve() for word in sys.argv[1:])
+PANEL = FOLDER / "panel"
+PATIENCE = 60 # seconds, for a slow machine; nothing waits that long
+FLAGS = ["--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run", "--disable-sync",
+         "--disable-background-networking", "--disable-component-update", "--window-size=1280,800",
+         "--autoplay-policy=no-user-gesture-required", f"--user-data-dir={FOLDER / 'browser'}"]
+HEAR = """window.heard = [];
+const start = OscillatorNode.prototype.start, stop = OscillatorNode.prototype.stop;
+OscillatorNode.prototype.start = function(at) { this.begun = at; return start.call(this, at); };
+OscillatorNode.prototype.stop = function(at) {
+    heard.push(`${this.frequency.value} ${Math.round((at - this.begun) * 1000)}`); return stop.call(this, at); };"""
+
+
+def panel(*words):
+    return subprocess.check_output([PROGRAMS / "panel", "-C", PANEL, *words], text=True)
+
+
+def make_panel():
+    shutil.rmtree(FOLDER, ignore_errors=True)
+    installed, disk = PANEL / "fs/MMCMemory/Tarvex", FOLDER / "disk"
+    panel("create", str(PANEL))
+    for place in (installed, disk):
+        place.mkdir()
+    for name in ("TarvexHelper", "Tarvex"):
+        shutil.copy(PROGRAMS / name, installed / (name + ".exe"))
+    (installed / "TouchBuzzerConfig.xml").write_text(
+        "<TouchBuzzer><Settings><Enabled>1</Enabled><Frequency>2500</Frequency></Settings></TouchBuzzer>")
+    (disk / "Tarvex.xml").write_text("""<Tarvex><Commands><Command Type="RunProcess" WaitCompletion="1"
+        FilePath="\\MMCMemory\\Tarvex\\Tarvex.exe" Arguments="-from-disk"/></Commands></Tarvex>""")
+    panel("registry", "write", r"HKLM\init", "Launch61", r"\MMCMemory\Tarvex\TarvexHelper.exe", "--flush")
+    return disk
+
+
+def check_refusals(host, path):
+    """None of these may be obeyed, and none may end the server."""
+    def status(method, place, headers=None, body=None):
+        connection = http.client.HTTPConnection(host, timeout=PATIENCE)
+        try:
+            connection.request(method, place, body, headers or {})
+            return connection.getresponse().status
+        except OSError: # the server has closed while the body was still being sent
+            return 0
+    json = {"Content-Type": "application/json"}
+    run, boot = path + "run", '{"words": ["boot"]}'
+    refusals = [
+        (403, "GET", "/"), (403, "GET", "/events"), (403, "POST", "/run", json, boot),
+        (403, "GET", path[:-2] + "0/" if path[-2] != "0" else path[:-2] + "1/"),
+        (403, "GET", path, {"Host": "panel.example:" + host.split(":")[1]}), (403, "GET", path, {"Host": ""}),
+        (403, "POST", run, {**json, "Origin": "http://panel.example"}, boot),
+        (403, "POST", run, {**json, "Origin": "null"}, boot),
+        (415, "POST", run, {"Content-Type": "text/plain"}, boot), (404, "GET", run), (404, "PUT", path + "run"),
+        (404, "GET", path + "../../etc/passwd"), (404, "GET", path + "%2e%2e/page.js"),
+        (400, "POST", run, json, ""), (400, "POST", run, json, '{"words": '), (400, "POST", run, json, "[" * 60000),
+        (400, "POST", run, json, '{"words": "boot"}'), (400, "POST", run, json, '{"words": [{}]}'),
+        (400, "POST", run, json, '{"words": []}'), (400, "POST", run, json, '{"words": ["view"]}'),
+        (400, "POST", run, json, '{"words": ["touch", "\\u0000"]}'), (400, "POST", run, json, b'{"words": ["\xff"]}'),
+        (413, "POST", run, json, "x" * 10_000_000)]
+    for expected, *request in refusals:
+        assert status(*request) in (expected, 0 if expected in (403, 413, 415) else expected), request[:3]
+    for noise in (b"\r\n\r\n", b"\0" * 100000, b"POST / HTTP/1.1\r\nContent-Length: -1\r\n\r\n",
+                  b"POST " + run.encode() + b" HTTP/1.1\r\nHost: " + host.encode() + b"\r\nContent-Length: 99\r\n\r\n{"):
+        with socket.create_connection(host.split(":")) as connection:
+            connection.sendall(noise)
+    assert status("GET", path) == 200, "the page is gone"
+    assert '"on": false' in panel("status", "--json"), "a refused request was obeyed"
+
+
+class Page:
+    def __init__(self, address):
+        options = webdriver.ChromeOptions()
+        for flag in FLAGS:
+            options.add_argument(flag)
+        self.browser = webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=options)
+        self.browser.execute_cdp_cmd("Page.addScriptToEvaluateOnNewDocument", {"source": HEAR})
+        self.browser.get(address)
+
+    def find(self, selector):
+        return self.browser.find_element(By.CSS_SELECTOR, selector)
+
+    def click(self, selector):
+        self.find(selector).click()
+
+    def fill(self, form, submit=True, **values):
+        for name, value in values.items():
+            field = self.find(f"#{form} [name={name}]")
+            field.clear()
+            field.send_keys(str(value))
+        if submit:
+            self.click(f"#{form} button")
+
+    def wait(self, what, condition):
+        WebDriverWait(self.browser, PATIENCE).until(lambda _: condition(), f"not seen: {what}")
+
+    def wait_for(self, selector, text):
+        self.wait(f"{text} in {selector}", lambda: text in self.find(selector).get_attribute("textContent"))
+
+    def do(self, action, command):
+        """An action that names this command, and its end."""
+        action()
+        self.wait_for("#command", command)
+        self.wait("the end of " + command, lambda: self.find("#answer").text.startswith("→"))
+
+    def advance(self, time):
+        self.do(lambda: self.fill("advance", time=time), "panel advance " + time)
+
+    def send(self, known, argument):
+        Select(self.find("#send [name=known]")).select_by_index(known)
+        self.do(lambda: self.fill("send", lparam=argument), "panel send ORVATarvexHelper")
+
+
+def drive(page, disk):
+    page.wait_for("#power", "off")
+    Select(page.find("#boot [name=clock]")).select_by_index(1) # stepped
+    page.do(lambda: page.click("#boot button"), "panel start")
+    page.wait_for("#power", "on")
+    page.advance("2s")
+    page.click("#tab-programs")
+    page.wait_for("#programs", "TarvexHelper.exe#1")
+    page.click("#tab-log")
+    page.wait_for("#log", "Module manager initialization")
+
+    page.send(3, 1000) # the screen saver's time-out
+    page.send(4, 31) # its level
+    page.do(lambda: page.click("[data-run=idle]"), "panel idle")
+    page.advance("5s")
+    page.wait_for("#light", "backlight 31")
+    page.click("#screen")
+    page.wait_for("#light", "backlight 200")
+    page.wait_for("#touches", "press at 400, 240 on nothing")
+    page.send(4, 0)
+    page.do(lambda: page.click("[data-run=idle]"), "panel idle")
+    page.advance("5s")
+    page.wait_for("#shows", "black: ORVAScreenSaver of TarvexHelper.exe#1")
+    page.click("#screen")
+    page.wait_for("#shows", "nothing covers it")
+    page.wait_for("#touches", "press at 400, 240 on ORVAScreenSaver")
+    page.advance("1s")
+    page.wait("the click", lambda: "2500 50" in page.browser.execute_script("return heard"))
+
+    page.click("#tab-disks")
+    page.do(lambda: page.fill("plug", folder=disk, **{"as": "USB Disk"}), "panel plug")
+    page.advance("2s")
+    page.click("#tab-programs")
+    page.wait_for("#programs", "Tarvex.exe#1ended, exit code 0")
+    assert "-from-disk" in (PANEL / "fs/MMCMemory/Tarvex/Tarvex.started").read_text()
+
+    page.click("#tab-timeline")
+    page.find("#find").send_keys("CreateWindowExW", Keys.ENTER, Keys.ENTER)
+    page.wait_for("#line", 't1 CreateWindowExW[2]("ORVATarvexHelper"')
+    page.click("#track [data-key='TarvexHelper.exe#1 t1 CreateWindowExW[2]']")
+    page.do(lambda: page.click("#fail"), "panel start")
+    page.advance("2s")
+    page.wait_for("#programs", "TarvexHelper.exe#1ended, exit code 1")
+    page.wait_for("#track .fault", "CreateWindowExW")
+
+    panel("off") # by somebody else
+    page.wait_for("#notice", "The panel went off")
+    assert not page.find("#advance").is_displayed()
+    shutil.rmtree(PANEL)
+    page.wait_for("#power", "gone")
+
+
+def main():
+    disk = make_panel()
+    view = subprocess.Popen([PROGRAMS / "panel", "-C", PANEL, "view", "--no-open"], stdout=subprocess.PIPE, text=True)
+    try:
+        address = view.stdout.readline().split()[-1]
+        host, path = address.removeprefix("http://").split("/", 1)
+        assert host.startswith("127.0.0.1:"), address
+        check_refusals(host, "/" + path)
+        page = Page(address)
+        try:
+            drive(page, disk)
+        except BaseException:
+            page.browser.save_screenshot(str(FOLDER / "failure.png"))
+            raise
+        finally:
+            page.browser.quit()
+        view.send_signal(signal.SIGINT)
+        assert view.wait(PATIENCE) == 0
+    finally:
+        view.kill()
+
+
+main()
