@@ -1,10 +1,8 @@
 #include "platform/view/Commands.h"
 
-#include <array>
 #include <cerrno>
 #include <csignal>
-#include <cstring>
-#include <spawn.h>
+#include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -13,6 +11,7 @@ namespace view {
 
 namespace {
 
+constexpr int notRun = 127;
 constexpr std::size_t mostText = 16 << 20; // bytes that are kept of what a command prints
 
 // Standard output or standard error of a child: memory with a descriptor.
@@ -36,28 +35,20 @@ public:
     const int file;
 };
 
-// Neither this process's descriptors nor its signal mask nor its process group: Ctrl-C here ends no program there.
-int spawn(pid_t& pid, std::vector<char*>& arguments, const Capture& output, const Capture& errors) {
-    posix_spawn_file_actions_t actions;
-    posix_spawnattr_t attributes;
+// Takes over neither descriptors nor the signal mask nor the process group: Ctrl-C here ends nothing there. Of a
+// process with many threads: only system calls.
+[[noreturn]] void become(char* const* arguments, const Capture& output, const Capture& errors) {
     sigset_t none;
-    sigset_t ignored;
     sigemptyset(&none);
-    sigemptyset(&ignored);
-    sigaddset(&ignored, SIGPIPE);
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", 0, 0);
-    posix_spawn_file_actions_adddup2(&actions, output.file, 1);
-    posix_spawn_file_actions_adddup2(&actions, errors.file, 2);
-    posix_spawn_file_actions_addclosefrom_np(&actions, 3);
-    posix_spawnattr_init(&attributes);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-    posix_spawnattr_setsigmask(&attributes, &none);
-    posix_spawnattr_setsigdefault(&attributes, &ignored);
-    const int error = posix_spawn(&pid, arguments[0], &actions, &attributes, arguments.data(), environ);
-    posix_spawnattr_destroy(&attributes);
-    posix_spawn_file_actions_destroy(&actions);
-    return error;
+    sigprocmask(SIG_SETMASK, &none, nullptr);
+    signal(SIGPIPE, SIG_DFL);
+    setpgid(0, 0);
+    dup2(open("/dev/null", O_RDONLY), 0);
+    dup2(output.file, 1);
+    dup2(errors.file, 2);
+    close_range(3, ~0U, 0);
+    execv(arguments[0], arguments);
+    _exit(127);
 }
 
 } // namespace
@@ -78,9 +69,11 @@ Outcome Commands::run(const std::vector<std::string>& words) {
     pid_t pid = 0;
     {
         const std::lock_guard lock(mutex);
-        const int error = stopped ? ECANCELED : spawn(pid, arguments, output, errors);
-        if (error)
-            return {127, {}, "cannot run " + executable + ": " + std::strerror(error)};
+        pid = stopped ? -1 : fork();
+        if (pid == 0)
+            become(arguments.data(), output, errors);
+        if (pid < 0)
+            return {notRun, {}, "the command cannot be run"};
         running.insert(pid);
     }
     siginfo_t ended{};
@@ -91,7 +84,8 @@ Outcome Commands::run(const std::vector<std::string>& words) {
     running.erase(pid);
     int status = 0;
     waitpid(pid, &status, 0);
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status), output.text(), errors.text()};
+    const int code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+    return {code, output.text(), code == notRun ? "cannot run " + executable : errors.text()};
 }
 
 void Commands::stop() {

@@ -18,9 +18,9 @@ using httplib::Request;
 using httplib::Response;
 
 constexpr std::size_t mostBody = 64 << 10; // bytes
-constexpr std::size_t mostStreams = 8; // pages at a time; the oldest ends
+constexpr int mostStreams = 8; // pages at a time
 constexpr int mostCommands = 12; // at a time
-constexpr std::size_t threads = mostStreams + mostCommands + 12;
+constexpr int threads = mostStreams + mostCommands + 12;
 constexpr std::chrono::seconds heartbeat(15); // by which a page that was closed is noticed
 
 // What a page may run: all that does not look at, make or serve panels as a whole.
@@ -36,14 +36,6 @@ std::string newToken() {
         for (const int digit : {byte >> 4, byte & 15})
             token += "0123456789abcdef"[digit];
     return token;
-}
-
-// Takes the same time wherever they differ.
-bool areSame(std::string_view first, std::string_view second) {
-    unsigned difference = first.size() != second.size();
-    for (std::size_t index = 0; index < std::min(first.size(), second.size()); ++index)
-        difference |= static_cast<unsigned char>(first[index] ^ second[index]);
-    return difference == 0;
 }
 
 std::vector<std::string> wordsOf(const std::string& body) {
@@ -75,7 +67,6 @@ void refuse(Response& response, int status, const std::string& why) {
 Server::Server(Commands& panelCommands, panel::Panel shown, int port)
     : commands(panelCommands), panel(std::move(shown)), state(commands, panel.directory()), token(newToken()) {
     server.new_task_queue = [] { return new httplib::ThreadPool(threads); };
-    server.set_keep_alive_max_count(1); // what is left of a refused request is nobody's next one
     server.set_payload_max_length(mostBody);
     server.set_socket_options([](socket_t socket) { // the library's own would let others listen at the same port
         const int yes = 1;
@@ -107,7 +98,7 @@ Server::Server(Commands& panelCommands, panel::Panel shown, int port)
 Server::~Server() {
     commands.stop();
     state.stop();
-    server.stop();
+    server.end();
     listener.join();
 }
 
@@ -119,19 +110,19 @@ std::string Server::address() const {
 // name was made to mean this machine.
 httplib::Server::HandlerResponse Server::admit(const Request& request, Response& response) {
     constexpr auto handled = httplib::Server::HandlerResponse::Handled;
-    const std::string_view path = request.path;
-    const std::size_t end = std::min(path.find('/', 1), path.size());
-    const bool known = end > 0 && end < path.size() && areSame(path.substr(1, end - 1), token);
+    const std::string start = '/' + token + '/';
+    const bool known = request.path.starts_with(start);
     const bool hostNamed = request.get_header_value_count("Host") == 1 && request.get_header_value("Host") == host;
     const bool foreign = request.has_header("Origin") && request.get_header_value("Origin") != "http://" + host;
     if (!known || !hostNamed || foreign)
         return refuse(response, 403, "Not for you"), handled;
-    const std::string_view name = path.substr(end + 1);
+    const std::string name = request.path.substr(start.size());
     const PageFile* file = pageFile(name);
     if (name == "run" && request.method == "POST") {
-        if (request.get_header_value("Content-Type") == "application/json")
+        const bool packed = request.has_header("Content-Encoding"); // it could grow to any size
+        if (request.get_header_value("Content-Type") == "application/json" && !packed)
             return httplib::Server::HandlerResponse::Unhandled;
-        refuse(response, 415, "In JSON only");
+        refuse(response, 415, "In plain JSON only");
     } else if (request.method == "GET" && name == "events") {
         stream(response);
     } else if (request.method == "GET" && file) {
@@ -155,28 +146,15 @@ void Server::stream(Response& response) {
     struct Reader {
         Lines lines;
         std::uint64_t version = 0;
-        unsigned number = 0;
     };
     const auto reader = std::make_shared<Reader>(Reader{Lines(panel)});
-    {
-        const std::lock_guard lock(mutex);
-        reader->number = ++lastReader;
-        readers.insert(reader->number);
-    }
-    response.set_chunked_content_provider(
-        "text/event-stream",
-        [this, reader](std::size_t, httplib::DataSink& sink) {
-            {
-                const std::lock_guard lock(mutex);
-                if (readers.size() > mostStreams && *readers.begin() == reader->number)
-                    return send(sink, "end", "{}") && false;
-            }
-            return sendNews(sink, reader->lines, reader->version);
-        },
-        [this, reader](bool) {
-            const std::lock_guard lock(mutex);
-            readers.erase(reader->number);
-        });
+    const std::shared_ptr<void> done(nullptr, [this](void*) { --streams; });
+    if (++streams > mostStreams)
+        return refuse(response, 503, "Too many pages show this panel");
+    response.set_chunked_content_provider("text/event-stream",
+                                          [this, reader, done](std::size_t, httplib::DataSink& sink) {
+                                              return sendNews(sink, reader->lines, reader->version);
+                                          });
 }
 
 bool Server::sendNews(httplib::DataSink& sink, Lines& lines, std::uint64_t& version) {

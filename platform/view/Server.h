@@ -8,10 +8,9 @@
 // A request without the token, for another host name or from another origin gets 403.
 #pragma once
 
+#include "platform/view/Connections.h"
 #include "platform/view/Lines.h"
 #include "platform/view/State.h"
-
-#include <httplib.h>
 
 namespace view {
 
@@ -34,11 +33,9 @@ private:
     State state;
     std::string host;
     std::string token;
-    std::mutex mutex;
-    std::set<unsigned> readers; // of events, the oldest first
-    unsigned lastReader = 0;
+    std::atomic<int> streams = 0;
     std::atomic<int> atWork = 0; // commands
-    httplib::Server server;
+    Connections server;
     std::thread listener;
 };
 

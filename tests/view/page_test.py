@@ -2,6 +2,7 @@
 
 usage: page_test.py PROGRAMS FOLDER     the folder is made anew
 """
+import contextlib
 import http.client
 import os
 import pathlib
@@ -53,7 +54,7 @@ def make_panel():
     return disk
 
 
-def check_refusals(host, path):
+def check_refusals(host, path, server):
     """None of these may be obeyed, and none may end the server."""
     def status(method, place, headers=None, body=None):
         connection = http.client.HTTPConnection(host, timeout=PATIENCE)
@@ -80,9 +81,12 @@ def check_refusals(host, path):
     for expected, *request in refusals:
         assert status(*request) in (expected, 0 if expected in (403, 413, 415) else expected), request[:3]
     for noise in (b"\r\n\r\n", b"\0" * 100000, b"POST / HTTP/1.1\r\nContent-Length: -1\r\n\r\n",
-                  b"POST " + run.encode() + b" HTTP/1.1\r\nHost: " + host.encode() + b"\r\nContent-Length: 99\r\n\r\n{"):
-        with socket.create_connection(host.split(":")) as connection:
+                  b"POST " + run.encode() + b" HTTP/1.1\r\nHost: " + host.encode() + b"\r\nContent-Length: 99\r\n\r\n{",
+                  b"GET / HTTP/1.1\r\n" + b"X: y\r\n" * 5_000_000):
+        with socket.create_connection(host.split(":")) as connection, contextlib.suppress(OSError):
             connection.sendall(noise)
+    memory = re.search(r"VmHWM:\s*(\d+)", pathlib.Path(f"/proc/{server}/status").read_text())
+    assert int(memory[1]) < 100_000, memory[0] # kB: it has kept what nobody should send
     assert status("GET", path) == 200, "the page is gone"
     assert '"on": false' in panel("status", "--json"), "a refused request was obeyed"
 
@@ -191,7 +195,7 @@ def main():
         address = view.stdout.readline().split()[-1]
         host, path = address.removeprefix("http://").split("/", 1)
         assert host.startswith("127.0.0.1:"), address
-        check_refusals(host, "/" + path)
+        check_refusals(host, "/" + path, view.pid)
         page = Page(address)
         try:
             drive(page, disk)

@@ -10,7 +10,7 @@ function element(tag, properties = {}, ...children) {
   return made;
 }
 
-const state = {on: null, functions: new Map(), planned: [], status: {}, trees: {}};
+const state = {on: null, functions: new Map(), planned: [], status: {}, processes: {}, trees: {}};
 const helperMessages = [ // of the window ORVATarvexHelper: name, command, argument, what for
   ["ORVATarvexMsg", 1, 0, "end the helper"],
   ["ORVATarvexScreenSaverMsg", 1, 0, "screen saver: read its file again"],
@@ -239,7 +239,8 @@ function showStatus(status) {
   clock.from = {...status.clock, date: Date.parse(status.date.replace(" UTC", "Z").replace(" ", "T")), at: performance.now()};
   showClock();
   showDisks(status);
-  if (!status.on) showProcesses({processes: [], ended: []});
+  showProcesses(state.processes);
+  if (!status.on) showFaults([]);
 }
 
 const clock = {from: null};
@@ -271,13 +272,13 @@ function showDisks(status) {
     .map(folder => element("option", {value: `\\${folder}\\TarvexHelper.exe`})));
 }
 
-function showProcesses({processes = [], ended = []}) {
-  fill("programs", ["Program", "State", "Threads", "Handles", "Path"], [
+function showProcesses({processes, ended}) {
+  fill("programs", ["Program", "State", "Threads", "Handles", "Path"], state.on && processes ? [
     ...processes.filter(process => !process.path.endsWith("\\panel.exe")).map(process => [process.name, process.state,
       `${process.threads}, ${process.waiting} wait`, process.handles, `${process.path} ${process.arguments}`]),
     ...ended.toReversed().map(process => [process.name,
       element("span", {className: process.exitCode ? "bad" : ""}, `ended, exit code ${process.exitCode}`), "", "", `${process.time} ms after boot`]),
-  ], "No program runs.");
+  ] : [], "No program runs.");
 }
 
 // A select for what an operation does, with the number that goes with it.
@@ -328,7 +329,7 @@ function showRegistry() {
     const values = now.get(key) || new Map(), old = kept.get(key) || new Map();
     for (const value of values.values()) {
       const before = old.get(value.name);
-      folder.append(valueLine(key, value, before && before.bytes === value.bytes && before.type === value.type));
+      folder.append(valueLine(value, before && before.bytes === value.bytes && before.type === value.type));
     }
     for (const name of old.keys())
       if (!values.has(name)) folder.append(element("div", {className: "value gone", title: "Deleted; flash still has it"}, name || "(default)"));
@@ -338,19 +339,9 @@ function showRegistry() {
   byId("tree").replaceChildren(...[...places].filter(([key]) => !key.includes("\\")).map(([, folder]) => folder));
 }
 
-function valueLine(key, value, flushed) {
-  const number = value.type === "REG_DWORD" && parseInt(value.bytes.split(" ").reverse().join(""), 16);
-  const data = value.text ?? (number !== false ? String(number) : value.bytes);
-  const text = value.texts ? value.texts.join(" | ") : data;
-  const change = element("button", {disabled: !!value.texts, onclick: () => {
-    const field = element("input", {value: data, size: Math.max(20, data.length), onkeydown: event => {
-      if (event.key === "Enter") run("registry", "write", key, value.name, field.value, "--type", value.type);
-      if (event.key === "Enter" || event.key === "Escape") field.replaceWith(change);
-    }});
-    change.replaceWith(field);
-    field.focus();
-  }}, text || "(empty)");
-  return element("div", {className: "value" + (flushed ? "" : " unflushed")}, (value.name || "(default)") + " = ", change, element("small", {}, value.type));
+function valueLine({name, type, text, texts, bytes}, flushed) {
+  const data = text ?? (texts ? texts.join(" | ") : type === "REG_DWORD" ? parseInt(bytes.split(" ").reverse().join(""), 16) : bytes);
+  return element("div", {className: "value" + (flushed ? "" : " unflushed")}, `${name || "(default)"} = ${data} `, element("small", {}, type));
 }
 
 function showFaults(faults) {
@@ -418,7 +409,7 @@ function follow() {
   const events = new EventSource("events");
   const on = (topic, action) => events.addEventListener(topic, event => action(JSON.parse(event.data)));
   on("status", showStatus);
-  on("processes", answer => state.on && showProcesses(answer));
+  on("processes", answer => showProcesses(state.processes = answer));
   on("devices", showDevices);
   on("faults", showFaults);
   on("functions", functions => Array.isArray(functions) && (state.functions = new Map(functions.map(each => [each.function, each.canFail]))));
@@ -427,16 +418,15 @@ function follow() {
     if (gone) onLines[file].gone();
     onLines[file].add(lines, history);
   });
-  on("end", () => {
-    events.close();
-    say("Too many pages show this panel: this one stands still. Reload it to go on.");
-  });
   events.onopen = () => {
     byId("link").hidden = true;
     Object.values(onLines).forEach(each => each.gone()); // all of it comes again
     byId("loglines").replaceChildren();
   };
-  events.onerror = () => byId("link").hidden = false;
+  events.onerror = () => {
+    byId("link").hidden = false;
+    if (events.readyState === EventSource.CLOSED) setTimeout(follow, 3000); // refused: too many pages
+  };
 }
 
 // Tabs

@@ -7,10 +7,10 @@ function makeTimeline(track, onChoose) {
   const hues = [[/File|Find|Directory|Volume|Store|Partition|DeviceIo/, 145], [/Reg/, 35], [/Window|Message|Cursor|Class|Hook|Proc/, 280],
     [/Event|Mutex|Semaphore|CriticalSection|Thread|Process/, 205]];
   const waits = /^(WaitFor|Sleep|GetMessageW|MsgWait)/;
-  let calls, rows, steps, edge, head, chosen = null, wanted = "";
+  let calls, rows, steps, edge, labelled, head, chosen = null, wanted = "";
 
   function clear() {
-    [calls, rows, steps, edge] = [[], new Map(), [], 0];
+    [calls, rows, steps, edge, labelled] = [[], new Map(), [], 0, -9];
     track.replaceChildren();
     head = addRow("panel time", "head");
     choose(null);
@@ -18,7 +18,9 @@ function makeTimeline(track, onChoose) {
 
   function addRow(name, kind) {
     const cells = element("div", {className: "calls"});
-    track.append(element("div", {className: "row " + kind}, element("b", {title: name}, name), cells));
+    const row = element("div", {className: "row " + kind, name}, element("b", {title: name}, name), cells);
+    const later = [...track.children].slice(1).find(other => other.name.localeCompare(name, undefined, {numeric: true}) > 0);
+    track.insertBefore(row, later || null);
     return {cells, end: 0, open: null};
   }
 
@@ -47,7 +49,9 @@ function makeTimeline(track, onChoose) {
     if (!last || call.time > last.time) {
       if (last) edge += Math.min(6, 1 + Math.log2(call.time - last.time) / 2);
       steps.push({time: call.time, slot: edge});
-      const mark = element("s", {}, call.time < 10000 ? call.time + " ms" : (call.time / 1000).toFixed(3) + " s");
+      const room = edge - labelled > 4; // for another label
+      const mark = element("s", {}, !room ? "" : call.time < 10000 ? call.time + " ms" : (call.time / 1000).toFixed(3) + " s");
+      if (room) labelled = edge;
       mark.style.setProperty("--x", edge);
       head.cells.append(mark);
     }
