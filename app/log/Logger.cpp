@@ -69,16 +69,20 @@ std::optional<std::int32_t> leadingNumber(std::wstring_view text, std::int32_t l
     return number < 0 ? std::nullopt : std::optional(static_cast<std::int32_t>(number));
 }
 
-// In bytes; 0 for a file that cannot be read.
-std::uint32_t sizeOfFile(const std::wstring& path) {
-    std::FILE* measured = _wfopen(path.c_str(), L"rb");
-    if (measured == nullptr) {
-        return 0;
+// The right to open and to rotate: one thread has it, and none waits for it.
+struct Claim {
+    explicit Claim(std::atomic<std::int32_t>& owners) : flag(owners), granted(flag.exchange(1) == 0) {}
+    Claim(const Claim&) = delete;
+    Claim& operator=(const Claim&) = delete;
+    ~Claim() {
+        if (granted) {
+            flag = 0;
+        }
     }
-    const long end = std::fseek(measured, 0, SEEK_END) == 0 ? std::ftell(measured) : 0;
-    std::fclose(measured);
-    return end > 0 ? static_cast<std::uint32_t>(end) : 0;
-}
+
+    std::atomic<std::int32_t>& flag;
+    const bool granted;
+};
 
 } // namespace
 
@@ -86,8 +90,8 @@ Logger::~Logger() {
     for (const std::wstring& line : pending) {
         output(line);
     }
-    if (file != nullptr) {
-        std::fclose(file);
+    if (!current.load()->isFree()) {
+        current.load()->retire();
     }
 }
 
@@ -174,33 +178,58 @@ void Logger::output(const std::wstring& line) {
 }
 
 void Logger::outputToFile(const std::wstring& line) {
-    std::wstring path = currentPath();
-    if (file == nullptr && !open(path, L"ab")) {
+    const std::string bytes = oneByteEach(line);
+    LogFile::Use file = useCurrent();
+    if (file == nullptr) {
+        file = openFirst();
+    }
+    if (file != nullptr && maxFileSize != 0 && file->size() > maxFileSize) {
+        rotate(file);
+    }
+    if (file != nullptr) {
+        file->write(bytes);
+    }
+}
+
+LogFile::Use Logger::useCurrent() {
+    for (LogFile* file = current;;) {
+        LogFile::Use use = file->use();
+        LogFile* const before = std::exchange(file, current);
+        if (use != nullptr || file == before) {
+            return use;
+        }
+    }
+}
+
+LogFile::Use Logger::openFirst() {
+    const Claim claim(changing);
+    if (!claim.granted) {
+        return nullptr;
+    }
+    LogFile::Use use = useCurrent();
+    if (use == nullptr) {
+        current.load()->open(determinePath(), OPEN_ALWAYS);
+        use = useCurrent();
+    }
+    return use;
+}
+
+void Logger::rotate(LogFile::Use& full) {
+    LogFile& next = files[full.get() == &files[0] ? 1 : 0];
+    const Claim claim(changing);
+    if (!claim.granted || current != full.get() || !next.isFree()) {
         return;
     }
-    if (maxFileSize != 0 && sizeOfFile(path) > maxFileSize) {
-        if (++currentIndex >= maxFiles) {
-            currentIndex = 0;
-        }
-        path = currentPath();
-        if (!open(path, L"wb")) {
-            return;
-        }
+    if (++currentIndex >= maxFiles) {
+        currentIndex = 0;
     }
-    const std::string bytes = oneByteEach(line);
-    std::fwrite(bytes.data(), 1, bytes.size(), file);
-    std::fflush(file);
+    next.open(determinePath(), CREATE_ALWAYS);
+    current = &next;
+    full->retire();
+    full = useCurrent();
 }
 
-bool Logger::open(const std::wstring& path, const wchar_t* mode) {
-    if (file != nullptr) {
-        std::fclose(file);
-    }
-    file = _wfopen(path.c_str(), mode);
-    return file != nullptr;
-}
-
-std::wstring Logger::currentPath() {
+std::wstring Logger::determinePath() {
     if (!filePath.empty()) {
         return filePath;
     }
