@@ -74,8 +74,10 @@ TEST(Instance, HandsOverInOrderAndAfterExactlyOneSecond) {
                 steps.push_back(function);
             if (function == "ReleaseMutex")
                 released = timeOf(line);
-            if (function == "CreateProcessW")
+            if (function == "CreateProcessW") {
                 started = timeOf(line);
+                EXPECT_NE(line.find("TarvexHelper.exe\", null)"), std::string::npos) << line;
+            }
         }
         EXPECT_EQ(steps,
                   (Lines{"CopyFileW", "GetFileAttributesW", "CreateFileW", "ReleaseMutex", "Sleep", "CreateProcessW"}));
