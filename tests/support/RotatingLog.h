@@ -4,6 +4,8 @@
 #include "OrvaUtils/Text.h"
 #include "app/log/Logger.h"
 
+#include <windows.h>
+
 namespace rotating_log {
 
 inline constexpr unsigned THREADS = 4;
