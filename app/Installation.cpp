@@ -38,10 +38,7 @@ bool hasLeftovers(const std::wstring& directory) {
 } // namespace
 
 const std::wstring& ownExecutable() {
-    static std::wstring path;
-    if (path.empty()) {
-        path = Paths::runningExecutable();
-    }
+    static const std::wstring path = Paths::runningExecutable();
     if (path.empty()) {
         throw Exception();
     }

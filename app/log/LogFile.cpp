@@ -23,12 +23,9 @@ bool LogFile::isFree() const {
 
 LogFile::Use LogFile::use() {
     std::int32_t count = users;
-    while (count != 0) {
-        if (users.compare_exchange_weak(count, count + 1)) {
-            return Use(this);
-        }
+    while (count != 0 && !users.compare_exchange_weak(count, count + 1)) {
     }
-    return nullptr;
+    return Use(count == 0 ? nullptr : this);
 }
 
 void LogFile::retire() {
@@ -53,7 +50,8 @@ std::uint32_t LogFile::size() const {
 }
 
 void LogFile::write(const std::string& bytes) {
-    SetFilePointer(handle, 0, nullptr, FILE_END);
-    DWORD written = 0;
-    WriteFile(handle, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
+    if (SetFilePointer(handle, 0, nullptr, FILE_END) != INVALID_SET_FILE_POINTER) {
+        DWORD written = 0;
+        WriteFile(handle, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
+    }
 }

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstdarg>
 #include <iterator>
+#include <memory>
 #include <optional>
 #include <utility>
 
@@ -30,6 +31,14 @@ const char* levelName(std::int32_t level) {
     }
 }
 
+std::wstring widened(std::string_view bytes) {
+    std::wstring text;
+    for (const unsigned char byte : bytes) {
+        text += static_cast<wchar_t>(byte);
+    }
+    return text;
+}
+
 std::wstring linePrefix(std::int32_t level) {
     SYSTEMTIME time;
     GetSystemTime(&time);
@@ -37,7 +46,7 @@ std::wstring linePrefix(std::int32_t level) {
     std::snprintf(text, sizeof text, "%04u-%02u-%02u %02u:%02u:%02u,%lu;%s;", unsigned{time.wYear},
                   unsigned{time.wMonth}, unsigned{time.wDay}, unsigned{time.wHour}, unsigned{time.wMinute},
                   unsigned{time.wSecond}, static_cast<unsigned long>(GetTickCount()), levelName(level));
-    return std::wstring(text, text + std::char_traits<char>::length(text));
+    return widened(text);
 }
 
 std::string oneByteEach(const std::wstring& line) {
@@ -69,20 +78,18 @@ std::optional<std::int32_t> leadingNumber(std::wstring_view text, std::int32_t l
     return number < 0 ? std::nullopt : std::optional(static_cast<std::int32_t>(number));
 }
 
-// The right to open and to rotate: one thread has it, and none waits for it.
-struct Claim {
-    explicit Claim(std::atomic<std::int32_t>& owners) : flag(owners), granted(flag.exchange(1) == 0) {}
-    Claim(const Claim&) = delete;
-    Claim& operator=(const Claim&) = delete;
-    ~Claim() {
-        if (granted) {
-            flag = 0;
-        }
+struct Return {
+    void operator()(std::atomic<std::int32_t>* claimed) const {
+        *claimed = 0;
     }
-
-    std::atomic<std::int32_t>& flag;
-    const bool granted;
 };
+
+// The right to open and to rotate: one thread has it, and none waits for it.
+using Claim = std::unique_ptr<std::atomic<std::int32_t>, Return>;
+
+Claim claim(std::atomic<std::int32_t>& changing) {
+    return Claim(changing.exchange(1) == 0 ? &changing : nullptr);
+}
 
 } // namespace
 
@@ -132,11 +139,7 @@ void Logger::write(std::wstring_view message, std::int32_t level) {
 }
 
 void Logger::write(std::string_view message, std::int32_t level) {
-    std::wstring wide;
-    for (const char byte : message) {
-        wide += static_cast<wchar_t>(static_cast<unsigned char>(byte));
-    }
-    write(wide, level);
+    write(widened(message), level);
 }
 
 void Logger::writeParts(std::int32_t level, std::initializer_list<std::wstring_view> parts) {
@@ -192,18 +195,18 @@ void Logger::outputToFile(const std::wstring& line) {
 }
 
 LogFile::Use Logger::useCurrent() {
-    for (LogFile* file = current;;) {
-        LogFile::Use use = file->use();
-        LogFile* const before = std::exchange(file, current);
-        if (use != nullptr || file == before) {
-            return use;
-        }
-    }
+    LogFile* file = nullptr;
+    LogFile::Use use;
+    do {
+        file = current;
+        use = file->use();
+    } while (use == nullptr && file != current);
+    return use;
 }
 
 LogFile::Use Logger::openFirst() {
-    const Claim claim(changing);
-    if (!claim.granted) {
+    const Claim mine = claim(changing);
+    if (mine == nullptr) {
         return nullptr;
     }
     LogFile::Use use = useCurrent();
@@ -216,8 +219,8 @@ LogFile::Use Logger::openFirst() {
 
 void Logger::rotate(LogFile::Use& full) {
     LogFile& next = files[full.get() == &files[0] ? 1 : 0];
-    const Claim claim(changing);
-    if (!claim.granted || current != full.get() || !next.isFree()) {
+    const Claim mine = claim(changing);
+    if (mine == nullptr || current != full.get() || !next.isFree()) {
         return;
     }
     if (++currentIndex >= maxFiles) {
@@ -240,11 +243,7 @@ std::wstring Logger::determinePath() {
     if (currentIndex == -1) {
         currentIndex = newestIndex();
     }
-    char index[16];
-    std::snprintf(index, sizeof index, "%ld", static_cast<long>(currentIndex));
-    std::wstring path = directory + L'\\' + baseName;
-    path.append(index, index + std::char_traits<char>::length(index));
-    return path + extension;
+    return directory + L'\\' + baseName + widened(std::to_string(currentIndex)) + extension;
 }
 
 std::int32_t Logger::newestIndex() const {
