@@ -46,7 +46,11 @@ TEST(End, ComesAtOnceWithoutWhatTheHelperIsMadeOf) {
          1,
          "UsbDeviceException: Cannot create event",
          {"make USB stop failed", "make USB ready", "close USB ready", "close loop end"}},
-        {nullptr, 0, 2, "ScreenBackLightException: Driver open failed", {"open BKL1: failed", "close loop end"}},
+        {nullptr,
+         0,
+         2,
+         "ScreenBackLightException: Driver open failed",
+         {"open BKL1: 0xc0000000, 3, 3 failed", "close loop end"}},
         {"DeviceIoControl",
          1,
          2,
@@ -127,10 +131,9 @@ TEST(End, WaitsForABusyMonitorAndTearsTheOthersDown) {
         }
         panel.pass(10000);
         EXPECT_EQ(panel.terminate(), 1U);
-        EXPECT_EQ(panel.driver().status().ended.back().time, 300000 + each.time);
+        EXPECT_EQ(panel.driver().status().ended.at(0).time, 300000 + each.time);
         const std::string failure = std::string("Exception ") + each.failure + ": Failed to terminate monitor thread";
-        const Lines log = panel.log();
-        EXPECT_EQ(Lines(log.end() - 3, log.end()),
+        EXPECT_EQ(panel.lastLines(3),
                   (Lines{"INFO;Module manager terminated", "ERROR;" + failure, "INFO;Helper terminated"}));
         Lines steps = stepsFrom(panel, [](const std::string& step) { return step == "log Module manager terminated"; });
         steps.erase(steps.begin());
@@ -148,7 +151,7 @@ TEST(End, DoesNotMindStatisticsThatAreAtWork) {
         panel.user(false);
         panel.pass(320000);
         EXPECT_EQ(panel.terminate(), 1U);
-        EXPECT_EQ(panel.driver().status().ended.back().time, 360000U);
-        EXPECT_EQ(panel.log().back(), "INFO;Helper terminated");
+        EXPECT_EQ(panel.driver().status().ended.at(0).time, 360000U);
+        EXPECT_EQ(panel.lastLines(1), Lines{"INFO;Helper terminated"});
     }
 }

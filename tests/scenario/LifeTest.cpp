@@ -30,7 +30,7 @@ TEST(Life, IsBuiltAndTornDownInThisOrder) {
         "read ScreenSaverConfig.xml",
         "log ScreenSaverModule;settings loaded;timeout: 300000 backlight: 32 enabled: 1",
         "register ORVAScreenSaver",
-        "open BKL1:",
+        "open BKL1: 0xc0000000, 3, 3",
         "ask BKL1:",
         "make saver stop",
         "make saver ready",
@@ -43,7 +43,7 @@ TEST(Life, IsBuiltAndTornDownInThisOrder) {
         "close tagUserAPI.dll",
         "write TouchBuzzerConfig.xml",
         "log BuzzerModule;settings loaded; enabled: 1",
-        "open BZR1:",
+        "open BZR1: 0xc0000000, 0, 3",
         "make hook",
         "start buzzer thread",
         "reset USB ready",
@@ -86,8 +86,8 @@ TEST(Life, IsBuiltAndTornDownInThisOrder) {
         "close log",
     };
     EXPECT_EQ(milestones(panel, "t1"), main);
-    EXPECT_EQ(milestones(panel, "t2"), (Lines{"set EMMC ready", "read EMMC.xml", "open SHC1:", "ask SHC1:",
-                                              "close SHC1:", "write EMMC.xml", "await EMMC stop"}));
+    EXPECT_EQ(milestones(panel, "t2"), (Lines{"set EMMC ready", "read EMMC.xml", "open SHC1: 0xc0000000, 0, 3",
+                                              "ask SHC1:", "close SHC1:", "write EMMC.xml", "await EMMC stop"}));
     EXPECT_EQ(milestones(panel, "t3"), (Lines{"open UserActivity_Active", "open UserActivity_Inactive",
                                               "await UserActivity_Active or saver stop", "set saver ready",
                                               "await UserActivity_Inactive or saver stop"}));
@@ -98,13 +98,18 @@ TEST(Life, IsBuiltAndTornDownInThisOrder) {
 
 TEST(Life, CostsTheUpdatesOfTheStatisticsAloneWhileNothingHappens) {
     const std::string file = R"(("\MMCMemory\Tarvex\EMMC.xml")";
-    // As the two C libraries find out how long a file is.
-    const Lines seeks(helperFile().extension() == ".exe" ? 5 : 3, "SetFilePointer");
-    const Lines update = joined(
-        {{"GetFileAttributesW" + file, "CreateFileW" + file, "SetFilePointer", "ReadFile"},
-         seeks,
-         {"ReadFile", "CloseHandle", "CreateFileW(\"SHC1:\"", "DeviceIoControl", "CloseHandle", "CreateFileW" + file,
-          "WriteFile", "CloseHandle", "WaitForSingleObject, 300000) = 258 after 300000 ms"}});
+    const Lines update{"GetFileAttributesW" + file,
+                       "CreateFileW" + file,
+                       "ReadFile",
+                       "ReadFile",
+                       "CloseHandle",
+                       "CreateFileW(\"SHC1:\"",
+                       "DeviceIoControl",
+                       "CloseHandle",
+                       "CreateFileW" + file,
+                       "WriteFile",
+                       "CloseHandle",
+                       "WaitForSingleObject, 300000) = 258 after 300000 ms"};
     Lines hour;
     for (int updates = 0; updates < 12; ++updates)
         hour.insert(hour.end(), update.begin(), update.end());
@@ -127,7 +132,8 @@ TEST(Life, CostsTheUpdatesOfTheStatisticsAloneWhileNothingHappens) {
                 seen += call.substr(arguments, call.find('"', arguments + 2) + 1 - arguments);
             else if (call.find(" after ") != std::string::npos)
                 seen += call.substr(call.find(','));
-            calls.push_back(seen);
+            if (seen != "SetFilePointer") // the two C libraries differ in how they find out how long a file is
+                calls.push_back(seen);
         }
         EXPECT_EQ(calls, hour);
         EXPECT_EQ(panel.terminate(), 0U);

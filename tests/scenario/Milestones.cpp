@@ -86,7 +86,7 @@ private:
         if (name.find("helper_log") == 0)
             return reads ? "" : named(call, "open ", logName);
         if (name.back() == ':')
-            return named(call, "open ", name);
+            return named(call, "open ", name) + call.arguments.substr(arguments[0].size() + 1);
         return (reads ? "read " : "write ") + name;
     }
 

@@ -24,7 +24,7 @@ TEST(ScreenSaver, DimsAfterTheTimeoutAndRestoresInOrder) {
         EXPECT_EQ(panel.levels(), dimmedTo(each.dimmed));
         EXPECT_EQ(panel.blackWindow(), each.black ? "black" : "hidden");
         EXPECT_EQ(panel.cursor(), each.black ? -1 : 0);
-        const auto dimming = panel.panel().devices().requests("BKL1").back();
+        const auto dimming = panel.panel().devices().requests("BKL1").at(2); // behind two looks
         EXPECT_EQ(dimming.time, 60000U);
         EXPECT_EQ(dimming.thread, 3U);
         panel.pass(3600000);
@@ -118,7 +118,7 @@ TEST(ScreenSaver, TakesValuesOfTheFileAsTheyAre) {
     EXPECT_EQ(panel.levels(), usersLevels);
     EXPECT_EQ(panel.tell(5, 1), 0);
     EXPECT_EQ(panel.levels(), dimmedTo(298));
-    EXPECT_EQ(panel.log().back(), "INFO;ScreenSaverModule;message handled 5 result: 0");
+    EXPECT_EQ(panel.lastLines(1), Lines{"INFO;ScreenSaverModule;message handled 5 result: 0"});
     EXPECT_EQ(panel.log().at(4),
               "INFO;ScreenSaverModule;settings loaded;timeout: 4294967295 backlight: 300 enabled: 1");
 }

@@ -35,7 +35,7 @@ TEST_F(UsbConfiguration, EndsCleanlyWithAProgramThatEndsInTime) {
     EXPECT_EQ(endHelper(panel), 0U);
     EXPECT_EQ(panel.driver().status().time, 15500U);
     EXPECT_EQ(ended().size(), 2U) << "the rest of the file, too";
-    EXPECT_EQ(logged().back(), "INFO;Helper terminated");
+    EXPECT_EQ(panel.lastLines(1), Lines{"INFO;Helper terminated"});
     EXPECT_EQ(panel.errors(), Lines{});
 }
 
@@ -90,12 +90,9 @@ TEST_F(UsbConfiguration, FailsToEndWhileAProgramIsWaitedForWhichGoesOn) {
     pass(1000);
     EXPECT_EQ(endHelper(panel), 1U);
     EXPECT_EQ(panel.driver().status().time, 21000U);
-    const Lines lines = logged();
-    ASSERT_GT(lines.size(), 3U);
-    EXPECT_EQ(
-        Lines(lines.end() - 3, lines.end()),
-        (Lines{"INFO;Module manager terminated",
-               "ERROR;Exception UsbDeviceException: Failed to terminate monitor thread", "INFO;Helper terminated"}));
+    EXPECT_EQ(panel.lastLines(3), (Lines{"INFO;Module manager terminated",
+                                         "ERROR;Exception UsbDeviceException: Failed to terminate monitor thread",
+                                         "INFO;Helper terminated"}));
     EXPECT_TRUE(panel.isRunning("Actor.exe#1"));
 }
 

@@ -89,8 +89,7 @@ protected:
     }
     // What the helper has logged since it reached its loop.
     Lines logged() const {
-        Lines lines = panel.log();
-        return {lines.begin() + static_cast<std::ptrdiff_t>(settledLines), lines.end()};
+        return panel.lastLines(panel.log().size() - settledLines);
     }
     // The programs that have ended: "Actor.exe#1 at 2500: 3".
     Lines ended() {

@@ -119,7 +119,7 @@ protected:
         for (const char* file : {"\\MMCMemory\\Tarvex\\helper_log0.txt", "\\MMCMemory\\Tarvex\\helper_log1.txt"})
             EXPECT_LE(panel.read(file).size(), logLimit);
         EXPECT_EQ(panel.errors(), Lines{});
-        EXPECT_EQ(panel.log().back(), "INFO;Helper terminated");
+        EXPECT_EQ(panel.lastLines(1), Lines{"INFO;Helper terminated"});
     }
 
     std::uint64_t unknownCommand = firstUnknown;

@@ -250,6 +250,12 @@ std::vector<std::string> ScenarioPanel::log() const {
     return lines;
 }
 
+Lines ScenarioPanel::lastLines(std::size_t count) const {
+    Lines lines = log();
+    lines.erase(lines.begin(), lines.end() - static_cast<std::ptrdiff_t>(std::min(count, lines.size())));
+    return lines;
+}
+
 std::vector<std::string> ScenarioPanel::errors() const {
     std::vector<std::string> lines = log();
     std::erase_if(lines, [](const std::string& line) { return line.find("ERROR;") != 0; });

@@ -65,7 +65,8 @@ public:
     bool isRunning(const std::string& process);
 
     // The helper's log so far without the time stamps, oldest first: "INFO;Init of Helper".
-    std::vector<std::string> log() const;
+    Lines log() const;
+    Lines lastLines(std::size_t count) const; // of it, if it has so many
     std::vector<std::string> errors() const; // those lines of it
     // What the module manager and the modules write as they are made, with the settings of install() and plugDisk(), or
     // without any.
