@@ -152,6 +152,30 @@ TEST(Processes, TraceNamesStartsThreadsAndCalls) {
     EXPECT_EQ(sleeps[1], "        50 Actor.exe#2 t1 Sleep[1](30) = void after 30 ms");
 }
 
+TEST(Trace, ShowsWhatACallAsksFor) {
+    startTrace();
+    OpenEventW(EVENT_ALL_ACCESS, TRUE, L"none");
+    HKEY key = nullptr;
+    RegCreateKeyExW(HKEY_CURRENT_USER, L"traced", 0, nullptr, 1, 0x20019, nullptr, &key, nullptr);
+    RegOpenKeyExW(HKEY_CURRENT_USER, L"traced", 2, 0xF003F, &key);
+    const BYTE data[100] = {};
+    RegSetValueExW(key, L"long", 0, REG_BINARY, data, sizeof data);
+    std::string zeros;
+    for (int count = 0; count < 64; ++count)
+        zeros += "00 ";
+    const std::string wanted[] = {"OpenEventW(0x1f0003, 1, \"none\") = null error 2",
+                                  "RegCreateKeyExW(HKEY_CURRENT_USER, \"traced\", 1, 0x20019, 0x",
+                                  "RegOpenKeyExW(HKEY_CURRENT_USER, \"traced\", 2, 0xf003f, 0x", "RegSetValueExW(0x",
+                                  ", \"long\", 3, {" + zeros + "... of 100}) = 0"};
+    std::string calls;
+    for (const std::string& line : trace())
+        calls += line + '\n';
+    for (std::size_t at = 0; const std::string& text : wanted) {
+        at = calls.find(text, at);
+        ASSERT_NE(at, std::string::npos) << text << " in\n" << calls;
+    }
+}
+
 TEST(Faults, HitTheCallAskedForAndOthersNot) {
     installActor();
     writeFile("\\MMCMemory\\f", "x");

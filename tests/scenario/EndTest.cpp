@@ -50,7 +50,7 @@ TEST(End, ComesAtOnceWithoutWhatTheHelperIsMadeOf) {
          0,
          2,
          "ScreenBackLightException: Driver open failed",
-         {"open BKL1: 0xc0000000, 3, 3 failed", "close loop end"}},
+         {"open BKL1: 0xc0000000, 3, 3, 0x10000000 failed", "close loop end"}},
         {"DeviceIoControl",
          1,
          2,
@@ -65,7 +65,7 @@ TEST(End, ComesAtOnceWithoutWhatTheHelperIsMadeOf) {
          1,
          2,
          "BlackScreenException: Cannot create black screen window",
-         {"make window ORVAScreenSaver failed", "close saver stop", "close saver ready",
+         {"make window ORVAScreenSaver, 0x88, 0x80000000 failed", "close saver stop", "close saver ready",
           "close BKL1:", "close loop end"}},
         {"CreateEventW",
          9,
@@ -75,7 +75,7 @@ TEST(End, ComesAtOnceWithoutWhatTheHelperIsMadeOf) {
         {"RegisterClassW", 2, 3, "IPCDispatcherException: Failed to register message only window class",
          joined({{"register ORVATarvexHelper failed"}, unmade})},
         {"CreateWindowExW", 2, 3, "IPCDispatcherException: Failed to create message only window",
-         joined({{"make window ORVATarvexHelper failed", "unregister ORVATarvexHelper"}, unmade})},
+         joined({{"make window ORVATarvexHelper, 0x0, 0x0 failed", "unregister ORVATarvexHelper"}, unmade})},
     };
     for (const auto& each : cases) {
         SCOPED_TRACE(std::string(each.function ? each.function : "no driver") + ' ' + std::to_string(each.call));

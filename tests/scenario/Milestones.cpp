@@ -33,7 +33,7 @@ public:
         if (function == "CreateMutexW" || function == "OpenEventW" || function == "LoadLibraryW")
             return named(call, function == "LoadLibraryW" ? "load " : "open ", baseName(arguments.back()));
         if (function == "CreateWindowExW")
-            return named(call, "make ", "window " + baseName(first));
+            return named(call, "make ", "window " + baseName(arguments.at(1))) + ", " + first + ", " + arguments.at(3);
         if (function == "CreateMsgQueue")
             return named(call, "make ", "queue");
         if (function == "RequestDeviceNotifications")

@@ -57,7 +57,7 @@ TEST(NandFlash, ReportsADriverThatIsMissingOrRefuses) {
     EXPECT_EQ(failureOf(makeFlashReadOnly), L"Generic Exception");
     const Lines calls = trace();
     ASSERT_EQ(calls.size(), 3U) << "a failed open shows in the control call";
-    EXPECT_TRUE(calls[0].starts_with("CreateFileW(\"\\NANDFlash\\Vol:\", 0xc0000000, 0, 3)")) << calls[0];
+    EXPECT_TRUE(calls[0].starts_with("CreateFileW(\"\\NANDFlash\\Vol:\", 0xc0000000, 0, 3, 0x0) = ")) << calls[0];
     EXPECT_TRUE(calls[1].starts_with("DeviceIoControl(")) << calls[1];
 }
 
