@@ -7,7 +7,6 @@
 
 #include <csignal>
 #include <filesystem>
-#include <fstream>
 #include <string>
 
 using namespace testing_panel;
@@ -142,14 +141,10 @@ TEST(Processes, TraceNamesStartsThreadsAndCalls) {
     driver().setTracing(true);
     run("sleep 20");
     run("sleep 30");
-    std::ifstream file(panelDirectory() / "run/trace");
-    std::vector<std::string> sleeps;
-    for (std::string line; std::getline(file, line);)
-        if (line.find("Sleep[") != std::string::npos)
-            sleeps.push_back(line);
-    ASSERT_EQ(sleeps.size(), 2U);
-    EXPECT_EQ(sleeps[0], "        20 Actor.exe#1 t1 Sleep[1](20) = void after 20 ms");
-    EXPECT_EQ(sleeps[1], "        50 Actor.exe#2 t1 Sleep[1](30) = void after 30 ms");
+    Lines lines = linesOf(readText(panelDirectory() / "run/trace"));
+    std::erase_if(lines, [](const std::string& line) { return line.find("Sleep[") == std::string::npos; });
+    EXPECT_EQ(lines, (Lines{"        20 Actor.exe#1 t1 Sleep[1](20) = void after 20 ms",
+                            "        50 Actor.exe#2 t1 Sleep[1](30) = void after 30 ms"}));
 }
 
 TEST(Trace, ShowsWhatACallAsksFor) {

@@ -18,7 +18,7 @@ const Lines dispatcherEnds{"close window ORVATarvexHelper failed", "unregister O
 
 // What the main thread did from this step on.
 Lines stepsFrom(const ScenarioPanel& panel, bool (*isFirst)(const std::string& step)) {
-    const Lines steps = milestones(panel, "t1");
+    const Lines steps = milestones(panel, 1);
     return {std::find_if(steps.begin(), steps.end(), isFirst), steps.end()};
 }
 
@@ -81,7 +81,7 @@ TEST(End, ComesAtOnceWithoutWhatTheHelperIsMadeOf) {
         SCOPED_TRACE(std::string(each.function ? each.function : "no driver") + ' ' + std::to_string(each.call));
         SavingPanel panel;
         if (each.function)
-            panel.driver().addFault({each.function, "TarvexHelper.exe", 1, 1, each.call});
+            panel.failCall(each.function, each.call);
         else
             panel.panel().devices().setPresent("BKL1", false);
         panel.driver().setTracing(true);
@@ -118,7 +118,7 @@ TEST(End, WaitsForABusyMonitorAndTearsTheOthersDown) {
         SavingPanel panel;
         panel.configure(true, 5000, 128);
         panel.driver().setTracing(true);
-        panel.begin();
+        panel.startInPlace();
         panel.pass(290000);
         const panel::Devices devices = panel.panel().devices();
         if (each.emmc)

@@ -142,8 +142,7 @@ TEST(Installation, DeletesAnOlderInstallationExceptWhatIsBusy) {
     EXPECT_EQ(panel.log().at(5), "INFO;Path \\MMCMemory not cleaned up");
     EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), settingsWith("\\MMCMemory"));
     panel.reboot(); // which ends the busy program
-    panel.driver().start(ScenarioPanel::helper);
-    ASSERT_TRUE(panel.reachesLoop());
+    panel.startInPlace();
     EXPECT_FALSE(panel.exists("\\MMCMemory\\_rm_ORVATarvex"));
     EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), emptySettings);
 }
@@ -206,8 +205,7 @@ TEST(Installation, ChangesNothingWhenItCannotTellWhereItStarted) {
         panel.install();
         panel.put("\\Temp\\TarvexHelper.exe", helperFile());
         const auto before = panel.tree("\\");
-        panel.driver().addFault(
-            {"GetModuleFileNameW", "TarvexHelper.exe", 1, 1, call, false, panel::FaultAction::fail, 0});
+        panel.failCall("GetModuleFileNameW", call);
         EXPECT_EQ(panel.run("\\Temp\\TarvexHelper.exe"), 1U);
         EXPECT_EQ(panel.errors(), Lines{"ERROR;Exception OrvaUtils::Exception: Generic Exception"});
         EXPECT_EQ(panel.tree("\\"), before);
@@ -232,8 +230,7 @@ TEST(Installation, FailuresEndInOneErrorLineAndExitCodeOne) {
     for (const auto& each : cases) {
         ScenarioPanel panel;
         panel.put("\\Temp\\TarvexHelper.exe", helperFile());
-        panel.driver().addFault(
-            {each.function, "TarvexHelper.exe", 1, 1, each.call, false, panel::FaultAction::fail, 0});
+        panel.failCall(each.function, each.call);
         EXPECT_EQ(panel.run("\\Temp\\TarvexHelper.exe"), 1U) << each.what;
         EXPECT_EQ(panel.errors(), Lines{each.line}) << each.what;
         EXPECT_NE(panel.lastLines(1), Lines{"INFO;Helper terminated"}) << each.what;
@@ -249,8 +246,7 @@ TEST(Installation, FailsWhenTheDiskGoesBetweenTwoLooks) {
     panel.put("\\Temp\\TarvexHelper.exe", helperFile());
     for (const std::uint32_t disk : {1, 2}) {
         // Looks in order: the folder of the log, the helper, the application, the disk; then the disks again.
-        panel.driver().addFault(
-            {"GetFileAttributesW", "TarvexHelper.exe", 1, 1, 4 + disk, false, panel::FaultAction::fail, 0});
+        panel.failCall("GetFileAttributesW", 4 + disk);
     }
     EXPECT_EQ(panel.run("\\Temp\\TarvexHelper.exe"), 1U);
     EXPECT_EQ(panel.errors(), Lines{"ERROR;Exception OrvaUtils::Exception: Tarvex not found in any external disk"});

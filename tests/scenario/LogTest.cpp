@@ -10,8 +10,7 @@ constexpr const char* secondFile = "\\MMCMemory\\Tarvex\\helper_log1.txt";
 constexpr std::size_t fileLimit = 102400; // bytes, and one line more
 
 void runOnce(ScenarioPanel& panel, int messages) {
-    panel.driver().start(ScenarioPanel::helper);
-    ASSERT_TRUE(panel.reachesLoop());
+    panel.startInPlace();
     for (int index = 0; index < messages; ++index) {
         panel.command(0);
         panel.driver().advance(1); // the newer file is known by its time

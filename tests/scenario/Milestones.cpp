@@ -1,5 +1,4 @@
 #include "tests/scenario/Milestones.h"
-#include "tests/support/TracedCall.h"
 
 #include <algorithm>
 
@@ -23,7 +22,7 @@ public:
     std::string of(const TracedCall& call) {
         const std::string& function = call.function;
         const Lines arguments = call.argumentList();
-        const std::string first = arguments.empty() ? "" : arguments.front();
+        const std::string& first = arguments[0];
         if (function == "CreateFileW")
             return opened(call);
         if (function == "CreateEventW")
@@ -104,15 +103,14 @@ private:
 
 } // namespace
 
-Lines milestones(const ScenarioPanel& panel, const std::string& thread) {
+Lines milestones(const ScenarioPanel& panel, std::uint32_t thread) {
     Lines found;
     Steps steps(panel.log());
-    for (const std::string& line : panel.trace()) {
-        const TracedCall call = tracedCall(line);
+    for (const TracedCall& call : panel.calls()) {
         if (call.process != 1)
             continue;
         const std::string step = steps.of(call);
-        if (!step.empty() && "t" + std::to_string(call.thread) == thread)
+        if (!step.empty() && call.thread == thread)
             found.push_back(call.failed ? step + " failed" : step);
     }
     return found;

@@ -1,5 +1,6 @@
 // The commands of the screen saver, with their limits and the odd states between them.
 #include "tests/scenario/SavingPanel.h"
+#include "tests/support/ModuleSettings.h"
 
 TEST(ScreenSaver, AnswersItsCommandsWithinTheirLimits) {
     const struct {
@@ -124,7 +125,7 @@ TEST(ScreenSaver, IsOffAfterAReloadThatFails) {
     for (const char* document : documents) {
         EXPECT_EQ(panel.tell(5, 1), 0);
         EXPECT_EQ(panel.levels(), dimmedTo(63));
-        panel.write("\\MMCMemory\\Tarvex\\ScreenSaverConfig.xml", document);
+        panel.write(saverSettingsPath, document);
         EXPECT_EQ(panel.tell(1, 0), 2);
         panel.driver().settle();
         EXPECT_EQ(panel.levels(), usersLevels);
@@ -155,7 +156,7 @@ TEST(ScreenSaver, ObeysOnlyCommandsWithoutAPowerManager) {
     panel.panel().devices().setPresent("PowerManager", false);
     panel.reboot();
     panel.configure(true, 5000, 0);
-    panel.begin();
+    panel.startInPlace();
     EXPECT_EQ(panel.blackWindow(), "hidden");
     panel.pass(1000000);
     EXPECT_EQ(panel.levels(), usersLevels);

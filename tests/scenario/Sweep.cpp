@@ -126,8 +126,8 @@ Recording recorded(Story story, bool (*isWanted)(const Call& call)) {
     EXPECT_EQ(panel.errors(), std::vector<std::string>{});
     std::vector<Call> calls;
     Names names;
-    for (const std::string& line : panel.trace()) {
-        calls.push_back({tracedCall(line)});
+    for (const TracedCall& call : panel.calls()) {
+        calls.push_back({call});
         names.apply(calls.back());
     }
     std::erase_if(calls, [&](const Call& call) { return !isWanted(call); });

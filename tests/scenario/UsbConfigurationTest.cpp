@@ -1,5 +1,6 @@
 // Disks that come and go while a helper runs, and what their "Tarvex.xml" makes it do.
 #include "tests/scenario/UsbPanel.h"
+#include "tests/support/ModuleSettings.h"
 #include "tests/support/StatisticsFile.h"
 
 TEST_F(UsbConfiguration, StartsProgramsInOrderWaitingWhereItIsTold) {
@@ -67,9 +68,8 @@ TEST_F(UsbConfiguration, AFileThatDoesNotFitIntoMemoryIsUnreadable) {
     const bool fits = helperFile().extension() != ".exe";
     const std::string blanks(9 << 20, ' ');
     panel.write(statisticsPath, blanks + statisticsFile(1, 2, 1000, 4));
-    panel.write("\\MMCMemory\\Tarvex\\TouchBuzzerConfig.xml",
-                blanks +
-                    "<TouchBuzzer><Settings><Enabled>1</Enabled><Frequency>3400</Frequency></Settings></TouchBuzzer>");
+    panel.write(buzzerSettingsPath, blanks + "<TouchBuzzer><Settings><Enabled>1</Enabled><Frequency>3400</Frequency>"
+                                             "</Settings></TouchBuzzer>");
     startHelper();
     EXPECT_EQ(panel.errors(), fits ? Lines{} : Lines{"ERROR;BuzzerModule;settings error"});
     std::string crowd; // more than its text takes room
@@ -90,7 +90,7 @@ TEST_F(UsbConfiguration, LooksAtDisksOnly) {
     const std::string document2 = document(command("exit 2", true));
     panel.panel().plug({{partition("Storage Card", document2), partition("hard disk", document2),
                          partition("My USB Disk", document2), partition("Hard Disk2", document2)}});
-    panel.panel().plug({{{folder, "USB Disk"}}}); // without a file in its root
+    panel.panel().plug({{{disks.path, "USB Disk"}}}); // without a file in its root
     pass(1000);
     EXPECT_EQ(ended(), (Lines{"Actor.exe#1 at 500: 2", "Actor.exe#2 at 500: 2"}));
     EXPECT_EQ(logged(), Lines{});
@@ -129,7 +129,7 @@ TEST_F(UsbConfiguration, FindsADiskThatThePanelBootsWith) {
 TEST_F(UsbConfiguration, AsksThePlatformInThisOrder) {
     panel.driver().setTracing(true);
     startHelper();
-    panel.panel().plug({{{folder, "Hard Disk"}, {folder, "Hard Disk2"}}, 600});
+    panel.panel().plug({{{disks.path, "Hard Disk"}, {disks.path, "Hard Disk2"}}, 600});
     pass(1000);
     unplug("Hard Disk");
     EXPECT_EQ(panel.terminate(), 0U);
