@@ -217,9 +217,10 @@ TEST(Streams, GoThroughTheTracedCalls) {
     EXPECT_EQ(readFile("\\MMCMemory\\stream"), "one\ntwo\n");
     const auto lines = trace();
     ASSERT_EQ(lines.size(), 3U);
-    EXPECT_EQ(lines[0].find("CreateFileW(\"\\MMCMemory\\stream\", 0x40000000, 3, 2) = 0x"), 0U) << lines[0];
-    EXPECT_EQ(lines[1].substr(0, 10), "WriteFile(");
-    EXPECT_EQ(lines[2].substr(0, 12), "CloseHandle(");
+    EXPECT_EQ(lines[0].find("CreateFileW(\"\\MMCMemory\\stream\", 0x40000000, 3, 2, 0x80) = 0x"), 0U) << lines[0];
+    const std::string handle = lines[0].substr(lines[0].rfind(' ') + 1);
+    EXPECT_EQ(lines[1], "WriteFile(" + handle + ", 8, 8) = 1");
+    EXPECT_EQ(lines[2], "CloseHandle(" + handle + ") = 1");
 }
 
 TEST(Streams, AppendSeekAndFail) {

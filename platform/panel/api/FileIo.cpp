@@ -70,9 +70,9 @@ int lockedDescriptor(Gate& gate, HANDLE file, DWORD access) {
 
 } // namespace
 
-HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES*, DWORD disposition, DWORD,
+HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES*, DWORD disposition, DWORD flags,
                    HANDLE) noexcept {
-    Gate gate(Function::CreateFileW, path, trace::Hex{access}, share, disposition);
+    Gate gate(Function::CreateFileW, path, trace::Hex{access}, share, disposition, trace::Hex{flags});
     if (gate.faulted())
         return gate.fault<HANDLE>();
     const std::string name = toUtf8(path);
@@ -136,6 +136,7 @@ BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD bytes, DWORD* written, void*) 
         return gate.fails(FALSE, ERROR_WRITE_PROTECT);
     const ssize_t length = write(host, buffer, bytes);
     *written = length < 0 ? 0 : static_cast<DWORD>(length);
+    gate.shows(*written);
     setWriteTime(gate.image(), host);
     if (*written != bytes)
         return gate.fails(FALSE, ERROR_DISK_FULL);

@@ -140,8 +140,8 @@ LONG giveData(const Value& value, DWORD* type, BYTE* data, DWORD* size) {
 
 } // namespace
 
-LONG RegOpenKeyExW(HKEY key, LPCWSTR subkey, DWORD, DWORD, HKEY* opened) noexcept {
-    Gate gate(Function::RegOpenKeyExW, shown(key), subkey);
+LONG RegOpenKeyExW(HKEY key, LPCWSTR subkey, DWORD options, DWORD access, HKEY* opened) noexcept {
+    Gate gate(Function::RegOpenKeyExW, shown(key), subkey, options, trace::Hex{access});
     if (gate.faulted())
         return gate.fault<LONG>();
     return gate.done(withTree(gate, key, false, [&](Tree& tree, const std::string& path) -> LONG {
@@ -150,9 +150,9 @@ LONG RegOpenKeyExW(HKEY key, LPCWSTR subkey, DWORD, DWORD, HKEY* opened) noexcep
     }));
 }
 
-LONG RegCreateKeyExW(HKEY key, LPCWSTR subkey, DWORD reserved, LPWSTR, DWORD, DWORD, SECURITY_ATTRIBUTES*, HKEY* opened,
-                     DWORD* disposition) noexcept {
-    Gate gate(Function::RegCreateKeyExW, shown(key), subkey);
+LONG RegCreateKeyExW(HKEY key, LPCWSTR subkey, DWORD reserved, LPWSTR, DWORD options, DWORD access,
+                     SECURITY_ATTRIBUTES*, HKEY* opened, DWORD* disposition) noexcept {
+    Gate gate(Function::RegCreateKeyExW, shown(key), subkey, options, trace::Hex{access});
     if (gate.faulted())
         return gate.fault<LONG>();
     return gate.done(withTree(gate, key, true, [&](Tree& tree, const std::string& path) -> LONG {

@@ -141,8 +141,8 @@ HANDLE CreateEventW(SECURITY_ATTRIBUTES*, BOOL manualReset, BOOL initialState, L
                   }));
 }
 
-HANDLE OpenEventW(DWORD, BOOL, LPCWSTR name) noexcept {
-    Gate gate(Function::OpenEventW, name);
+HANDLE OpenEventW(DWORD access, BOOL inherit, LPCWSTR name) noexcept {
+    Gate gate(Function::OpenEventW, trace::Hex{access}, inherit, name);
     if (gate.faulted())
         return gate.fault<HANDLE>();
     const Lock lock(gate.image());
