@@ -4,6 +4,7 @@
 #include <csignal>
 #include <fcntl.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -43,6 +44,7 @@ public:
     sigprocmask(SIG_SETMASK, &none, nullptr);
     signal(SIGPIPE, SIG_DFL);
     setpgid(0, 0);
+    prctl(PR_SET_PDEATHSIG, SIGTERM);
     dup2(open("/dev/null", O_RDONLY), 0);
     dup2(output.file, 1);
     dup2(errors.file, 2);
@@ -56,7 +58,7 @@ public:
 Commands::Commands(std::filesystem::path program, std::filesystem::path panel)
     : executable(std::move(program)), directory(std::move(panel)) {}
 
-Outcome Commands::run(const std::vector<std::string>& words) {
+Outcome Commands::run(const std::vector<std::string>& words) const {
     std::vector<std::string> texts{executable, "-C", directory};
     texts.insert(texts.end(), words.begin(), words.end());
     std::vector<char*> arguments;
@@ -66,33 +68,14 @@ Outcome Commands::run(const std::vector<std::string>& words) {
 
     const Capture output;
     const Capture errors;
-    pid_t pid = 0;
-    {
-        const std::lock_guard lock(mutex);
-        pid = stopped ? -1 : fork();
-        if (pid == 0)
-            become(arguments.data(), output, errors);
-        if (pid < 0)
-            return {notRun, {}, "the command cannot be run"};
-        running.insert(pid);
+    const pid_t pid = fork();
+    if (pid == 0)
+        become(arguments.data(), output, errors);
+    int status = notRun << 8;
+    while (pid > 0 && waitpid(pid, &status, 0) < 0 && errno == EINTR) {
     }
-    siginfo_t ended{};
-    while (waitid(P_PID, static_cast<id_t>(pid), &ended, WEXITED | WNOWAIT) != 0 && errno == EINTR) {
-    }
-    const std::lock_guard lock(
-        mutex); // before the process is reaped: `stop` must not signal another one of this number
-    running.erase(pid);
-    int status = 0;
-    waitpid(pid, &status, 0);
     const int code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     return {code, output.text(), code == notRun ? "cannot run " + executable : errors.text()};
-}
-
-void Commands::stop() {
-    const std::lock_guard lock(mutex);
-    stopped = true;
-    for (const pid_t pid : running)
-        kill(pid, SIGTERM);
 }
 
 } // namespace view

@@ -63,25 +63,12 @@ private:
 } // namespace
 
 bool Connections::process_and_close_socket(socket_t socket) {
-    {
-        const std::lock_guard lock(mutex);
-        open.insert(socket);
-    }
     Connection connection(socket);
     bool closed = false;
     const bool good = process_request(connection, true, closed, nullptr);
-    const std::lock_guard lock(mutex);
-    open.erase(socket);
     shutdown(socket, SHUT_RDWR);
     close(socket);
     return good;
-}
-
-void Connections::end() {
-    stop();
-    const std::lock_guard lock(mutex);
-    for (const socket_t socket : open)
-        shutdown(socket, SHUT_RD);
 }
 
 } // namespace view

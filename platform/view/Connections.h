@@ -4,21 +4,10 @@
 
 #include <httplib.h>
 
-#include <mutex>
-#include <set>
-
 namespace view {
 
 class Connections : public httplib::Server {
-public:
-    // Takes no further connection, and ends those that are still sending their request.
-    void end();
-
-private:
     bool process_and_close_socket(socket_t socket) override; // one request a connection
-
-    std::mutex mutex;
-    std::set<socket_t> open;
 };
 
 } // namespace view

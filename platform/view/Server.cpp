@@ -8,6 +8,7 @@
 #include <stdexcept>
 #include <sys/random.h>
 #include <sys/socket.h>
+#include <thread>
 
 namespace view {
 
@@ -64,8 +65,8 @@ void refuse(Response& response, int status, const std::string& why) {
 
 } // namespace
 
-Server::Server(Commands& panelCommands, panel::Panel shown, int port)
-    : commands(panelCommands), panel(std::move(shown)), state(commands, panel.directory()), token(newToken()) {
+Server::Server(const Commands& panelCommands, panel::Panel shown, int port)
+    : commands(panelCommands), panel(std::move(shown)), token(newToken()) {
     server.new_task_queue = [] { return new httplib::ThreadPool(threads); };
     server.set_payload_max_length(mostBody);
     server.set_socket_options([](socket_t socket) { // the library's own would let others listen at the same port
@@ -92,14 +93,8 @@ Server::Server(Commands& panelCommands, panel::Panel shown, int port)
         throw std::runtime_error("the port " + std::to_string(port) +
                                  " cannot be had (another --port, or none for any)");
     host = port == 80 ? "127.0.0.1" : "127.0.0.1:" + std::to_string(port);
-    listener = std::thread([this] { server.listen_after_bind(); });
-}
-
-Server::~Server() {
-    commands.stop();
-    state.stop();
-    server.end();
-    listener.join();
+    state = std::make_unique<State>(commands, panel.directory());
+    std::thread([this] { server.listen_after_bind(); }).detach();
 }
 
 std::string Server::address() const {
@@ -159,16 +154,14 @@ void Server::stream(Response& response) {
 
 bool Server::sendNews(httplib::DataSink& sink, Lines& lines, std::uint64_t& version) {
     const std::uint64_t before = version;
-    const auto topics = state.wait(version, heartbeat);
-    if (!topics)
-        return false;
-    for (const auto& [name, topic] : *topics)
+    const auto topics = state->wait(version, heartbeat);
+    for (const auto& [name, topic] : topics)
         if (topic.version > before && !send(sink, name, topic.json))
             return false;
     const auto sendLines = [&](const std::string& file, bool gone, bool history, const std::vector<std::string>& some) {
         return send(sink, "lines", dump({{"file", file}, {"gone", gone}, {"history", history}, {"lines", some}}));
     };
-    return lines.read(state.boot(), sendLines) && (version != before || sink.write(":\n\n", 3));
+    return lines.read(state->boot(), sendLines) && (version != before || sink.write(":\n\n", 3));
 }
 
 } // namespace view

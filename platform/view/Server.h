@@ -1,4 +1,4 @@
-// Serves the page of one panel, to this machine alone.
+// Serves the page of one panel, to this machine alone, until the process ends.
 //
 //     GET  /TOKEN/            the page; /TOKEN/page.js and so on: its files
 //     GET  /TOKEN/events      what happens, as server-sent events; the event's name is a topic of State, or "lines"
@@ -17,8 +17,7 @@ namespace view {
 class Server {
 public:
     // `port` 0: any that is free. Throws std::runtime_error if it cannot be had.
-    Server(Commands& commands, panel::Panel panel, int port);
-    ~Server(); // ends all connections
+    Server(const Commands& commands, panel::Panel panel, int port);
 
     std::string address() const; // of the page, with the token
 
@@ -28,15 +27,14 @@ private:
     void stream(httplib::Response& response);
     bool sendNews(httplib::DataSink& sink, Lines& lines, std::uint64_t& version);
 
-    Commands& commands;
+    const Commands& commands;
     const panel::Panel panel;
-    State state;
+    std::unique_ptr<State> state; // once the port is had
     std::string host;
     std::string token;
     std::atomic<int> streams = 0;
     std::atomic<int> atWork = 0; // commands
     Connections server;
-    std::thread listener;
 };
 
 } // namespace view

@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include <sys/stat.h>
+#include <thread>
 
 namespace view {
 
@@ -27,31 +28,17 @@ std::string stampOf(const std::filesystem::path& folder) {
 
 } // namespace
 
-State::State(Commands& panelCommands, std::filesystem::path panel)
+State::State(const Commands& panelCommands, std::filesystem::path panel)
     : commands(panelCommands), root(std::move(panel)), watch(root) {
     publish("functions", {"fault", "functions", "--json"});
-    follower = std::thread([this] { follow(); });
+    std::thread([this] { follow(); }).detach();
 }
 
-State::~State() {
-    stop();
-    follower.join();
-}
-
-void State::stop() {
-    {
-        const std::lock_guard lock(mutex);
-        stopping = true;
-    }
-    changed.notify_all();
-    watch.interrupt();
-}
-
-std::optional<std::map<std::string, State::Topic>> State::wait(std::uint64_t& known, std::chrono::seconds limit) {
+std::map<std::string, State::Topic> State::wait(std::uint64_t& known, std::chrono::seconds limit) {
     std::unique_lock lock(mutex);
-    changed.wait_for(lock, limit, [&] { return stopping || version != known; });
+    changed.wait_for(lock, limit, [&] { return version != known; });
     known = version;
-    return stopping ? std::nullopt : std::optional(topics);
+    return topics;
 }
 
 bool State::publish(const std::string& topic, const std::vector<std::string>& words) {
@@ -94,8 +81,6 @@ void State::follow() {
         if (beyondLines)
             refresh();
         const std::lock_guard lock(mutex);
-        if (stopping)
-            return;
         ++version;
         changed.notify_all();
     }

@@ -3,10 +3,13 @@
 #include "platform/panel/Mapping.h"
 #include "platform/panel/kernel/Host.h"
 
+#include <chrono>
 #include <poll.h>
+#include <stdexcept>
 #include <sys/eventfd.h>
 #include <sys/inotify.h>
 #include <sys/stat.h>
+#include <thread>
 
 namespace view {
 
@@ -49,7 +52,7 @@ std::uint64_t digestOf(const panel::Image& image) {
     }
     for (const panel::ThreadRecord& thread : image.threads)
         if (!thread.driver)
-            add(static_cast<std::uint64_t>(thread.state));
+            add(thread.waitOrder * 4 + static_cast<std::uint64_t>(thread.state));
     return digest;
 }
 
@@ -60,15 +63,7 @@ Watch::Watch(std::filesystem::path panel)
       files(inotify_init1(IN_CLOEXEC | IN_NONBLOCK)),
       bell(eventfd(1, EFD_CLOEXEC | EFD_NONBLOCK)) {
     watchFolders();
-    listener = std::thread([this] { listen(); });
-}
-
-Watch::~Watch() {
-    stopping = true;
-    wakeListener();
-    listener.join();
-    close(files);
-    close(bell);
+    std::thread([this] { listen(); }).detach();
 }
 
 void Watch::watchFolders() {
@@ -116,7 +111,7 @@ bool Watch::wait() {
     }
 }
 
-void Watch::interrupt() {
+void Watch::ring() {
     const std::uint64_t one = 1;
     [[maybe_unused]] const auto written = write(bell, &one, sizeof one);
 }
@@ -130,13 +125,17 @@ void Watch::wakeListener() {
 }
 
 void Watch::listen() {
-    while (!stopping) {
+    for (;;) {
         const unsigned seen = rounds;
-        const panel::Mapping kernel(root);
-        if (kernel.image && kernel.image->on)
-            listenTo(*kernel.image);
-        else if (!stopping)
-            rounds.wait(seen);
+        try {
+            const panel::Mapping kernel(root);
+            if (kernel.image && kernel.image->on) {
+                listenTo(*kernel.image);
+                continue;
+            }
+        } catch (const std::runtime_error&) { // `panel status` says why
+        }
+        rounds.wait(seen);
     }
 }
 
@@ -148,23 +147,24 @@ void Watch::listenTo(panel::Image& image) {
     }
     const auto isCurrent = [&] {
         struct stat status {};
-        return stat((root / "run/kernel").c_str(), &status) == 0 && status.st_ino == image.fileInode;
+        return stat((root / "run/kernel").c_str(), &status) == 0 && status.st_ino == image.fileInode &&
+               status.st_size == static_cast<off_t>(sizeof image);
     };
     std::uint64_t last = 0;
-    while (!stopping && image.on && isCurrent()) {
+    while (image.on && isCurrent()) {
         image.watched = 1; // before the look: a later change rings
         const std::uint64_t digest = digestOf(image);
         if (digest == last) {
             panel::host::futexWait(image.watched, 1, hour);
         } else {
             last = digest;
-            interrupt();
+            ring();
         }
         std::this_thread::sleep_for(pause);
     }
     const std::lock_guard lock(mutex);
     listened = nullptr;
-    interrupt();
+    ring();
 }
 
 } // namespace view

@@ -1,5 +1,6 @@
 // Tells when something may have changed on a panel: from the kernel file's lock and from the files of the panel's
-// directory. Nobody looks while nothing happens. The panel may be off, be deleted and be made again meanwhile.
+// directory. Nobody looks while nothing happens. The panel may be off, be deleted and be made again meanwhile. Lives as
+// long as the process.
 #pragma once
 
 #include "platform/panel/kernel/Image.h"
@@ -9,21 +10,18 @@
 #include <mutex>
 #include <set>
 #include <string>
-#include <thread>
 
 namespace view {
 
 class Watch {
 public:
     explicit Watch(std::filesystem::path panel);
-    ~Watch();
     Watch(const Watch&) = delete;
     Watch& operator=(const Watch&) = delete;
 
-    // Blocks until something has changed since the last call returned, or was made after it. False: only files that
-    // grow line by line have (trace, log, requests, touches). One thread.
+    // Blocks until something has changed since the last call returned. False: only files that grow line by line have
+    // (trace, log, requests, touches). One thread.
     bool wait();
-    void interrupt(); // lets `wait` return; any thread
 
     // Differs from boot to boot; 0: the panel was not on yet.
     std::int64_t boot() const {
@@ -37,6 +35,7 @@ private:
     void listen();
     void listenTo(panel::Image& image);
     void wakeListener();
+    void ring();
 
     const std::filesystem::path root;
     const int files; // inotify
@@ -45,10 +44,8 @@ private:
     std::set<int> linesOnly; // watch descriptors
     std::atomic<std::int64_t> lastBoot = 0;
     std::atomic<unsigned> rounds = 0; // of `wait`
-    std::atomic<bool> stopping = false;
     std::mutex mutex;
     panel::Image* listened = nullptr;
-    std::thread listener;
 };
 
 } // namespace view

@@ -4,7 +4,6 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <spawn.h>
 #include <unistd.h>
 
 namespace {
@@ -12,15 +11,14 @@ namespace {
 void openInBrowser(const std::string& address) {
     if (!isatty(STDOUT_FILENO) || (!std::getenv("DISPLAY") && !std::getenv("WAYLAND_DISPLAY")))
         return;
-    std::string program = "xdg-open";
-    std::string argument = address;
-    char* const words[] = {program.data(), argument.data(), nullptr};
-    pid_t pid = 0;
-    posix_spawnattr_t attributes;
-    posix_spawnattr_init(&attributes);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK); // Ctrl-C is not for it
-    posix_spawnp(&pid, words[0], nullptr, &attributes, words, environ); // without one the address must do
-    posix_spawnattr_destroy(&attributes);
+    if (fork() == 0) {
+        sigset_t none;
+        sigemptyset(&none);
+        sigprocmask(SIG_SETMASK, &none, nullptr);
+        setpgid(0, 0); // Ctrl-C is not for it
+        execlp("xdg-open", "xdg-open", address.c_str(), nullptr);
+        _exit(127); // without one the address must do
+    }
 }
 
 } // namespace
@@ -39,7 +37,7 @@ int main(int argc, char** argv) {
     try {
         const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe");
         const panel::Panel panel(argv[1]);
-        view::Commands commands(self.parent_path() / "panel", panel.directory());
+        const view::Commands commands(self.parent_path() / "panel", panel.directory());
         const view::Server server(commands, panel, std::atoi(argv[2]));
         std::printf("The panel is at %s\nCtrl-C ends this, and leaves the panel as it is.\n", server.address().c_str());
         std::fflush(stdout);
@@ -47,9 +45,9 @@ int main(int argc, char** argv) {
             openInBrowser(server.address());
         int signal = 0;
         sigwait(&ends, &signal);
+        _exit(0); // nothing here outlives the process, and commands that still run are interrupted
     } catch (const std::exception& error) {
         std::fprintf(stderr, "panel: %s\n", error.what());
         return 1;
     }
-    return 0;
 }

@@ -174,7 +174,7 @@ def drive(page, disk):
 
     page.click("#tab-timeline")
     page.find("#find").send_keys("CreateWindowExW", Keys.ENTER, Keys.ENTER)
-    page.wait_for("#line", 't1 CreateWindowExW[2]("ORVATarvexHelper"')
+    page.wait_for("#line", "TarvexHelper.exe#1 t1 CreateWindowExW[2](")
     page.click("#track [data-key='TarvexHelper.exe#1 t1 CreateWindowExW[2]']")
     page.do(lambda: page.click("#fail"), "panel start")
     page.advance("2s")

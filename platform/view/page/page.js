@@ -235,7 +235,6 @@ function showStatus(status) {
   byId("hook").textContent = status.on ? `mouse hook ${status.hook ? "of " + status.hook : "none"}` : "";
   byId("user").textContent = status.userActive === null ? "unknown" : status.userActive ? "active" : "inactive";
   byId("tracing").textContent = status.trace ? "on" : "off";
-  byId("fail").disabled = byId("cut").disabled = false;
   clock.from = {...status.clock, date: Date.parse(status.date.replace(" UTC", "Z").replace(" ", "T")), at: performance.now()};
   showClock();
   showDisks(status);
@@ -279,6 +278,12 @@ function showProcesses({processes, ended}) {
     ...ended.toReversed().map(process => [process.name,
       element("span", {className: process.exitCode ? "bad" : ""}, `ended, exit code ${process.exitCode}`), "", "", `${process.time} ms after boot`]),
   ] : [], "No program runs.");
+  showOpen();
+}
+
+function showOpen() {
+  timeline.showOpen(state.on && state.status.trace ? (state.processes.processes || []).flatMap(({name, calls = []}) =>
+    calls.map(({since, thread, call}) => `${since} ${name} t${thread} ${call}`)) : []);
 }
 
 // A select for what an operation does, with the number that goes with it.
@@ -397,7 +402,10 @@ function showLog(lines) {
 
 const onLines = {
   log: {gone() {}, add: showLog},
-  trace: {gone: () => timeline.clear(), add: lines => timeline.add(lines)},
+  trace: {gone: () => timeline.clear(), add(lines) {
+    timeline.add(lines);
+    showOpen();
+  }},
   touches: {gone: () => byId("touches").replaceChildren(), add: (lines, history) => lines.forEach(line => showTouch(line, history))},
   requests: {gone() {
     byId("requests").replaceChildren();

@@ -7,7 +7,7 @@ function makeTimeline(track, onChoose) {
   const hues = [[/File|Find|Directory|Volume|Store|Partition|DeviceIo/, 145], [/Reg/, 35], [/Window|Message|Cursor|Class|Hook|Proc/, 280],
     [/Event|Mutex|Semaphore|CriticalSection|Thread|Process/, 205]];
   const waits = /^(WaitFor|Sleep|GetMessageW|MsgWait)/;
-  let calls, rows, steps, edge, labelled, head, chosen = null, wanted = "";
+  let calls, rows, steps, edge, labelled, head, unreturned = [], chosen = null, wanted = "";
 
   function clear() {
     [calls, rows, steps, edge, labelled] = [[], new Map(), [], 0, -9];
@@ -21,7 +21,7 @@ function makeTimeline(track, onChoose) {
     const row = element("div", {className: "row " + kind, name}, element("b", {title: name}, name), cells);
     const later = [...track.children].slice(1).find(other => other.name.localeCompare(name, undefined, {numeric: true}) > 0);
     track.insertBefore(row, later || null);
-    return {cells, end: 0, open: null};
+    return {cells, end: 0};
   }
 
   // "  1000 TarvexHelper.exe#1 t1 Sleep[1](1000) = void after 1000 ms"; without " = " it has not returned.
@@ -41,11 +41,24 @@ function makeTimeline(track, onChoose) {
     return 0;
   }
 
-  function place(call) {
-    const name = `${call.process} t${call.thread}`;
+  function rowOf({process, thread}) {
+    const name = `${process} t${thread}`;
     if (!rows.has(name)) rows.set(name, addRow(name, ""));
-    const row = rows.get(name), last = steps.at(-1);
-    if (row.open) row.open.bar.remove();
+    return rows.get(name);
+  }
+
+  function draw(call, row, begin) {
+    const kind = [waits.test(call.name) && "wait", call.failed && "failed", call.fault && "fault", call.open && "open"];
+    call.bar = element("i", {className: kind.filter(Boolean).join(" "), title: call.line, call}, call.name);
+    call.bar.dataset.key = call.key;
+    call.bar.style.setProperty("--x", begin);
+    call.bar.style.setProperty("--n", edge + 1 - begin);
+    call.bar.style.setProperty("--hue", (hues.find(([names]) => names.test(call.name)) || [0, 180])[1]);
+    row.cells.append(call.bar);
+  }
+
+  function place(call) {
+    const row = rowOf(call), last = steps.at(-1);
     if (!last || call.time > last.time) {
       if (last) edge += Math.min(6, 1 + Math.log2(call.time - last.time) / 2);
       steps.push({time: call.time, slot: edge});
@@ -55,18 +68,15 @@ function makeTimeline(track, onChoose) {
       mark.style.setProperty("--x", edge);
       head.cells.append(mark);
     }
-    const begin = call.open || call.took ? Math.max(row.end, slotOf(call.time - call.took)) : edge;
-    const kind = [waits.test(call.name) && "wait", call.failed && "failed", call.fault && "fault", call.open && "open"];
-    call.bar = element("i", {className: kind.filter(Boolean).join(" "), title: call.line}, call.name);
-    call.bar.dataset.key = call.key;
-    call.bar.style.setProperty("--x", begin);
-    call.bar.style.setProperty("--n", edge + 1 - begin);
-    call.bar.style.setProperty("--hue", (hues.find(([names]) => names.test(call.name)) || [0, 180])[1]);
-    call.bar.call = call;
-    row.cells.append(call.bar);
-    row.open = call.open ? call : null;
+    draw(call, row, call.took ? Math.max(row.end, slotOf(call.time - call.took)) : edge);
     row.end = ++edge;
     calls.push(call);
+  }
+
+  function showOpen(lines) { // the calls that have not returned now, each the last of its thread
+    for (const call of unreturned) call.bar.remove();
+    unreturned = lines.map(parse).filter(Boolean);
+    for (const call of unreturned) draw(call, rowOf(call), Math.max(rowOf(call).end, slotOf(call.time)));
   }
 
   function add(lines) {
@@ -116,5 +126,5 @@ function makeTimeline(track, onChoose) {
     next(step, chosen ? calls.filter(call => call.process === chosen.process && call.thread === chosen.thread) : calls);
   });
   clear();
-  return {add, clear, find, next};
+  return {add, clear, showOpen, find, next};
 }
