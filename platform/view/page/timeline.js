@@ -4,7 +4,7 @@
 
 function makeTimeline(track, onChoose) {
   const most = 4000, kept = 3000; // calls
-  const hues = [[/File|Find|Directory|Volume|Store|Partition|DeviceIo/, 145], [/Reg/, 35], [/Window|Message|Cursor|Class|Hook|Proc/, 280],
+  const hues = [[/Window|Message|Cursor|Class|Hook/, 280], [/File|Find|Directory|Volume|Store|Partition|DeviceIo/, 145], [/^Reg/, 35],
     [/Event|Mutex|Semaphore|CriticalSection|Thread|Process/, 205]];
   const waits = /^(WaitFor|Sleep|GetMessageW|MsgWait)/;
   let calls, rows, steps, edge, labelled, head, unreturned = [], chosen = null, wanted = "";
