@@ -6,9 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
-
 namespace {
 
 constexpr const char* program = "\\Temp\\PanelChecks.exe";
@@ -34,8 +31,7 @@ TEST(PanelChecks, RegistryTextHasSixteenBitsACharacter) {
     EXPECT_EQ(panel.run(program, "registry"), 0U);
     const std::string value = "HKEY_LOCAL_MACHINE\\Checks\\\xE2\x82\xAC|Text\xF0\x9F\x98\x80";
     EXPECT_EQ(panel.registry()[value], "REG_SZ a\xF0\x9F\x98\x80");
-    std::ifstream file(panel.panel().directory() / "registry/now.json", std::ios::binary);
-    const std::string text(std::istreambuf_iterator<char>(file), {});
+    const std::string text = readText(panel.panel().directory() / "registry/now.json");
     EXPECT_NE(text.find("\"a\xF0\x9F\x98\x80\""), std::string::npos) << text;
 }
 

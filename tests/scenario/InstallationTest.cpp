@@ -40,10 +40,7 @@ Lines handOverLines(const std::string& from, bool installs, bool withSettings = 
 void expectNormalEnd(ScenarioPanel& panel) {
     EXPECT_EQ(panel.command(0), 1);
     EXPECT_EQ(panel.terminate(), 0U);
-    const Lines lines = panel.log();
-    ASSERT_GE(lines.size(), 2U);
-    EXPECT_EQ(lines[lines.size() - 2], "INFO;Module manager terminated");
-    EXPECT_EQ(lines[lines.size() - 1], "INFO;Helper terminated");
+    EXPECT_EQ(panel.lastLines(2), (Lines{"INFO;Module manager terminated", "INFO;Helper terminated"}));
 }
 
 } // namespace
@@ -151,8 +148,7 @@ TEST(Installation, DeletesAnOlderInstallationExceptWhatIsBusy) {
     EXPECT_EQ(panel.log().at(5), "INFO;Path \\MMCMemory not cleaned up");
     EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), settingsWith({"\\MMCMemory"}));
     panel.reboot(); // which ends the busy program
-    panel.driver().start(ScenarioPanel::helper);
-    ASSERT_TRUE(panel.reachesLoop());
+    panel.startInPlace();
     EXPECT_FALSE(panel.exists("\\MMCMemory\\_rm_ORVATarvex"));
     EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), emptySettings);
 }
@@ -215,7 +211,7 @@ TEST(Installation, ChangesNothingWhenItCannotTellWhereItStarted) {
     panel.install();
     panel.put("\\Temp\\TarvexHelper.exe", helperFile());
     const auto before = panel.tree("\\");
-    panel.driver().addFault({"GetModuleFileNameW", "TarvexHelper.exe", 1, 1, 1, false, panel::FaultAction::fail, 0});
+    panel.failCall("GetModuleFileNameW", 1);
     EXPECT_EQ(panel.run("\\Temp\\TarvexHelper.exe"), 1U);
     EXPECT_EQ(panel.errors(), Lines{"ERROR;Exception OrvaUtils::Exception: Generic Exception"});
     EXPECT_EQ(panel.tree("\\"), before);
@@ -239,11 +235,10 @@ TEST(Installation, FailuresEndInOneErrorLineAndExitCodeOne) {
     for (const auto& each : cases) {
         ScenarioPanel panel;
         panel.put("\\Temp\\TarvexHelper.exe", helperFile());
-        panel.driver().addFault(
-            {each.function, "TarvexHelper.exe", 1, 1, each.call, false, panel::FaultAction::fail, 0});
+        panel.failCall(each.function, each.call);
         EXPECT_EQ(panel.run("\\Temp\\TarvexHelper.exe"), 1U) << each.what;
         EXPECT_EQ(panel.errors(), Lines{each.line}) << each.what;
-        EXPECT_NE(panel.log().back(), "INFO;Helper terminated") << each.what;
+        EXPECT_NE(panel.lastLines(1), Lines{"INFO;Helper terminated"}) << each.what;
         EXPECT_FALSE(panel.settlesInLoop());
     }
 }
