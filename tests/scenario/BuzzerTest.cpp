@@ -128,15 +128,35 @@ TEST(Buzzer, EndsWhileTheDriverIsBusy) {
     BuzzerPanel panel(settings(true, 3400));
     panel.startHelper();
     panel.panel().devices().setBehaviour("BZR1", {Behaviour::Kind::delay, 300});
+    panel.driver().setTracing(true);
     panel.clicksOf(leftPress);
     const std::uint64_t time = panel.driver().status().time;
     EXPECT_EQ(panel.reload(settings(false, 3400)), 0);
     const std::uint64_t waited = panel.driver().status().time - time;
     EXPECT_TRUE(waited >= 300 && waited <= 310) << "the buzzer goes when it has its answer, not after " << waited;
+    const Lines calls = panel.trace();
+    const auto last = [&](const char* function) {
+        return std::find_if(calls.rbegin(), calls.rend(),
+                            [&](const std::string& call) {
+                                return call.find(std::string(" ") + function) != std::string::npos;
+                            }) -
+               calls.rbegin();
+    };
+    EXPECT_LT(last("CloseHandle["), last("DeviceIoControl[")) << "the driver is closed behind the click";
     EXPECT_EQ(panel.reload(settings(true, 3400)), 0);
     panel.panel().devices().setBehaviour("BZR1", {Behaviour::Kind::block, 0});
     panel.clicksOf(leftPress);
-    EXPECT_EQ(panel.terminate(), 0U) << "also when there never is one";
+    const std::uint64_t hung = panel.driver().status().time;
+    for (const bool enabled : {false, true, false, true, false, true}) {
+        EXPECT_EQ(panel.reload(settings(enabled, 3400)), 0);
+        EXPECT_EQ(panel.driver().status().time - hung, 20000U) << "waits once for the click that hangs";
+    }
+    panel.panel().devices().setBehaviour("BZR1", {});
+    panel.driver().settle();
+    EXPECT_EQ(panel.clicksOf(leftPress), Words{3400});
+    panel.panel().devices().setBehaviour("BZR1", {Behaviour::Kind::block, 0});
+    panel.clicksOf(leftPress);
+    EXPECT_EQ(panel.terminate(), 0U) << "also when there never is an answer";
     EXPECT_EQ(panel.errors(), Lines{});
 }
 

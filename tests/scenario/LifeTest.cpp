@@ -21,6 +21,7 @@ TEST(Life, IsBuiltAndTornDownInThisOrder) {
         "write EMMC.xml",
         "make EMMC stop",
         "make EMMC ready",
+        "reset EMMC stop",
         "reset EMMC ready",
         "start EMMC thread",
         "await EMMC ready or EMMC thread",
@@ -35,6 +36,7 @@ TEST(Life, IsBuiltAndTornDownInThisOrder) {
         "make saver stop",
         "make saver ready",
         "make window ORVAScreenSaver",
+        "reset saver stop",
         "reset saver ready",
         "start saver thread",
         "await saver ready or saver thread",
@@ -46,6 +48,7 @@ TEST(Life, IsBuiltAndTornDownInThisOrder) {
         "open BZR1:",
         "make hook",
         "start buzzer thread",
+        "reset USB stop",
         "reset USB ready",
         "start USB thread",
         "await USB ready or USB thread",
@@ -62,8 +65,6 @@ TEST(Life, IsBuiltAndTornDownInThisOrder) {
         "post 0x10 to window ORVAScreenSaver",
         "set saver stop",
         "join saver thread",
-        "close UserActivity_Active",
-        "close UserActivity_Inactive",
         "close saver thread",
         "close saver stop",
         "close saver ready",
@@ -88,9 +89,10 @@ TEST(Life, IsBuiltAndTornDownInThisOrder) {
     EXPECT_EQ(milestones(panel, "t1"), main);
     EXPECT_EQ(milestones(panel, "t2"), (Lines{"set EMMC ready", "read EMMC.xml", "open SHC1:", "ask SHC1:",
                                               "close SHC1:", "write EMMC.xml", "await EMMC stop"}));
-    EXPECT_EQ(milestones(panel, "t3"), (Lines{"open UserActivity_Active", "open UserActivity_Inactive",
-                                              "await UserActivity_Active or saver stop", "set saver ready",
-                                              "await UserActivity_Inactive or saver stop"}));
+    EXPECT_EQ(milestones(panel, "t3"),
+              (Lines{"open UserActivity_Active", "open UserActivity_Inactive", "await UserActivity_Active",
+                     "set saver ready", "await UserActivity_Inactive or saver stop", "close UserActivity_Inactive",
+                     "close UserActivity_Active"}));
     EXPECT_EQ(milestones(panel, "t4"), Lines{}); // which still waits as the process ends
     EXPECT_EQ(milestones(panel, "t5"), (Lines{"make queue", "make notification", "set USB ready",
                                               "await queue or USB stop", "close notification", "close queue"}));
