@@ -4,7 +4,6 @@
 #include "tests/support/TestPanel.h"
 #include "tests/unit/MessageOf.h"
 
-#include <algorithm>
 #include <functional>
 #include <gtest/gtest.h>
 #include <new>
@@ -93,10 +92,8 @@ DWORD timeOf(const std::function<void()>& operation) {
     return GetTickCount() - begun;
 }
 
-std::ptrdiff_t closed() {
-    const std::vector<std::string> calls = trace();
-    return std::count_if(calls.begin(), calls.end(),
-                         [](const std::string& call) { return call.starts_with("CloseHandle"); });
+std::size_t closed() {
+    return trace({"CloseHandle"}).size();
 }
 
 } // namespace
@@ -107,7 +104,7 @@ TEST(MonitorThread, NeedsItsEvents) {
             startTrace();
             failCall("CreateEventW", call);
             EXPECT_EQ(failure([&] { Probe probe(watch, handles); }), L"Cannot create event");
-            EXPECT_EQ(closed(), 1);
+            EXPECT_EQ(closed(), 1U);
         }
     }
 }
@@ -181,7 +178,7 @@ TEST(MonitorThread, StartsAnewWithoutWhatTheLastThreadHasLeft) {
     EXPECT_EQ(timeOf([&] { EXPECT_TRUE(probe->start()); }), 700U);
     startTrace();
     stopAndDelete(probe);
-    EXPECT_EQ(closed(), 3);
+    EXPECT_EQ(closed(), 3U);
 }
 
 TEST(MonitorThread, IsDeletedWhenItHasEndedAndKeptOtherwise) {
@@ -190,7 +187,7 @@ TEST(MonitorThread, IsDeletedWhenItHasEndedAndKeptOtherwise) {
         probe->start();
         startTrace();
         stopAndDelete(probe);
-        EXPECT_EQ(closed(), handles == Probe::Handles::Close ? 3 : 0);
+        EXPECT_EQ(closed(), handles == Probe::Handles::Close ? 3U : 0U);
     }
     EXPECT_EQ(std::exchange(Probe::deleted, 0), 2);
     for (const bool inFlight : {false, true}) {

@@ -76,6 +76,9 @@ private:
 // Notes its name for each notification, and then does what it was given to do.
 struct Observer : MouseHookObserver {
     Observer(std::string ownName, Lines& notes) : name(std::move(ownName)), heard(notes) {}
+    ~Observer() override {
+        MouseHook::instance().removeObserver(this); // threads that are left may notify while the process ends
+    }
     void notify(int& value) override {
         EXPECT_EQ(value, 0);
         value = 7; // which nobody else gets to see
