@@ -14,7 +14,7 @@ const Lines saverEnds{"join saver thread",  "close UserActivity_Active", "close 
                       "close saver thread", "close saver stop",          "close saver ready",
                       "close BKL1:"};
 const Lines buzzerEnds{"close hook", "close BZR1:", "set USB stop"};
-const Lines dispatcherEnds{"close window ORVATarvexHelper failed", "unregister ORVATarvexHelper", "close loop end"};
+const Lines dispatcherEnds{"unregister ORVATarvexHelper", "close loop end"};
 
 // What the main thread did from this step on.
 Lines stepsFrom(const ScenarioPanel& panel, bool (*isFirst)(const std::string& step)) {
