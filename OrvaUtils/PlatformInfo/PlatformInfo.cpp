@@ -1,7 +1,6 @@
 #include "OrvaUtils/PlatformInfo/PlatformInfo.h"
 
 #include "OrvaUtils/PlatformInfo/PlatformInfoException.h"
-#include "OrvaUtils/Registry/Key.h"
 #include "OrvaUtils/Registry/Reading.h"
 #include "OrvaUtils/Tags/TagException.h"
 #include "OrvaUtils/Tags/TagStore.h"
@@ -63,8 +62,7 @@ PlatformInfo& PlatformInfo::instance() {
 }
 
 std::string PlatformInfo::getDeviceName() {
-    const Registry::Key key(HKEY_LOCAL_MACHINE, L"Ident");
-    return toUtf8(Registry::readString(key.handle(), L"Name"));
+    return toUtf8(Registry::readString(HKEY_LOCAL_MACHINE, L"Ident", L"Name"));
 }
 
 std::uint32_t PlatformInfo::getPlatformType() const {
