@@ -40,6 +40,9 @@ std::uint64_t timeOf(const std::string& line) {
 TEST(Instance, ASecondOneEndsAtOnceAndLogsNothing) {
     ScenarioPanel panel;
     panel.install();
+    panel.driver().addFault({"CreateMutexW", "TarvexHelper.exe", 1});
+    EXPECT_EQ(panel.run(ScenarioPanel::helper), 0U); // nobody can tell whether it is the first one
+    EXPECT_EQ(panel.log(), Lines{});
     panel.driver().start(ScenarioPanel::helper);
     ASSERT_TRUE(panel.reachesLoop());
     panel.put("\\Temp\\TarvexHelper.exe", helperFile());
