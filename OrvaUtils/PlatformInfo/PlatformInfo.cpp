@@ -62,7 +62,7 @@ PlatformInfo& PlatformInfo::instance() {
 }
 
 std::string PlatformInfo::getDeviceName() {
-    return toUtf8(Registry::readString(HKEY_LOCAL_MACHINE, L"Ident", L"Name"));
+    return narrow(Registry::readString(HKEY_LOCAL_MACHINE, L"Ident", L"Name"));
 }
 
 std::uint32_t PlatformInfo::getPlatformType() const {
