@@ -234,14 +234,19 @@ PanelStatus Driver::status() {
                             process.driver != 0,
                             0,
                             0,
-                            0};
+                            0,
+                            {}};
         for (const HandleRecord& handle : process.handles)
             entry.handles += handle.object != 0;
         for (const ThreadRecord& thread : call.image.threads)
             if (thread.state != ThreadState::free && thread.process == slot) {
                 ++entry.threads;
                 entry.waiting += thread.state == ThreadState::waiting;
+                if (thread.state == ThreadState::waiting && thread.call[0])
+                    entry.calls.push_back({thread.number, thread.waitingSince, thread.call});
             }
+        std::sort(entry.calls.begin(), entry.calls.end(),
+                  [](const CallStatus& first, const CallStatus& second) { return first.thread < second.thread; });
         status.processes.push_back(std::move(entry));
     }
     for (std::uint32_t age = maxEnded; age > 0; --age) {

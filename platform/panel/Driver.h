@@ -20,6 +20,12 @@ struct ProcessHandle {
     bool aware = false; // takes part in the panel's clock
 };
 
+struct CallStatus { // the platform call that a thread waits in: of nested ones the innermost
+    std::uint32_t thread; // by order of creation
+    std::uint64_t since; // panel ms
+    std::string call; // as the trace shows it: "Sleep[1](1000)"
+};
+
 struct ProcessStatus {
     std::string name;
     std::string path;
@@ -29,6 +35,7 @@ struct ProcessStatus {
     std::uint32_t threads;
     std::uint32_t waiting; // of these threads
     std::uint32_t handles; // to kernel objects, open
+    std::vector<CallStatus> calls;
 };
 
 struct WindowStatus {

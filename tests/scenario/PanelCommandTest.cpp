@@ -72,7 +72,12 @@ TEST_F(PanelCommand, RunsTheHelperFromCreationToItsEnd) {
     succeed("trace on");
     succeed("start '\\MMCMemory\\Tarvex\\TarvexHelper.exe'");
     succeed("wait --window ORVATarvexHelper");
-    EXPECT_EQ(json("ps").at("processes").at(0).at("name"), "TarvexHelper.exe#1");
+    const Json process = json("ps").at("processes").at(0);
+    EXPECT_EQ(process.at("name"), "TarvexHelper.exe#1");
+    EXPECT_EQ(process.at("calls").at(0), Json({{"thread", 1}, {"since", 0}, {"call", "GetMessageW[1]()"}}));
+    const std::string waiting = "         0 TarvexHelper.exe#1 t1 GetMessageW[1]() has not returned\n";
+    EXPECT_EQ(call("trace show --function GetMessageW").text, waiting);
+    EXPECT_NE(call("ps").text.find(waiting), std::string::npos);
     EXPECT_EQ(json("send ORVATarvexHelper ORVATarvexMsg 0").at("result"), 1);
     succeed("send ORVATarvexHelper ORVATarvexMsg 1 --post");
     const Json ended = json("wait --exit TarvexHelper.exe");

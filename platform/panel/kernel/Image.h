@@ -131,6 +131,8 @@ struct ThreadRecord {
     Slot replyFrom; // the thread that is to answer it
     std::uint32_t replied; // 1: answered, 2: the receiver is gone
     std::uint32_t id; // what GetCurrentThreadId answers; does not repeat soon
+    std::uint64_t waitingSince; // panel ms
+    char call[120]; // the platform call that it waits in, as the trace shows it; empty: in none
 };
 
 struct MessageRecord {

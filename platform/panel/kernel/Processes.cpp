@@ -70,6 +70,7 @@ Slot makeThreadRecord(Image& image, Slot process) {
         record.waitKind = WaitKind::none;
         record.deadline = never;
         record.replyFrom = 0;
+        record.call[0] = 0;
         record.id = 0x1000 + 4 * ++image.threadIds;
         return slot;
     }

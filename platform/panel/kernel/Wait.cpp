@@ -1,5 +1,6 @@
 #include "platform/panel/kernel/Wait.h"
 
+#include "platform/panel/Text.h"
 #include "platform/panel/kernel/Clock.h"
 #include "platform/panel/kernel/Host.h"
 #include "platform/panel/kernel/Objects.h"
@@ -21,6 +22,11 @@ constexpr std::uint32_t patience = 500;
 
 std::atomic<bool> processEnded{false};
 thread_local bool endsProcess = false;
+thread_local const PlatformCall* currentCall = nullptr;
+
+std::string PlatformCall::text() const {
+    return std::string(facts(function).name) + '[' + std::to_string(number) + "](" + arguments + ')';
+}
 
 void standStill() {
     for (;;)
@@ -31,6 +37,8 @@ std::uint32_t block(Lock& lock, Image& image, Slot thread, std::uint64_t deadlin
     ThreadRecord& record = scheduler::at(image, thread);
     record.deadline = deadline;
     record.waitOrder = ++image.waitOrder;
+    record.waitingSince = clock::now(image);
+    copyText(record.call, currentCall ? currentCall->text() : "");
     const std::uint32_t word = record.word.load(std::memory_order_relaxed);
     bool overdue = false; // released, but whoever released it has not come to wake it: perhaps it was killed
     processes::letStartedRun(image, thread);
