@@ -58,7 +58,7 @@ void addBytes(std::string& text, const void* bytes, std::size_t count) {
         std::snprintf(number, sizeof number, index ? " %02x" : "%02x", at[index]);
         text += number;
     }
-    text += count > shown ? " ...}" : "}";
+    text += (count > shown ? " ... of " + std::to_string(count) : "") + '}';
 }
 
 } // namespace trace

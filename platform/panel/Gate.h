@@ -26,7 +26,7 @@ void add(std::string& text, std::int64_t value);
 void add(std::string& text, const wchar_t* value); // in quotes
 void addHandle(std::string& text, std::uintptr_t value);
 void addHex(std::string& text, std::uint64_t value);
-void addBytes(std::string& text, const void* bytes, std::size_t count);
+void addBytes(std::string& text, const void* bytes, std::size_t count); // the first 64
 
 struct Hex { // a number that is read better in hexadecimal
     std::uint64_t value;

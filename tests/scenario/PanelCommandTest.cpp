@@ -7,7 +7,6 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -23,13 +22,8 @@ struct Answer {
 
 class PanelCommand : public testing::Test {
 protected:
-    PanelCommand() {
-        std::string name = (fs::temp_directory_path() / "panel-XXXXXX").string();
-        directory = mkdtemp(name.data());
-    }
     ~PanelCommand() override {
         call("off");
-        fs::remove_all(directory);
     }
 
     Answer call(const std::string& words) {
@@ -66,7 +60,8 @@ protected:
         fs::copy_file(programFile("Actor"), directory / "p/fs/MMCMemory/Actor.exe");
     }
 
-    fs::path directory;
+    const FreshFolder folder;
+    const fs::path& directory = folder.path;
 };
 
 } // namespace
@@ -103,14 +98,14 @@ TEST_F(PanelCommand, SaysWhatIsWrongInOneLine) {
     succeed("boot --stepped");
     fails("boot", "on already");
     fails("start '\\MMCMemory\\none.exe'", "no such file");
-    std::ofstream(directory / "p/fs/MMCMemory/text.exe") << "text";
+    writeText(directory / "p/fs/MMCMemory/text.exe", "text");
     fails("start '\\MMCMemory\\text.exe'", "it is no program");
-    std::ofstream(directory / "p/fs/MMCMemory/half.exe") << "MZ";
+    writeText(directory / "p/fs/MMCMemory/half.exe", "MZ");
     fails("start '\\MMCMemory\\half.exe'", "it is no program");
     std::string head(0x80, '\0'); // of a panel executable: signature, machine, subsystem, no sections
     head.replace(0, 2, "MZ").replace(0x3C, 1, "\x20").replace(0x20, 2, "PE").replace(0x24, 2, "\xC0\x01");
     head.replace(0x20 + 24 + 68, 1, "\x09");
-    std::ofstream(directory / "p/fs/MMCMemory/panel.exe") << head;
+    writeText(directory / "p/fs/MMCMemory/panel.exe", head);
     for (const std::string loader : {"/nowhere/loader", "/tmp"}) {
         setenv("PANEL_LOADER", loader.c_str(), 1);
         fails("start '\\MMCMemory\\panel.exe'", "the loader that it takes is missing or no program: " + loader + " (");

@@ -20,21 +20,12 @@ namespace {
 constexpr const char* actor = "\\MMCMemory\\Actor.exe";
 
 // A folder of the host with a file, and with a link that leads out of it.
-class HostFolder {
-public:
+struct HostFolder : FreshFolder {
     HostFolder() {
-        std::string name = (fs::temp_directory_path() / "panel-XXXXXX").string();
-        path = mkdtemp(name.data());
-        fs::create_directories(path / "disk/sub");
-        fs::create_directories(path / "precious");
-        std::ofstream(path / "disk/sub/file.txt") << "content";
-        std::ofstream(path / "precious/file.txt") << "content";
+        writeText(path / "disk/sub/file.txt", "content");
+        writeText(path / "precious/file.txt", "content");
         fs::create_directory_symlink(path / "precious", path / "disk/link");
     }
-    ~HostFolder() {
-        fs::remove_all(path);
-    }
-    fs::path path;
 };
 
 } // namespace
@@ -131,20 +122,15 @@ TEST(Power, ACutInAProgramsCallLeavesWhatWasWrittenAndNothingElse) {
     ScenarioPanel panel;
     panel.install();
     panel.write("\\MMCMemory\\Tarvex\\config.xml", "replaced");
-    panel::Fault cut;
-    cut.function = "WriteFile";
-    cut.program = "TarvexHelper.exe";
-    cut.call = 4; // three are the log's, the fourth the settings'
-    cut.action = panel::FaultAction::cut;
-    panel.driver().addFault(cut);
+    // Three calls are the log's, the fourth is the settings'.
+    panel.driver().addFault({"WriteFile", "TarvexHelper.exe", 1, 1, 4, false, panel::FaultAction::cut});
     const auto process = panel.driver().start(ScenarioPanel::helper);
     EXPECT_EQ(panel.driver().waitForExit(process, ScenarioPanel::limit), 0xC0000005U); // the waiting one is woken
     EXPECT_FALSE(panel.panel().isOn());
     EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), ""); // opened for replacing
     EXPECT_EQ(panel.log(), firstStartLines({}));
     panel.reboot();
-    panel.driver().start(ScenarioPanel::helper);
-    EXPECT_TRUE(panel.reachesLoop());
+    panel.startInPlace();
 }
 
 TEST(Power, TheKernelsLockIsTakenOverFromADeadOwner) {
@@ -167,11 +153,11 @@ namespace {
 
 // What a killed test leaves behind: a panel on which the helper runs, and a program that has started a script.
 [[noreturn]] void driveAndDie(const fs::path& directory, int pids) {
-    panel::Panel panel = panel::Panel::create(directory, {});
+    panel::Panel panel = newPanel(directory);
     fs::create_directories(panel.hostPath("\\MMCMemory\\Tarvex"));
     fs::copy_file(helperFile(), panel.hostPath(ScenarioPanel::helper));
     fs::copy_file(programFile("Actor"), panel.hostPath(actor));
-    std::ofstream(panel.hostPath("\\MMCMemory\\script.exe")) << "#!/bin/sh\nsleep 1000\n";
+    writeText(panel.hostPath("\\MMCMemory\\script.exe"), "#!/bin/sh\nsleep 1000\n");
     panel.boot({});
     panel::Driver driver(panel);
     driver.start(ScenarioPanel::helper);
@@ -232,7 +218,7 @@ TEST(Power, ADamagedKernelFileEndsWhatRunsAndIsNeverOff) {
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         const HostFolder host;
-        panel::Panel panel = panel::Panel::create(host.path / "panel", {});
+        panel::Panel panel = newPanel(host.path / "panel");
         fs::copy_file(programFile("Actor"), panel.hostPath(actor));
         panel.boot({});
         const fs::path file = panel.directory() / "run/kernel";
@@ -335,9 +321,9 @@ TEST(Disks, WrittenByHandNeverLeadOutOfThePanel) {
     ScenarioPanel panel;
     panel.write("\\precious.txt", "content");
     for (const char* volume : {"../precious", "", "MMCMemory", "windows"}) {
-        std::ofstream(panel.panel().directory() / "devices/disks.json")
-            << R"([{"device":"DSK1:","inPlace":false,"readyAfter":0,"partitions":[{"volume":")" << volume
-            << R"(","attributes":16}]}])";
+        writeText(panel.panel().directory() / "devices/disks.json",
+                  R"([{"device":"DSK1:","inPlace":false,"readyAfter":0,"partitions":[{"volume":")" +
+                      std::string(volume) + R"(","attributes":16}]}])");
         EXPECT_THROW(panel.panel().disks().unplug("DSK1:"), std::runtime_error) << volume;
     }
     EXPECT_TRUE(panel.exists("\\precious.txt"));

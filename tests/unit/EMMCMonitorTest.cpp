@@ -49,7 +49,7 @@ TEST(WriteCounter, IsTheDriversCountOrNothing) {
     std::vector<std::string> calls = trace();
     ASSERT_EQ(calls.size(), 3U);
     const std::string handle = calls[0].substr(calls[0].rfind(' ') + 1);
-    EXPECT_EQ(calls[0].find(R"(CreateFileW("SHC1:", 0xc0000000, 0, 3)"), 0U) << calls[0];
+    EXPECT_EQ(calls[0].find(R"(CreateFileW("SHC1:", 0xc0000000, 0, 3, 0x80) = )"), 0U) << calls[0];
     EXPECT_EQ(calls[1].find("DeviceIoControl(" + handle + ", 0x72ee8, {}"), 0U) << calls[1];
     EXPECT_EQ(calls[2], "CloseHandle(" + handle + ") = 1");
 

@@ -101,7 +101,7 @@ TEST(MessageOnlyWindow, AsksThePlatformForWhatItNeeds) {
     EXPECT_EQ(calls, "CreateEventW(1, 1, null)\n"
                      "GetModuleHandleW(null)\n"
                      "RegisterClassW(\"Traced\", PROGRAM)\n"
-                     "CreateWindowExW(\"Traced\", null, 0x0)\n"
+                     "CreateWindowExW(0x0, \"Traced\", null, 0x0, null)\n"
                      "PostMessageW(WINDOW, 0x10, 0, 0)\n"
                      "EventModify(EVENT, 2)\n"
                      "GetMessageW(WINDOW, 0x10, 0, 0)\n"

@@ -131,11 +131,17 @@ TEST(ScreenSaver, LeavesNothingWhenItCannotBeMade) {
     EXPECT_EQ(failure(make), L"black screen: Cannot create black screen window");
     std::size_t opened = 0;
     std::size_t closed = 0;
+    std::string asked;
     for (const std::string& call : trace()) {
+        if (call.starts_with("CreateFileW") || call.starts_with("CreateWindowExW")) {
+            asked += call.substr(0, call.find(" = "));
+        }
         opened += call.starts_with("CreateFileW") || call.starts_with("CreateEventW");
         closed += call.starts_with("CloseHandle");
         EXPECT_FALSE(call.starts_with("RegisterClassW")) << "once a process";
     }
+    EXPECT_EQ(asked, R"(CreateFileW("BKL1:", 0xc0000000, 3, 3, 0x10000000))"
+                     R"(CreateWindowExW(0x88, "ORVAScreenSaver", null, 0x80000000, 0x10000))");
     EXPECT_GT(opened, 1U);
     EXPECT_EQ(opened, closed);
     EXPECT_EQ(windows(), "");
