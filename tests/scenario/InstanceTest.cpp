@@ -24,6 +24,9 @@ constexpr const char* restoring = R"(<?xml version="1.0" encoding="UTF-8"?>
 TEST(Instance, ASecondOneEndsAtOnceAndLogsNothing) {
     ScenarioPanel panel;
     panel.install();
+    panel.driver().addFault({"CreateMutexW", "TarvexHelper.exe", 1});
+    EXPECT_EQ(panel.run(ScenarioPanel::helper), 0U); // nobody can tell whether it is the first one
+    EXPECT_EQ(panel.log(), Lines{});
     panel.startInPlace();
     panel.put("\\Temp\\TarvexHelper.exe", helperFile());
     const Lines before = panel.log();
@@ -59,7 +62,7 @@ TEST(Instance, HandsOverInOrderAndAfterExactlyOneSecond) {
                 released = call.time;
             if (function == "CreateProcessW") {
                 started = call.time;
-                EXPECT_TRUE(call.arguments.ends_with("TarvexHelper.exe\", null")) << call.text;
+                EXPECT_NE(call.text.find("TarvexHelper.exe\", null)"), std::string::npos) << call.text;
             }
         }
         EXPECT_EQ(steps,
