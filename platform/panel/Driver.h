@@ -101,7 +101,10 @@ struct Fault {
 
 class Driver {
 public:
-    explicit Driver(const Panel& panel, const std::string& countsAs = "\\Windows\\panel.exe");
+    // What it starts, with all that this starts, ends with it, however it ends; or stays.
+    enum class Programs { end, stay };
+    static constexpr const char* command = "\\Windows\\panel.exe";
+    explicit Driver(const Panel& panel, const std::string& countsAs = command, Programs programs = Programs::end);
     ~Driver();
     Driver(const Driver&) = delete;
     Driver& operator=(const Driver&) = delete;

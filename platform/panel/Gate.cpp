@@ -93,6 +93,7 @@ void Gate::applyFaults() {
         if (fault.action == FaultAction::cut && !self.driver) {
             processes::killAll(panel);
             panel.on = 0;
+            scheduler::step(panel); // who lets time pass hears of it
             lock.release();
             scheduler::deliverWakes(panel);
             raise(SIGKILL);

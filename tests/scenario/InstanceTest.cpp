@@ -62,7 +62,7 @@ TEST(Instance, HandsOverInOrderAndAfterExactlyOneSecond) {
                 released = call.time;
             if (function == "CreateProcessW") {
                 started = call.time;
-                EXPECT_NE(line.find("TarvexHelper.exe\", null)"), std::string::npos) << line;
+                EXPECT_NE(call.text.find("TarvexHelper.exe\", null)"), std::string::npos) << call.text;
             }
         }
         EXPECT_EQ(steps,

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <sys/wait.h>
@@ -262,6 +263,20 @@ TEST_F(PanelCommand, KeepsTheTagStore) {
     EXPECT_EQ(call("tag remove 7").code, 1);
     EXPECT_EQ(call("tag set 7 0").code, 1);
     EXPECT_EQ(json("tag list").size(), 3U);
+}
+
+TEST_F(PanelCommand, NamesTheProgramThatKeepsTimeFromMoving) {
+    succeed("create p");
+    install();
+    succeed("boot --stepped");
+    succeed("start '\\MMCMemory\\Actor.exe' spin");
+    for (const char* command : {"advance 1s", "wait --window none --limit 1s", "start --wait '\\MMCMemory\\Actor.exe'"})
+        fails(std::string("--patience 100ms ") + command, "Actor.exe#1 is busy");
+    EXPECT_EQ(call("--patience 100ms advance 1s").code, 1);
+    const pid_t pid = json("ps").at("processes").at(0).at("hostPid");
+    kill(pid, SIGSTOP);
+    fails("--patience 100ms advance 1s", "Actor.exe#1 is stopped");
+    succeed("off");
 }
 
 TEST_F(PanelCommand, StartsAndWaitsWithTheProgramsExitCode) {

@@ -242,7 +242,7 @@ void LeaveCriticalSection(CRITICAL_SECTION* section) noexcept {
     if (--section->LockCount > 0)
         return;
     Slot next = 0;
-    for (Slot thread = 1; thread <= maxThreads; ++thread) {
+    for (Slot thread = 1; thread <= image.threadsUsed; ++thread) {
         const ThreadRecord& record = scheduler::at(image, thread);
         const bool waits = record.state == ThreadState::waiting && record.waitKind == WaitKind::section &&
                            record.process == gate.process() &&
