@@ -22,9 +22,9 @@ constexpr std::int32_t CLICK = 50; // ms
 // In Hz.
 std::int32_t defaultFrequency() {
     switch (OrvaUtils::PlatformInfo::instance().getModelCode()) {
-    case 1026:
-    case 1027:
-    case 1030:
+    case 0x402:
+    case 0x403:
+    case 0x406:
         return 3400;
     default:
         return 2400;

@@ -13,7 +13,7 @@ const Lines saverAsked{"post 0x402 to window ORVAScreenSaver", "post 0x10 to win
 const Lines saverEnds{"join saver thread", "close saver thread", "close saver stop", "close saver ready",
                       "close BKL1:"};
 const Lines buzzerEnds{"close hook", "close BZR1:", "set USB stop"};
-const Lines dispatcherEnds{"close window ORVATarvexHelper failed", "unregister ORVATarvexHelper", "close loop end"};
+const Lines dispatcherEnds{"unregister ORVATarvexHelper", "close loop end"};
 
 // What the main thread did from this step on.
 Lines stepsFrom(const ScenarioPanel& panel, bool (*isFirst)(const std::string& step)) {

@@ -72,7 +72,6 @@ TEST(Life, IsBuiltAndTornDownInThisOrder) {
         "close BZR1:",
         "set USB stop",
         "join USB thread",
-        "close window ORVATarvexHelper failed", // it has gone with the loop
         "unregister ORVATarvexHelper",
         "close loop end",
         "set EMMC stop",
