@@ -64,7 +64,7 @@ PlatformInfo& PlatformInfo::instance() {
 
 std::string PlatformInfo::getDeviceName() {
     const Registry::Key key(HKEY_LOCAL_MACHINE, L"Ident");
-    return toUtf8(Registry::readString(key.handle(), L"Name"));
+    return narrow(Registry::readString(key.handle(), L"Name"));
 }
 
 std::uint32_t PlatformInfo::getPlatformType() const {

@@ -23,7 +23,8 @@ public:
     PlatformInfo(const PlatformInfo&) = delete;
     PlatformInfo& operator=(const PlatformInfo&) = delete;
 
-    // The device's name in UTF-8, from the registry ("Ident"). Throws Registry::RegistryException without one.
+    // The device's name from the registry ("Ident"), one byte a character, "?" for one above 0xFF. Throws
+    // Registry::RegistryException without one.
     static std::string getDeviceName();
 
     // 2: the panels that this program is for.

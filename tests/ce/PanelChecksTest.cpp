@@ -1,6 +1,7 @@
 // The panel executable's own test program (tests/programs/checks), one test a group. What it prints fails the test.
 #include "platform/panel/Client.h"
 #include "platform/panel/Operator.h"
+#include "tests/support/RotatedFiles.h"
 #include "tests/support/ScenarioPanel.h"
 
 #include <gtest/gtest.h>
@@ -56,6 +57,12 @@ TEST(PanelChecks, StaticsAreMadeWhenNeededAndDestroyedInReverse) {
 TEST(PanelChecks, HeapGrowsAndEndsInBadAlloc) {
     PanelChecks panel;
     EXPECT_EQ(panel.run(program, "heap"), 0U);
+}
+
+TEST(PanelChecks, TheLogLosesNoLineOfSeveralThreads) {
+    PanelChecks panel;
+    EXPECT_EQ(panel.run(program, "log"), 0U);
+    rotating_log::expectAllLines(panel.panel().hostPath("\\Log"));
 }
 
 TEST(PanelChecks, WindowProceduresKeepParametersAndExceptions) {

@@ -207,6 +207,33 @@ TEST(Searches, MatchPatternsInTheOrderOfNames) {
     EXPECT_EQ(find(L"\\*"), (Names{L"MMCMemory", L"NANDFlash", L"Windows"})); // no "." and ".."
 }
 
+TEST(Files, FailWithACountOfZeroAndTakeAHighPartOfZero) {
+    writeFile("\\MMCMemory\\f", "12345");
+    const HANDLE file = openFile(L"\\MMCMemory\\f", GENERIC_READ | GENERIC_WRITE, 0, OPEN_EXISTING);
+    char buffer[4] = {};
+    for (const bool faulted : {false, true}) {
+        const HANDLE used = faulted ? file : nullptr;
+        if (faulted) {
+            failCall("ReadFile");
+            failCall("WriteFile");
+        }
+        DWORD count = 7;
+        EXPECT_FALSE(ReadFile(used, buffer, sizeof buffer, &count, nullptr));
+        EXPECT_EQ(count, 0U);
+        count = 7;
+        EXPECT_FALSE(WriteFile(used, buffer, sizeof buffer, &count, nullptr));
+        EXPECT_EQ(count, 0U);
+    }
+    LONG high = 0;
+    EXPECT_EQ(SetFilePointer(file, 2, &high, FILE_BEGIN), 2U);
+    EXPECT_EQ(SetFilePointer(file, -1, &high, FILE_CURRENT), 1U); // 4 GB - 1 more
+    EXPECT_EQ(high, 1);
+    EXPECT_EQ(SetFilePointer(file, 2, &high, FILE_BEGIN), INVALID_SET_FILE_POINTER);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(SetFilePointer(file, -1, nullptr, FILE_END), 4U);
+    CloseHandle(file);
+}
+
 TEST(Streams, GoThroughTheTracedCalls) {
     startTrace();
     std::FILE* file = _wfopen(L"\\MMCMemory\\stream", L"w");
@@ -254,6 +281,11 @@ TEST(Shortcuts, AreTextWithACountAndNeverReplaced) {
     EXPECT_TRUE(SHCreateShortcut(path.data(), command.data()));
     EXPECT_EQ(readFile("\\Windows\\T.lnk"), "26#\"\\MMCMemory\\Tarvex.exe\" -x");
     EXPECT_FALSE(SHCreateShortcut(path.data(), command.data()));
+    path = L"\\Windows\\L.lnk";
+    command.assign(256, L'x'); // with its zero one too many
+    EXPECT_FALSE(SHCreateShortcut(path.data(), command.data()));
+    command.pop_back();
+    EXPECT_TRUE(SHCreateShortcut(path.data(), command.data()));
 }
 
 namespace {

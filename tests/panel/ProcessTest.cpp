@@ -53,6 +53,20 @@ TEST(Processes, RunAndLeaveTheirExitCode) {
     EXPECT_EQ(exitCode(byName), 7U);
 }
 
+TEST(Processes, AreFoundByABareNameAndGetItAsTheirCommandLine) {
+    installActor("\\Windows\\Actor.exe");
+    installActor("\\Windows\\dotted.name");
+    for (const wchar_t* found : {L"Actor", L"Actor.exe", L"dotted.name"})
+        EXPECT_NE(create(found), nullptr) << std::wstring(found).size();
+    for (const wchar_t* missing : {L"Actor.", L"\\Windows\\Actor", L"Windows\\Actor", L"dotted"})
+        EXPECT_EQ(create(missing), nullptr) << std::wstring(missing).size();
+    EXPECT_NE(create(nullptr, L"Actor sleep"), nullptr);
+    std::string lines;
+    for (const auto& process : driver().status().processes)
+        lines += process.name + ' ' + process.commandLine + '\n';
+    EXPECT_EQ(lines, "Actor.exe#1 Actor\nActor.exe#2 Actor.exe\ndotted.name#1 dotted.name\nActor.exe#3 sleep\n");
+}
+
 TEST(Processes, RefuseWhatIsNoProgram) {
     writeFile("\\MMCMemory\\text.exe", "no program");
     const struct {

@@ -97,6 +97,16 @@ TEST(Events, NamesAreSharedCaseSensitiveAndOnePerType) {
     EXPECT_EQ(OpenEventW(EVENT_ALL_ACCESS, FALSE, L"Name/one"), nullptr); // gone with its last holder
     EXPECT_EQ(CreateEventW(nullptr, TRUE, FALSE, std::wstring(261, L'x').c_str()), nullptr);
     EXPECT_EQ(CreateEventW(nullptr, TRUE, FALSE, L"with\\backslash"), nullptr);
+
+    CreateEventW(nullptr, TRUE, TRUE, nullptr);
+    EXPECT_EQ(OpenEventW(EVENT_ALL_ACCESS, FALSE, L""), nullptr); // the empty name is another than none
+    for (const DWORD error : {ERROR_SUCCESS, ERROR_ALREADY_EXISTS}) {
+        EXPECT_NE(CreateEventW(nullptr, TRUE, FALSE, L""), nullptr);
+        EXPECT_EQ(GetLastError(), error);
+        EXPECT_NE(CreateMutexW(nullptr, FALSE, L""), nullptr);
+        EXPECT_EQ(GetLastError(), error);
+    }
+    EXPECT_EQ(WaitForSingleObject(OpenEventW(EVENT_ALL_ACCESS, FALSE, L""), 0), WAIT_TIMEOUT);
 }
 
 TEST(Mutexes, BelongToOneThreadAndCountItsWaits) {

@@ -67,7 +67,8 @@ void postAll(std::wistringstream& words) {
 int startAndWait(const std::wstring& path) {
     PROCESS_INFORMATION information{};
     STARTUPINFOW startup{};
-    if (!CreateProcessW(path.c_str(), nullptr, nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &information))
+    wchar_t nothing[] = L"";
+    if (!CreateProcessW(path.c_str(), nothing, nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &information))
         return static_cast<int>(GetLastError());
     DWORD code = 0;
     WaitForSingleObject(information.hProcess, INFINITE);

@@ -57,8 +57,10 @@ TEST(Instance, HandsOverInOrderAndAfterExactlyOneSecond) {
                 steps.push_back(function);
             if (function == "ReleaseMutex")
                 released = call.time;
-            if (function == "CreateProcessW")
+            if (function == "CreateProcessW") {
                 started = call.time;
+                EXPECT_NE(line.find("TarvexHelper.exe\", null)"), std::string::npos) << line;
+            }
         }
         EXPECT_EQ(steps,
                   (Lines{"CopyFileW", "GetFileAttributesW", "CreateFileW", "ReleaseMutex", "Sleep", "CreateProcessW"}));

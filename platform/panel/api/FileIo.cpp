@@ -112,6 +112,7 @@ HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES*
 
 BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD bytes, DWORD* count, void*) noexcept {
     Gate gate(Function::ReadFile, file, bytes);
+    *count = 0;
     if (gate.faulted())
         return gate.fault<BOOL>();
     const int host = lockedDescriptor(gate, file, GENERIC_READ);
@@ -125,6 +126,7 @@ BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD bytes, DWORD* count, void*) noex
 
 BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD bytes, DWORD* written, void*) noexcept {
     Gate gate(Function::WriteFile, file, bytes);
+    *written = 0;
     if (gate.faulted())
         return gate.fault<BOOL>();
     const Lock lock(gate.image());
@@ -150,12 +152,15 @@ DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD origi
     const int host = lockedDescriptor(gate, file, 0);
     if (host < 0)
         return gate.fails(INVALID_SET_FILE_POINTER, ERROR_INVALID_HANDLE);
-    if (origin > FILE_END || distanceHigh)
+    if (origin > FILE_END || (distanceHigh && *distanceHigh != 0))
         return gate.fails(INVALID_SET_FILE_POINTER, ERROR_INVALID_PARAMETER);
     constexpr int origins[] = {SEEK_SET, SEEK_CUR, SEEK_END};
-    const auto position = lseek(host, distance, origins[origin]);
+    const off_t offset = distanceHigh ? off_t{static_cast<DWORD>(distance)} : off_t{distance}; // half of 64 bits
+    const auto position = lseek(host, offset, origins[origin]);
     if (position < 0)
         return gate.fails(INVALID_SET_FILE_POINTER, ERROR_INVALID_PARAMETER);
+    if (distanceHigh)
+        *distanceHigh = static_cast<LONG>(position >> 32);
     gate.setLastError(ERROR_SUCCESS);
     return gate.done(static_cast<DWORD>(position));
 }

@@ -39,7 +39,7 @@ std::string pathOf(Gate& gate, HKEY key) {
     return slot && objects::at(gate.image(), slot).type == ObjectType::key ? objects::at(gate.image(), slot).name : "";
 }
 
-// The path of a key below another; empty if a name in it is empty or too long.
+// The path of a key below another; empty if a name in it is empty or too long, or if it lies too deep.
 std::string below(const std::string& path, LPCWSTR subkey) {
     std::string names = toUtf8(subkey);
     if (names.empty())
@@ -55,7 +55,8 @@ std::string below(const std::string& path, LPCWSTR subkey) {
         rest.remove_prefix(end + 1);
     }
     const std::string whole = path + '\\' + names;
-    return whole.size() < sizeof ObjectRecord::name ? whole : std::string();
+    const bool tooDeep = std::count(whole.begin(), whole.end(), '\\') > registry::maxDepth;
+    return tooDeep || whole.size() >= sizeof ObjectRecord::name ? std::string() : whole;
 }
 
 bool isOpen(const Image& image, const std::string& path) { // it, or a key below it

@@ -30,13 +30,14 @@ NamedObject openOrMake(Gate& gate, ObjectType type, LPCWSTR name, Initialise ini
     if (!isObjectName(text))
         return {0, ERROR_INVALID_NAME};
     Image& image = gate.image();
-    Slot object = text.empty() ? 0 : objects::findNamed(image, type, text);
+    Slot object = name ? objects::findNamed(image, type, text) : 0;
     const bool existed = object != 0;
     if (!existed) {
         object = objects::make(image, type);
         if (!object)
             return {0, ERROR_NOT_ENOUGH_MEMORY};
-        copyText(objects::at(image, object).name, text);
+        if (name)
+            objects::setName(objects::at(image, object), text);
         initialise(objects::at(image, object));
     }
     const std::uint32_t handle = objects::openHandle(image, gate.process(), object);

@@ -69,7 +69,8 @@ struct ObjectRecord {
     std::uint32_t share; // files: FILE_SHARE_* bits
     std::uint64_t device; // files: identity on the host, which a rename does not change
     std::uint64_t inode;
-    char name[784]; // events and mutexes: UTF-8, empty for none; registry keys: their path
+    std::uint32_t named; // events and mutexes: 1 with a name, be it the empty one
+    char name[788]; // events and mutexes: UTF-8; registry keys: their path
 };
 
 struct HandleRecord {
@@ -284,7 +285,7 @@ struct Image {
 };
 
 static_assert(std::atomic<std::uint32_t>::is_always_lock_free && sizeof(std::atomic<std::uint32_t>) == 4);
-static_assert(sizeof(MessageRecord) == 48 && sizeof(ObjectRecord) == 856 && sizeof(ClockRecord) == 40 &&
+static_assert(sizeof(MessageRecord) == 48 && sizeof(ObjectRecord) == 864 && sizeof(ClockRecord) == 40 &&
               sizeof(BlockDeviceRecord) == 616 && sizeof(QueueMessageRecord) == 268);
 
 // One number for the layout. A program that was built with another one, be it for the other machine, is refused: it

@@ -1,5 +1,6 @@
 #include "platform/panel/kernel/Objects.h"
 
+#include "platform/panel/Text.h"
 #include "platform/panel/kernel/Queues.h"
 
 #include <cstring>
@@ -48,9 +49,14 @@ void drop(Image& image, Slot object) {
     record.type = ObjectType::free;
 }
 
+void setName(ObjectRecord& object, std::string_view name) {
+    object.named = 1;
+    copyText(object.name, name);
+}
+
 Slot findNamed(Image& image, ObjectType type, std::string_view name) {
     for (std::uint32_t index = 0; index < maxObjects; ++index)
-        if (image.objects[index].type == type && image.objects[index].name == name)
+        if (image.objects[index].type == type && image.objects[index].named && image.objects[index].name == name)
             return index + 1;
     return 0;
 }
