@@ -41,47 +41,39 @@ std::map<std::string, State::Topic> State::wait(std::uint64_t& known, std::chron
     return topics;
 }
 
-bool State::publish(const std::string& topic, const std::vector<std::string>& words) {
+void State::publish(const std::string& topic, const std::vector<std::string>& words) {
     const Outcome outcome = commands.run(words);
     const Json json = Json::parse(outcome.output, nullptr, false);
-    const bool good = outcome.code == 0 && !json.is_discarded();
-    std::string text = dump(good ? json : Json{{"error", outcome.errors}});
+    std::string text = dump(outcome.code || json.is_discarded() ? Json{{"error", outcome.errors}} : json);
     const std::lock_guard lock(mutex);
     if (topics[topic].json != text)
         topics[topic] = {++version, std::move(text)};
-    return good;
 }
 
 void State::refresh() {
-    if (!publish("status", {"status", "--json"}))
-        return stamps.clear(); // no panel is there
-    std::string power;
-    {
-        const std::lock_guard lock(mutex);
-        power = topics["status"].json.find("\"on\":true") != std::string::npos ? "on" : "off";
-    }
-    if (power == "on") {
+    const auto renewed = [&](const char* topic, std::string stamp) {
+        return stamps[topic] != stamp && (stamps[topic] = std::move(stamp), true);
+    };
+    const std::uint64_t kernel = watch.digest();
+    const bool devices = renewed("devices", stampOf(root / "devices"));
+    if (renewed("status", std::to_string(kernel)) || devices) {
+        publish("status", {"status", "--json"});
         publish("processes", {"ps", "--all", "--json"});
         publish("faults", {"fault", "list", "--json"});
     }
-    const auto renewed = [&](const char* folder) {
-        std::string stamp = power + stampOf(root / folder);
-        return stamps[folder] != stamp && (stamps[folder] = std::move(stamp), true);
-    };
-    if (renewed("devices"))
+    if (devices)
         publish("devices", {"device", "--json"});
-    if (renewed("registry")) {
+    if (renewed("registry", stampOf(root / "registry") + (kernel ? "on" : "off"))) {
         publish("registry", {"registry", "list", "--json"});
         publish("flash", {"registry", "list", "--flash", "--json"});
     }
 }
 
 void State::follow() {
-    for (bool beyondLines = true;; beyondLines = watch.wait()) {
-        if (beyondLines)
-            refresh();
+    for (;; watch.wait()) {
+        refresh();
         const std::lock_guard lock(mutex);
-        ++version;
+        ++version; // lines may have come, too
         changed.notify_all();
     }
 }

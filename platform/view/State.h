@@ -31,7 +31,7 @@ public:
 private:
     void follow();
     void refresh();
-    bool publish(const std::string& topic, const std::vector<std::string>& words); // false: the command failed
+    void publish(const std::string& topic, const std::vector<std::string>& words);
 
     const Commands& commands;
     const std::filesystem::path root;
@@ -40,7 +40,7 @@ private:
     std::condition_variable changed;
     std::map<std::string, Topic> topics;
     std::uint64_t version = 0;
-    std::map<std::string, std::string> stamps; // of the files behind the costly topics, by folder
+    std::map<std::string, std::string> stamps; // of what is behind the topics
 };
 
 } // namespace view

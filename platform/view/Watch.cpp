@@ -10,6 +10,7 @@
 #include <sys/inotify.h>
 #include <sys/stat.h>
 #include <thread>
+#include <utility>
 
 namespace view {
 
@@ -19,8 +20,7 @@ constexpr std::uint32_t anything = IN_MODIFY | IN_CREATE | IN_DELETE | IN_MOVE |
 constexpr std::chrono::milliseconds pause(25); // changes that belong together are looked at once
 constexpr std::uint32_t hour = 3600000; // ms
 
-// Of what `panel status`, `ps` and `fault list` show. Read without the lock: after a change that was read halfway the
-// lock is released once more.
+// Read without the lock: after a change that was read halfway the lock is released once more.
 std::uint64_t digestOf(const panel::Image& image) {
     std::uint64_t digest = 14695981039346656037U; // FNV-1a over numbers
     const auto add = [&](std::uint64_t number) { digest = (digest ^ number) * 1099511628211U; };
@@ -61,54 +61,33 @@ std::uint64_t digestOf(const panel::Image& image) {
 Watch::Watch(std::filesystem::path panel)
     : root(std::move(panel)),
       files(inotify_init1(IN_CLOEXEC | IN_NONBLOCK)),
-      bell(eventfd(1, EFD_CLOEXEC | EFD_NONBLOCK)) {
+      bell(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
     watchFolders();
     std::thread([this] { listen(); }).detach();
 }
 
 void Watch::watchFolders() {
-    const auto add = [&](const std::filesystem::path& folder, std::uint32_t mask) {
-        return inotify_add_watch(files, folder.c_str(), mask | IN_ONLYDIR);
+    const auto add = [&](const std::filesystem::path& folder) {
+        return inotify_add_watch(files, folder.c_str(), anything | IN_ONLYDIR);
     };
-    parent = add(root.parent_path(), IN_CREATE | IN_MOVED_TO);
-    for (const char* folder : {"", "run", "devices", "registry"})
-        add(root / folder, anything);
-    linesOnly.clear();
-    for (const char* folder : {"fs", "fs/MMCMemory", "fs/MMCMemory/Tarvex"}) // the log, once there is one
-        linesOnly.insert(add(root / folder, anything));
+    if (add(root) < 0)
+        around = add(root.parent_path()); // perhaps it comes back
+    else if (around >= 0)
+        inotify_rm_watch(files, std::exchange(around, -1));
+    for (const char* folder : {"run", "devices", "registry", "fs", "fs/MMCMemory", "fs/MMCMemory/Tarvex"}) // the log
+        add(root / folder);
 }
 
-Watch::News Watch::readFileEvents() {
-    News news = News::none;
-    alignas(inotify_event) char events[16384];
-    for (ssize_t length; (length = read(files, events, sizeof events)) > 0;)
-        for (ssize_t at = 0; at < length;) {
-            const auto* event = reinterpret_cast<const inotify_event*>(events + at);
-            at += static_cast<ssize_t>(sizeof *event + event->len);
-            const std::string_view name = event->len ? event->name : "";
-            if (event->wd == parent && name != root.filename().string())
-                continue;
-            const bool lines = linesOnly.count(event->wd) || name == "trace" || name == "requests" || name == "touches";
-            news = std::max(news, lines ? News::lines : News::state);
+void Watch::wait() {
+    pollfd sources[] = {{files, POLLIN, 0}, {bell, POLLIN, 0}};
+    poll(sources, 2, -1);
+    std::this_thread::sleep_for(pause);
+    char events[16384]; // what they say does not matter
+    for (const int source : {files, bell})
+        while (read(source, events, sizeof events) > 0) {
         }
-    return news;
-}
-
-bool Watch::wait() {
-    for (;;) {
-        pollfd sources[] = {{files, POLLIN, 0}, {bell, POLLIN, 0}};
-        poll(sources, 2, -1);
-        std::this_thread::sleep_for(pause);
-        std::uint64_t rings = 0;
-        const bool rung = read(bell, &rings, sizeof rings) > 0;
-        const News news = readFileEvents();
-        if (!rung && news == News::none)
-            continue;
-        watchFolders();
-        if (news == News::state) // perhaps another kernel file
-            wakeListener();
-        return rung || news == News::state;
-    }
+    watchFolders();
+    wakeListener(); // there may be another kernel file
 }
 
 void Watch::ring() {
@@ -150,20 +129,19 @@ void Watch::listenTo(panel::Image& image) {
         return stat((root / "run/kernel").c_str(), &status) == 0 && status.st_ino == image.fileInode &&
                status.st_size == static_cast<off_t>(sizeof image);
     };
-    std::uint64_t last = 0;
     while (image.on && isCurrent()) {
         image.watched = 1; // before the look: a later change rings
-        const std::uint64_t digest = digestOf(image);
-        if (digest == last) {
+        if (digestOf(image) == lastDigest) {
             panel::host::futexWait(image.watched, 1, hour);
         } else {
-            last = digest;
+            lastDigest = digestOf(image);
             ring();
         }
         std::this_thread::sleep_for(pause);
     }
     const std::lock_guard lock(mutex);
     listened = nullptr;
+    lastDigest = 0;
     ring();
 }
 

@@ -8,8 +8,6 @@
 #include <atomic>
 #include <filesystem>
 #include <mutex>
-#include <set>
-#include <string>
 
 namespace view {
 
@@ -19,10 +17,13 @@ public:
     Watch(const Watch&) = delete;
     Watch& operator=(const Watch&) = delete;
 
-    // Blocks until something has changed since the last call returned. False: only files that grow line by line have
-    // (trace, log, requests, touches). One thread.
-    bool wait();
+    // Blocks until something may have changed since the last call returned. One thread.
+    void wait();
 
+    // Of the kernel's tables that `panel status`, `ps` and `fault list` show; 0: the panel is off.
+    std::uint64_t digest() const {
+        return lastDigest;
+    }
     // Differs from boot to boot; 0: the panel was not on yet.
     std::int64_t boot() const {
         return lastBoot;
@@ -30,8 +31,6 @@ public:
 
 private:
     void watchFolders();
-    enum class News { none, lines, state };
-    News readFileEvents();
     void listen();
     void listenTo(panel::Image& image);
     void wakeListener();
@@ -39,9 +38,9 @@ private:
 
     const std::filesystem::path root;
     const int files; // inotify
-    const int bell; // eventfd: the kernel's tables have changed
-    int parent = -1; // watch descriptor of the folder around the panel
-    std::set<int> linesOnly; // watch descriptors
+    const int bell; // eventfd: the digest has changed
+    int around = -1; // watch descriptor of the folder around the panel, while there is none
+    std::atomic<std::uint64_t> lastDigest = 0;
     std::atomic<std::int64_t> lastBoot = 0;
     std::atomic<unsigned> rounds = 0; // of `wait`
     std::mutex mutex;

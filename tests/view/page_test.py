@@ -14,6 +14,7 @@ import subprocess
 import sys
 
 from selenium import webdriver
+from selenium.common.exceptions import NoSuchElementException, StaleElementReferenceException
 from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
@@ -21,6 +22,7 @@ from selenium.webdriver.support.ui import Select, WebDriverWait
 
 PROGRAMS, FOLDER = (pathlib.Path(word).resolve() for word in sys.argv[1:])
 PANEL = FOLDER / "panel"
+MEANWHILE = (NoSuchElementException, StaleElementReferenceException) # the page is being renewed
 PATIENCE = 60 # seconds, for a slow machine; nothing waits that long
 FLAGS = ["--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run", "--disable-sync",
          "--disable-background-networking", "--disable-component-update", "--window-size=1280,800",
@@ -115,7 +117,8 @@ class Page:
             self.click(f"#{form} button")
 
     def wait(self, what, condition):
-        WebDriverWait(self.browser, PATIENCE).until(lambda _: condition(), f"not seen: {what}")
+        WebDriverWait(self.browser, PATIENCE, ignored_exceptions=MEANWHILE).until(
+            lambda _: condition(), f"not seen: {what}")
 
     def wait_for(self, selector, text):
         self.wait(f"{text} in {selector}", lambda: text in self.find(selector).get_attribute("textContent"))
@@ -144,6 +147,8 @@ def drive(page, disk):
     page.wait_for("#programs", "TarvexHelper.exe#1")
     page.click("#tab-log")
     page.wait_for("#log", "Module manager initialization")
+
+    page.wait_for("#track .open[data-key^='TarvexHelper.exe#1 t1 GetMessageW']", "GetMessageW")
 
     page.send(3, 1000) # the screen saver's time-out
     page.send(4, 128) # its level, of 256
