@@ -140,7 +140,7 @@ TEST(MessageOnlyWindow, AsksThePlatformForWhatItNeeds) {
                      "DispatchMessageW(WINDOW, 0x10)\n"
                      "EventModify(EVENT, 3)\n"
                      "GetModuleHandleW(null)\n"
-                     "UnregisterClassW(\"Traced\")\n"
+                     "UnregisterClassW(\"Traced\", PROGRAM)\n"
                      "CloseHandle(EVENT)\n")
         << "the window is gone, and no lock was left that was not held";
 }
