@@ -5,7 +5,7 @@
 
 #include <atomic>
 #include <exception>
-#include <unordered_map>
+#include <map>
 
 // What the threads share: `window`, `running`, `created` and `loopThreadId` are read without a lock, `className`
 // belongs to the creation lock, `handlers` to the dispatch lock, `failure` to the thread of the window.
@@ -54,7 +54,7 @@ private:
     std::unique_ptr<indev::ICriticalSection> creationLock = indev::createCriticalSection();
     std::unique_ptr<indev::ICriticalSection> loopLock = indev::createCriticalSection();
     std::unique_ptr<indev::ICriticalSection> dispatchLock = indev::createCriticalSection();
-    std::unordered_map<UINT, indev::MESSAGEHANDLER*> handlers;
+    std::map<UINT, indev::MESSAGEHANDLER*> handlers;
     std::wstring className;
     std::atomic<DWORD> loopThreadId = 0; // 0: no loop runs
     std::exception_ptr failure; // the first that left a handler and is not yet rethrown
