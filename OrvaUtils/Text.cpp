@@ -96,6 +96,15 @@ std::wstring widen(std::string_view bytes) {
     return text;
 }
 
+std::string narrow(std::wstring_view text) {
+    std::string bytes;
+    for (const wchar_t character : text) {
+        const auto code = static_cast<std::uint32_t>(character);
+        bytes += code <= 0xFF ? static_cast<char>(code) : '?';
+    }
+    return bytes;
+}
+
 std::wstring decimal(std::int64_t number) {
     return widen(std::to_string(number));
 }

@@ -1,4 +1,5 @@
-// Wide text: the only conversions of the program, decimal numbers, comparison.
+// Wide text: the only conversions of the program but for those of the log, which stands below; decimal numbers,
+// comparison.
 #pragma once
 
 #include <cstddef>
@@ -19,8 +20,9 @@ std::string toUtf8(std::wstring_view text);
 std::wstring fromText16(const std::uint8_t* bytes, std::size_t size);
 std::vector<std::uint8_t> toText16(std::wstring_view text);
 
-// Each byte becomes one character of the same value.
+// Each byte becomes one character of the same value, and back; what needs more than a byte becomes "?".
 std::wstring widen(std::string_view bytes);
+std::string narrow(std::wstring_view text);
 
 std::wstring decimal(std::int64_t number);
 

@@ -7,6 +7,7 @@
 #include "app/Paths.h"
 #include "app/log/Logger.h"
 
+#include <utility>
 #include <vector>
 
 using OrvaUtils::Exception;
@@ -36,8 +37,8 @@ bool hasLeftovers(const std::wstring& directory) {
 
 } // namespace
 
-std::wstring startLocation() {
-    std::wstring path = Paths::runningExecutable();
+const std::wstring& ownExecutable() {
+    static const std::wstring path = Paths::runningExecutable();
     if (path.empty()) {
         throw Exception();
     }
@@ -67,7 +68,7 @@ void installApplication() {
     if (!files.isFile(Paths::APPLICATION) && anyDiskHoldsApplication()) {
         files.copyDirectory(Paths::INSTALLATION_DIRECTORY, findApplicationSource(), false, L"*");
     } else {
-        copyHelperFile(startLocation(), Paths::HELPER);
+        copyHelperFile(ownExecutable(), Paths::HELPER);
     }
 }
 
@@ -87,21 +88,19 @@ void copyHelperFile(const std::wstring& source, const std::wstring& destination)
 
 void registerStartLocationForCleanup() {
     IFileSystem& files = getFileSystem();
-    const std::wstring executable = startLocation();
-    const std::wstring directory = files.getDirectoryPart(executable);
+    const std::wstring directory = files.getDirectoryPart(ownExecutable());
     std::wstring leftoversIn = directory;
     if (OrvaUtils::equalIgnoringCase(directory, LEGACY_DIRECTORY) || isOnExternalDisk(directory)) {
         files.deleteDirectoryOrRename(directory);
         leftoversIn = files.getDirectoryPart(directory);
     } else {
-        files.deleteOrRenameFile(executable);
+        files.deleteOrRenameFile(ownExecutable());
     }
     HelperSettings::instance().cleanupDirectories.push_back(leftoversIn);
 }
 
 void cleanupRegisteredDirectories() {
-    std::vector<std::wstring>& registered = HelperSettings::instance().cleanupDirectories;
-    const std::vector<std::wstring> directories = registered;
+    std::vector<std::wstring>& directories = HelperSettings::instance().cleanupDirectories;
     std::vector<std::wstring> kept;
     for (const std::wstring& directory : directories) {
         getFileSystem().cleanupDirectory(directory);
@@ -109,9 +108,8 @@ void cleanupRegisteredDirectories() {
             kept.push_back(directory);
         }
     }
-    registered.clear();
-    for (const std::wstring& directory : kept) {
+    directories = std::move(kept);
+    for (const std::wstring& directory : directories) {
         Logger::instance().writeParts(LogLevel::Info, {L"Path ", directory, L" not cleaned up"});
-        registered.push_back(directory);
     }
 }

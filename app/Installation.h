@@ -5,9 +5,9 @@
 
 #include <string>
 
-// The full path that the running program was started by. Throws when the platform does not tell: taken for a place of
-// its own, an empty path would be noted for cleanup, and end every later start.
-std::wstring startLocation();
+// The full path of the file that this helper was started from; the platform is asked once. Throws when it does not
+// tell: taken for a place of its own, an empty path would be noted for cleanup, and end every later start.
+const std::wstring& ownExecutable();
 
 // Whether a disk ("Hard Disk") carries the application's folder.
 bool diskHoldsApplication(const std::wstring& disk);

@@ -37,12 +37,12 @@ void runInstalled(const StartupContext& context) {
     }
 }
 
-void installFrom(const std::wstring& executable, StartupContext& context) {
+void runElsewhere(StartupContext& context) {
     Logger& log = Logger::instance();
     OrvaUtils::IO::IFileSystem& files = OrvaUtils::IO::getFileSystem();
     if (log.admits(LogLevel::Info)) {
         log.writeParts(LogLevel::Info,
-                       {L"I am not executing from the right path (", files.getDirectoryPart(executable), L")"});
+                       {L"I am not executing from the right path (", files.getDirectoryPart(ownExecutable()), L")"});
     }
     if (!files.isFile(Paths::HELPER)) {
         log.writeParts(LogLevel::Info, {L"Installing tarvex in the right path"});
@@ -55,10 +55,9 @@ void installFrom(const std::wstring& executable, StartupContext& context) {
 } // namespace
 
 void RunStartupSequence(StartupContext& context) {
-    const std::wstring executable = startLocation();
-    if (OrvaUtils::equalIgnoringCase(executable, Paths::HELPER)) {
+    if (OrvaUtils::equalIgnoringCase(ownExecutable(), Paths::HELPER)) {
         runInstalled(context);
     } else {
-        installFrom(executable, context);
+        runElsewhere(context);
     }
 }

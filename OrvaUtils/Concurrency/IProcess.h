@@ -18,7 +18,8 @@ public:
     // STILL_ACTIVE while the child runs, then its exit code; 0 when there is no child.
     virtual std::uint32_t getExitCode() = 0;
     // One of the parameters that the object was created with; they are not passed to the child. False, and `value` as
-    // it was, when there is none of that name.
+    // it was, when there is none of that name. Throws std::bad_alloc when memory is short, and leaves `value` as it
+    // was.
     virtual bool getParameter(const std::wstring& name, std::wstring& value) = 0;
     virtual ~IProcess() = default;
 };

@@ -14,7 +14,7 @@ namespace OrvaUtils::Concurrency {
 // Threads, events, processes and time of the platform.
 //
 // What the create operations return belongs to the caller, who deletes it; they answer null when memory is short. No
-// operation throws: failures show in results.
+// operation of these interfaces throws, but for IProcess::getParameter: failures show in results.
 class ISystem {
 public:
     // Milliseconds since the system started, past the 32-bit wrap of the platform's counter (49.7 days) as long as it
@@ -32,7 +32,8 @@ public:
     virtual ~ISystem() = default;
 };
 
-// The one system of the process, made at the first call and deleted at the process's exit.
+// The one system of the process, made at the first call and deleted at the process's exit. Throws std::bad_alloc when
+// memory is short at that call; the next one then tries again.
 ISystem& getSystem();
 
 } // namespace OrvaUtils::Concurrency

@@ -60,12 +60,12 @@ void IFileSystem::copyDirectory(const std::wstring& destination, const std::wstr
     }
 }
 
-void IFileSystem::deleteDirectoryOrRename(const std::wstring& path) {
+bool IFileSystem::deleteDirectoryOrRename(const std::wstring& path) {
     std::wstring discarded;
-    deleteDirectoryOrRename(path, discarded);
+    return deleteDirectoryOrRename(path, discarded);
 }
 
-void IFileSystem::deleteDirectoryOrRename(const std::wstring& path, std::wstring& newName) {
+bool IFileSystem::deleteDirectoryOrRename(const std::wstring& path, std::wstring& newName) {
     if (path.empty()) {
         throw FileSystemException(INVALID_DIRECTORY_NAME);
     }
@@ -74,6 +74,7 @@ void IFileSystem::deleteDirectoryOrRename(const std::wstring& path, std::wstring
     if (!removeDirectory(path) && !wasRenamedAway(getFileName(path, L""))) {
         newName = renameAway(path);
     }
+    return true;
 }
 
 void IFileSystem::deleteDirectoryContents(const std::wstring& path, const std::wstring& pattern,

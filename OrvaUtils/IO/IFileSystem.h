@@ -29,7 +29,7 @@ public:
     virtual wchar_t getSeparator() = 0;
     // Without trailing separators, and each run of them made one.
     virtual std::wstring normalizePath(const std::wstring& path) = 0;
-    // Exactly one separator between the two, whatever they end and begin with; none in front when `first` is empty.
+    // `first`, a separator unless `first` is empty or ends with one, and `second` without the separators in front.
     virtual std::wstring combinePath(const std::wstring& first, const std::wstring& second) = 0;
     // The text before the last separator; empty if there is none.
     virtual std::wstring getDirectoryPart(const std::wstring& path) = 0;
@@ -59,7 +59,8 @@ public:
     // Read-only files too.
     virtual bool deleteFile(const std::wstring& path) = 0;
     // Deletes a file; one that cannot be deleted is renamed away, unless its name says that it already was. True
-    // always. `newName` becomes the path that it was renamed to and stays as it is when there was no need.
+    // always. `newName` becomes the path that it should be renamed to, also if the platform refused or there is no such
+    // file, and stays as it is when there was no need.
     virtual bool deleteOrRenameFile(const std::wstring& path);
     virtual bool deleteOrRenameFile(const std::wstring& path, std::wstring& newName);
 
@@ -70,10 +71,10 @@ public:
                                const std::wstring& pattern);
     // An empty one.
     virtual bool removeDirectory(const std::wstring& path) = 0;
-    // Deletes a tree. What is in use is renamed away, and so is every directory that therefore cannot go. `newName`
-    // becomes the path that the tree was renamed to, else `path`.
-    virtual void deleteDirectoryOrRename(const std::wstring& path);
-    virtual void deleteDirectoryOrRename(const std::wstring& path, std::wstring& newName);
+    // Deletes a tree. What is in use is renamed away, and so is every directory that therefore cannot go. True always.
+    // `newName` becomes the path that the tree was renamed to, else `path`.
+    virtual bool deleteDirectoryOrRename(const std::wstring& path);
+    virtual bool deleteDirectoryOrRename(const std::wstring& path, std::wstring& newName);
     // The same for the direct entries that match `pattern` and do not match `excludedPattern`; the directory stays.
     virtual void deleteDirectoryContents(const std::wstring& path, const std::wstring& pattern,
                                          const std::wstring& excludedPattern);

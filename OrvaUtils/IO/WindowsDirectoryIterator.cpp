@@ -3,7 +3,8 @@
 namespace OrvaUtils::IO {
 
 WindowsDirectoryIterator::WindowsDirectoryIterator(const std::wstring& pathPattern)
-    : search(FindFirstFileW(pathPattern.c_str(), &found)) {
+    : search(pathPattern.empty() || pathPattern.ends_with(L'\\') ? INVALID_HANDLE_VALUE
+                                                                 : FindFirstFileW(pathPattern.c_str(), &found)) {
     if (search != INVALID_HANDLE_VALUE) {
         take();
     }

@@ -8,7 +8,8 @@
 
 namespace OrvaUtils::IO {
 
-// Walks what FindFirstFileW finds for a path whose last component is a pattern. A failure ends the walk.
+// Walks what FindFirstFileW finds for a path whose last component is a pattern. A failure ends the walk. Without a
+// pattern, in a path that is empty or ends with a separator, there is nothing to walk, and the platform is not asked.
 class WindowsDirectoryIterator : public DirectoryIterator {
 public:
     explicit WindowsDirectoryIterator(const std::wstring& pathPattern);

@@ -1,9 +1,9 @@
 #include "OrvaUtils/IO/WindowsFileSystem.h"
 
 #include "OrvaUtils/IO/WindowsDirectoryIterator.h"
+#include "OrvaUtils/Text.h"
 #include "app/log/Logger.h"
 
-#include <crt.h>
 #include <windows.h>
 
 #include <algorithm>
@@ -96,11 +96,8 @@ bool WindowsFileSystem::createDirectories(const std::wstring& path) {
 bool WindowsFileSystem::isSubPath(const std::wstring& parent, const std::wstring& path) {
     const std::wstring start = normalizePath(parent);
     const std::wstring whole = normalizePath(path);
-    if (start.size() > whole.size()) {
-        return false;
-    }
     // Deliberate: the cut need not fall on a separator.
-    return _wcsicmp(start.c_str(), whole.substr(0, start.size()).c_str()) == 0;
+    return equalIgnoringCase(start, whole.substr(0, start.size()));
 }
 
 std::unique_ptr<DirectoryIterator> WindowsFileSystem::createDirectoryIterator(const std::wstring& directory,

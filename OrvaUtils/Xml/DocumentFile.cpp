@@ -1,6 +1,7 @@
 #include "OrvaUtils/Xml/DocumentFile.h"
 
 #include <crt.h>
+#include <windows.h>
 
 #include <cstdio>
 #include <memory>
@@ -19,14 +20,22 @@ bool loadDocument(tinyxml2::XMLDocument& document, const std::wstring& path) {
     }
 }
 
-bool saveDocument(tinyxml2::XMLDocument& document, const std::wstring& path) {
-    std::FILE* file = _wfopen(path.c_str(), L"wb");
-    if (file == nullptr) {
+bool saveDocument(const tinyxml2::XMLDocument& document, const std::wstring& path) {
+    tinyxml2::XMLPrinter text;
+    try {
+        document.Print(&text);
+    } catch (const std::bad_alloc&) {
         return false;
     }
-    document.SaveFile(file, false);
-    const bool written = std::ferror(file) == 0; // the library does not look
-    return std::fclose(file) == 0 && written;
+    const HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                    CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    const auto size = static_cast<DWORD>(text.CStrSize()) - 1; // without the terminating zero
+    DWORD written = 0;
+    const bool complete = WriteFile(file, text.CStr(), size, &written, nullptr) && written == size;
+    return CloseHandle(file) && complete;
 }
 
 } // namespace OrvaUtils::Xml

@@ -1,4 +1,4 @@
-// XML documents in files. The library never sees a path, only a file that was opened here.
+// XML documents in files. The library never sees a path: it reads a file that was opened here, and prints into memory.
 #pragma once
 
 #include <string>
@@ -12,8 +12,8 @@ namespace OrvaUtils::Xml {
 // False when the file cannot be opened, is no XML, or is more than the heap holds; the document then holds nothing of
 // use.
 bool loadDocument(tinyxml2::XMLDocument& document, const std::wstring& path);
-// Replaces the file, whose directory must exist. False when it could not be opened or not be written as a whole: it may
-// then be cut short.
-bool saveDocument(tinyxml2::XMLDocument& document, const std::wstring& path);
+// Replaces the file, whose directory must exist, with one WriteFile. False when memory runs out or the file cannot be
+// opened: it is then as it was. False, too, when it could not be written as a whole: it may then be cut short.
+bool saveDocument(const tinyxml2::XMLDocument& document, const std::wstring& path);
 
 } // namespace OrvaUtils::Xml

@@ -13,7 +13,7 @@ namespace OrvaUtils::Xml {
 //             <Enabled>1</Enabled>
 //
 // To read: `open`, then the values. To write: `createEmpty`, then the values in their order, then `save`. For one
-// thread at a time. Nothing throws.
+// thread at a time. Throws nothing but std::bad_alloc, where a document is built or a file name copied.
 class SettingsDocument {
 public:
     SettingsDocument(std::wstring filePath, std::string nameOfRoot);
@@ -26,8 +26,8 @@ public:
     void createEmpty();
 
     // The first value of that name. False, and `value` as it was, when there is none or its text is nothing of the
-    // kind. As truth values the library takes numbers (0: false) and the words "true",
-    // "True", "TRUE" and the same of "false".
+    // kind. As truth values the library takes numbers (0: false) and the words "true", "True", "TRUE" and the same of
+    // "false".
     bool read(const char* name, bool& value) const;
     bool read(const char* name, std::int32_t& value) const;
     bool read(const char* name, std::uint32_t& value) const;
@@ -37,7 +37,7 @@ public:
     void write(const char* name, std::int32_t value);
     void write(const char* name, std::uint32_t value);
 
-    // Replaces the file. False when that fails; it may then be cut short.
+    // Replaces the file. False when that fails: see saveDocument.
     bool save();
 
 private:

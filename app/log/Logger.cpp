@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstdarg>
 #include <iterator>
+#include <memory>
 #include <optional>
 #include <utility>
 
@@ -30,6 +31,14 @@ const char* levelName(std::int32_t level) {
     }
 }
 
+std::wstring widened(std::string_view bytes) {
+    std::wstring text;
+    for (const unsigned char byte : bytes) {
+        text += static_cast<wchar_t>(byte);
+    }
+    return text;
+}
+
 std::wstring linePrefix(std::int32_t level) {
     SYSTEMTIME time;
     GetSystemTime(&time);
@@ -37,7 +46,7 @@ std::wstring linePrefix(std::int32_t level) {
     std::snprintf(text, sizeof text, "%04u-%02u-%02u %02u:%02u:%02u,%lu;%s;", unsigned{time.wYear},
                   unsigned{time.wMonth}, unsigned{time.wDay}, unsigned{time.wHour}, unsigned{time.wMinute},
                   unsigned{time.wSecond}, static_cast<unsigned long>(GetTickCount()), levelName(level));
-    return std::wstring(text, text + std::char_traits<char>::length(text));
+    return widened(text);
 }
 
 std::string oneByteEach(const std::wstring& line) {
@@ -69,15 +78,17 @@ std::optional<std::int32_t> leadingNumber(std::wstring_view text, std::int32_t l
     return number < 0 ? std::nullopt : std::optional(static_cast<std::int32_t>(number));
 }
 
-// In bytes; 0 for a file that cannot be read.
-std::uint32_t sizeOfFile(const std::wstring& path) {
-    std::FILE* measured = _wfopen(path.c_str(), L"rb");
-    if (measured == nullptr) {
-        return 0;
+struct Return {
+    void operator()(std::atomic<std::int32_t>* claimed) const {
+        *claimed = 0;
     }
-    const long end = std::fseek(measured, 0, SEEK_END) == 0 ? std::ftell(measured) : 0;
-    std::fclose(measured);
-    return end > 0 ? static_cast<std::uint32_t>(end) : 0;
+};
+
+// The right to open and to rotate: one thread has it, and none waits for it.
+using Claim = std::unique_ptr<std::atomic<std::int32_t>, Return>;
+
+Claim claim(std::atomic<std::int32_t>& changing) {
+    return Claim(changing.exchange(1) == 0 ? &changing : nullptr);
 }
 
 } // namespace
@@ -86,8 +97,8 @@ Logger::~Logger() {
     for (const std::wstring& line : pending) {
         output(line);
     }
-    if (file != nullptr) {
-        std::fclose(file);
+    if (!current.load()->isFree()) {
+        current.load()->retire();
     }
 }
 
@@ -128,11 +139,7 @@ void Logger::write(std::wstring_view message, std::int32_t level) {
 }
 
 void Logger::write(std::string_view message, std::int32_t level) {
-    std::wstring wide;
-    for (const char byte : message) {
-        wide += static_cast<wchar_t>(static_cast<unsigned char>(byte));
-    }
-    write(wide, level);
+    write(widened(message), level);
 }
 
 void Logger::writeParts(std::int32_t level, std::initializer_list<std::wstring_view> parts) {
@@ -174,33 +181,58 @@ void Logger::output(const std::wstring& line) {
 }
 
 void Logger::outputToFile(const std::wstring& line) {
-    std::wstring path = currentPath();
-    if (file == nullptr && !open(path, L"ab")) {
+    const std::string bytes = oneByteEach(line);
+    LogFile::Use file = useCurrent();
+    if (file == nullptr) {
+        file = openFirst();
+    }
+    if (file != nullptr && maxFileSize != 0 && file->size() > maxFileSize) {
+        rotate(file);
+    }
+    if (file != nullptr) {
+        file->write(bytes);
+    }
+}
+
+LogFile::Use Logger::useCurrent() {
+    LogFile* file = nullptr;
+    LogFile::Use use;
+    do {
+        file = current;
+        use = file->use();
+    } while (use == nullptr && file != current);
+    return use;
+}
+
+LogFile::Use Logger::openFirst() {
+    const Claim mine = claim(changing);
+    if (mine == nullptr) {
+        return nullptr;
+    }
+    LogFile::Use use = useCurrent();
+    if (use == nullptr) {
+        current.load()->open(determinePath(), OPEN_ALWAYS);
+        use = useCurrent();
+    }
+    return use;
+}
+
+void Logger::rotate(LogFile::Use& full) {
+    LogFile& next = files[full.get() == &files[0] ? 1 : 0];
+    const Claim mine = claim(changing);
+    if (mine == nullptr || current != full.get() || !next.isFree()) {
         return;
     }
-    if (maxFileSize != 0 && sizeOfFile(path) > maxFileSize) {
-        if (++currentIndex >= maxFiles) {
-            currentIndex = 0;
-        }
-        path = currentPath();
-        if (!open(path, L"wb")) {
-            return;
-        }
+    if (++currentIndex >= maxFiles) {
+        currentIndex = 0;
     }
-    const std::string bytes = oneByteEach(line);
-    std::fwrite(bytes.data(), 1, bytes.size(), file);
-    std::fflush(file);
+    next.open(determinePath(), CREATE_ALWAYS);
+    current = &next;
+    full->retire();
+    full = useCurrent();
 }
 
-bool Logger::open(const std::wstring& path, const wchar_t* mode) {
-    if (file != nullptr) {
-        std::fclose(file);
-    }
-    file = _wfopen(path.c_str(), mode);
-    return file != nullptr;
-}
-
-std::wstring Logger::currentPath() {
+std::wstring Logger::determinePath() {
     if (!filePath.empty()) {
         return filePath;
     }
@@ -211,11 +243,7 @@ std::wstring Logger::currentPath() {
     if (currentIndex == -1) {
         currentIndex = newestIndex();
     }
-    char index[16];
-    std::snprintf(index, sizeof index, "%ld", static_cast<long>(currentIndex));
-    std::wstring path = directory + L'\\' + baseName;
-    path.append(index, index + std::char_traits<char>::length(index));
-    return path + extension;
+    return directory + L'\\' + baseName + widened(std::to_string(currentIndex)) + extension;
 }
 
 std::int32_t Logger::newestIndex() const {

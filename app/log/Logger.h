@@ -1,9 +1,10 @@
 #pragma once
 
+#include "app/log/LogFile.h"
 #include "app/log/LogListener.h"
 
+#include <atomic>
 #include <cstdint>
-#include <cstdio>
 #include <initializer_list>
 #include <string>
 #include <string_view>
@@ -25,8 +26,12 @@ inline constexpr std::int32_t Debug = 3;
 // The outputs are a set of rotating files, the debugger and the standard output. A file holds one byte a character;
 // characters that need more become "?".
 //
-// The log never fails towards its callers: a line that cannot be written to the file is lost there. It takes no lock:
-// lines of several threads may interleave, and it is set up before other threads write.
+// The log never fails towards its callers: a line that cannot be written to the file is lost there.
+//
+// Any thread may write at any time, and none waits for another: there is no lock. One thread at a time changes the
+// file. A line that another thread writes meanwhile goes to the older file, which then exceeds its limit by more than
+// one line; while there is no file yet, it is lost. With one file alone, zeros may stand before it. The settings,
+// listeners and the queue are for one thread: the log is set up before other threads write.
 class Logger {
 public:
     // A log with the defaults below. The program uses the one of `instance`.
@@ -78,8 +83,10 @@ public:
 private:
     void output(const std::wstring& line);
     void outputToFile(const std::wstring& line);
-    bool open(const std::wstring& path, const wchar_t* mode);
-    std::wstring currentPath();
+    LogFile::Use useCurrent();
+    LogFile::Use openFirst();
+    void rotate(LogFile::Use& full);
+    std::wstring determinePath();
     std::int32_t newestIndex() const;
 
     bool toConsole = false;
@@ -93,7 +100,9 @@ private:
     std::int32_t maxFiles = 1;
     std::uint32_t maxFileSize = 0;
     std::int32_t highestLevel = LogLevel::Info;
-    std::FILE* file = nullptr;
+    LogFile files[2]; // the current one, and the one before it until nobody writes to it
+    std::atomic<LogFile*> current = &files[0];
+    std::atomic<std::int32_t> changing = 0; // 1: a thread opens a file
     std::int32_t currentIndex = -1; // not yet determined
     std::vector<std::wstring> pending;
     std::vector<LogListener*> listeners;

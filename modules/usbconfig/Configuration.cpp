@@ -26,17 +26,13 @@ std::wstring attribute(const XMLElement& element, const char* name) {
     return OrvaUtils::toWide(text);
 }
 
-char narrowed(wchar_t character) {
-    return character <= 0xFF ? static_cast<char>(character) : '?';
-}
-
 // A pair that is no number counts as 0; an odd last digit is ignored.
-std::vector<std::uint8_t> hexBytes(const std::wstring& digits) {
+std::vector<std::uint8_t> hexBytes(const std::wstring& text) {
+    const std::string digits = OrvaUtils::narrow(text);
     std::vector<std::uint8_t> bytes(digits.size() / 2);
     for (std::size_t index = 0; index < bytes.size(); ++index) {
-        const char pair[] = {narrowed(digits[2 * index]), narrowed(digits[2 * index + 1]), '\0'};
         unsigned byte = 0;
-        std::sscanf(pair, "%2x", &byte);
+        std::sscanf(digits.substr(2 * index, 2).c_str(), "%2x", &byte);
         bytes[index] = static_cast<std::uint8_t>(byte);
     }
     return bytes;

@@ -116,7 +116,8 @@ inline constexpr DWORD EVENT_RESET = 2;
 inline constexpr DWORD EVENT_SET = 3;
 inline constexpr DWORD EVENT_ALL_ACCESS = 0x1F0003;
 
-// An existing name gives a valid handle and ERROR_ALREADY_EXISTS [ms885181]; a new object leaves ERROR_SUCCESS.
+// An existing name gives a valid handle and ERROR_ALREADY_EXISTS [ms885181]; a new object leaves ERROR_SUCCESS. Null
+// is no name, but "" is one [ms885177, ms886764].
 HANDLE WINAPI CreateEventW(SECURITY_ATTRIBUTES* security, BOOL manualReset, BOOL initialState, LPCWSTR name) noexcept;
 HANDLE WINAPI OpenEventW(DWORD access, BOOL inherit, LPCWSTR name) noexcept;
 BOOL WINAPI EventModify(HANDLE event, DWORD operation) noexcept;
@@ -131,13 +132,13 @@ struct CRITICAL_SECTION {
     LONG LockCount; // how often its owner has entered
     DWORD OwnerThread; // 0: nobody
     HANDLE hCrit;
-    DWORD needtrap;
+    DWORD needtrap; // here: it was left by a thread that did not hold it
     DWORD dwContentions;
 };
 
 void WINAPI InitializeCriticalSection(CRITICAL_SECTION* section) noexcept;
 void WINAPI EnterCriticalSection(CRITICAL_SECTION* section) noexcept;
-// Does nothing for a thread that does not hold it.
+// By a thread that does not hold it: who enters from then on may wait for ever [ms886733].
 void WINAPI LeaveCriticalSection(CRITICAL_SECTION* section) noexcept;
 void WINAPI DeleteCriticalSection(CRITICAL_SECTION* section) noexcept;
 
@@ -178,8 +179,9 @@ inline constexpr DWORD STILL_ACTIVE = 259;
 HANDLE WINAPI CreateThread(SECURITY_ATTRIBUTES* security, DWORD stackSize, LPTHREAD_START_ROUTINE entry,
                            LPVOID parameter, DWORD flags, DWORD* threadId) noexcept;
 DWORD WINAPI GetCurrentThreadId() noexcept; // inline on a panel, hence not in coredll.inc
-// Without a module name the program is the command line's first word. Security, inheritance, environment and
-// directory must be null or FALSE [ms885182].
+// Without a command line the program gets its module's name as one. A name without a path and without an extension
+// means a ".exe". Security, inheritance, environment and directory must be null or FALSE [ms885182]. Without a module
+// name the program is the command line's first word: that page refuses it.
 BOOL WINAPI CreateProcessW(LPCWSTR module, LPWSTR commandLine, SECURITY_ATTRIBUTES* processSecurity,
                            SECURITY_ATTRIBUTES* threadSecurity, BOOL inherit, DWORD flags, LPVOID environment,
                            LPWSTR directory, STARTUPINFOW* startup, PROCESS_INFORMATION* information) noexcept;
@@ -257,8 +259,10 @@ struct WIN32_FIND_DATAW {
 // Also opens a driver, by the name of its device: "BKL1:", "\\NANDFlash\\Vol:". ERROR_FILE_NOT_FOUND if there is none.
 HANDLE WINAPI CreateFileW(LPCWSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security, DWORD disposition,
                           DWORD attributes, HANDLE pattern) noexcept; // INVALID_HANDLE_VALUE on failure
+// ReadFile and WriteFile begin with a count of 0 [ms891445, ms892380].
 BOOL WINAPI ReadFile(HANDLE file, LPVOID buffer, DWORD bytes, DWORD* read, void* overlapped) noexcept;
 BOOL WINAPI WriteFile(HANDLE file, LPCVOID buffer, DWORD bytes, DWORD* written, void* overlapped) noexcept;
+// The distance's high part is null or points to 0 [ms891933], where the position's high part comes back.
 DWORD WINAPI SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD origin) noexcept;
 BOOL WINAPI CopyFileW(LPCWSTR source, LPCWSTR destination, BOOL failIfExists) noexcept;
 BOOL WINAPI MoveFileW(LPCWSTR source, LPCWSTR destination) noexcept; // never replaces [ms891388]
@@ -275,7 +279,8 @@ BOOL WINAPI FindClose(HANDLE search) noexcept;
 // the bytes that came back, may be null. A driver may refuse with any error.
 BOOL WINAPI DeviceIoControl(HANDLE device, DWORD code, LPVOID input, DWORD inputSize, LPVOID output, DWORD outputSize,
                             DWORD* returned, void* overlapped) noexcept;
-BOOL WINAPI SHCreateShortcut(LPWSTR shortcut, LPWSTR target) noexcept; // FALSE if it exists [aa932552]
+BOOL WINAPI SHCreateShortcut(
+    LPWSTR shortcut, LPWSTR target) noexcept; // FALSE if it exists, or if the target fills 256 characters [aa932552]
 
 } // extern "C"
 

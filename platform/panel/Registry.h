@@ -73,6 +73,7 @@ Value numberValue(std::string name, std::uint32_t number, std::uint32_t type = t
 
 // In characters, of a key's or value's name [documentation of RegCreateKeyEx].
 inline constexpr std::size_t maxNameLength = 255;
+inline constexpr int maxDepth = 16; // of keys below a root
 
 std::string typeName(std::uint32_t type); // "REG_SZ"; "REG_9" for one without a name
 std::uint32_t typeNamed(std::string_view name); // throws std::runtime_error

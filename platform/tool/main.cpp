@@ -1,11 +1,14 @@
 // The panel command.
+#include "platform/panel/kernel/Patience.h"
 #include "platform/tool/Commands.h"
 #include "platform/tool/Interruption.h"
+#include "platform/tool/Units.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <string_view>
+#include <unistd.h>
 
 namespace {
 
@@ -20,10 +23,24 @@ Begin with:
   panel -C my-panel log --follow
   panel -C my-panel status
 
-Durations are 1500, 1500ms, 5s, 2min or 1h, in the panel's time.
+Durations are 1500, 1500ms, 5s, 2min or 1h, in the panel's time (--patience: in real time).
 On a panel booted with --stepped, time moves only while one of these commands waits: advance, start --wait, send,
 touch, wait, log --until.
 )";
+
+const tool::Tool* current;
+
+// The process ends at once: it may be in the middle of whatever waits for ever.
+[[noreturn]] void giveUp(const std::string& why) {
+    tool::complain(why + " (--patience allows more)");
+    _exit(current->failureCode);
+}
+
+void limitPatience(const tool::Tool& tool, const std::string& duration) {
+    constexpr std::uint64_t longest = 0x7FFFFFFF;
+    current = &tool;
+    panel::patience::limit = {static_cast<std::uint32_t>(std::min(tool::parseDuration(duration), longest)), giveUp};
+}
 
 } // namespace
 
@@ -31,8 +48,17 @@ int main(int argc, char** argv) {
     tool::endDriverWhenInterrupted();
     CLI::App app{description, "panel"};
     app.require_subcommand(0, 1);
-    app.fallthrough(); // -C may stand behind the command too
     tool::Tool shared(app);
+    std::string patience = "30s";
+    app.add_option(
+           "--patience", patience,
+           "How long to wait, in real time, while a program keeps stepped time or the panel from moving; 0: for "
+           "ever")
+        ->type_name("DURATION")
+        ->envname("PANEL_PATIENCE")
+        ->capture_default_str();
+    app.parse_complete_callback([&] { limitPatience(shared, patience); });
+    app.fallthrough(); // -C may stand behind the command too
     char** const dashes = std::find(argv, argv + argc, std::string_view("--"));
     if (dashes != argv + argc)
         shared.behindDashes.assign(dashes + 1, argv + argc);

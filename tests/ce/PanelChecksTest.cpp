@@ -1,12 +1,10 @@
 // The panel executable's own test program (tests/programs/checks), one test a group. What it prints fails the test.
 #include "platform/panel/Client.h"
 #include "platform/panel/Operator.h"
+#include "tests/support/RotatedFiles.h"
 #include "tests/support/ScenarioPanel.h"
 
 #include <gtest/gtest.h>
-
-#include <fstream>
-#include <iterator>
 
 namespace {
 
@@ -33,8 +31,7 @@ TEST(PanelChecks, RegistryTextHasSixteenBitsACharacter) {
     EXPECT_EQ(panel.run(program, "registry"), 0U);
     const std::string value = "HKEY_LOCAL_MACHINE\\Checks\\\xE2\x82\xAC|Text\xF0\x9F\x98\x80";
     EXPECT_EQ(panel.registry()[value], "REG_SZ a\xF0\x9F\x98\x80");
-    std::ifstream file(panel.panel().directory() / "registry/now.json", std::ios::binary);
-    const std::string text(std::istreambuf_iterator<char>(file), {});
+    const std::string text = readText(panel.panel().directory() / "registry/now.json");
     EXPECT_NE(text.find("\"a\xF0\x9F\x98\x80\""), std::string::npos) << text;
 }
 
@@ -60,6 +57,12 @@ TEST(PanelChecks, StaticsAreMadeWhenNeededAndDestroyedInReverse) {
 TEST(PanelChecks, HeapGrowsAndEndsInBadAlloc) {
     PanelChecks panel;
     EXPECT_EQ(panel.run(program, "heap"), 0U);
+}
+
+TEST(PanelChecks, TheLogLosesNoLineOfSeveralThreads) {
+    PanelChecks panel;
+    EXPECT_EQ(panel.run(program, "log"), 0U);
+    rotating_log::expectAllLines(panel.panel().hostPath("\\Log"));
 }
 
 TEST(PanelChecks, WindowProceduresKeepParametersAndExceptions) {

@@ -106,7 +106,7 @@ TEST(Devices, KeepARecordOfWhatIsAskedOfThem) {
     const HANDLE device = openDevice(L"BKL1:");
     devices().setBehaviour("BKL1", {Behaviour::Kind::refuse, 21}, "write");
     EXPECT_EQ(control(device, writeLevels, {7, 1, 8, 1}), 21U);
-    EXPECT_EQ(driver().status().backLight.front(), 200U);
+    EXPECT_EQ(driver().status().backLight, (Words{200, 1, 200, 1}));
     EXPECT_EQ(control(device, readLevels, {}, 16), 0U);
     devices().setBehaviour("BKL1", {});
     EXPECT_EQ(control(device, writeLevels, {7, 1, 8, 1}), 0U);
@@ -146,7 +146,7 @@ TEST(Devices, BlockOrTakeTheirTimeOnDemand) {
     devices().setBehaviour("BZR1", {Behaviour::Kind::refuse, 31});
     EXPECT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
     EXPECT_EQ(error, 31U);
-    EXPECT_EQ(devices().requests("BZR1").back().time, 5300U);
+    EXPECT_EQ(devices().requests("BZR1").at(1).time, 5300U);
 }
 
 TEST(Devices, WhoseStateNobodyCanReadAreBroken) {

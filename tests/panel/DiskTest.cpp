@@ -43,17 +43,6 @@ std::wstring next(HANDLE queue) {
     return (detail.fAttached ? L"+" : L"-") + name;
 }
 
-// A folder of the host that can be plugged.
-struct Folder {
-    Folder() : path(panelDirectory().string() + "-disk") {
-        std::filesystem::create_directory(path);
-    }
-    ~Folder() {
-        std::filesystem::remove_all(path);
-    }
-    std::filesystem::path path;
-};
-
 panel::Panel thePanel() {
     return panel::Panel(panelDirectory());
 }
@@ -61,7 +50,7 @@ panel::Panel thePanel() {
 } // namespace
 
 TEST(Notifications, AnnounceWhatIsThereAndWhatComesAndGoes) {
-    const Folder folder;
+    const FreshFolder folder;
     thePanel().plug({{{folder.path, "Hard Disk"}}});
     const HANDLE queue = makeQueue();
     const HANDLE late = makeQueue();
@@ -107,7 +96,7 @@ TEST(Notifications, RefuseWhatAPanelRefuses) {
     for (const HANDLE each : {queue, one})
         ASSERT_NE(RequestDeviceNotifications(&blockDevices, each, TRUE), nullptr);
     ASSERT_NE(RequestDeviceNotifications(&other, deaf, TRUE), nullptr);
-    const Folder folder;
+    const FreshFolder folder;
     thePanel().plug({{{folder.path, "Hard Disk"}}});
     thePanel().disks().unplug("DSK1:");
     EXPECT_EQ(next(queue), L"");
@@ -127,7 +116,7 @@ TEST(Notifications, RefuseWhatAPanelRefuses) {
 }
 
 TEST(Stores, OpenWhenTheyAreReadyAndListTheirPartitions) {
-    const Folder folder;
+    const FreshFolder folder;
     panel::Disk disk;
     disk.readyAfter = 1000;
     disk.partitions = {{folder.path, "Hard Disk"}, {"", "", 0x2}, {folder.path, "\u00dcSB", 0x10}};

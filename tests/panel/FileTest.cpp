@@ -270,6 +270,33 @@ TEST(Searches, MatchPatternsInTheOrderOfNames) {
     EXPECT_EQ(find(L"\\*"), (Names{L"MMCMemory", L"NANDFlash", L"Windows"})); // no "." and ".."
 }
 
+TEST(Files, FailWithACountOfZeroAndTakeAHighPartOfZero) {
+    writeFile("\\MMCMemory\\f", "12345");
+    const HANDLE file = openFile(L"\\MMCMemory\\f", GENERIC_READ | GENERIC_WRITE, 0, OPEN_EXISTING);
+    char buffer[4] = {};
+    for (const bool faulted : {false, true}) {
+        const HANDLE used = faulted ? file : nullptr;
+        if (faulted) {
+            failCall("ReadFile");
+            failCall("WriteFile");
+        }
+        DWORD count = 7;
+        EXPECT_FALSE(ReadFile(used, buffer, sizeof buffer, &count, nullptr));
+        EXPECT_EQ(count, 0U);
+        count = 7;
+        EXPECT_FALSE(WriteFile(used, buffer, sizeof buffer, &count, nullptr));
+        EXPECT_EQ(count, 0U);
+    }
+    LONG high = 0;
+    EXPECT_EQ(SetFilePointer(file, 2, &high, FILE_BEGIN), 2U);
+    EXPECT_EQ(SetFilePointer(file, -1, &high, FILE_CURRENT), 1U); // 4 GB - 1 more
+    EXPECT_EQ(high, 1);
+    EXPECT_EQ(SetFilePointer(file, 2, &high, FILE_BEGIN), INVALID_SET_FILE_POINTER);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(SetFilePointer(file, -1, nullptr, FILE_END), 4U);
+    CloseHandle(file);
+}
+
 TEST(Streams, GoThroughTheTracedCalls) {
     startTrace();
     std::FILE* file = _wfopen(L"\\MMCMemory\\stream", L"w");
@@ -280,9 +307,10 @@ TEST(Streams, GoThroughTheTracedCalls) {
     EXPECT_EQ(readFile("\\MMCMemory\\stream"), "one\ntwo\n");
     const auto lines = trace();
     ASSERT_EQ(lines.size(), 3U);
-    EXPECT_EQ(lines[0].find("CreateFileW(\"\\MMCMemory\\stream\", 0x40000000, 3, 2) = 0x"), 0U) << lines[0];
-    EXPECT_EQ(lines[1].substr(0, 10), "WriteFile(");
-    EXPECT_EQ(lines[2].substr(0, 12), "CloseHandle(");
+    EXPECT_EQ(lines[0].find("CreateFileW(\"\\MMCMemory\\stream\", 0x40000000, 3, 2, 0x80) = 0x"), 0U) << lines[0];
+    const std::string handle = lines[0].substr(lines[0].rfind(' ') + 1);
+    EXPECT_EQ(lines[1], "WriteFile(" + handle + ", 8, 8) = 1");
+    EXPECT_EQ(lines[2], "CloseHandle(" + handle + ") = 1");
 }
 
 TEST(Streams, AppendSeekAndFail) {
@@ -316,6 +344,11 @@ TEST(Shortcuts, AreTextWithACountAndNeverReplaced) {
     EXPECT_TRUE(SHCreateShortcut(path.data(), command.data()));
     EXPECT_EQ(readFile("\\Windows\\T.lnk"), "26#\"\\MMCMemory\\Tarvex.exe\" -x");
     EXPECT_FALSE(SHCreateShortcut(path.data(), command.data()));
+    path = L"\\Windows\\L.lnk";
+    command.assign(256, L'x'); // with its zero one too many
+    EXPECT_FALSE(SHCreateShortcut(path.data(), command.data()));
+    command.pop_back();
+    EXPECT_TRUE(SHCreateShortcut(path.data(), command.data()));
 }
 
 namespace {

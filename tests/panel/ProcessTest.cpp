@@ -7,7 +7,6 @@
 
 #include <csignal>
 #include <filesystem>
-#include <fstream>
 #include <string>
 
 using namespace testing_panel;
@@ -55,6 +54,20 @@ TEST(Processes, RunAndLeaveTheirExitCode) {
     const HANDLE byName = create(nullptr, L"\"\\MMCMemory\\Actor.exe\" exit 7");
     WaitForSingleObject(byName, INFINITE);
     EXPECT_EQ(exitCode(byName), 7U);
+}
+
+TEST(Processes, AreFoundByABareNameAndGetItAsTheirCommandLine) {
+    installActor("\\Windows\\Actor.exe");
+    installActor("\\Windows\\dotted.name");
+    for (const wchar_t* found : {L"Actor", L"Actor.exe", L"dotted.name"})
+        EXPECT_NE(create(found), nullptr) << std::wstring(found).size();
+    for (const wchar_t* missing : {L"Actor.", L"\\Windows\\Actor", L"Windows\\Actor", L"dotted"})
+        EXPECT_EQ(create(missing), nullptr) << std::wstring(missing).size();
+    EXPECT_NE(create(nullptr, L"Actor sleep"), nullptr);
+    std::string lines;
+    for (const auto& process : driver().status().processes)
+        lines += process.name + ' ' + process.commandLine + '\n';
+    EXPECT_EQ(lines, "Actor.exe#1 Actor\nActor.exe#2 Actor.exe\ndotted.name#1 dotted.name\nActor.exe#3 sleep\n");
 }
 
 TEST(Processes, RefuseWhatIsNoProgram) {
@@ -142,14 +155,34 @@ TEST(Processes, TraceNamesStartsThreadsAndCalls) {
     driver().setTracing(true);
     run("sleep 20");
     run("sleep 30");
-    std::ifstream file(panelDirectory() / "run/trace");
-    std::vector<std::string> sleeps;
-    for (std::string line; std::getline(file, line);)
-        if (line.find("Sleep[") != std::string::npos)
-            sleeps.push_back(line);
-    ASSERT_EQ(sleeps.size(), 2U);
-    EXPECT_EQ(sleeps[0], "        20 Actor.exe#1 t1 Sleep[1](20) = void after 20 ms");
-    EXPECT_EQ(sleeps[1], "        50 Actor.exe#2 t1 Sleep[1](30) = void after 30 ms");
+    Lines lines = linesOf(readText(panelDirectory() / "run/trace"));
+    std::erase_if(lines, [](const std::string& line) { return line.find("Sleep[") == std::string::npos; });
+    EXPECT_EQ(lines, (Lines{"        20 Actor.exe#1 t1 Sleep[1](20) = void after 20 ms",
+                            "        50 Actor.exe#2 t1 Sleep[1](30) = void after 30 ms"}));
+}
+
+TEST(Trace, ShowsWhatACallAsksFor) {
+    startTrace();
+    OpenEventW(EVENT_ALL_ACCESS, TRUE, L"none");
+    HKEY key = nullptr;
+    RegCreateKeyExW(HKEY_CURRENT_USER, L"traced", 0, nullptr, 1, 0x20019, nullptr, &key, nullptr);
+    RegOpenKeyExW(HKEY_CURRENT_USER, L"traced", 2, 0xF003F, &key);
+    const BYTE data[100] = {};
+    RegSetValueExW(key, L"long", 0, REG_BINARY, data, sizeof data);
+    std::string zeros;
+    for (int count = 0; count < 64; ++count)
+        zeros += "00 ";
+    const std::string wanted[] = {"OpenEventW(0x1f0003, 1, \"none\") = null error 2",
+                                  "RegCreateKeyExW(HKEY_CURRENT_USER, \"traced\", 1, 0x20019, 0x",
+                                  "RegOpenKeyExW(HKEY_CURRENT_USER, \"traced\", 2, 0xf003f, 0x", "RegSetValueExW(0x",
+                                  ", \"long\", 3, {" + zeros + "... of 100}) = 0"};
+    std::string calls;
+    for (const std::string& line : trace())
+        calls += line + '\n';
+    for (std::size_t at = 0; const std::string& text : wanted) {
+        at = calls.find(text, at);
+        ASSERT_NE(at, std::string::npos) << text << " in\n" << calls;
+    }
 }
 
 TEST(Faults, HitTheCallAskedForAndOthersNot) {

@@ -71,6 +71,17 @@ TEST(Registry, KeysAreMadeWithThoseAboveThemAndFoundInAnyCase) {
     EXPECT_EQ(stored(tree, "HKEY_CLASSES_ROOT\\one")->name, "One"); // keeps the case of its maker
 }
 
+TEST(Registry, KeysLieSixteenLevelsBelowARootAtMost) {
+    std::wstring path = L"1";
+    for (int level = 2; level <= 16; ++level)
+        path += L"\\x";
+    const HKEY deepest = create(HKEY_LOCAL_MACHINE, path.c_str());
+    HKEY key = nullptr;
+    EXPECT_EQ(RegCreateKeyExW(deepest, L"x", 0, nullptr, 0, 0, nullptr, &key, nullptr), LONG{ERROR_INVALID_PARAMETER});
+    EXPECT_EQ(open(deepest, L"x"), LONG{ERROR_FILE_NOT_FOUND});
+    RegCloseKey(deepest);
+}
+
 TEST(Registry, ValuesAreBytesWithAType) {
     const HKEY key = create(HKEY_LOCAL_MACHINE, L"Values");
     const Bytes unterminated{0x41, 0x00, 0x42};

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <algorithm>
 #include <atomic>
 #include <set>
 #include <string>
@@ -97,6 +98,16 @@ TEST(Events, NamesAreSharedCaseSensitiveAndOnePerType) {
     EXPECT_EQ(OpenEventW(EVENT_ALL_ACCESS, FALSE, L"Name/one"), nullptr); // gone with its last holder
     EXPECT_EQ(CreateEventW(nullptr, TRUE, FALSE, std::wstring(261, L'x').c_str()), nullptr);
     EXPECT_EQ(CreateEventW(nullptr, TRUE, FALSE, L"with\\backslash"), nullptr);
+
+    CreateEventW(nullptr, TRUE, TRUE, nullptr);
+    EXPECT_EQ(OpenEventW(EVENT_ALL_ACCESS, FALSE, L""), nullptr); // the empty name is another than none
+    for (const DWORD error : {ERROR_SUCCESS, ERROR_ALREADY_EXISTS}) {
+        EXPECT_NE(CreateEventW(nullptr, TRUE, FALSE, L""), nullptr);
+        EXPECT_EQ(GetLastError(), error);
+        EXPECT_NE(CreateMutexW(nullptr, FALSE, L""), nullptr);
+        EXPECT_EQ(GetLastError(), error);
+    }
+    EXPECT_EQ(WaitForSingleObject(OpenEventW(EVENT_ALL_ACCESS, FALSE, L""), 0), WAIT_TIMEOUT);
 }
 
 TEST(Mutexes, BelongToOneThreadAndCountItsWaits) {
@@ -124,17 +135,15 @@ TEST(Mutexes, BelongToOneThreadAndCountItsWaits) {
     EXPECT_EQ(WaitForSingleObject(mutex, 0), WAIT_OBJECT_0);
 }
 
-TEST(CriticalSections, AreRecursiveExcludeOthersAndTolerateAStrayLeave) {
+TEST(CriticalSections, AreRecursiveAndExcludeOthers) {
     static CRITICAL_SECTION section;
     static int counter;
     InitializeCriticalSection(&section);
-    LeaveCriticalSection(&section); // held by nobody: nothing happens
     EnterCriticalSection(&section);
     EnterCriticalSection(&section);
     std::vector<HANDLE> threads;
     for (int index = 0; index < 4; ++index)
         threads.push_back(startThread([](LPVOID) -> DWORD {
-            LeaveCriticalSection(&section); // held by another: nothing happens
             for (int round = 0; round < 500; ++round) {
                 EnterCriticalSection(&section);
                 ++counter;
@@ -151,6 +160,36 @@ TEST(CriticalSections, AreRecursiveExcludeOthersAndTolerateAStrayLeave) {
         EXPECT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
     EXPECT_EQ(counter, 2000);
     DeleteCriticalSection(&section);
+}
+
+TEST(CriticalSections, AreSpoiltByALeaveOfAThreadThatDoesNotHoldThem) {
+    static CRITICAL_SECTION section;
+    const LPTHREAD_START_ROUTINE leave = [](LPVOID) -> DWORD { return LeaveCriticalSection(&section), 0; };
+    const LPTHREAD_START_ROUTINE enter = [](LPVOID) -> DWORD { return EnterCriticalSection(&section), 0; };
+    const LPTHREAD_START_ROUTINE leaveAndEnter = [](LPVOID) -> DWORD {
+        LeaveCriticalSection(&section);
+        EnterCriticalSection(&section);
+        return 0;
+    };
+    const auto returns = [](LPTHREAD_START_ROUTINE entry) {
+        return WaitForSingleObject(startThread(entry), 60000) == WAIT_OBJECT_0;
+    };
+    for (const bool held : {false, true}) {
+        InitializeCriticalSection(&section);
+        if (held)
+            EnterCriticalSection(&section);
+        startTrace();
+        EXPECT_TRUE(returns(leave));
+        if (held)
+            LeaveCriticalSection(&section);
+        const std::vector<std::string> calls = trace();
+        EXPECT_EQ(std::count(calls.begin(), calls.end(), "LeaveCriticalSection() = void not owned"), 1);
+        EXPECT_EQ(std::count(calls.begin(), calls.end(), "LeaveCriticalSection() = void"), held);
+        EXPECT_FALSE(returns(enter));
+        EXPECT_FALSE(returns(leaveAndEnter)) << "not even the one who left it";
+    }
+    InitializeCriticalSection(&section);
+    EXPECT_TRUE(returns(enter));
 }
 
 TEST(Handles, AreNeverSpecialNumbersAndNotSoonUsedAgain) {
@@ -178,7 +217,7 @@ TEST(Handles, RunOutWithAnErrorNotWithACrash) {
         open.push_back(event);
     }
     EXPECT_EQ(GetLastError(), ERROR_NOT_ENOUGH_MEMORY);
-    EXPECT_GE(open.size(), 500U);
+    ASSERT_GE(open.size(), 500U);
     EXPECT_TRUE(CloseHandle(open.back()));
     EXPECT_NE(CreateEventW(nullptr, FALSE, FALSE, nullptr), nullptr);
 }

@@ -5,7 +5,7 @@
 //     hold FILE         (opens it unshared)      start PATH   (a program, and waits for it; its exit code is the own)
 //     move FROM TO
 //     post CLASS NAME COUNT     send CLASS NAME COUNT        (wParam counts from 1; each must be answered with its
-//     double) crash             (ends by a signal)
+//     double) crash             (ends by a signal)   spin   (never waits)
 #include "platform/panel/Client.h"
 
 #include <windows.h>
@@ -68,7 +68,8 @@ void postAll(std::wistringstream& words) {
 int startAndWait(const std::wstring& path) {
     PROCESS_INFORMATION information{};
     STARTUPINFOW startup{};
-    if (!CreateProcessW(path.c_str(), nullptr, nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &information))
+    wchar_t nothing[] = L"";
+    if (!CreateProcessW(path.c_str(), nothing, nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup, &information))
         return static_cast<int>(GetLastError());
     DWORD code = 0;
     WaitForSingleObject(information.hProcess, INFINITE);
@@ -110,6 +111,9 @@ int WinMain(HINSTANCE, HINSTANCE, LPWSTR commandLine, int) {
             return 2;
         else if (verb == L"ask" && !askAll(words))
             return 2;
+        else if (verb == L"spin")
+            for (volatile bool ever = true; ever;) {
+            }
         else if (verb == L"crash")
             std::abort();
     }

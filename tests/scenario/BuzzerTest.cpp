@@ -1,10 +1,9 @@
 // The touch buzzer: from a touch to the driver's request, its settings, and what fails.
+#include "tests/support/ModuleSettings.h"
 #include "tests/support/ScenarioPanel.h"
 #include "tests/support/Touches.h"
 
 #include <gtest/gtest.h>
-
-#include <algorithm>
 
 using Words = std::vector<std::uint32_t>;
 using panel::Behaviour;
@@ -12,57 +11,34 @@ using panel::Touch;
 
 namespace {
 
-constexpr const char* settingsFile = "\\MMCMemory\\Tarvex\\TouchBuzzerConfig.xml";
-
-std::string settings(bool enabled, int frequency) {
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-           "<TouchBuzzer>\n"
-           "    <Settings>\n"
-           "        <Enabled>" +
-           std::to_string(enabled) +
-           "</Enabled>\n"
-           "        <Frequency>" +
-           std::to_string(frequency) +
-           "</Frequency>\n"
-           "    </Settings>\n"
-           "</TouchBuzzer>\n";
-}
-
 // A panel with an installed helper whose screen saver is off.
 class BuzzerPanel : public ScenarioPanel {
 public:
     explicit BuzzerPanel(const std::string& content) {
         install();
-        write("\\MMCMemory\\Tarvex\\ScreenSaverConfig.xml",
-              "<ScreenSaver><Settings><Enabled>0</Enabled><UserInactivityTimeout>1</UserInactivityTimeout>"
-              "<MinLuminosityLevel>1</MinLuminosityLevel></Settings></ScreenSaver>");
-        write(settingsFile, content);
-    }
-
-    void startHelper() {
-        driver().start(helper);
-        ASSERT_TRUE(reachesLoop());
+        write(saverSettingsPath, saverSettings(false, 1, 1));
+        write(buzzerSettingsPath, content);
     }
 
     std::optional<std::int64_t> tell(std::uint64_t code) {
-        return panel::sendMessage(panel::findWindow("ORVATarvexHelper"), "ORVATarvexBuzzerMsg", code, 0, limit);
+        return send("ORVATarvexBuzzerMsg", code);
     }
 
     std::optional<std::int64_t> reload(const std::string& content) {
-        write(settingsFile, content);
+        write(buzzerSettingsPath, content);
         return tell(1);
     }
 
     // The frequencies of what the buzzer's driver was asked for by a touch.
     Words clicksOf(Touch touch) {
         const std::size_t before = requests().size();
-        panel::touch(touch);
+        EXPECT_EQ(panel::touch(touch).kind, panel::Landing::Kind::landed); // the hook keeps it from nobody
         driver().settle();
         Words frequencies;
         for (std::size_t index = before; index < requests().size(); ++index) {
-            EXPECT_EQ(requests()[index].words.size(), 2U);
-            EXPECT_EQ(requests()[index].words.back(), 50U);
-            frequencies.push_back(requests()[index].words.front());
+            const Words words = requests()[index].words;
+            EXPECT_EQ(words, (Words{words.at(0), 50}));
+            frequencies.push_back(words.at(0));
         }
         return frequencies;
     }
@@ -80,35 +56,27 @@ public:
         std::erase_if(lines, [](const std::string& line) { return line.find("BuzzerModule") == std::string::npos; });
         return lines;
     }
-
-    // How often the helper has called a function.
-    std::ptrdiff_t calls(const std::string& function) {
-        const Lines lines = trace();
-        return std::count_if(lines.begin(), lines.end(), [&](const std::string& line) {
-            return line.find(' ' + function + '[') != std::string::npos;
-        });
-    }
 };
 
 } // namespace
 
 TEST(Buzzer, ClicksOnceAPressAndNotOtherwise) {
-    BuzzerPanel panel(settings(true, 3400));
-    panel.startHelper();
+    BuzzerPanel panel(buzzerSettings(true, 3400));
+    panel.startInPlace();
     EXPECT_EQ(panel.clicksOf(leftPress), Words{3400});
     EXPECT_EQ(panel.clicksOf(moved), Words{});
     EXPECT_EQ(panel.clicksOf(leftRelease), Words{});
     EXPECT_EQ(panel.clicksOf(rightPress), Words{3400});
     EXPECT_EQ(panel.clicksOf(rightRelease), Words{});
-    EXPECT_EQ(panel.requests().front().thread, 3U);
+    EXPECT_EQ(panel.requests().at(0).thread, 3U);
     EXPECT_EQ(panel.terminate(), 0U);
     EXPECT_EQ(panel.buzzerLog(), Lines{"INFO;BuzzerModule;settings loaded; enabled: 1"});
     EXPECT_EQ(panel.errors(), Lines{});
 }
 
 TEST(Buzzer, MergesABurstWhileTheDriverIsBusyAndDelaysNobody) {
-    BuzzerPanel panel(settings(true, 3400));
-    panel.startHelper();
+    BuzzerPanel panel(buzzerSettings(true, 3400));
+    panel.startInPlace();
     panel.panel().devices().setBehaviour("BZR1", {Behaviour::Kind::block, 0});
     const std::uint64_t time = panel.driver().status().time;
     for (int press = 0; press < 6; ++press) { // each returns when the hook procedure has
@@ -125,35 +93,51 @@ TEST(Buzzer, MergesABurstWhileTheDriverIsBusyAndDelaysNobody) {
 }
 
 TEST(Buzzer, EndsWhileTheDriverIsBusy) {
-    BuzzerPanel panel(settings(true, 3400));
-    panel.startHelper();
+    BuzzerPanel panel(buzzerSettings(true, 3400));
+    panel.startInPlace();
     panel.panel().devices().setBehaviour("BZR1", {Behaviour::Kind::delay, 300});
+    panel.driver().setTracing(true);
     panel.clicksOf(leftPress);
     const std::uint64_t time = panel.driver().status().time;
-    EXPECT_EQ(panel.reload(settings(false, 3400)), 0);
+    EXPECT_EQ(panel.reload(buzzerSettings(false, 3400)), 0);
     const std::uint64_t waited = panel.driver().status().time - time;
     EXPECT_TRUE(waited >= 300 && waited <= 310) << "the buzzer goes when it has its answer, not after " << waited;
-    EXPECT_EQ(panel.reload(settings(true, 3400)), 0);
+    Lines order;
+    for (const TracedCall& call : panel.calls())
+        if (call.function == "CloseHandle" || call.function == "DeviceIoControl")
+            order.push_back(call.function);
+    EXPECT_EQ(order.empty() ? "" : order.back(), "CloseHandle") << "the driver is closed behind the click";
+    EXPECT_EQ(panel.reload(buzzerSettings(true, 3400)), 0);
     panel.panel().devices().setBehaviour("BZR1", {Behaviour::Kind::block, 0});
     panel.clicksOf(leftPress);
-    EXPECT_EQ(panel.terminate(), 0U) << "also when there never is one";
+    const std::uint64_t hung = panel.driver().status().time;
+    for (const bool enabled : {false, true, false, true, false, true}) {
+        EXPECT_EQ(panel.reload(buzzerSettings(enabled, 3400)), 0);
+        EXPECT_EQ(panel.driver().status().time - hung, 20000U) << "waits once for the click that hangs";
+    }
+    panel.panel().devices().setBehaviour("BZR1", {});
+    panel.driver().settle();
+    EXPECT_EQ(panel.clicksOf(leftPress), Words{3400});
+    panel.panel().devices().setBehaviour("BZR1", {Behaviour::Kind::block, 0});
+    panel.clicksOf(leftPress);
+    EXPECT_EQ(panel.terminate(), 0U) << "also when there never is an answer";
     EXPECT_EQ(panel.errors(), Lines{});
 }
 
 TEST(Buzzer, IsSwitchedByReloadingItsSettings) {
-    BuzzerPanel panel(settings(false, 3400));
+    BuzzerPanel panel(buzzerSettings(false, 3400));
     panel.driver().setTracing(true);
-    panel.startHelper();
+    panel.startInPlace();
     EXPECT_EQ(panel.clicksOf(leftPress), Words{});
-    EXPECT_EQ(panel.calls("SetWindowsHookExW"), 0);
-    EXPECT_EQ(panel.reload(settings(true, 3400)), 0);
+    EXPECT_EQ(panel.calls("SetWindowsHookExW").size(), 0U);
+    EXPECT_EQ(panel.reload(buzzerSettings(true, 3400)), 0);
     EXPECT_EQ(panel.clicksOf(leftPress), Words{3400});
-    EXPECT_EQ(panel.reload(settings(true, 1000)), 0);
+    EXPECT_EQ(panel.reload(buzzerSettings(true, 1000)), 0);
     EXPECT_EQ(panel.clicksOf(leftPress), Words{3400}) << "a buzzer that is there keeps its frequency";
-    EXPECT_EQ(panel.calls("SetWindowsHookExW"), 1);
-    EXPECT_EQ(panel.reload(settings(false, 1000)), 0);
+    EXPECT_EQ(panel.calls("SetWindowsHookExW").size(), 1U);
+    EXPECT_EQ(panel.reload(buzzerSettings(false, 1000)), 0);
     EXPECT_EQ(panel.clicksOf(leftPress), Words{});
-    EXPECT_EQ(panel.reload(settings(true, 1000)), 0);
+    EXPECT_EQ(panel.reload(buzzerSettings(true, 1000)), 0);
     EXPECT_EQ(panel.clicksOf(leftPress), Words{1000});
     EXPECT_EQ(panel.reload("<TouchBuzzer><Settings><Enabled>1</Enabled></Settings></TouchBuzzer>"), 2);
     EXPECT_EQ(panel.clicksOf(leftPress), Words{}) << "settings that cannot be read switch it off";
@@ -175,13 +159,13 @@ TEST(Buzzer, IsSwitchedByReloadingItsSettings) {
 }
 
 TEST(Buzzer, ClicksOnceAPressAfterManyRoundsAndEndsWithTheThreadsThatTheyLeave) {
-    BuzzerPanel panel(settings(true, 3400));
-    panel.startHelper();
+    BuzzerPanel panel(buzzerSettings(true, 3400));
+    panel.startInPlace();
     const std::uint32_t others = panel.threads() - 1;
     constexpr std::uint32_t rounds = 20;
     for (std::uint32_t round = 1; round < rounds; ++round) {
-        EXPECT_EQ(panel.reload(settings(false, 3400)), 0);
-        EXPECT_EQ(panel.reload(settings(true, 3400)), 0);
+        EXPECT_EQ(panel.reload(buzzerSettings(false, 3400)), 0);
+        EXPECT_EQ(panel.reload(buzzerSettings(true, 3400)), 0);
         EXPECT_EQ(panel.clicksOf(leftPress), Words{3400});
     }
     EXPECT_EQ(panel.threads(), others + rounds);
@@ -194,16 +178,20 @@ TEST(Buzzer, ClicksOnceAPressAfterManyRoundsAndEndsWithTheThreadsThatTheyLeave) 
 TEST(Buzzer, ReplacesANegativeFrequencyByThePanelsOwn) {
     const struct {
         std::uint16_t model;
+        int written;
         std::uint32_t frequency;
-    } cases[] = {{1026, 3400}, {1027, 3400}, {1030, 3400}, {1025, 2400}, {1028, 2400}, {2, 2400}};
-    for (const auto& [model, frequency] : cases) {
-        BuzzerPanel panel("<TouchBuzzer><Settings><Enabled>1</Enabled><Frequency>-1</Frequency>"
-                          "<Other/></Settings></TouchBuzzer>");
+    } cases[] = {{1026, -1, 3400}, {1027, -1, 3400}, {1030, -1, 3400}, {1025, -1, 2400},
+                 {1028, -1, 2400}, {2, -1, 2400},    {1026, 0, 0}};
+    for (const auto& [model, written, frequency] : cases) {
+        const std::string content = "<TouchBuzzer><Settings><Enabled>1</Enabled><Frequency>" + std::to_string(written) +
+                                    "</Frequency><Other/></Settings></TouchBuzzer>";
+        BuzzerPanel panel(content);
         const char code[] = {static_cast<char>(model & 0xFF), static_cast<char>(model >> 8)};
         panel.panel().devices().setTag(18, {code, sizeof code});
-        panel.startHelper();
-        EXPECT_EQ(panel.read(settingsFile), settings(true, static_cast<int>(frequency)));
-        EXPECT_EQ(panel.clicksOf(leftPress), Words{frequency}) << model;
+        panel.startInPlace();
+        EXPECT_EQ(panel.read(buzzerSettingsPath),
+                  written < 0 ? buzzerSettings(true, static_cast<int>(frequency)) : content);
+        EXPECT_EQ(panel.clicksOf(leftPress), Words{frequency}) << model << ' ' << written;
         EXPECT_EQ(panel.terminate(), 0U);
     }
 }
@@ -218,19 +206,19 @@ TEST(Buzzer, NeedsNoTagStoreAndAsksItAgain) {
                  {"TAG_Get_Data", {Behaviour::Kind::code, 7}}}; // which answers yes all the same
     for (const auto& [function, behaviour] : cases) {
         SCOPED_TRACE(function ? function : "no library");
-        BuzzerPanel panel(settings(false, -5));
+        BuzzerPanel panel(buzzerSettings(false, -5));
         const panel::Devices devices = panel.panel().devices();
         devices.setTag(18, "\x02\x04");
         if (function)
             devices.setBehaviour("tags", behaviour, function);
         else
             devices.setPresent("tags", false);
-        panel.startHelper();
-        EXPECT_EQ(panel.read(settingsFile), settings(false, 2400));
+        panel.startInPlace();
+        EXPECT_EQ(panel.read(buzzerSettingsPath), buzzerSettings(false, 2400));
         devices.setPresent("tags", true);
         devices.setBehaviour("tags", {});
-        EXPECT_EQ(panel.reload(settings(true, -5)), 0);
-        EXPECT_EQ(panel.read(settingsFile), settings(true, 3400));
+        EXPECT_EQ(panel.reload(buzzerSettings(true, -5)), 0);
+        EXPECT_EQ(panel.read(buzzerSettingsPath), buzzerSettings(true, 3400));
         EXPECT_EQ(panel.clicksOf(leftPress), Words{3400});
         EXPECT_EQ(panel.terminate(), 0U);
         EXPECT_EQ(panel.errors(), Lines{});
@@ -238,10 +226,10 @@ TEST(Buzzer, NeedsNoTagStoreAndAsksItAgain) {
 }
 
 TEST(Buzzer, DoesNotMindSettingsThatCannotBeWritten) {
-    BuzzerPanel panel(settings(true, -1));
-    std::filesystem::permissions(panel.panel().hostPath(settingsFile), std::filesystem::perms::owner_read);
-    panel.startHelper();
-    EXPECT_EQ(panel.read(settingsFile), settings(true, -1));
+    BuzzerPanel panel(buzzerSettings(true, -1));
+    std::filesystem::permissions(panel.panel().hostPath(buzzerSettingsPath), std::filesystem::perms::owner_read);
+    panel.startInPlace();
+    EXPECT_EQ(panel.read(buzzerSettingsPath), buzzerSettings(true, -1));
     EXPECT_EQ(panel.clicksOf(leftPress), Words{3400});
     EXPECT_EQ(panel.terminate(), 0U);
     EXPECT_EQ(panel.errors(), Lines{});
@@ -249,62 +237,70 @@ TEST(Buzzer, DoesNotMindSettingsThatCannotBeWritten) {
 
 TEST(Buzzer, IsOffWithoutSettings) {
     BuzzerPanel panel("");
-    std::filesystem::remove(panel.panel().hostPath(settingsFile));
-    panel.startHelper();
+    std::filesystem::remove(panel.panel().hostPath(buzzerSettingsPath));
+    panel.startInPlace();
     EXPECT_EQ(panel.clicksOf(leftPress), Words{});
     EXPECT_EQ(panel.tell(1), 2);
     EXPECT_EQ(panel.terminate(), 0U);
-    EXPECT_EQ(panel.buzzerLog().front(), "ERROR;BuzzerModule;settings error");
+    EXPECT_EQ(panel.buzzerLog().at(0), "ERROR;BuzzerModule;settings error");
 }
 
 TEST(Buzzer, StaysSilentWithoutItsDriver) {
-    BuzzerPanel panel(settings(true, 3400));
+    BuzzerPanel panel(buzzerSettings(true, 3400));
     panel.panel().devices().setPresent("BZR1", false);
     panel.driver().setTracing(true);
-    panel.startHelper();
+    panel.startInPlace();
     EXPECT_EQ(panel.clicksOf(leftPress), Words{});
     EXPECT_EQ(panel.terminate(), 0U);
-    EXPECT_EQ(panel.calls("CallNextHookEx"), 1) << "the touch was heard";
-    EXPECT_EQ(panel.calls("DeviceIoControl"), 1) << "of the eMMC's counter alone";
+    EXPECT_EQ(panel.calls("CallNextHookEx").size(), 1U) << "the touch was heard";
+    EXPECT_EQ(panel.calls("DeviceIoControl").size(), 1U) << "of the eMMC's counter alone";
     EXPECT_EQ(panel.errors(), Lines{});
 }
 
 TEST(Buzzer, StaysSilentWhenTheHookIsRefused) {
-    BuzzerPanel panel(settings(true, 3400));
-    panel.driver().addFault({"SetWindowsHookExW", "TarvexHelper.exe", 1, 1, 1, false, panel::FaultAction::fail, 0});
-    panel.startHelper();
+    BuzzerPanel panel(buzzerSettings(true, 3400));
+    panel.failCall("SetWindowsHookExW");
+    panel.startInPlace();
     EXPECT_EQ(panel.clicksOf(leftPress), Words{});
     EXPECT_EQ(panel.tell(1), 0);
     EXPECT_EQ(panel.clicksOf(leftPress), Words{}) << "it is not asked for again";
-    EXPECT_EQ(panel.reload(settings(false, 3400)), 0);
-    EXPECT_EQ(panel.reload(settings(true, 3400)), 0);
+    EXPECT_EQ(panel.reload(buzzerSettings(false, 3400)), 0);
+    EXPECT_EQ(panel.reload(buzzerSettings(true, 3400)), 0);
     EXPECT_EQ(panel.clicksOf(leftPress), Words{3400});
     EXPECT_EQ(panel.terminate(), 0U);
     EXPECT_EQ(panel.errors(), Lines{});
 }
 
 TEST(Buzzer, KeepsAHookThatThePlatformDoesNotRemove) {
-    BuzzerPanel panel(settings(true, 3400));
-    panel.driver().addFault({"UnhookWindowsHookEx", "TarvexHelper.exe", 1, 1, 1, false, panel::FaultAction::fail, 0});
-    panel.startHelper();
+    BuzzerPanel panel(buzzerSettings(true, 3400));
+    panel.failCall("UnhookWindowsHookEx");
+    panel.startInPlace();
     const std::uint32_t threads = panel.threads();
-    EXPECT_EQ(panel.reload(settings(false, 3400)), 0);
+    EXPECT_EQ(panel.reload(buzzerSettings(false, 3400)), 0);
     EXPECT_EQ(panel.clicksOf(leftPress), Words{});
-    EXPECT_EQ(panel.reload(settings(true, 1000)), 0);
+    EXPECT_EQ(panel.reload(buzzerSettings(true, 1000)), 0);
     EXPECT_EQ(panel.clicksOf(leftPress), Words{1000});
     EXPECT_EQ(panel.threads(), threads);
     EXPECT_EQ(panel.terminate(), 0U);
 }
 
 TEST(Buzzer, WithoutItsEventsThereIsNoHelper) {
+    BuzzerPanel panel(buzzerSettings(true, 3400));
+    panel.startInPlace();
+    const Lines log = panel.log();
+    panel.driver().addFault({"CreateEventW", "TarvexHelper.exe", 2, 1, 1});
+    EXPECT_EQ(panel.run(ScenarioPanel::helper), 0U) << "a second instance ends as always";
+    EXPECT_EQ(panel.log(), log);
+    EXPECT_EQ(panel.terminate(), 0U);
     for (const std::uint32_t call : {1U, 2U}) {
-        BuzzerPanel panel(settings(true, 3400));
-        panel.driver().addFault({"CreateEventW", "TarvexHelper.exe", 1, 1, call, false, panel::FaultAction::fail, 0});
-        panel.driver().setTracing(true);
+        const std::size_t lines = panel.log().size();
+        panel.driver().addFault({"CreateEventW", "TarvexHelper.exe", call + 2, 1, call});
         EXPECT_EQ(panel.run(ScenarioPanel::helper), 1U);
-        EXPECT_EQ(panel.log(), Lines{"ERROR;Exception OrvaUtils::Exception: Cannot create events for mouse hook"});
-        EXPECT_EQ(panel.calls("CreateMutexW"), 0) << "another instance is not kept away";
-        panel.startHelper();
-        EXPECT_EQ(panel.terminate(), 0U);
+        EXPECT_EQ(panel.log().size(), lines + 2);
+        EXPECT_EQ(panel.lastLines(2),
+                  (Lines{"INFO;Init of Helper",
+                         "ERROR;Exception OrvaUtils::Exception: Cannot create events for mouse hook"}));
     }
+    panel.startInPlace();
+    EXPECT_EQ(panel.terminate(), 0U);
 }

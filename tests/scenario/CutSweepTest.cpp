@@ -41,9 +41,8 @@ TEST_P(CutSweep, TheNextStartMakesUpForAnyPowerCut) {
     for (const Call& call : dealt(calls, "cuts", shard, shards)) {
         SCOPED_TRACE(testing::PrintToString(call));
         SweptPanel panel(story);
-        panel::Fault cut{call.function, "TarvexHelper.exe", call.process, call.thread, call.number};
-        cut.action = panel::FaultAction::cut;
-        panel.driver().addFault(cut);
+        panel.driver().addFault({call.function, "TarvexHelper.exe", call.process, call.thread, call.number, false,
+                                 panel::FaultAction::cut});
         EXPECT_TRUE(panel.liveUntilCut());
         EXPECT_EQ(differences(undisturbed, panel.stateAfterCut()), knownLoss(cutLosses, story, call));
     }

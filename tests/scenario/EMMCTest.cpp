@@ -21,16 +21,10 @@ struct CountingPanel : ScenarioPanel {
     void startHelper(std::uint32_t counted, std::uint64_t after) {
         setCount(counted);
         driver().advance(after);
-        driver().start(helper);
-        EXPECT_TRUE(reachesLoop());
-        driver().settle();
+        startInPlace();
     }
     void setCount(std::uint32_t counted) {
         panel().devices().setValues("SHC1", {counted});
-    }
-    void pass(std::uint64_t milliseconds) {
-        driver().advance(milliseconds);
-        driver().settle();
     }
 };
 
@@ -122,9 +116,7 @@ TEST(EMMC, IsRecordedFromVersion15On) {
         panel.install();
         panel.panel().changeRegistry(
             [text = version](auto& tree) { tree.make(key)->set(panel::registry::textValue("Version", text)); }, true);
-        panel.driver().start(ScenarioPanel::helper);
-        EXPECT_TRUE(panel.reachesLoop());
-        panel.driver().settle();
+        panel.startInPlace();
         EXPECT_EQ(panel.exists(statisticsPath), recorded);
         EXPECT_EQ(panel.panel().devices().requests("SHC1").size(), recorded ? 1U : 0U);
         EXPECT_EQ(panel.terminate(), 0U);

@@ -13,12 +13,14 @@ constexpr const char* emptySettings = "<?xml version=\"1.0\" encoding=\"UTF-8\"?
                                       "    </Settings>\n"
                                       "</OrvaTarvex>\n";
 
-std::string settingsWith(const std::string& directory) {
+std::string settingsWith(const Lines& directories) {
     std::string text = emptySettings;
+    std::string elements;
+    for (const std::string& directory : directories)
+        elements += "            <Directory Name=\"" + directory + "\"/>\n";
     const std::string none = "<CleanupDirectories/>";
     return text.replace(text.find(none), none.size(),
-                        "<CleanupDirectories>\n            <Directory Name=\"" + directory +
-                            "\"/>\n        </CleanupDirectories>");
+                        "<CleanupDirectories>\n" + elements + "        </CleanupDirectories>");
 }
 
 Lines installedLines(bool withSettings = true) {
@@ -38,10 +40,7 @@ Lines handOverLines(const std::string& from, bool installs, bool withSettings = 
 void expectNormalEnd(ScenarioPanel& panel) {
     EXPECT_EQ(panel.command(0), 1);
     EXPECT_EQ(panel.terminate(), 0U);
-    const Lines lines = panel.log();
-    ASSERT_GE(lines.size(), 2U);
-    EXPECT_EQ(lines[lines.size() - 2], "INFO;Module manager terminated");
-    EXPECT_EQ(lines[lines.size() - 1], "INFO;Helper terminated");
+    EXPECT_EQ(panel.lastLines(2), (Lines{"INFO;Module manager terminated", "INFO;Helper terminated"}));
 }
 
 } // namespace
@@ -108,14 +107,18 @@ TEST(Installation, CopiesOnlyItselfWithoutADiskThatHoldsTheApplication) {
 }
 
 TEST(Installation, OnlyHandsOverToAnInstalledHelper) {
-    ScenarioPanel panel;
-    panel.install();
-    panel.plugDisk("Hard Disk");
-    EXPECT_EQ(panel.run("\\Hard Disk\\Tarvex\\TarvexHelper.exe"), 0U);
-    ASSERT_TRUE(panel.reachesLoop());
-    EXPECT_EQ(panel.log(), handOverLines("\\Hard Disk\\Tarvex", false));
-    EXPECT_FALSE(panel.exists("\\MMCMemory\\Tarvex\\readme.txt"));
-    EXPECT_EQ(panel.tree("\\Hard Disk"), (std::map<std::string, std::string>{}));
+    for (const std::string from : {"\\Hard Disk\\Tarvex", "\\MMCMemory\\Tarvex"}) {
+        ScenarioPanel panel;
+        panel.install();
+        panel.plugDisk("Hard Disk");
+        panel.put(from + "\\Other.exe", helperFile());
+        EXPECT_EQ(panel.run(from + "\\Other.exe"), 0U);
+        ASSERT_TRUE(panel.reachesLoop());
+        EXPECT_EQ(panel.log(), handOverLines(from, false));
+        EXPECT_FALSE(panel.exists("\\MMCMemory\\Tarvex\\readme.txt"));
+        EXPECT_FALSE(panel.exists(from + "\\Other.exe"));
+        EXPECT_EQ(panel.tree("\\Hard Disk").empty(), from.starts_with("\\Hard Disk"));
+    }
 }
 
 TEST(Installation, RunsInPlaceWhateverTheCaseOfItsPath) {
@@ -143,10 +146,9 @@ TEST(Installation, DeletesAnOlderInstallationExceptWhatIsBusy) {
     EXPECT_TRUE(panel.exists("\\MMCMemory\\_rm_ORVATarvex\\_rm_sub\\_rm_Actor.exe"));
     EXPECT_FALSE(panel.exists("\\MMCMemory\\_rm_ORVATarvex\\_rm_TarvexHelper.exe"));
     EXPECT_EQ(panel.log().at(5), "INFO;Path \\MMCMemory not cleaned up");
-    EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), settingsWith("\\MMCMemory"));
+    EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), settingsWith({"\\MMCMemory"}));
     panel.reboot(); // which ends the busy program
-    panel.driver().start(ScenarioPanel::helper);
-    ASSERT_TRUE(panel.reachesLoop());
+    panel.startInPlace();
     EXPECT_FALSE(panel.exists("\\MMCMemory\\_rm_ORVATarvex"));
     EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), emptySettings);
 }
@@ -186,8 +188,9 @@ TEST(Installation, ClearsTheOldPlaceAndSavesWhereItsLeftoversAre) {
         panel.put(place + "\\TarvexHelper.exe", helperFile());
         panel.write(place + "\\beside\\file.txt", "");
         panel.put(ScenarioPanel::helper, programFile("Actor")); // stands in: notes nothing, cleans nothing
+        panel.write("\\MMCMemory\\Tarvex\\config.xml", settingsWith({"\\Earlier"}));
         EXPECT_EQ(panel.run(spelled + "\\TarvexHelper.exe"), 0U);
-        EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), settingsWith(registered));
+        EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), settingsWith({"\\Earlier", registered}));
         EXPECT_TRUE(panel.exists(leftover));
         EXPECT_EQ(panel.exists(place + "\\beside\\file.txt"), registered == place);
         EXPECT_EQ(panel.exists("\\Hard Disk\\Tarvex\\data\\deep\\table.bin"), place != "\\Hard Disk");
@@ -198,23 +201,20 @@ TEST(Installation, ClearsTheOldPlaceAndSavesWhereItsLeftoversAre) {
             EXPECT_EQ(panel.run(ScenarioPanel::helper), 1U);
             EXPECT_EQ(panel.errors(),
                       Lines{"ERROR;Exception OrvaUtils::IO::FileSystemException: Invalid directory name"});
-            EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), settingsWith(registered));
+            EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), settingsWith({"\\Earlier", registered}));
         }
     }
 }
 
 TEST(Installation, ChangesNothingWhenItCannotTellWhereItStarted) {
-    for (const std::uint32_t call : {1, 2}) { // to choose what to do, and to clear the place
-        ScenarioPanel panel;
-        panel.install();
-        panel.put("\\Temp\\TarvexHelper.exe", helperFile());
-        const auto before = panel.tree("\\");
-        panel.driver().addFault(
-            {"GetModuleFileNameW", "TarvexHelper.exe", 1, 1, call, false, panel::FaultAction::fail, 0});
-        EXPECT_EQ(panel.run("\\Temp\\TarvexHelper.exe"), 1U);
-        EXPECT_EQ(panel.errors(), Lines{"ERROR;Exception OrvaUtils::Exception: Generic Exception"});
-        EXPECT_EQ(panel.tree("\\"), before);
-    }
+    ScenarioPanel panel;
+    panel.install();
+    panel.put("\\Temp\\TarvexHelper.exe", helperFile());
+    const auto before = panel.tree("\\");
+    panel.failCall("GetModuleFileNameW", 1);
+    EXPECT_EQ(panel.run("\\Temp\\TarvexHelper.exe"), 1U);
+    EXPECT_EQ(panel.errors(), Lines{"ERROR;Exception OrvaUtils::Exception: Generic Exception"});
+    EXPECT_EQ(panel.tree("\\"), before);
 }
 
 TEST(Installation, FailuresEndInOneErrorLineAndExitCodeOne) {
@@ -235,26 +235,10 @@ TEST(Installation, FailuresEndInOneErrorLineAndExitCodeOne) {
     for (const auto& each : cases) {
         ScenarioPanel panel;
         panel.put("\\Temp\\TarvexHelper.exe", helperFile());
-        panel.driver().addFault(
-            {each.function, "TarvexHelper.exe", 1, 1, each.call, false, panel::FaultAction::fail, 0});
+        panel.failCall(each.function, each.call);
         EXPECT_EQ(panel.run("\\Temp\\TarvexHelper.exe"), 1U) << each.what;
         EXPECT_EQ(panel.errors(), Lines{each.line}) << each.what;
-        EXPECT_NE(panel.log().back(), "INFO;Helper terminated") << each.what;
+        EXPECT_NE(panel.lastLines(1), Lines{"INFO;Helper terminated"}) << each.what;
         EXPECT_FALSE(panel.settlesInLoop());
     }
-}
-
-TEST(Installation, FailsWhenTheDiskGoesBetweenTwoLooks) {
-    // The application is found on the disk, and then it is not.
-    ScenarioPanel panel;
-    panel.plugDisk("Hard Disk");
-    panel.driver().setTracing(true);
-    panel.put("\\Temp\\TarvexHelper.exe", helperFile());
-    for (const std::uint32_t disk : {1, 2}) {
-        // Looks in order: the folder of the log, the helper, the application, the disk; then the disks again.
-        panel.driver().addFault(
-            {"GetFileAttributesW", "TarvexHelper.exe", 1, 1, 4 + disk, false, panel::FaultAction::fail, 0});
-    }
-    EXPECT_EQ(panel.run("\\Temp\\TarvexHelper.exe"), 1U);
-    EXPECT_EQ(panel.errors(), Lines{"ERROR;Exception OrvaUtils::Exception: Tarvex not found in any external disk"});
 }

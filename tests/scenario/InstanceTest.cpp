@@ -19,29 +19,15 @@ constexpr const char* restoring = R"(<?xml version="1.0" encoding="UTF-8"?>
 </OrvaTarvex>
 )";
 
-// "      1000 TarvexHelper.exe#1 t1 Sleep[1](1000) = void" -> the function's name
-std::string functionOf(const std::string& line) {
-    const auto end = line.find('[');
-    const auto start = line.rfind(' ', end);
-    return line.substr(start + 1, end - start - 1);
-}
-
-std::string processOf(const std::string& line) {
-    const auto start = line.find_first_not_of(' ', 10);
-    return line.substr(start, line.find(' ', start) - start);
-}
-
-std::uint64_t timeOf(const std::string& line) {
-    return std::stoull(line);
-}
-
 } // namespace
 
 TEST(Instance, ASecondOneEndsAtOnceAndLogsNothing) {
     ScenarioPanel panel;
     panel.install();
-    panel.driver().start(ScenarioPanel::helper);
-    ASSERT_TRUE(panel.reachesLoop());
+    panel.driver().addFault({"CreateMutexW", "TarvexHelper.exe", 1});
+    EXPECT_EQ(panel.run(ScenarioPanel::helper), 0U); // nobody can tell whether it is the first one
+    EXPECT_EQ(panel.log(), Lines{});
+    panel.startInPlace();
     panel.put("\\Temp\\TarvexHelper.exe", helperFile());
     const Lines before = panel.log();
     const auto files = panel.tree("\\");
@@ -64,18 +50,20 @@ TEST(Instance, HandsOverInOrderAndAfterExactlyOneSecond) {
         Lines steps; // of the first process: what it copied, its settings, and what came then
         std::uint64_t released = 0;
         std::uint64_t started = 0;
-        for (const std::string& line : panel.trace()) {
-            const std::string function = functionOf(line);
+        for (const TracedCall& call : panel.calls()) {
+            const std::string& function = call.function;
             const bool matters = function == "ReleaseMutex" || function == "Sleep" || function == "CreateProcessW" ||
-                                 function == "CopyFileW" || line.find("config.xml") != std::string::npos;
-            if (processOf(line) != "TarvexHelper.exe#1" || !matters)
+                                 function == "CopyFileW" || call.firstText().ends_with("config.xml");
+            if (call.process != 1 || !matters)
                 continue;
             if (function != "CopyFileW" || steps.empty() || steps.back() != function) // copies in a row are one
                 steps.push_back(function);
             if (function == "ReleaseMutex")
-                released = timeOf(line);
-            if (function == "CreateProcessW")
-                started = timeOf(line);
+                released = call.time;
+            if (function == "CreateProcessW") {
+                started = call.time;
+                EXPECT_NE(call.text.find("TarvexHelper.exe\", null)"), std::string::npos) << call.text;
+            }
         }
         EXPECT_EQ(steps,
                   (Lines{"CopyFileW", "GetFileAttributesW", "CreateFileW", "ReleaseMutex", "Sleep", "CreateProcessW"}));
@@ -97,18 +85,17 @@ TEST(Instance, ReleasesItsLockOnceAndNeverClosesIt) {
     EXPECT_EQ(panel.run(ScenarioPanel::helper), 0U);
     EXPECT_EQ(panel.terminate(), 0U);
     // One hands over, one is told to end, one is too many.
-    for (const char* process : {"TarvexHelper.exe#1", "TarvexHelper.exe#2", "TarvexHelper.exe#3"}) {
+    for (const std::uint32_t process : {1U, 2U, 3U}) {
         std::string mutex;
         Lines uses;
-        for (const std::string& line : panel.trace()) {
-            if (processOf(line) != process)
+        for (const TracedCall& call : panel.calls()) {
+            if (call.process != process)
                 continue;
-            if (functionOf(line) == "CreateMutexW") {
-                EXPECT_NE(line.find("(0, \"OrvaTarvexHelper.0\") = 0x"), std::string::npos) << line;
-                const auto result = line.find("= ") + 2;
-                mutex = line.substr(result, line.find(' ', result) - result);
-            } else if (!mutex.empty() && line.find('(' + mutex + ')') != std::string::npos) {
-                uses.push_back(functionOf(line));
+            if (call.function == "CreateMutexW") {
+                EXPECT_EQ(call.arguments, "0, \"OrvaTarvexHelper.0\"");
+                mutex = call.result;
+            } else if (call.arguments == mutex && !mutex.empty()) {
+                uses.push_back(call.function);
             }
         }
         EXPECT_EQ(uses, Lines{"ReleaseMutex"}) << process;
@@ -119,8 +106,7 @@ TEST(Instance, StartsTheApplicationWhenARestoreIsInProgress) {
     ScenarioPanel panel;
     panel.install();
     panel.write("\\MMCMemory\\Tarvex\\config.xml", restoring);
-    panel.driver().start(ScenarioPanel::helper);
-    ASSERT_TRUE(panel.reachesLoop());
+    panel.startInPlace();
     Lines expected = ScenarioPanel::managerLines();
     expected.insert(expected.begin(), "INFO;Follow up needed");
     EXPECT_EQ(panel.log(), firstStartLines(expected));
@@ -150,7 +136,7 @@ TEST(Instance, FailuresOfTheLoopEndInOneErrorLineAndExitCodeOne) {
     for (const auto& each : cases) {
         ScenarioPanel panel;
         panel.put(ScenarioPanel::helper, helperFile());
-        panel.driver().addFault({each.function, "TarvexHelper.exe", 1, 1, 1, false, panel::FaultAction::fail, 0});
+        panel.failCall(each.function);
         EXPECT_EQ(panel.run(ScenarioPanel::helper), 1U);
         Lines expected = ScenarioPanel::managerLines(false);
         expected.insert(expected.end(), {each.line, "INFO;Helper terminated"});
@@ -162,8 +148,7 @@ TEST(Instance, AnswersEachOfTenThousandMessagesOfTwoClients) {
     ScenarioPanel panel;
     panel.install();
     panel.put("\\Temp\\Actor.exe", programFile("Actor"));
-    panel.driver().start(ScenarioPanel::helper);
-    ASSERT_TRUE(panel.reachesLoop());
+    panel.startInPlace();
     const std::string words = "ask ORVATarvexHelper ORVATarvexMsg 7 5000 1";
     const auto first = panel.driver().start("\\Temp\\Actor.exe", words);
     const auto second = panel.driver().start("\\Temp\\Actor.exe", words);

@@ -103,7 +103,7 @@ inline constexpr KnownLoss knownLosses[] = {
     {alive, "CreateFileW", SAVER_FILE, "~(reloads)", 2},
     {alive, reading, SAVER_FILE "#2", "~(reloads)"},
     {alive, "CreateThread", "", "~(dims)", 2},
-    {alive, "OpenEventW", R"("PowerManager/UserActivity_)", "~(dims)"},
+    {alive, "OpenEventW", R"(0x1f0003, 0, "PowerManager/UserActivity_)", "~(dims)"},
     {alive, "PostMessageW", "0x101, 0x401", "~(dims)"},
     {alive, "PostMessageW", "0x101, 0x402", "~(wakes)", 2}, // the first in the list is the main thread's, at the end
     {alive, "WaitForMultipleObjects", R"(2, "PowerManager/UserActivity_Active", event#8, 4294967295)", "~(dims)"},

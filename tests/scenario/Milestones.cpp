@@ -1,5 +1,4 @@
 #include "tests/scenario/Milestones.h"
-#include "tests/support/TracedCall.h"
 
 #include <algorithm>
 
@@ -23,7 +22,7 @@ public:
     std::string of(const TracedCall& call) {
         const std::string& function = call.function;
         const Lines arguments = call.argumentList();
-        const std::string first = arguments.empty() ? "" : arguments.front();
+        const std::string& first = arguments[0];
         if (function == "CreateFileW")
             return opened(call);
         if (function == "CreateEventW")
@@ -33,7 +32,7 @@ public:
         if (function == "CreateMutexW" || function == "OpenEventW" || function == "LoadLibraryW")
             return named(call, function == "LoadLibraryW" ? "load " : "open ", baseName(arguments.back()));
         if (function == "CreateWindowExW")
-            return named(call, "make ", "window " + baseName(first));
+            return named(call, "make ", "window " + baseName(arguments.at(1))) + ", " + first + ", " + arguments.at(3);
         if (function == "CreateMsgQueue")
             return named(call, "make ", "queue");
         if (function == "RequestDeviceNotifications")
@@ -86,7 +85,7 @@ private:
         if (name.find("helper_log") == 0)
             return reads ? "" : named(call, "open ", logName);
         if (name.back() == ':')
-            return named(call, "open ", name);
+            return named(call, "open ", name) + call.arguments.substr(arguments[0].size() + 1);
         return (reads ? "read " : "write ") + name;
     }
 
@@ -104,15 +103,14 @@ private:
 
 } // namespace
 
-Lines milestones(const ScenarioPanel& panel, const std::string& thread) {
+Lines milestones(const ScenarioPanel& panel, std::uint32_t thread) {
     Lines found;
     Steps steps(panel.log());
-    for (const std::string& line : panel.trace()) {
-        const TracedCall call = tracedCall(line);
+    for (const TracedCall& call : panel.calls()) {
         if (call.process != 1)
             continue;
         const std::string step = steps.of(call);
-        if (!step.empty() && "t" + std::to_string(call.thread) == thread)
+        if (!step.empty() && call.thread == thread)
             found.push_back(call.failed ? step + " failed" : step);
     }
     return found;

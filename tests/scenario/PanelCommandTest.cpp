@@ -4,9 +4,9 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -22,13 +22,8 @@ struct Answer {
 
 class PanelCommand : public testing::Test {
 protected:
-    PanelCommand() {
-        std::string name = (fs::temp_directory_path() / "panel-XXXXXX").string();
-        directory = mkdtemp(name.data());
-    }
     ~PanelCommand() override {
         call("off");
-        fs::remove_all(directory);
     }
 
     Answer call(const std::string& words) {
@@ -65,7 +60,8 @@ protected:
         fs::copy_file(programFile("Actor"), directory / "p/fs/MMCMemory/Actor.exe");
     }
 
-    fs::path directory;
+    const FreshFolder folder;
+    const fs::path& directory = folder.path;
 };
 
 } // namespace
@@ -77,7 +73,12 @@ TEST_F(PanelCommand, RunsTheHelperFromCreationToItsEnd) {
     succeed("trace on");
     succeed("start '\\MMCMemory\\Tarvex\\TarvexHelper.exe'");
     succeed("wait --window ORVATarvexHelper");
-    EXPECT_EQ(json("ps").at("processes").at(0).at("name"), "TarvexHelper.exe#1");
+    const Json process = json("ps").at("processes").at(0);
+    EXPECT_EQ(process.at("name"), "TarvexHelper.exe#1");
+    EXPECT_EQ(process.at("calls").at(0), Json({{"thread", 1}, {"since", 0}, {"call", "GetMessageW[1]()"}}));
+    const std::string waiting = "         0 TarvexHelper.exe#1 t1 GetMessageW[1]() has not returned\n";
+    EXPECT_EQ(call("trace show --function GetMessageW").text, waiting);
+    EXPECT_NE(call("ps").text.find(waiting), std::string::npos);
     EXPECT_EQ(json("send ORVATarvexHelper ORVATarvexMsg 0").at("result"), 1);
     succeed("send ORVATarvexHelper ORVATarvexMsg 1 --post");
     const Json ended = json("wait --exit TarvexHelper.exe");
@@ -102,14 +103,14 @@ TEST_F(PanelCommand, SaysWhatIsWrongInOneLine) {
     succeed("boot --stepped");
     fails("boot", "on already");
     fails("start '\\MMCMemory\\none.exe'", "no such file");
-    std::ofstream(directory / "p/fs/MMCMemory/text.exe") << "text";
+    writeText(directory / "p/fs/MMCMemory/text.exe", "text");
     fails("start '\\MMCMemory\\text.exe'", "it is no program");
-    std::ofstream(directory / "p/fs/MMCMemory/half.exe") << "MZ";
+    writeText(directory / "p/fs/MMCMemory/half.exe", "MZ");
     fails("start '\\MMCMemory\\half.exe'", "it is no program");
     std::string head(0x80, '\0'); // of a panel executable: signature, machine, subsystem, no sections
     head.replace(0, 2, "MZ").replace(0x3C, 1, "\x20").replace(0x20, 2, "PE").replace(0x24, 2, "\xC0\x01");
     head.replace(0x20 + 24 + 68, 1, "\x09");
-    std::ofstream(directory / "p/fs/MMCMemory/panel.exe") << head;
+    writeText(directory / "p/fs/MMCMemory/panel.exe", head);
     for (const std::string loader : {"/nowhere/loader", "/tmp"}) {
         setenv("PANEL_LOADER", loader.c_str(), 1);
         fails("start '\\MMCMemory\\panel.exe'", "the loader that it takes is missing or no program: " + loader + " (");
@@ -262,6 +263,20 @@ TEST_F(PanelCommand, KeepsTheTagStore) {
     EXPECT_EQ(call("tag remove 7").code, 1);
     EXPECT_EQ(call("tag set 7 0").code, 1);
     EXPECT_EQ(json("tag list").size(), 3U);
+}
+
+TEST_F(PanelCommand, NamesTheProgramThatKeepsTimeFromMoving) {
+    succeed("create p");
+    install();
+    succeed("boot --stepped");
+    succeed("start '\\MMCMemory\\Actor.exe' spin");
+    for (const char* command : {"advance 1s", "wait --window none --limit 1s", "start --wait '\\MMCMemory\\Actor.exe'"})
+        fails(std::string("--patience 100ms ") + command, "Actor.exe#1 is busy");
+    EXPECT_EQ(call("--patience 100ms advance 1s").code, 1);
+    const pid_t pid = json("ps").at("processes").at(0).at("hostPid");
+    kill(pid, SIGSTOP);
+    fails("--patience 100ms advance 1s", "Actor.exe#1 is stopped");
+    succeed("off");
 }
 
 TEST_F(PanelCommand, StartsAndWaitsWithTheProgramsExitCode) {

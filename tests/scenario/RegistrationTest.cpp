@@ -34,24 +34,20 @@ const Values complete{
 Lines changes(ScenarioPanel& panel) {
     std::map<std::string, std::string> made; // handle to path
     Lines steps;
-    for (const std::string& line : panel.trace()) {
-        const auto begin = line.find('(') + 1;
-        const std::string handle = line.substr(begin, line.find_first_of(",)", begin) - begin);
-        const auto quote = line.find('"', begin);
-        const std::string text =
-            quote == std::string::npos ? "" : line.substr(quote + 1, line.find('"', quote + 1) - quote - 1);
-        if (line.find(" RegCreateKeyExW[") != std::string::npos) {
-            const auto last = line.rfind(", ", line.rfind(") = ")) + 2;
-            made[line.substr(last, line.rfind(") = ") - last)] = text;
+    for (const TracedCall& call : panel.calls()) {
+        const std::string handle = call.argumentList()[0];
+        const std::string text = call.firstText();
+        if (call.function == "RegCreateKeyExW") {
+            made[call.argumentList().back()] = text;
             steps.push_back("open " + handle + ' ' + text);
-        } else if (line.find(" RegSetValueExW[") != std::string::npos) {
+        } else if (call.function == "RegSetValueExW") {
             steps.push_back("set " + made[handle] + ' ' + text);
-        } else if (line.find(" RegFlushKey[") != std::string::npos) {
+        } else if (call.function == "RegFlushKey") {
             steps.push_back("flush " + handle);
-        } else if (line.find(" RegCloseKey[") != std::string::npos && made.contains(handle)) {
+        } else if (call.function == "RegCloseKey" && made.contains(handle)) {
             steps.push_back("close " + made[handle]);
             made.erase(handle);
-        } else if (line.find("config.xml\", 0x40000000") != std::string::npos) {
+        } else if (call.function == "CreateFileW" && call.arguments.find("config.xml\", 0x4") != std::string::npos) {
             steps.push_back("save settings");
         }
     }
@@ -71,11 +67,6 @@ Lines associationSteps() {
     }
     steps.push_back("flush HKEY_CLASSES_ROOT");
     return steps;
-}
-
-void startInPlace(ScenarioPanel& panel) {
-    panel.driver().start(ScenarioPanel::helper);
-    EXPECT_TRUE(panel.reachesLoop());
 }
 
 } // namespace
@@ -99,7 +90,7 @@ TEST(Registration, OfAFreshPanelIsOrderedFlushedAndStartsTheHelperAfterAPowerCut
     EXPECT_EQ(panel.driver().status().processes.at(0).commandLine, "61"); // which the helper does not look at
     ASSERT_TRUE(panel.reachesLoop());
     EXPECT_EQ(changes(panel), Lines{"save settings"});
-    EXPECT_EQ(panel.log().back(), ScenarioPanel::managerLines().back());
+    EXPECT_EQ(panel.lastLines(3), ScenarioPanel::managerLines());
     EXPECT_EQ(panel.terminate(), 0U);
 }
 
@@ -121,11 +112,14 @@ TEST(Registration, IsRenewedWhereTheCheckMissesSomethingAndOnlyThere) {
         {"the case of the path", set(init, "Launch61", R"(\mmcmemory\TARVEX\tarvexhelper.EXE)"), false, false},
         {"any order", set(init, "Depend61", "whatever"), false, false},
         {"another program", set(init, "Launch61", R"(\Windows\Other.exe)"), true, false},
+        {"a longer path", set(init, "Launch61", R"(\MMCMemory\Tarvex\TarvexHelper.exe2)"), true, false},
         {"no program", remove(init, "Launch61"), true, false},
         {"no order", remove(init, "Depend61"), true, false},
         {"no list", removeKey(init), true, false},
         {"another class", set(extension, "", "otherfile"), false, true},
         {"the class's case", set(extension, "", "OSRfile"), false, true},
+        {"a class of more than 50 characters",
+         set(extension, "", "osrfile and so on, which is not the name of this class any more"), false, true},
         {"no class", remove(extension, ""), false, true},
         {"no extension", removeKey(extension), false, true},
         {"the command's case", set(openCommand, "", R"("\MMCMemory\Tarvex\tarvex.exe" "%1")"), false, true},
@@ -136,7 +130,7 @@ TEST(Registration, IsRenewedWhereTheCheckMissesSomethingAndOnlyThere) {
     };
     ScenarioPanel panel;
     panel.install();
-    startInPlace(panel);
+    panel.startInPlace();
     EXPECT_EQ(panel.terminate(), 0U);
     const Tree configured = panel.panel().registry(Copy::now);
     for (const auto& each : cases) {
@@ -151,7 +145,7 @@ TEST(Registration, IsRenewedWhereTheCheckMissesSomethingAndOnlyThere) {
         panel.reboot();
         const std::size_t former = panel.log().size();
         panel.driver().setTracing(true);
-        startInPlace(panel);
+        panel.startInPlace();
         EXPECT_EQ(changes(panel), joined({each.autorun ? autorunSteps : Lines(),
                                           each.association ? associationSteps() : Lines(),
                                           {"save settings"}}));
@@ -162,8 +156,7 @@ TEST(Registration, IsRenewedWhereTheCheckMissesSomethingAndOnlyThere) {
         if (each.association)
             expected.push_back(associationLine);
         expected = joined({expected, ScenarioPanel::managerLines()});
-        const Lines log = panel.log();
-        EXPECT_EQ(Lines(log.begin() + static_cast<std::ptrdiff_t>(former), log.end()), expected);
+        EXPECT_EQ(panel.lastLines(panel.log().size() - former), expected);
         EXPECT_EQ(panel.terminate(), 0U);
     }
 }
@@ -200,8 +193,7 @@ TEST(Registration, OfAnotherTypeOrRefusedByThePlatformEndsTheStart) {
         panel.install();
         panel.panel().changeRegistry(each.change, false);
         if (each.function)
-            panel.driver().addFault(
-                {each.function, "TarvexHelper.exe", 1, 1, each.call, false, panel::FaultAction::fail, 0});
+            panel.failCall(each.function, each.call);
         panel.driver().start(ScenarioPanel::helper);
         EXPECT_EQ(panel.settlesInLoop(), each.failure == std::string());
         Lines expected = joined({{"INFO;Init of Helper"}, each.before});

@@ -1,18 +1,9 @@
 #include "tests/scenario/SavingPanel.h"
 
-#include "platform/panel/Client.h"
 #include "platform/panel/Operator.h"
+#include "tests/support/ModuleSettings.h"
 
 using panel::Behaviour;
-
-namespace {
-
-std::string between(const std::string& text, const std::string& first, const std::string& last) {
-    const auto begin = text.find(first) + first.size();
-    return text.substr(begin, text.find(last, begin) - begin);
-}
-
-} // namespace
 
 Words dimmedTo(std::uint32_t level) {
     return {level, 1, level, 1};
@@ -24,25 +15,15 @@ SavingPanel::SavingPanel() {
 
 SavingPanel::SavingPanel(bool enabled, int timeout, int level) : SavingPanel() {
     configure(enabled, timeout, level);
-    begin();
+    startInPlace();
 }
 
 void SavingPanel::configure(bool enabled, int timeout, int level) {
-    write("\\MMCMemory\\Tarvex\\ScreenSaverConfig.xml",
-          "<ScreenSaver><Settings><Enabled>" + std::to_string(enabled) + "</Enabled><UserInactivityTimeout>" +
-              std::to_string(timeout) + "</UserInactivityTimeout><MinLuminosityLevel>" + std::to_string(level) +
-              "</MinLuminosityLevel></Settings></ScreenSaver>");
-}
-
-void SavingPanel::begin() {
-    driver().start(helper);
-    EXPECT_TRUE(reachesLoop());
-    driver().settle();
+    write(saverSettingsPath, saverSettings(enabled, timeout, level));
 }
 
 std::optional<std::int64_t> SavingPanel::tell(std::uint64_t command, std::int64_t argument) {
-    return panel::sendMessage(panel::findWindow("ORVATarvexHelper"), "ORVATarvexScreenSaverMsg", command, argument,
-                              limit);
+    return send("ORVATarvexScreenSaverMsg", command, argument);
 }
 
 std::uint32_t SavingPanel::exitCode() {
@@ -52,11 +33,6 @@ std::uint32_t SavingPanel::exitCode() {
 
 void SavingPanel::user(bool active) {
     panel::setUserActive(active);
-    driver().settle();
-}
-
-void SavingPanel::pass(std::uint64_t milliseconds) {
-    driver().advance(milliseconds);
     driver().settle();
 }
 
@@ -86,25 +62,26 @@ std::int32_t SavingPanel::cursor() {
     return driver().status().screen.cursorCount;
 }
 
-Lines SavingPanel::steps(const std::string& thread) const {
+Lines SavingPanel::steps(std::uint32_t thread) const {
     Lines found;
     std::string changeEvent;
-    for (const std::string& line : trace()) {
-        if (line.find(" TarvexHelper.exe#1 " + thread + ' ') == std::string::npos)
+    for (const TracedCall& call : calls()) {
+        if (call.thread != thread)
             continue;
-        const auto is = [&](const char* function) { return line.find(std::string(" ") + function + "[") != line.npos; };
-        if (is("PostMessageW"))
-            found.push_back("post " + between(line, ", ", ","));
-        else if (is("DeviceIoControl"))
-            found.push_back(line.find("0x1130408") != line.npos ? "read" : "write " + between(line, "c, {", " "));
-        else if (is("CreateEventW") && line.find("\"BackLightLevelChangeEvent\"") != line.npos)
-            changeEvent = between(line, ") = ", " ");
-        else if (!changeEvent.empty() && line.find('(' + changeEvent) != line.npos)
-            found.push_back(is("EventModify") ? "change event set" : "change event closed");
-        else if (is("ShowCursor"))
-            found.push_back("cursor " + between(line, "(", ")"));
-        else if (is("ShowWindow"))
-            found.push_back("window " + between(line, ", ", ")"));
+        const std::string& function = call.function;
+        const Lines arguments = call.argumentList();
+        if (function == "PostMessageW")
+            found.push_back("post " + arguments.at(1));
+        else if (function == "DeviceIoControl")
+            found.push_back(arguments.at(1) == "0x1130408" ? "read" : "write " + arguments.at(2).substr(1, 2));
+        else if (function == "CreateEventW" && arguments.back() == "\"BackLightLevelChangeEvent\"")
+            changeEvent = call.result;
+        else if (!changeEvent.empty() && arguments[0] == changeEvent)
+            found.push_back(function == "EventModify" ? "change event set" : "change event closed");
+        else if (function == "ShowCursor")
+            found.push_back("cursor " + arguments[0]);
+        else if (function == "ShowWindow")
+            found.push_back("window " + arguments.at(1));
     }
     return found;
 }

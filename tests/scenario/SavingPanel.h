@@ -16,13 +16,9 @@ struct SavingPanel : ScenarioPanel {
     SavingPanel(bool enabled, int timeout, int level); // in its loop, with these settings
 
     void configure(bool enabled, int timeout, int level); // writes the settings file
-    void begin(); // starts the helper, until it waits
     std::optional<std::int64_t> tell(std::uint64_t command, std::int64_t argument); // "ORVATarvexScreenSaverMsg"
     std::uint32_t exitCode(); // after a command that the helper does not survive
-
-    // Both until all is quiet.
-    void user(bool active);
-    void pass(std::uint64_t milliseconds);
+    void user(bool active); // until all is quiet
 
     // What the backlight's driver does with "read", "write".
     void refuse(const char* operation);
@@ -32,8 +28,8 @@ struct SavingPanel : ScenarioPanel {
     std::string blackWindow(); // "none", "hidden", or "black": then it is all that the screen shows
     std::int32_t cursor(); // shown while not below 0
 
-    // What a thread of the helper ("t1") did with screen and backlight since the trace was switched on.
-    Lines steps(const std::string& thread) const;
+    // What a thread of the helper did with screen and backlight since the trace was switched on.
+    Lines steps(std::uint32_t thread) const;
 };
 
 // What `steps` has behind each successful write.

@@ -1,5 +1,6 @@
 // The commands of the screen saver, with their limits and the odd states between them.
 #include "tests/scenario/SavingPanel.h"
+#include "tests/support/ModuleSettings.h"
 
 TEST(ScreenSaver, AnswersItsCommandsWithinTheirLimits) {
     const struct {
@@ -120,23 +121,38 @@ TEST(ScreenSaver, IsOffAfterAReloadThatFails) {
         "<ScreenSaver><Settings><Enabled>yes</Enabled><UserInactivityTimeout>1</UserInactivityTimeout>"
         "<MinLuminosityLevel>1</MinLuminosityLevel></Settings></ScreenSaver>",
     };
-    SavingPanel panel(true, 5000, 0);
+    SavingPanel panel(true, 5000, 64);
+    EXPECT_EQ(panel.tell(5, 1), 0);
+    const auto requests = [&] { return panel.panel().devices().requests("BKL1").size(); };
+    const std::size_t asked = requests();
+    EXPECT_EQ(panel.tell(1, 0), 0);
+    EXPECT_EQ(requests(), asked) << "a reload leaves one that is engaged as it is";
     for (const char* document : documents) {
         EXPECT_EQ(panel.tell(5, 1), 0);
-        panel.driver().settle();
-        EXPECT_EQ(panel.blackWindow(), "black");
-        panel.write("\\MMCMemory\\Tarvex\\ScreenSaverConfig.xml", document);
+        EXPECT_EQ(panel.levels(), dimmedTo(63));
+        panel.write(saverSettingsPath, document);
         EXPECT_EQ(panel.tell(1, 0), 2);
         panel.driver().settle();
         EXPECT_EQ(panel.levels(), usersLevels);
         EXPECT_EQ(panel.blackWindow(), "none");
+        EXPECT_EQ(panel.tell(5, 1), 0); // from now on with the defaults
+        for (const bool active : {false, true, false})
+            panel.user(active);
+        panel.pass(59999);
+        EXPECT_EQ(panel.levels(), usersLevels);
+        panel.pass(1);
+        EXPECT_EQ(panel.levels(), dimmedTo(0));
+        EXPECT_EQ(panel.blackWindow(), "black");
+        panel.user(true);
+        EXPECT_EQ(panel.tell(5, 0), 0);
         EXPECT_EQ(panel.tell(3, 1000), 0);
+        panel.driver().settle();
         EXPECT_EQ(panel.blackWindow(), "none");
+        panel.configure(true, 5000, 64);
+        EXPECT_EQ(panel.tell(1, 0), 0);
+        EXPECT_EQ(panel.blackWindow(), "hidden");
     }
     EXPECT_EQ(panel.errors(), Lines(3, "ERROR;ScreenSaverModule;settings error"));
-    panel.configure(true, 5000, 64);
-    EXPECT_EQ(panel.tell(1, 0), 0);
-    EXPECT_EQ(panel.blackWindow(), "hidden");
     EXPECT_EQ(panel.terminate(), 0U);
 }
 
@@ -145,7 +161,7 @@ TEST(ScreenSaver, ObeysOnlyCommandsWithoutAPowerManager) {
     panel.panel().devices().setPresent("PowerManager", false);
     panel.reboot();
     panel.configure(true, 5000, 0);
-    panel.begin();
+    panel.startInPlace();
     EXPECT_EQ(panel.blackWindow(), "hidden");
     panel.pass(1000000);
     EXPECT_EQ(panel.levels(), usersLevels);

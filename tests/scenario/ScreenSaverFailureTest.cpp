@@ -18,8 +18,7 @@ TEST(ScreenSaver, EndsTheHelperWithoutItsDriver) {
         panel.configure(true, 5000, 128);
         EXPECT_EQ(panel.tell(static_cast<std::uint64_t>(command), argument), 0);
         EXPECT_EQ(panel.exitCode(), 1U);
-        Lines log = panel.log();
-        EXPECT_EQ(Lines(log.end() - 2, log.end()), end);
+        EXPECT_EQ(panel.lastLines(2), end);
         expectScreenAsItWas(panel);
     }
 }
@@ -61,8 +60,7 @@ TEST(ScreenSaver, StopsWatchingWhenTheDriverRefusesOnTheMonitorsThread) {
             panel.obey();
         EXPECT_EQ(panel.terminate(), obeysAtTheEnd ? 0U : 1U);
         EXPECT_EQ(panel.levels(), obeysAtTheEnd ? usersLevels : dimmedTo(0));
-        const Lines log = panel.log();
-        EXPECT_EQ(Lines(log.end() - 2, log.end()),
+        EXPECT_EQ(panel.lastLines(2),
                   obeysAtTheEnd ? (Lines{"INFO;Module manager terminated", "INFO;Helper terminated"})
                                 : (Lines{"ERROR;Exception ScreenBackLightException: Cannot update driver settings",
                                          "INFO;Helper terminated"}));

@@ -20,8 +20,10 @@ public:
         if (call.function.starts_with("Reg"))
             takeOffOpenedKey(call);
         replaceHandles(call);
-        if (call.function == "CreateFileW" || call.function == "FindFirstFileW" || call.function == "OpenEventW")
+        if (call.function == "CreateFileW" || call.function == "FindFirstFileW")
             learn(call.result, call.arguments.substr(0, call.arguments.find(',')), call);
+        else if (call.function == "OpenEventW")
+            learn(call.result, call.arguments.substr(call.arguments.find('"')), call);
         else if (call.function == "CreateEventW")
             learn(call.result, "event", call);
     }
@@ -32,14 +34,15 @@ private:
         names[keyOf(call, handle)] = name + (count > 1 ? '#' + std::to_string(count) : "");
     }
 
-    // `HKEY_LOCAL_MACHINE, "init", 0x800` -> that is what 0x800 stands for, and no argument of its own
+    // `HKEY_LOCAL_MACHINE, "init", 0, 0x0, 0x800` -> `HKEY_LOCAL_MACHINE, "init"` is what 0x800 stands for, and no
+    // argument of its own
     void takeOffOpenedKey(Call& call) {
         const auto handle = call.arguments.rfind(", 0x");
-        if (handle == std::string::npos || !call.function.ends_with("KeyExW"))
+        if (handle == std::string::npos || call.result != "0" || !call.function.ends_with("KeyExW"))
             return; // not opened
         const std::string name = call.arguments.substr(handle + 2);
         call.arguments.resize(handle);
-        names[keyOf(call, name)] = call.arguments;
+        names[keyOf(call, name)] = call.arguments.substr(0, call.arguments.rfind('"') + 1);
     }
 
     void replaceHandles(Call& call) const {
@@ -123,8 +126,8 @@ Recording recorded(Story story, bool (*isWanted)(const Call& call)) {
     EXPECT_EQ(panel.errors(), std::vector<std::string>{});
     std::vector<Call> calls;
     Names names;
-    for (const std::string& line : panel.trace()) {
-        calls.push_back({tracedCall(line)});
+    for (const TracedCall& call : panel.calls()) {
+        calls.push_back({call});
         names.apply(calls.back());
     }
     std::erase_if(calls, [&](const Call& call) { return !isWanted(call); });

@@ -3,7 +3,6 @@
 #pragma once
 
 #include "tests/scenario/SweptPanel.h"
-#include "tests/support/TracedCall.h"
 
 #include <span>
 

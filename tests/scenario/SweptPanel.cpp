@@ -1,35 +1,20 @@
 #include "tests/scenario/SweptPanel.h"
 
-#include "platform/panel/Client.h"
 #include "platform/panel/Operator.h"
+#include "tests/support/ModuleSettings.h"
 #include "tests/support/StatisticsFile.h"
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-
-namespace fs = std::filesystem;
-
 namespace {
 
 constexpr const char* onDisk = "\\Hard Disk\\Tarvex\\TarvexHelper.exe";
-constexpr const char* buzzerSettings = "\\MMCMemory\\Tarvex\\TouchBuzzerConfig.xml";
 constexpr std::uint32_t counterDelay = 7; // ms
 constexpr std::uint32_t limitOfAnswer = 60000; // ms
-
-std::string buzzer(bool enabled, int frequency) {
-    return "<TouchBuzzer><Settings><Enabled>" + std::to_string(enabled) + "</Enabled><Frequency>" +
-           std::to_string(frequency) + "</Frequency></Settings></TouchBuzzer>";
-}
 
 std::uint64_t numberIn(const std::string& document, const std::string& element) {
     const auto begin = document.find('<' + element + '>');
     return begin == std::string::npos ? 0 : std::stoull(document.substr(begin + element.size() + 2));
-}
-
-std::string answer(const char* message, std::uint64_t command) {
-    const auto result = panel::sendMessage(panel::findWindow("ORVATarvexHelper"), message, command, 0, limitOfAnswer);
-    return result ? std::to_string(*result) : "none";
 }
 
 } // namespace
@@ -51,10 +36,8 @@ SweptPanel::SweptPanel(Story storyToTell) : story(storyToTell) {
     // A thousand days and a half, and more writes than any session here makes.
     write(statisticsPath, statisticsFile(3, 5, 700000, 86443200));
     if (story == Story::life) {
-        write("\\MMCMemory\\Tarvex\\ScreenSaverConfig.xml",
-              "<ScreenSaver><Settings><Enabled>1</Enabled><UserInactivityTimeout>60000</UserInactivityTimeout>"
-              "<MinLuminosityLevel>0</MinLuminosityLevel></Settings></ScreenSaver>");
-        write(buzzerSettings, buzzer(true, 3400));
+        write(saverSettingsPath, saverSettings(true, 60000, 0));
+        write(buzzerSettingsPath, buzzerSettings(true, 3400));
         put("\\Temp\\Actor.exe", programFile("Actor"));
         return;
     }
@@ -112,12 +95,11 @@ bool SweptPanel::idleAndWake() {
 }
 
 bool SweptPanel::plugAndUnplug() {
-    std::string folder = (fs::temp_directory_path() / "disk-XXXXXX").string();
-    std::ofstream(fs::path(mkdtemp(folder.data())) / "Tarvex.xml")
-        << "<?xml version='1.0' encoding='UTF-8'?><Tarvex><Commands><Command Type='RunProcess' "
-           "FilePath='\\Temp\\Actor.exe' Arguments='sleep 1000' WaitCompletion='1'/></Commands></Tarvex>";
-    panel().plug({{{folder, "Hard Disk"}}});
-    fs::remove_all(folder);
+    const FreshFolder disk;
+    writeText(disk.path / "Tarvex.xml",
+              "<?xml version='1.0' encoding='UTF-8'?><Tarvex><Commands><Command Type='RunProcess' "
+              "FilePath='\\Temp\\Actor.exe' Arguments='sleep 1000' WaitCompletion='1'/></Commands></Tarvex>");
+    panel().plug({{{disk.path, "Hard Disk"}}});
     driver().advance(3000);
     panel().disks().unplug("Hard Disk");
     driver().advance(1000);
@@ -129,11 +111,15 @@ bool SweptPanel::plugAndUnplug() {
 }
 
 bool SweptPanel::reload() {
-    std::string answers = answer("ORVATarvexScreenSaverMsg", 1);
+    const auto answer = [this](const char* message) {
+        const auto result = send(message, 1, 0, limitOfAnswer);
+        return result ? std::to_string(*result) : "none";
+    };
+    std::string answers = answer("ORVATarvexScreenSaverMsg");
     for (const bool enabled : {false, true}) {
-        write(buzzerSettings, buzzer(enabled, 1000));
+        write(buzzerSettingsPath, buzzerSettings(enabled, 1000));
         if (settlesInLoop())
-            answers += answer("ORVATarvexBuzzerMsg", 1);
+            answers += answer("ORVATarvexBuzzerMsg");
     }
     deeds["(reloads)"] = answers;
     driver().settle(); // a press that no thread has taken clicks now
@@ -186,7 +172,7 @@ Tree SweptPanel::stateAfterCut() {
 Tree SweptPanel::stateAfter(std::uint64_t counted, const std::function<void()>& start) {
     panel().devices().setValues("SHC1", {500});
     if (story == Story::life)
-        write(buzzerSettings, buzzer(true, 1000)); // as a whole life has left it
+        write(buzzerSettingsPath, buzzerSettings(true, 1000)); // as a whole life has left it
     start();
     end();
     if (panel().isOn())

@@ -1,5 +1,6 @@
 // Disks that come and go while a helper runs, and what their "Tarvex.xml" makes it do.
 #include "tests/scenario/UsbPanel.h"
+#include "tests/support/ModuleSettings.h"
 #include "tests/support/StatisticsFile.h"
 
 TEST_F(UsbConfiguration, StartsProgramsInOrderWaitingWhereItIsTold) {
@@ -67,9 +68,8 @@ TEST_F(UsbConfiguration, AFileThatDoesNotFitIntoMemoryIsUnreadable) {
     const bool fits = helperFile().extension() != ".exe";
     const std::string blanks(9 << 20, ' ');
     panel.write(statisticsPath, blanks + statisticsFile(1, 2, 1000, 4));
-    panel.write("\\MMCMemory\\Tarvex\\TouchBuzzerConfig.xml",
-                blanks +
-                    "<TouchBuzzer><Settings><Enabled>1</Enabled><Frequency>3400</Frequency></Settings></TouchBuzzer>");
+    panel.write(buzzerSettingsPath, blanks + "<TouchBuzzer><Settings><Enabled>1</Enabled><Frequency>3400</Frequency>"
+                                             "</Settings></TouchBuzzer>");
     startHelper();
     EXPECT_EQ(panel.errors(), fits ? Lines{} : Lines{"ERROR;BuzzerModule;settings error"});
     std::string crowd; // more than its text takes room
@@ -90,7 +90,7 @@ TEST_F(UsbConfiguration, LooksAtDisksOnly) {
     const std::string document2 = document(command("exit 2", true));
     panel.panel().plug({{partition("Storage Card", document2), partition("hard disk", document2),
                          partition("My USB Disk", document2), partition("Hard Disk2", document2)}});
-    panel.panel().plug({{{folder, "USB Disk"}}}); // without a file in its root
+    panel.panel().plug({{{disks.path, "USB Disk"}}}); // without a file in its root
     pass(1000);
     EXPECT_EQ(ended(), (Lines{"Actor.exe#1 at 500: 2", "Actor.exe#2 at 500: 2"}));
     EXPECT_EQ(logged(), Lines{});
@@ -105,13 +105,15 @@ TEST_F(UsbConfiguration, FindsEachMountedPartitionAlsoOfADiskThatWasThere) {
     pass(499);
     EXPECT_EQ(ended(), Lines{});
     pass(1);
-    EXPECT_EQ(ended(), (Lines{"Actor.exe#1 at 500: 1", "Actor.exe#2 at 500: 3"}));
+    Lines expected{"Actor.exe#1 at 500: 1", "Actor.exe#2 at 500: 3"};
+    EXPECT_EQ(ended(), expected);
     unplug("Hard Disk");
     pass(1000);
-    EXPECT_EQ(ended().size(), 2U) << "a disk that goes starts nothing";
+    EXPECT_EQ(ended(), expected) << "a disk that goes starts nothing";
     plug(document(command("exit 4", true)));
     pass(1000);
-    EXPECT_EQ(ended().back(), "Actor.exe#3 at 2000: 4") << "a disk that comes again is read again";
+    expected.push_back("Actor.exe#3 at 2000: 4");
+    EXPECT_EQ(ended(), expected) << "a disk that comes again is read again";
 }
 
 TEST_F(UsbConfiguration, FindsADiskThatThePanelBootsWith) {
@@ -127,7 +129,7 @@ TEST_F(UsbConfiguration, FindsADiskThatThePanelBootsWith) {
 TEST_F(UsbConfiguration, AsksThePlatformInThisOrder) {
     panel.driver().setTracing(true);
     startHelper();
-    panel.panel().plug({{{folder, "Hard Disk"}, {folder, "Hard Disk2"}}, 600});
+    panel.panel().plug({{{disks.path, "Hard Disk"}, {disks.path, "Hard Disk2"}}, 600});
     pass(1000);
     unplug("Hard Disk");
     EXPECT_EQ(panel.terminate(), 0U);
@@ -184,7 +186,8 @@ TEST_F(UsbConfiguration, WaitsForASlowDiskAndGivesUpOnOneThatNeverOpens) {
     pass(29999);
     EXPECT_EQ(ended(), Lines{});
     pass(1);
-    EXPECT_EQ(ended(), Lines{"Actor.exe#1 at 30000: 1"});
+    Lines expected{"Actor.exe#1 at 30000: 1"};
+    EXPECT_EQ(ended(), expected);
     EXPECT_EQ(calls("OpenStore(\"DSK1:\")").size(), 60U);
 
     panel.panel().plug({{}, panel::never}); // at 30000
@@ -193,9 +196,10 @@ TEST_F(UsbConfiguration, WaitsForASlowDiskAndGivesUpOnOneThatNeverOpens) {
     unplug("DSK1:"); // told of last
     pass(300000);
     EXPECT_EQ(calls("OpenStore(\"DSK2:\")").size(), 600U);
-    EXPECT_EQ(ended().size(), 1U);
+    EXPECT_EQ(ended(), expected);
     pass(1000);
-    EXPECT_EQ(ended().back(), "Actor.exe#2 at 331000: 2");
+    expected.push_back("Actor.exe#2 at 331000: 2");
+    EXPECT_EQ(ended(), expected);
     EXPECT_EQ(calls("OpenStore(\"DSK3:\")").size(), 1U);
     EXPECT_EQ(calls("FindFirstPartition(").size(), 122U) << "one for each of the two good disks";
     const Lines opened = calls("OpenStore(");

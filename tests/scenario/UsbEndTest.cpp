@@ -35,7 +35,7 @@ TEST_F(UsbConfiguration, EndsCleanlyWithAProgramThatEndsInTime) {
     EXPECT_EQ(endHelper(panel), 0U);
     EXPECT_EQ(panel.driver().status().time, 15500U);
     EXPECT_EQ(ended().size(), 2U) << "the rest of the file, too";
-    EXPECT_EQ(logged().back(), "INFO;Helper terminated");
+    EXPECT_EQ(panel.lastLines(1), Lines{"INFO;Helper terminated"});
     EXPECT_EQ(panel.errors(), Lines{});
 }
 
@@ -51,8 +51,7 @@ TEST_F(UsbConfiguration, CarriesOutNothingThatIsFoundAfterItsEnd) {
 
     ScenarioPanel another;
     setUp(another);
-    another.driver().start(ScenarioPanel::helper);
-    ASSERT_TRUE(another.reachesLoop());
+    another.startInPlace();
     another.panel().plug({{partition("Hard Disk2", document(command("sleep 5000", true))),
                            partition("Hard Disk3", document(command("exit 2", true)))}});
     another.driver().advance(1000);
@@ -68,8 +67,7 @@ TEST_F(UsbConfiguration, HearsOfItsEndAfterAllDisksThatHaveCome) {
     for (const bool gone : {false, true}) {
         ScenarioPanel another;
         setUp(another);
-        another.driver().start(ScenarioPanel::helper);
-        ASSERT_TRUE(another.reachesLoop());
+        another.startInPlace();
         another.panel().plug({{partition("Hard Disk", document(command("sleep 10000", true)))}});
         another.driver().advance(1000);
         for (const char* volume : {"Hard Disk2", "Hard Disk3"})
@@ -90,12 +88,9 @@ TEST_F(UsbConfiguration, FailsToEndWhileAProgramIsWaitedForWhichGoesOn) {
     pass(1000);
     EXPECT_EQ(endHelper(panel), 1U);
     EXPECT_EQ(panel.driver().status().time, 21000U);
-    const Lines lines = logged();
-    ASSERT_GT(lines.size(), 3U);
-    EXPECT_EQ(
-        Lines(lines.end() - 3, lines.end()),
-        (Lines{"INFO;Module manager terminated",
-               "ERROR;Exception UsbDeviceException: Failed to terminate monitor thread", "INFO;Helper terminated"}));
+    EXPECT_EQ(panel.lastLines(3), (Lines{"INFO;Module manager terminated",
+                                         "ERROR;Exception UsbDeviceException: Failed to terminate monitor thread",
+                                         "INFO;Helper terminated"}));
     EXPECT_TRUE(panel.isRunning("Actor.exe#1"));
 }
 
@@ -114,21 +109,16 @@ TEST_F(UsbConfiguration, LivesOnWithoutItsThread) {
     };
     panel.driver().setTracing(true);
     startHelper();
-    const std::string watcher = watcherIn(panel.trace(), "CreateMsgQueue");
+    const std::uint32_t watcher = panel.calls("CreateMsgQueue").at(0).thread;
     for (const auto& each : cases) {
         SCOPED_TRACE(each.function);
         ScenarioPanel another;
         setUp(another);
         another.panel().plug({{partition("Hard Disk", document(command("exit 1", true)))}});
-        panel::Fault fault;
-        fault.function = each.function;
-        fault.program = "TarvexHelper.exe";
-        fault.thread = static_cast<std::uint32_t>(std::stoul(watcher.substr(2)));
-        fault.call = each.call;
+        panel::Fault fault{each.function, "TarvexHelper.exe", 1, watcher, each.call};
         fault.answer = each.answer;
         another.driver().addFault(fault);
-        another.driver().start(ScenarioPanel::helper);
-        ASSERT_TRUE(another.reachesLoop());
+        another.startInPlace();
         another.driver().advance(1000);
         EXPECT_EQ(another.driver().faults().at(0).hits, 1U);
         EXPECT_EQ(another.errors(), each.lines);
@@ -143,11 +133,8 @@ TEST_F(UsbConfiguration, LivesOnWithoutItsThread) {
 TEST_F(UsbConfiguration, SpinsOnAQueueThatIsNull) {
     ScenarioPanel flowing(0, 20);
     setUp(flowing);
-    panel::Fault fault;
-    fault.function = "CreateMsgQueue";
-    flowing.driver().addFault(fault);
-    flowing.driver().start(ScenarioPanel::helper);
-    ASSERT_TRUE(flowing.reachesLoop());
+    flowing.driver().addFault({"CreateMsgQueue", "TarvexHelper.exe"});
+    flowing.startInPlace();
     EXPECT_EQ(flowing.errors(), Lines{});
     EXPECT_EQ(endHelper(flowing), 1U);
     EXPECT_EQ(flowing.errors(), Lines{"ERROR;Exception UsbDeviceException: Failed to terminate monitor thread"});

@@ -4,6 +4,7 @@
 #include "tests/support/StatisticsFile.h"
 
 #include <cstdio>
+#include <fstream>
 #include <sys/prctl.h>
 
 using panel::Behaviour;
@@ -64,11 +65,8 @@ protected:
                 ownMemory(process)};
     }
 
-    void tell(const std::string& message, std::uint64_t code, std::int64_t argument, std::int64_t result) {
-        EXPECT_EQ(
-            panel::sendMessage(panel::findWindow("ORVATarvexHelper"), message, code, argument, ScenarioPanel::limit),
-            result)
-            << message << ' ' << code;
+    void tell(const char* message, std::uint64_t code, std::int64_t argument, std::int64_t result) {
+        EXPECT_EQ(panel.send(message, code, argument), result) << message << ' ' << code;
     }
 
     // Commands that change the modules, and bring them back to their settings.
@@ -119,7 +117,7 @@ protected:
         for (const char* file : {"\\MMCMemory\\Tarvex\\helper_log0.txt", "\\MMCMemory\\Tarvex\\helper_log1.txt"})
             EXPECT_LE(panel.read(file).size(), logLimit);
         EXPECT_EQ(panel.errors(), Lines{});
-        EXPECT_EQ(panel.log().back(), "INFO;Helper terminated");
+        EXPECT_EQ(panel.lastLines(1), Lines{"INFO;Helper terminated"});
     }
 
     std::uint64_t unknownCommand = firstUnknown;

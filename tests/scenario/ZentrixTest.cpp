@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <set>
 
 using panel::Behaviour;
 using Files = std::map<std::string, std::string>;
@@ -19,38 +20,30 @@ constexpr const char* failure = "ERROR;Failed to cleanup zentrix";
 constexpr const char* done = "INFO;Zentrix cleanup succeded";
 constexpr const char* refused = "ERROR;Exception FlashNotWritableException: Generic Exception";
 
-void fail(ScenarioPanel& panel, const char* function, std::uint32_t call) {
-    panel.driver().addFault({function, "TarvexHelper.exe", 1, 1, call, false, panel::FaultAction::fail, 0});
-}
-
-// Whether a traced call asks for a change of the flash's files.
-bool changesFlash(const std::string& line) {
-    for (const char* function :
-         {"DeleteFileW", "MoveFileW", "CopyFileW", "SetFileAttributesW", "CreateDirectoryW", "RemoveDirectoryW"})
-        if (line.find(std::string(" ") + function + '[') != std::string::npos)
-            return line.find("\\NANDFlash\\") != std::string::npos;
-    return line.find(" CreateFileW[") != std::string::npos && line.find("\\NANDFlash\\ZentrixHMI") != std::string::npos;
+// Whether it asks for a change of the flash's files.
+bool changesFlash(const TracedCall& call) {
+    static const std::set<std::string> changing{"DeleteFileW",        "MoveFileW",        "CopyFileW",
+                                                "SetFileAttributesW", "CreateDirectoryW", "RemoveDirectoryW"};
+    return (changing.contains(call.function) && call.arguments.find("\\NANDFlash\\") != std::string::npos) ||
+           (call.function == "CreateFileW" && call.firstText().starts_with(folder));
 }
 
 // The flash's changes and the switches of its protection, in order: "writable", "DeleteFileW", "read-only".
 Lines steps(ScenarioPanel& panel) {
     Lines result;
-    for (const std::string& line : panel.trace()) {
-        const auto bracket = line.find('[');
-        const auto function = line.substr(line.rfind(' ', bracket) + 1, bracket - line.rfind(' ', bracket) - 1);
-        if (line.find("0x70230") != std::string::npos)
+    for (const TracedCall& call : panel.calls())
+        if (call.arguments.find("0x70230") != std::string::npos)
             result.push_back("writable");
-        else if (line.find("0x7022c") != std::string::npos)
+        else if (call.arguments.find("0x7022c") != std::string::npos)
             result.push_back("read-only");
-        else if (changesFlash(line))
-            result.push_back(function);
-    }
+        else if (changesFlash(call))
+            result.push_back(call.function);
     return result;
 }
 
 void expectNothingWrittenWhileProtected(const ScenarioPanel& panel) {
-    for (const std::string& line : panel.trace())
-        EXPECT_EQ(line.find("error 19"), std::string::npos) << line;
+    for (const TracedCall& call : panel.calls())
+        EXPECT_EQ(call.text.find("error 19"), std::string::npos) << call.text;
 }
 
 Lines upToTheRegistry(const Lines& log) {
@@ -91,8 +84,7 @@ TEST(Zentrix, IsCleanedUpWhateverStateTheExecutableIsIn) {
             panel.driver().start(executable, "wait never");
         }
         panel.driver().setTracing(true);
-        panel.driver().start(ScenarioPanel::helper);
-        ASSERT_TRUE(panel.reachesLoop());
+        panel.startInPlace();
         Files left = panel.tree(folder);
         if (each.busy) {
             left["_rm_ZentrixHMICE.exe"].clear(); // it is there, but need not be shown
@@ -111,18 +103,16 @@ TEST(Zentrix, KeepsTheBackupForTheNextStartWhenItCannotBeMoved) {
     panel.install();
     panel.write(executable, "runtime");
     panel.write(backup, "backup");
-    fail(panel, "MoveFileW", 1);
+    panel.failCall("MoveFileW");
     panel.driver().setTracing(true);
-    panel.driver().start(ScenarioPanel::helper);
-    ASSERT_TRUE(panel.reachesLoop());
+    panel.startInPlace();
     EXPECT_EQ(upToTheRegistry(panel.log()), joined({begun, {failure, done}}));
     EXPECT_EQ(panel.tree(folder), (Files{{"_backup_ZentrixHMICE.exe", "backup"}}));
     EXPECT_EQ(steps(panel), (Lines{"writable", "DeleteFileW", "MoveFileW", "read-only"}));
     expectNothingWrittenWhileProtected(panel);
     EXPECT_FALSE(panel.driver().status().flashWritable);
     panel.reboot();
-    panel.driver().start(ScenarioPanel::helper);
-    ASSERT_TRUE(panel.reachesLoop());
+    panel.startInPlace();
     EXPECT_EQ(panel.tree(folder), (Files{{"ZentrixHMICE.exe", "backup"}}));
 }
 
@@ -154,8 +144,7 @@ TEST(Zentrix, EndsTheStartWhenTheFlashCannotBeSwitched) {
         expectNothingWrittenWhileProtected(panel);
         panel.panel().devices().setBehaviour("NANDFlash", {});
         panel.panel().devices().setPresent("NANDFlash", true);
-        panel.driver().start(ScenarioPanel::helper);
-        ASSERT_TRUE(panel.reachesLoop());
+        panel.startInPlace();
         EXPECT_EQ(panel.tree(folder), (Files{{"ZentrixHMICE.exe", "backup"}}));
         EXPECT_EQ(panel.driver().status().flashWritable, moved);
     }

@@ -6,29 +6,12 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <fstream>
-#include <sstream>
 
 namespace fs = std::filesystem;
 
 namespace {
 
 constexpr const char* windowClass = "ORVATarvexHelper";
-constexpr std::int64_t bootDate = 1709791509000; // 2024-03-07 06:05:09 UTC
-
-std::string contentOf(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream content;
-    content << file.rdbuf();
-    return content.str();
-}
-
-fs::path freshDirectory() {
-    std::string name = (fs::temp_directory_path() / "panel-XXXXXX").string();
-    if (!mkdtemp(name.data()))
-        throw std::runtime_error("cannot make a directory " + name);
-    return name;
-}
 
 // Those of the package.
 std::vector<fs::path> settingsFiles() {
@@ -36,14 +19,6 @@ std::vector<fs::path> settingsFiles() {
     for (const fs::directory_entry& entry : fs::directory_iterator(PANEL_SETTINGS))
         files.push_back(entry.path());
     return files;
-}
-
-std::vector<std::string> linesOf(const std::string& text) {
-    std::vector<std::string> lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);)
-        lines.push_back(line);
-    return lines;
 }
 
 void collect(const panel::registry::Key& key, const std::string& path, std::map<std::string, std::string>& values) {
@@ -66,10 +41,6 @@ Lines joined(std::initializer_list<Lines> parts) {
     return all;
 }
 
-fs::path programFile(std::string_view name) {
-    return fs::path(PANEL_PROGRAMS) / name;
-}
-
 fs::path helperFile() {
     const char* named = std::getenv("PANEL_HELPER");
     return named ? fs::path(named) : programFile("TarvexHelper");
@@ -82,60 +53,55 @@ std::vector<std::string> firstStartLines(const std::vector<std::string>& further
     return lines;
 }
 
-ScenarioPanel::ScenarioPanel(std::uint32_t ticks, double flowing) {
+ScenarioPanel::ScenarioPanel(std::uint32_t ticks, double flowing) : simulated(newPanel(folder.path)) {
     bootOptions.mode = flowing == 0 ? panel::ClockMode::stepped : panel::ClockMode::flowing;
     bootOptions.factor = flowing == 0 ? 1 : flowing;
     bootOptions.ticks = ticks;
-    panel::PanelOptions options;
-    options.date = bootDate;
-    simulated = std::make_unique<panel::Panel>(panel::Panel::create(freshDirectory(), options));
     attach();
 }
 
 void ScenarioPanel::attach() {
-    simulated->boot(bootOptions);
-    attached = std::make_unique<panel::Driver>(*simulated);
+    simulated.boot(bootOptions);
+    attached = std::make_unique<panel::Driver>(simulated);
 }
 
 ScenarioPanel::~ScenarioPanel() {
     attached->waitForLingering();
     attached.reset();
     checkOutputs();
-    if (simulated->isOn())
-        simulated->off();
-    fs::remove_all(simulated->directory());
+    if (simulated.isOn())
+        simulated.off();
 }
 
 void ScenarioPanel::checkOutputs() {
-    for (const fs::directory_entry& entry : fs::directory_iterator(simulated->directory() / "run/output"))
-        EXPECT_EQ(contentOf(entry.path()), "") << entry.path().filename();
+    for (const fs::directory_entry& entry : fs::directory_iterator(simulated.directory() / "run/output"))
+        EXPECT_EQ(readText(entry.path()), "") << entry.path().filename();
 }
 
 void ScenarioPanel::reboot() {
     attached->waitForLingering();
     attached.reset();
     checkOutputs();
-    if (simulated->isOn())
-        simulated->off();
+    if (simulated.isOn())
+        simulated.off();
     attach();
 }
 
 void ScenarioPanel::plugDisk(const std::string& name, bool withApplication) {
-    const fs::path folder = freshDirectory();
-    fs::create_directories(folder / "Tarvex/data/deep");
-    fs::copy_file(helperFile(), folder / "Tarvex/TarvexHelper.exe");
+    const FreshFolder disk;
+    const fs::path top = disk.path / "Tarvex";
+    writeText(top / "readme.txt", "from " + name);
+    writeText(top / "data/deep/table.bin", std::string(70000, 'x'));
+    fs::copy_file(helperFile(), top / "TarvexHelper.exe");
     for (const fs::path& file : settingsFiles())
-        fs::copy_file(file, folder / "Tarvex" / file.filename());
+        fs::copy_file(file, top / file.filename());
     if (withApplication)
-        fs::copy_file(programFile("Tarvex"), folder / "Tarvex/Tarvex.exe");
-    std::ofstream(folder / "Tarvex/readme.txt") << "from " << name;
-    std::ofstream(folder / "Tarvex/data/deep/table.bin") << std::string(70000, 'x');
-    simulated->plug({{{folder, name}}});
-    fs::remove_all(folder);
+        fs::copy_file(programFile("Tarvex"), top / "Tarvex.exe");
+    simulated.plug({{{disk.path, name}}});
 }
 
 void ScenarioPanel::put(std::string_view panelPath, const fs::path& file) {
-    const fs::path place = simulated->hostPath(panelPath);
+    const fs::path place = simulated.hostPath(panelPath);
     fs::create_directories(place.parent_path());
     fs::copy_file(file, place, fs::copy_options::overwrite_existing);
 }
@@ -148,23 +114,20 @@ void ScenarioPanel::install() {
 }
 
 void ScenarioPanel::write(std::string_view panelPath, std::string_view content) {
-    const fs::path place = simulated->hostPath(panelPath);
-    fs::create_directories(place.parent_path());
-    std::ofstream(place, std::ios::binary) << content;
+    writeText(simulated.hostPath(panelPath), content);
 }
 
 std::string ScenarioPanel::read(std::string_view panelPath) const {
-    EXPECT_TRUE(exists(panelPath)) << panelPath;
-    return contentOf(simulated->hostPath(panelPath));
+    return readText(simulated.hostPath(panelPath));
 }
 
 bool ScenarioPanel::exists(std::string_view panelPath) const {
-    return fs::exists(simulated->hostPath(panelPath));
+    return fs::exists(simulated.hostPath(panelPath));
 }
 
 std::map<std::string, std::string> ScenarioPanel::tree(std::string_view panelPath) const {
     std::map<std::string, std::string> entries;
-    const fs::path top = simulated->hostPath(panelPath);
+    const fs::path top = simulated.hostPath(panelPath);
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(top)) {
         std::string name = entry.path().lexically_relative(top).string();
         std::replace(name.begin(), name.end(), '/', '\\');
@@ -174,13 +137,13 @@ std::map<std::string, std::string> ScenarioPanel::tree(std::string_view panelPat
             entries[name + '\\'];
         else
             entries[name] =
-                entry.file_size() > 100000 ? std::to_string(entry.file_size()) + " bytes" : contentOf(entry.path());
+                entry.file_size() > 100000 ? std::to_string(entry.file_size()) + " bytes" : readText(entry.path());
     }
     return entries;
 }
 
 std::map<std::string, std::string> ScenarioPanel::registry(panel::registry::Copy copy) const {
-    const panel::registry::Tree tree = simulated->registry(copy);
+    const panel::registry::Tree tree = simulated.registry(copy);
     std::map<std::string, std::string> values;
     for (const panel::registry::Key& root : tree.roots())
         collect(root, root.name, values);
@@ -192,6 +155,20 @@ std::uint32_t ScenarioPanel::run(const std::string& path, const std::string& com
     const auto code = attached->waitForExit(process, limit);
     EXPECT_TRUE(code) << process.name << " does not end";
     return code.value_or(0xFFFFFFFF);
+}
+
+void ScenarioPanel::startInPlace() {
+    attached->start(helper);
+    EXPECT_TRUE(reachesLoop());
+}
+
+void ScenarioPanel::failCall(const char* function, std::uint32_t call) {
+    attached->addFault({function, "TarvexHelper.exe", 1, 1, call});
+}
+
+void ScenarioPanel::pass(std::uint64_t milliseconds) {
+    attached->advance(milliseconds);
+    attached->settle();
 }
 
 bool ScenarioPanel::loopRuns() {
@@ -208,8 +185,13 @@ bool ScenarioPanel::settlesInLoop() {
     return loopRuns();
 }
 
+std::optional<std::int64_t> ScenarioPanel::send(const char* message, std::uint64_t code, std::int64_t argument,
+                                                std::uint32_t limitOfAnswer) {
+    return panel::sendMessage(panel::findWindow(windowClass), message, code, argument, limitOfAnswer);
+}
+
 std::optional<std::int64_t> ScenarioPanel::command(std::uint64_t code) {
-    return panel::sendMessage(panel::findWindow(windowClass), "ORVATarvexMsg", code, 0, limit);
+    return send("ORVATarvexMsg", code);
 }
 
 std::uint32_t ScenarioPanel::terminate() {
@@ -240,13 +222,18 @@ std::vector<std::string> ScenarioPanel::log() const {
     std::vector<fs::path> files;
     for (const char* name : {"\\MMCMemory\\Tarvex\\helper_log0.txt", "\\MMCMemory\\Tarvex\\helper_log1.txt"})
         if (exists(name))
-            files.push_back(simulated->hostPath(name));
+            files.push_back(simulated.hostPath(name));
     if (files.size() == 2 && fs::last_write_time(files[1]) < fs::last_write_time(files[0]))
         std::swap(files[0], files[1]);
-    std::vector<std::string> lines;
+    std::string text;
     for (const fs::path& file : files)
-        for (const std::string& line : linesOf(contentOf(file)))
-            lines.push_back(line.substr(std::min(line.find(';') + 1, line.size())));
+        text += withoutStamps(readText(file));
+    return linesOf(text);
+}
+
+Lines ScenarioPanel::lastLines(std::size_t count) const {
+    Lines lines = log();
+    lines.erase(lines.begin(), lines.end() - static_cast<std::ptrdiff_t>(std::min(count, lines.size())));
     return lines;
 }
 
@@ -265,6 +252,10 @@ std::vector<std::string> ScenarioPanel::managerLines(bool withSettings) {
             "INFO;BuzzerModule;settings loaded; enabled: 1"};
 }
 
-std::vector<std::string> ScenarioPanel::trace() const {
-    return linesOf(contentOf(simulated->directory() / "run/trace"));
+std::vector<TracedCall> ScenarioPanel::calls(std::string_view function) const {
+    std::vector<TracedCall> found = tracedCalls(simulated.directory());
+    std::erase_if(found, [&](const TracedCall& call) {
+        return call.program != "TarvexHelper.exe" || (!function.empty() && call.function != function);
+    });
+    return found;
 }

@@ -4,6 +4,8 @@
 #pragma once
 
 #include "platform/panel/Driver.h"
+#include "tests/support/Folders.h"
+#include "tests/support/TracedCall.h"
 
 #include <initializer_list>
 #include <map>
@@ -13,13 +15,10 @@
 #include <string_view>
 #include <vector>
 
-using Lines = std::vector<std::string>;
-
 Lines joined(std::initializer_list<Lines> parts);
 
 // The helper under test, which PANEL_HELPER may name; otherwise that of this build.
 std::filesystem::path helperFile();
-std::filesystem::path programFile(std::string_view name);
 
 // What a helper logs when it starts in place on a panel whose registry does not know it, and these lines behind it.
 std::vector<std::string> firstStartLines(const std::vector<std::string>& further);
@@ -53,29 +52,40 @@ public:
 
     // Starts the program and waits until it ends; fails the test if it does not.
     std::uint32_t run(const std::string& path, const std::string& commandLine = {});
+    // Starts the helper in place and waits for its message loop.
+    void startInPlace();
     // Waits until a helper's message loop runs; false if none gets there.
     bool reachesLoop();
     // Waits until the helper's loop runs or no helper is left; true: it runs.
     bool settlesInLoop();
     bool loopRuns();
+    // A message to the helper's window, as "ORVATarvexBuzzerMsg", and its answer; empty: there is none.
+    std::optional<std::int64_t> send(const char* message, std::uint64_t code, std::int64_t argument = 0,
+                                     std::uint32_t limitOfAnswer = limit);
     std::optional<std::int64_t> command(std::uint64_t code); // "ORVATarvexMsg"
     // Sends command 1 and waits for the end; the exit code.
     std::uint32_t terminate();
     std::uint32_t exitCodeOf(const std::string& process); // "TarvexHelper.exe#2", which has ended
     bool isRunning(const std::string& process);
+    // The k-th call of the function by the first helper's main thread will fail.
+    void failCall(const char* function, std::uint32_t call = 1);
+    // Lets time pass, until all is quiet.
+    void pass(std::uint64_t milliseconds);
 
     // The helper's log so far without the time stamps, oldest first: "INFO;Init of Helper".
-    std::vector<std::string> log() const;
+    Lines log() const;
+    Lines lastLines(std::size_t count) const; // of it, if it has so many
     std::vector<std::string> errors() const; // those lines of it
     // What the module manager and the modules write as they are made, with the settings of install() and plugDisk(), or
     // without any.
     static std::vector<std::string> managerLines(bool withSettings = true);
-    std::vector<std::string> trace() const;
+    // The helper's calls since the trace was switched on; with a name: of this function.
+    std::vector<TracedCall> calls(std::string_view function = {}) const;
     // Power off and on again; what was plugged stays.
     void reboot();
 
     panel::Panel& panel() {
-        return *simulated;
+        return simulated;
     }
     panel::Driver& driver() {
         return *attached;
@@ -85,7 +95,8 @@ private:
     void attach();
     void checkOutputs();
 
+    const FreshFolder folder;
     panel::BootOptions bootOptions;
-    std::unique_ptr<panel::Panel> simulated;
+    panel::Panel simulated;
     std::unique_ptr<panel::Driver> attached;
 };

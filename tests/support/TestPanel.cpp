@@ -1,15 +1,10 @@
 #include "tests/support/TestPanel.h"
 
 #include "platform/panel/Runtime.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/TracedCall.h"
 
 #include <algorithm>
-#include <cstdlib>
-#include <fstream>
 #include <memory>
-#include <sstream>
-#include <unistd.h>
 
 namespace testing_panel {
 
@@ -18,25 +13,15 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* helperPath = "\\MMCMemory\\Tarvex\\TarvexHelper.exe";
-constexpr std::int64_t bootDate = 1709791509000; // 2024-03-07 06:05:09 UTC
 
 std::unique_ptr<panel::Panel> current;
 std::unique_ptr<panel::Driver> attached;
 std::uintmax_t traceStart = 0;
 
-fs::path freshDirectory() {
-    std::string name = (fs::temp_directory_path() / "panel-XXXXXX").string();
-    if (!mkdtemp(name.data()))
-        throw std::runtime_error("cannot make a directory " + name);
-    return name;
-}
-
 } // namespace
 
 Session::Session() {
-    panel::PanelOptions options;
-    options.date = bootDate;
-    current = std::make_unique<panel::Panel>(panel::Panel::create(freshDirectory(), options));
+    current = std::make_unique<panel::Panel>(newPanel(folder.path));
     panel::BootOptions boot;
     boot.mode = panel::ClockMode::stepped;
     current->boot(boot);
@@ -47,7 +32,6 @@ Session::~Session() {
     attached.reset();
     if (current->isOn())
         current->off();
-    fs::remove_all(current->directory());
     current.reset();
 }
 
@@ -63,24 +47,8 @@ fs::path panelDirectory() {
     return current->directory();
 }
 
-fs::path programFile(std::string_view name) {
-    return fs::path(PANEL_PROGRAMS) / name;
-}
-
 fs::path hostPath(std::string_view panelPath) {
     return current->hostPath(panelPath);
-}
-
-std::string readText(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    EXPECT_TRUE(file) << "no file " << path;
-    std::ostringstream content;
-    content << file.rdbuf();
-    return content.str();
-}
-
-void writeText(const fs::path& file, std::string_view content) {
-    std::ofstream(file, std::ios::binary) << content;
 }
 
 std::string readFile(std::string_view panelPath) {
@@ -88,8 +56,7 @@ std::string readFile(std::string_view panelPath) {
 }
 
 void writeFile(std::string_view panelPath, std::string_view content) {
-    fs::create_directories(hostPath(panelPath).parent_path());
-    std::ofstream(hostPath(panelPath), std::ios::binary) << content;
+    writeText(hostPath(panelPath), content);
 }
 
 bool exists(std::string_view panelPath) {
@@ -129,20 +96,11 @@ void startTrace() {
     attached->setTracing(true);
 }
 
-std::vector<std::string> trace() {
-    std::ifstream file(current->directory() / "run/trace");
-    file.seekg(static_cast<std::streamoff>(traceStart));
-    std::vector<std::string> lines;
-    for (std::string line; std::getline(file, line);) {
-        // "      1000 TarvexHelper.exe#1 t1 Sleep[1](1000) = void"
-        std::istringstream words(line);
-        std::string skipped;
-        words >> skipped >> skipped >> skipped >> std::ws;
-        std::getline(words, line);
-        const auto open = line.find('[');
-        const auto close = line.find(']');
-        lines.push_back(line.substr(0, open) + line.substr(close + 1));
-    }
+Lines trace(std::initializer_list<std::string_view> functions) {
+    Lines lines;
+    for (const TracedCall& call : tracedCalls(current->directory(), traceStart))
+        if (functions.size() == 0 || std::find(functions.begin(), functions.end(), call.function) != functions.end())
+            lines.push_back(call.text);
     return lines;
 }
 

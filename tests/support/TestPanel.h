@@ -5,10 +5,11 @@
 #pragma once
 
 #include "platform/panel/Driver.h"
+#include "tests/support/Folders.h"
 
 #include <cstdint>
 #include <filesystem>
-#include <functional>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,6 +23,9 @@ public:
     ~Session();
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
+
+private:
+    const FreshFolder folder;
 };
 
 // The simulation's own interface: messages to windows, started programs, status.
@@ -31,12 +35,6 @@ panel::Driver& driver();
 panel::Devices devices();
 
 std::filesystem::path panelDirectory();
-// A file of the host, whole; fails the test if it cannot be read.
-std::string readText(const std::filesystem::path& file);
-void writeText(const std::filesystem::path& file, std::string_view content);
-// A program of this build ("TarvexHelper", "Tarvex", "Actor").
-std::filesystem::path programFile(std::string_view name);
-
 // Where a panel path lies on the host. The path is taken as it is written: no case-blind search.
 std::filesystem::path hostPath(std::string_view panelPath);
 
@@ -57,7 +55,8 @@ void setTicks(std::uint32_t ticks);
 void failCall(const char* function, unsigned k = 1, bool ever = false);
 // Switches the trace on and forgets what it holds.
 void startTrace();
-// The trace's lines since startTrace, each as "Function(arguments) = result" (time, process and thread cut off).
-std::vector<std::string> trace();
+// The calls in the trace since startTrace, each as "Function(arguments) = result"; of these functions, if any are
+// named.
+Lines trace(std::initializer_list<std::string_view> functions = {});
 
 } // namespace testing_panel

@@ -1,20 +1,26 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <string>
 #include <vector>
 
-// A line of the helper's calls in the trace.
+// A call in the trace.
 struct TracedCall {
-    std::uint32_t process = 0; // which start of the helper; 0: another program's line
+    std::uint64_t time = 0; // panel ms
+    std::string program; // "TarvexHelper.exe"
+    std::uint32_t process = 0; // which start of the program
     std::uint32_t thread = 0;
     std::string function;
     std::uint32_t number = 0; // of the thread's calls of the function
+    std::string text; // "Sleep(1000) = void after 1000 ms"
     std::string arguments;
     std::string result; // one word
     bool failed = false;
 
-    std::vector<std::string> argumentList() const; // not for texts with commas
+    std::vector<std::string> argumentList() const; // not for texts with commas; at least one, which may be empty
+    std::string firstText() const; // among the arguments, without its quotes
 };
 
-TracedCall tracedCall(const std::string& line);
+// The calls in the trace of the panel in this directory, from this byte on.
+std::vector<TracedCall> tracedCalls(const std::filesystem::path& panelDirectory, std::uintmax_t begin = 0);

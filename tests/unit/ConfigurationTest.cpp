@@ -99,6 +99,7 @@ TEST(Configuration, RefusesWhatIsWrong) {
         {command(""), L"XmlException: Generic Exception"},
         {command("Type='runProcess'"), L"ConfigurationException: Invalid command type"},
         {command("Type='RunProcess' Arguments='' WaitCompletion='0'"), L"XmlException: Generic Exception"},
+        {command("Type='RunProcess' Arguments='' WaitCompletion='bad'"), L"XmlException: Generic Exception"},
         {command("Type='RunProcess' FilePath='a' WaitCompletion='0'"), L"XmlException: Generic Exception"},
         {command("Type='RunProcess' FilePath='a' Arguments=''"), L"XmlException: Generic Exception"},
         {command("Type='RunProcess' FilePath='a' Arguments='' WaitCompletion='true'"),

@@ -102,14 +102,16 @@ TEST(Logger, GrowsWithoutLimit) {
 }
 
 TEST(Logger, ContinuesTheFileWrittenLast) {
-    for (const wchar_t* last : {L"\\Log\\helper_log0.txt", L"\\Log\\helper_log1.txt"}) {
-        HelperLog log;
-        touchFile(L"\\Log\\helper_log0.txt");
-        touchFile(L"\\Log\\helper_log1.txt");
-        advance(5000);
-        touchFile(last);
-        log.write(L"here", LogLevel::Info);
-        EXPECT_EQ(messages(std::filesystem::path(last).string()), "INFO;here\n");
+    for (const std::uint64_t later : {5000, 5 * 86400000}) { // each half of a time decides once
+        for (const wchar_t* last : {L"\\Log\\helper_log0.txt", L"\\Log\\helper_log1.txt"}) {
+            HelperLog log;
+            touchFile(L"\\Log\\helper_log0.txt");
+            touchFile(L"\\Log\\helper_log1.txt");
+            advance(later);
+            touchFile(last);
+            log.write(L"here", LogLevel::Info);
+            EXPECT_EQ(messages(std::filesystem::path(last).string()), "INFO;here\n");
+        }
     }
     HelperLog log;
     touchFile(L"\\Log\\helper_log1.txt");

@@ -1,7 +1,12 @@
 #include "OrvaUtils/Xml/SettingsDocument.h"
+
+#include "OrvaUtils/Xml/DocumentFile.h"
 #include "tests/support/TestPanel.h"
 
+#include <windows.h>
+
 #include <gtest/gtest.h>
+#include <new>
 
 using namespace testing_panel;
 using OrvaUtils::Xml::SettingsDocument;
@@ -96,13 +101,26 @@ TEST(SettingsDocument, LeavesWhatItCannotReadAsItWas) {
 
 TEST(SettingsDocument, SaysWhenItCouldNotBeWritten) {
     writeFile(FILE_PATH, "old");
+    struct : tinyxml2::XMLDocument {
+        bool Accept(tinyxml2::XMLVisitor*) const override {
+            throw std::bad_alloc();
+        }
+    } outOfMemory;
+    EXPECT_FALSE(OrvaUtils::Xml::saveDocument(outOfMemory, L"\\Settings\\EMMC.xml"));
+    EXPECT_EQ(readFile(FILE_PATH), "old");
     SettingsDocument document = subject();
     document.createEmpty();
-    document.write("Value", true);
+    for (int value = 0; value < 10000; ++value) {
+        document.write("Value", true);
+    }
     failCall("CreateFileW");
     EXPECT_FALSE(document.save());
     EXPECT_EQ(readFile(FILE_PATH), "old");
     failCall("WriteFile");
     EXPECT_FALSE(document.save());
+    startTrace();
     EXPECT_TRUE(document.save());
+    EXPECT_EQ(trace().size(), 3U) << "opened, written and closed once, however large it is";
+    EXPECT_GT(readFile(FILE_PATH).size(), 250000U);
+    EXPECT_TRUE(DeleteFileW(L"\\Settings\\EMMC.xml")) << "closed each time";
 }

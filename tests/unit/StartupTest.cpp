@@ -5,7 +5,6 @@
 #include "app/InitializeHelper.h"
 #include "app/Installation.h"
 #include "app/RunModuleManager.h"
-#include "app/StartupContext.h"
 #include "app/log/Logger.h"
 #include "ipc/IPCDispatcherException.h"
 #include "platform/panel/Client.h"
@@ -119,13 +118,6 @@ TEST(Startup, EndsTheModuleManagerWithExitCodeZero) {
     EXPECT_EQ(exitCode, 0);
 }
 
-TEST(Startup, KnowsItsPathsBeforeItBegins) {
-    const StartupContext context;
-    EXPECT_FALSE(context.restartNeeded);
-    EXPECT_EQ(context.zentrixBackupPath, L"\\NANDFlash\\ZentrixHMI\\_backup_ZentrixHMICE.exe");
-    EXPECT_EQ(context.zentrixExecutablePath, L"\\NANDFlash\\ZentrixHMI\\ZentrixHMICE.exe");
-}
-
 TEST(Startup, TidiesUpInTheRightPath) {
     writeFile("\\Old\\_rm_app.exe", "");
     writeFile("\\Old\\kept", "");
@@ -157,18 +149,6 @@ TEST(Startup, FailsWhenTheApplicationCannotFollowUp) {
     EXPECT_NE(readFile("\\MMCMemory\\Tarvex\\config.xml").find("RepositoryPath=\"\\a.osr\" Force=\"0\""),
               std::string::npos)
         << "saved before";
-}
-
-TEST(Startup, FailsForACleanupDirectoryWithoutAName) {
-    const char* const document = "<OrvaTarvex><Settings><CleanupDirectories><Directory Name=''/></CleanupDirectories>"
-                                 "</Settings></OrvaTarvex>";
-    writeFile("\\MMCMemory\\Tarvex\\config.xml", document);
-    HANDLE noLock = nullptr;
-    EXPECT_FALSE(InitializeHelper(noLock));
-    EXPECT_EQ(exitCode, 1);
-    EXPECT_EQ(logged(), "INFO;Init of Helper\n"
-                        "ERROR;Exception OrvaUtils::IO::FileSystemException: Invalid directory name\n");
-    EXPECT_EQ(readFile("\\MMCMemory\\Tarvex\\config.xml"), document);
 }
 
 TEST(Installation, FindsTheApplicationOnADisk) {
@@ -211,16 +191,4 @@ TEST(Installation, CopiesTheHelperFile) {
     EXPECT_EQ(readFile("\\D\\old"), "new");
     EXPECT_EQ(copy(L"\\S\\helper", L"\\E\\x"), L"none");
     EXPECT_EQ(readFile("\\E\\x"), "new");
-}
-
-TEST(Installation, RegistersWhereItStarted) {
-    const char* const helper = "\\MMCMemory\\Tarvex\\TarvexHelper.exe";
-    if (!exists(helper)) {
-        writeFile(helper, "");
-    }
-    writeFile("\\MMCMemory\\Tarvex\\other", "");
-    registerStartLocationForCleanup();
-    EXPECT_EQ(HelperSettings::instance().cleanupDirectories, std::vector<std::wstring>{L"\\MMCMemory\\Tarvex"});
-    EXPECT_FALSE(exists(helper));
-    EXPECT_TRUE(exists("\\MMCMemory\\Tarvex\\other"));
 }

@@ -54,12 +54,14 @@ void splitCommandLine(std::string& program, std::string& arguments) {
     arguments.erase(0, rest);
 }
 
-// A bare file name is looked for in the root and in \Windows.
-std::string searchProgram(const std::string& root, const std::string& name) {
-    if (name.find('\\') == std::string::npos && !locate(root, '\\' + name).exists &&
-        locate(root, "\\Windows\\" + name).exists)
-        return "\\Windows\\" + name;
-    return name;
+// A bare file name is looked for in the root and in \Windows; without an extension it means a ".exe".
+std::string searchProgram(const std::string& root, std::string name) {
+    if (name.empty() || name.find('\\') != std::string::npos)
+        return name;
+    if (name.find('.') == std::string::npos)
+        name += ".exe";
+    const bool inWindows = !locate(root, '\\' + name).exists && locate(root, "\\Windows\\" + name).exists;
+    return inWindows ? "\\Windows\\" + name : name;
 }
 
 } // namespace
@@ -73,7 +75,7 @@ BOOL CreateProcessW(LPCWSTR module, LPWSTR commandLine, SECURITY_ATTRIBUTES* pro
     if (processSecurity || threadSecurity || inherit || environment || directory)
         return gate.fails(FALSE, ERROR_INVALID_PARAMETER);
     std::string program = toUtf8(module);
-    std::string arguments = toUtf8(commandLine);
+    std::string arguments = toUtf8(commandLine ? commandLine : module);
     if (!module)
         splitCommandLine(program, arguments);
     Image& image = gate.image();

@@ -20,7 +20,7 @@ bool sharingAllows(const Image& image, const struct stat& status, DWORD access, 
         return (!(wanted & GENERIC_READ) || (given & FILE_SHARE_READ)) &&
                (!(wanted & GENERIC_WRITE) || (given & FILE_SHARE_WRITE));
     };
-    for (const ObjectRecord& other : image.objects)
+    for (const ObjectRecord& other : usedObjects(image))
         if (other.type == ObjectType::file && other.device == status.st_dev && other.inode == status.st_ino &&
             (!granted(access, other.share) || !granted(other.access, share)))
             return false;
@@ -70,9 +70,9 @@ int lockedDescriptor(Gate& gate, HANDLE file, DWORD access) {
 
 } // namespace
 
-HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES*, DWORD disposition, DWORD,
+HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES*, DWORD disposition, DWORD flags,
                    HANDLE) noexcept {
-    Gate gate(Function::CreateFileW, path, trace::Hex{access}, share, disposition);
+    Gate gate(Function::CreateFileW, path, trace::Hex{access}, share, disposition, trace::Hex{flags});
     if (gate.faulted())
         return gate.fault<HANDLE>();
     const std::string name = toUtf8(path);
@@ -114,6 +114,7 @@ HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES*
 
 BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD bytes, DWORD* count, void*) noexcept {
     Gate gate(Function::ReadFile, file, bytes);
+    *count = 0;
     if (gate.faulted())
         return gate.fault<BOOL>();
     const int host = lockedDescriptor(gate, file, GENERIC_READ);
@@ -127,6 +128,7 @@ BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD bytes, DWORD* count, void*) noex
 
 BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD bytes, DWORD* written, void*) noexcept {
     Gate gate(Function::WriteFile, file, bytes);
+    *written = 0;
     if (gate.faulted())
         return gate.fault<BOOL>();
     const Lock lock(gate.image());
@@ -138,6 +140,7 @@ BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD bytes, DWORD* written, void*) 
         return gate.fails(FALSE, ERROR_WRITE_PROTECT);
     const ssize_t length = write(host, buffer, bytes);
     *written = length < 0 ? 0 : static_cast<DWORD>(length);
+    gate.shows(*written);
     setWriteTime(gate.image(), host);
     if (*written != bytes)
         return gate.fails(FALSE, ERROR_DISK_FULL);
@@ -151,12 +154,15 @@ DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD origi
     const int host = lockedDescriptor(gate, file, 0);
     if (host < 0)
         return gate.fails(INVALID_SET_FILE_POINTER, ERROR_INVALID_HANDLE);
-    if (origin > FILE_END || distanceHigh)
+    if (origin > FILE_END || (distanceHigh && *distanceHigh != 0))
         return gate.fails(INVALID_SET_FILE_POINTER, ERROR_INVALID_PARAMETER);
     constexpr int origins[] = {SEEK_SET, SEEK_CUR, SEEK_END};
-    const auto position = lseek(host, distance, origins[origin]);
+    const off_t offset = distanceHigh ? off_t{static_cast<DWORD>(distance)} : off_t{distance}; // half of 64 bits
+    const auto position = lseek(host, offset, origins[origin]);
     if (position < 0)
         return gate.fails(INVALID_SET_FILE_POINTER, ERROR_INVALID_PARAMETER);
+    if (distanceHigh)
+        *distanceHigh = static_cast<LONG>(position >> 32);
     gate.setLastError(ERROR_SUCCESS);
     return gate.done(static_cast<DWORD>(position));
 }

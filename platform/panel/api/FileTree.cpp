@@ -16,6 +16,8 @@ using namespace panel;
 
 namespace {
 
+constexpr std::size_t shortcutSize = 256; // characters of a target, the terminating zero among them
+
 // Why a file that is there must not be deleted or replaced; 0 if it may.
 DWORD protection(const Image& image, const Place& place) {
     if (!place.isFile() || place.isReadOnly())
@@ -66,7 +68,7 @@ DWORD copyFile(Image& image, const Place& source, const Place& destination, bool
         return source.error;
     if (!source.isFile())
         return ERROR_ACCESS_DENIED;
-    for (const ObjectRecord& other : image.objects)
+    for (const ObjectRecord& other : usedObjects(image))
         if (other.type == ObjectType::file && other.device == source.status.st_dev &&
             other.inode == source.status.st_ino && !(other.share & FILE_SHARE_READ))
             return ERROR_SHARING_VIOLATION;
@@ -335,6 +337,8 @@ BOOL SHCreateShortcut(LPWSTR shortcut, LPWSTR target) noexcept {
     Gate gate(Function::SHCreateShortcut, shortcut, target);
     if (gate.faulted())
         return gate.fault<BOOL>();
+    if (wideLength(target) >= shortcutSize)
+        return gate.fails(FALSE, ERROR_FILENAME_EXCED_RANGE);
     const Lock lock(gate.image());
     const std::string name = toUtf8(shortcut);
     const Place place = locate(gate.image(), gate.runtime.directory(), name);

@@ -39,7 +39,7 @@ std::string pathOf(Gate& gate, HKEY key) {
     return slot && objects::at(gate.image(), slot).type == ObjectType::key ? objects::at(gate.image(), slot).name : "";
 }
 
-// The path of a key below another; empty if a name in it is empty or too long.
+// The path of a key below another; empty if a name in it is empty or too long, or if it lies too deep.
 std::string below(const std::string& path, LPCWSTR subkey) {
     std::string names = toUtf8(subkey);
     if (names.empty())
@@ -55,12 +55,13 @@ std::string below(const std::string& path, LPCWSTR subkey) {
         rest.remove_prefix(end + 1);
     }
     const std::string whole = path + '\\' + names;
-    return whole.size() < sizeof ObjectRecord::name ? whole : std::string();
+    const bool tooDeep = std::count(whole.begin(), whole.end(), '\\') > registry::maxDepth;
+    return tooDeep || whole.size() >= sizeof ObjectRecord::name ? std::string() : whole;
 }
 
 bool isOpen(const Image& image, const std::string& path) { // it, or a key below it
     const std::string folded = fold(path);
-    for (const ObjectRecord& object : image.objects) {
+    for (const ObjectRecord& object : usedObjects(image)) {
         if (object.type != ObjectType::key)
             continue;
         const std::string other = fold(object.name);
@@ -140,8 +141,8 @@ LONG giveData(const Value& value, DWORD* type, BYTE* data, DWORD* size) {
 
 } // namespace
 
-LONG RegOpenKeyExW(HKEY key, LPCWSTR subkey, DWORD, DWORD, HKEY* opened) noexcept {
-    Gate gate(Function::RegOpenKeyExW, shown(key), subkey);
+LONG RegOpenKeyExW(HKEY key, LPCWSTR subkey, DWORD options, DWORD access, HKEY* opened) noexcept {
+    Gate gate(Function::RegOpenKeyExW, shown(key), subkey, options, trace::Hex{access});
     if (gate.faulted())
         return gate.fault<LONG>();
     return gate.done(withTree(gate, key, false, [&](Tree& tree, const std::string& path) -> LONG {
@@ -150,9 +151,9 @@ LONG RegOpenKeyExW(HKEY key, LPCWSTR subkey, DWORD, DWORD, HKEY* opened) noexcep
     }));
 }
 
-LONG RegCreateKeyExW(HKEY key, LPCWSTR subkey, DWORD reserved, LPWSTR, DWORD, DWORD, SECURITY_ATTRIBUTES*, HKEY* opened,
-                     DWORD* disposition) noexcept {
-    Gate gate(Function::RegCreateKeyExW, shown(key), subkey);
+LONG RegCreateKeyExW(HKEY key, LPCWSTR subkey, DWORD reserved, LPWSTR, DWORD options, DWORD access,
+                     SECURITY_ATTRIBUTES*, HKEY* opened, DWORD* disposition) noexcept {
+    Gate gate(Function::RegCreateKeyExW, shown(key), subkey, options, trace::Hex{access});
     if (gate.faulted())
         return gate.fault<LONG>();
     return gate.done(withTree(gate, key, true, [&](Tree& tree, const std::string& path) -> LONG {

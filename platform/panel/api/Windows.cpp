@@ -107,8 +107,8 @@ ATOM RegisterClassW(const WNDCLASSW* windowClass) noexcept {
     return gate.done(entry->second.atom);
 }
 
-BOOL UnregisterClassW(LPCWSTR className, HINSTANCE) noexcept {
-    Gate gate(Function::UnregisterClassW, className);
+BOOL UnregisterClassW(LPCWSTR className, HINSTANCE instance) noexcept {
+    Gate gate(Function::UnregisterClassW, className, instance);
     if (gate.faulted())
         return gate.fault<BOOL>();
     const std::string name = toUtf8(className);
@@ -126,7 +126,7 @@ BOOL UnregisterClassW(LPCWSTR className, HINSTANCE) noexcept {
 
 HWND CreateWindowExW(DWORD extendedStyle, LPCWSTR className, LPCWSTR title, DWORD style, int x, int y, int width,
                      int height, HWND parent, HMENU menu, HINSTANCE instance, LPVOID parameter) noexcept {
-    Gate gate(Function::CreateWindowExW, className, title, trace::Hex{style});
+    Gate gate(Function::CreateWindowExW, trace::Hex{extendedStyle}, className, title, trace::Hex{style}, instance);
     if (gate.faulted())
         return gate.fault<HWND>();
     std::uint32_t window = 0;

@@ -14,7 +14,7 @@ Slot makeEvent(Image& image, const char* name, bool signalled) {
     ObjectRecord& event = objects::at(image, slot);
     event.manualReset = 1;
     event.signalled = signalled;
-    copyText(event.name, name);
+    objects::setName(event, name);
     return slot;
 }
 

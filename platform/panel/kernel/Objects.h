@@ -15,6 +15,7 @@ ObjectRecord& at(Image& image, Slot object);
 Slot make(Image& image, ObjectType type); // held by nobody yet; 0 if the table is full
 void hold(Image& image, Slot object);
 void drop(Image& image, Slot object);
+void setName(ObjectRecord& object, std::string_view name); // also the empty one; without it findNamed finds nothing
 Slot findNamed(Image& image, ObjectType type, std::string_view name); // 0: none
 
 // Takes hold of the object. 0 if the process has no entry left.

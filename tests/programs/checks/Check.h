@@ -14,6 +14,7 @@ void ticks();
 void exceptions();
 void statics();
 void heap();
+void log();
 void registry();
 void window();
 void stack();

@@ -25,6 +25,7 @@ constexpr Group groups[] = {
     {L"exceptions", exceptions},
     {L"statics", statics},
     {L"heap", heap},
+    {L"log", log},
     {L"registry", registry},
     {L"window", window},
     {L"stack", stack},

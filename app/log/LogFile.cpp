@@ -1,0 +1,57 @@
+#include "app/log/LogFile.h"
+
+#include <utility>
+
+namespace {
+
+HANDLE openShared(const std::wstring& path, DWORD access, DWORD disposition) {
+    return CreateFileW(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition,
+                       FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+} // namespace
+
+void LogFile::open(std::wstring pathOfFile, DWORD disposition) {
+    path = std::move(pathOfFile);
+    handle = openShared(path, GENERIC_WRITE, disposition);
+    users = handle == INVALID_HANDLE_VALUE ? 0 : 1;
+}
+
+bool LogFile::isFree() const {
+    return users == 0;
+}
+
+LogFile::Use LogFile::use() {
+    std::int32_t count = users;
+    while (count != 0 && !users.compare_exchange_weak(count, count + 1)) {
+    }
+    return Use(count == 0 ? nullptr : this);
+}
+
+void LogFile::retire() {
+    const HANDLE closed = handle; // before another thread may open the next file
+    if (--users == 0) {
+        CloseHandle(closed);
+    }
+}
+
+void LogFile::Leave::operator()(LogFile* file) const {
+    file->retire();
+}
+
+std::uint32_t LogFile::size() const {
+    const HANDLE file = openShared(path, GENERIC_READ, OPEN_EXISTING);
+    if (file == INVALID_HANDLE_VALUE) {
+        return 0;
+    }
+    const DWORD end = SetFilePointer(file, 0, nullptr, FILE_END);
+    CloseHandle(file);
+    return end == INVALID_SET_FILE_POINTER ? 0 : end;
+}
+
+void LogFile::write(const std::string& bytes) {
+    if (SetFilePointer(handle, 0, nullptr, FILE_END) != INVALID_SET_FILE_POINTER) {
+        DWORD written = 0;
+        WriteFile(handle, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
+    }
+}
