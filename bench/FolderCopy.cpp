@@ -1,6 +1,6 @@
 // What it costs to copy a folder of small files on the simulated panel with the helper's file system, and to delete the
-// copy again; beside it, on the same host's files, std::filesystem. The argument is the number of files; "per_file"
-// must not grow with it.
+// copy again; beside it, on the same host's files, std::filesystem. The argument is the number of files; "per_file", in
+// processor time, must not grow with it.
 //
 //     build/native/FolderCopy
 #include "OrvaUtils/IO/IFileSystem.h"
