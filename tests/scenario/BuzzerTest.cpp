@@ -102,11 +102,13 @@ TEST(Buzzer, EndsWhileTheDriverIsBusy) {
     EXPECT_EQ(panel.reload(buzzerSettings(false, 3400)), 0);
     const std::uint64_t waited = panel.driver().status().time - time;
     EXPECT_TRUE(waited >= 300 && waited <= 310) << "the buzzer goes when it has its answer, not after " << waited;
-    Lines order;
-    for (const TracedCall& call : panel.calls())
-        if (call.function == "CloseHandle" || call.function == "DeviceIoControl")
-            order.push_back(call.function);
-    EXPECT_EQ(order.empty() ? "" : order.back(), "CloseHandle") << "the driver is closed behind the click";
+    const std::string driver = panel.calls("DeviceIoControl").at(0).argumentList().at(0);
+    Lines ofDriver;
+    for (const TracedCall& call : panel.calls()) {
+        if (call.argumentList().at(0) == driver)
+            ofDriver.push_back(call.function);
+    }
+    EXPECT_EQ(ofDriver, (Lines{"DeviceIoControl", "CloseHandle"})) << "closed behind the click";
     EXPECT_EQ(panel.reload(buzzerSettings(true, 3400)), 0);
     panel.panel().devices().setBehaviour("BZR1", {Behaviour::Kind::block, 0});
     panel.clicksOf(leftPress);

@@ -291,15 +291,6 @@ TEST(MessageOnlyWindow, IsNotStoppedWithoutAWindowOrWithoutRoomForTheRequest) {
     window.run();
 }
 
-TEST(MessageOnlyWindow, IsDestroyedWhileAnotherThreadStopsIt) {
-    for (int round = 0; round < 100; ++round) { // for the sanitizers
-        auto* window = new KnownWindow;
-        OtherThread other([window] { window->stop(); });
-        window->run();
-        delete window;
-    }
-}
-
 TEST(MessageOnlyWindow, RunsOneLoopAtATime) {
     KnownWindow window;
     std::string nested;

@@ -182,6 +182,7 @@ TEST(MonitorThread, StartsAnewWithoutWhatTheLastThreadHasLeft) {
 }
 
 TEST(MonitorThread, IsDeletedWhenItHasEndedAndKeptOtherwise) {
+    Probe::deleted = 0;
     for (const auto handles : {Probe::Handles::Close, Probe::Handles::LeaveOpen}) {
         auto* const probe = new Probe(watch, handles);
         probe->start();

@@ -56,7 +56,7 @@ TEST(ObserverList, CallsInOrderWhoIsThere) {
 TEST(ObserverList, WaitsForCallsOfTheRemovedOneAlone) {
     ObserverList<Observer> list;
     Observer hung{[] { Sleep(100000); }};
-    Observer busy{[] { Sleep(5000); }};
+    Observer busy{[] { Sleep(4995); }};
     const auto notify = [&] { list.notify([](Observer& observer) { observer.action(); }); };
     const auto removal = [&](Observer& observer) {
         const DWORD begun = GetTickCount();
