@@ -43,11 +43,6 @@ void count(std::uint32_t value) {
     devices().setValues("SHC1", {value});
 }
 
-void pass(std::uint64_t milliseconds) {
-    advance(milliseconds);
-    driver().settle();
-}
-
 } // namespace
 
 TEST(WriteCounter, IsTheDriversCountOrNothing) {
