@@ -215,7 +215,7 @@ TEST_F(PanelCommand, ShowsDevicesAndTellsThemWhatToDo) {
     EXPECT_EQ(json("status").at("backLight"), Json({128, 1, 128, 1}));
     EXPECT_EQ(json("status").at("flashWritable"), false);
     EXPECT_EQ(json("device SHC1").at("present"), false);
-    fails("device SHC1 add 5", "as a whole");
+    isMisused("device SHC1 add 5", "as a whole");
     succeed("device SHC1 add");
     succeed("device SHC1 refuse open --error 2");
     EXPECT_EQ(json("device SHC1").at("does").at("open"), "refuses with error 2");
@@ -318,8 +318,9 @@ TEST_F(PanelCommand, StartsAndWaitsWithTheProgramsExitCode) {
     EXPECT_EQ(call("start --wait --limit 2s '\\MMCMemory\\Actor.exe' sleep 3000").code, 124);
     EXPECT_EQ(call("start --wait '\\MMCMemory\\none.exe'").code, 125);
     succeed("start '\\MMCMemory\\Actor.exe' wait never");
-    succeed("kill actor.exe");
-    EXPECT_EQ(json("wait --exit Actor.exe").at("exitCode"), 0xC0000005U);
+    isMisused("kill actor.exe", "Actor.exe#3 or Actor.exe#4");
+    succeed("kill actor.exe#4");
+    EXPECT_EQ(json("wait --exit Actor.exe#4").at("exitCode"), 0xC0000005U);
     succeed("attributes '\\mmcmemory\\Actor.exe' --read-only --written 2024-03-07T06:05:09");
     const Json file = json("attributes '\\MMCMemory\\Actor.exe'");
     EXPECT_EQ(file.at("attributes"), "read-only");
