@@ -23,8 +23,7 @@ bool isAutorunConfigured() {
         !valueExists(HKEY_LOCAL_MACHINE, START_LIST, PREDECESSORS)) {
         return false;
     }
-    const Key key(HKEY_LOCAL_MACHINE, START_LIST);
-    return OrvaUtils::equalIgnoringCase(readString(key.handle(), PROGRAM), Paths::HELPER);
+    return OrvaUtils::equalIgnoringCase(readString(HKEY_LOCAL_MACHINE, START_LIST, PROGRAM), Paths::HELPER);
 }
 
 void configureAutorun() {

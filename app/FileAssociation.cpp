@@ -26,11 +26,8 @@ std::wstring openCommand() {
 }
 
 bool holds(const wchar_t* path, const std::wstring& text) {
-    if (!valueExists(HKEY_CLASSES_ROOT, path, DEFAULT_VALUE)) {
-        return false;
-    }
-    const Key key(HKEY_CLASSES_ROOT, path);
-    return readString(key.handle(), DEFAULT_VALUE) == text;
+    return valueExists(HKEY_CLASSES_ROOT, path, DEFAULT_VALUE) &&
+           readString(HKEY_CLASSES_ROOT, path, DEFAULT_VALUE) == text;
 }
 
 void put(const wchar_t* path, const wchar_t* name, const std::wstring& text) {

@@ -19,6 +19,8 @@ class HelperSettings {
 public:
     // Reads the document. The program uses the one of `instance`.
     HelperSettings();
+    HelperSettings(const HelperSettings&) = delete;
+    HelperSettings& operator=(const HelperSettings&) = delete;
 
     // The settings of the process, read at the first call.
     static HelperSettings& instance();

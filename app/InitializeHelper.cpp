@@ -27,10 +27,13 @@ void handOver(HANDLE& mutexHandle) {
 
 } // namespace
 
-bool InitializeHelper(HANDLE& mutexHandle) {
+bool InitializeHelper(HANDLE& mutexHandle, const std::exception_ptr& earlierFailure) {
     try {
         configureLog();
         Logger::instance().writeParts(LogLevel::Info, {L"Init of Helper"});
+        if (earlierFailure != nullptr) {
+            std::rethrow_exception(earlierFailure);
+        }
         StartupContext context;
         RunStartupSequence(context);
         if (context.restartNeeded) {

@@ -1,6 +1,7 @@
 #include "app/ModuleManager.h"
 
 #include "OrvaUtils/Teardown.h"
+#include "modules/KeepUntilProcessEnds.h"
 #include "modules/buzzer/BuzzerModule.h"
 #include "modules/screensaver/ScreenSaverModule.h"
 #include "modules/usbconfig/ConfigurationApplier.h"
@@ -8,9 +9,16 @@
 #include <utility>
 
 ModuleManager::ModuleManager(IPCDispatcher& dispatcher, USBDeviceMonitor& usbMonitor) {
-    modules.push_back(ScreenSaverModule::create(dispatcher));
-    modules.push_back(BuzzerModule::create(dispatcher));
-    modules.push_back(ConfigurationApplier::create(usbMonitor));
+    try {
+        modules.push_back(ScreenSaverModule::create(dispatcher));
+        modules.push_back(BuzzerModule::create(dispatcher));
+        modules.push_back(ConfigurationApplier::create(usbMonitor));
+    } catch (...) {
+        for (const IModule* module : modules) {
+            keepUntilProcessEnds(module); // deliberately not deleted
+        }
+        throw;
+    }
 }
 
 ModuleManager::~ModuleManager() noexcept(false) {

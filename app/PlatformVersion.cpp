@@ -1,13 +1,11 @@
 #include "app/PlatformVersion.h"
 
-#include "OrvaUtils/Registry/Key.h"
 #include "OrvaUtils/Registry/Reading.h"
 
 #include <crt.h>
 
 std::int32_t platformMinorVersion() {
-    const OrvaUtils::Registry::Key key(HKEY_LOCAL_MACHINE, L"ORVA");
-    const std::wstring version = OrvaUtils::Registry::readString(key.handle(), L"Version");
+    const std::wstring version = OrvaUtils::Registry::readString(HKEY_LOCAL_MACHINE, L"ORVA", L"Version");
     const std::size_t minor = version.find(L'.') + 1;
     // Only digits count: a blank or a sign, which _wtol would take, is no number here.
     const bool isNumber = minor != 0 && version[minor] >= L'0' && version[minor] <= L'9';

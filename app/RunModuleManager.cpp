@@ -15,11 +15,19 @@ namespace {
 
 constexpr std::int32_t FIRST_MINOR_VERSION_WITH_EMMC = 15;
 
+// Ends the monitor behind the modules and before the dispatcher, also when an exception is in flight.
+struct UsbMonitorOwner {
+    ~UsbMonitorOwner() noexcept(false) {
+        stopAndDelete(monitor);
+    }
+    USBDeviceMonitor* const monitor = new USBDeviceMonitor;
+};
+
 void runModules() {
     IPCDispatcher dispatcher;
-    USBDeviceMonitor usbMonitor;
-    const ModuleManager modules(dispatcher, usbMonitor);
-    usbMonitor.start();
+    const UsbMonitorOwner usb;
+    const ModuleManager modules(dispatcher, *usb.monitor);
+    usb.monitor->start();
     dispatcher.run();
     Logger::instance().writeParts(LogLevel::Info, {L"Module manager terminated"});
     exitCode = 0;
@@ -28,9 +36,7 @@ void runModules() {
 } // namespace
 
 void RunModuleManager() {
-    // Deliberately neither stopped nor deleted behind an exception: it goes on until the process ends. Static, so that
-    // it is not taken for a leak.
-    static EMMCMonitor* emmcMonitor = nullptr;
+    EMMCMonitor* emmcMonitor = nullptr;
     try {
         Logger::instance().writeParts(LogLevel::Info, {L"Module manager initialization"});
         // Deliberate: throws without a version, which ends the helper.
@@ -39,8 +45,11 @@ void RunModuleManager() {
             emmcMonitor->start();
         }
         runModules();
-        delete std::exchange(emmcMonitor, nullptr);
+        if (emmcMonitor != nullptr) {
+            stopAndDelete(std::exchange(emmcMonitor, nullptr));
+        }
     } catch (...) {
         reportFailure();
+        keepUntilProcessEnds(emmcMonitor); // deliberate: behind a failure it goes on, neither stopped nor deleted
     }
 }

@@ -1,7 +1,5 @@
 #include "app/ExitCode.h"
-#include "app/FailureReport.h"
 #include "app/InitializeHelper.h"
-#include "app/LogSetup.h"
 #include "app/RunModuleManager.h"
 #include "app/log/Logger.h"
 #include "modules/buzzer/MouseHook.h"
@@ -10,35 +8,29 @@
 
 namespace {
 
-// Deliberate: the events of the touch hook come before everything else, also before the instance lock.
-bool makeMouseHook() {
+// Null: it was made.
+std::exception_ptr failureOfMouseHook() {
     try {
         MouseHook::instance();
-        return true;
+        return nullptr;
     } catch (...) {
-        try {
-            configureLog(); // or nobody would know why there is no helper
-        } catch (...) { // then nobody does
-        }
-        reportFailure();
-        return false;
+        return std::current_exception();
     }
 }
 
 } // namespace
 
 int WINAPI WinMain(HINSTANCE, HINSTANCE, LPWSTR, int) {
-    if (!makeMouseHook()) {
-        return exitCode;
-    }
+    // Deliberate: the events of the touch hook come before everything else, also before the instance lock.
+    const std::exception_ptr hookFailure = failureOfMouseHook();
     exitCode = 0;
     HANDLE mutex = CreateMutexW(nullptr, FALSE, L"OrvaTarvexHelper.0");
     const bool firstInstance = mutex != nullptr && GetLastError() != ERROR_ALREADY_EXISTS;
-    if (firstInstance && InitializeHelper(mutex)) {
+    if (firstInstance && InitializeHelper(mutex, hookFailure)) {
         RunModuleManager();
         Logger::instance().writeParts(LogLevel::Info, {L"Helper terminated"});
     }
-    // Deliberate: released, which the platform refuses to who does not own it, and never closed.
+    // Deliberate: `ReleaseMutex` fails because no thread owns the mutex. The handle stays open until the process ends.
     if (mutex != nullptr) {
         ReleaseMutex(mutex);
     }

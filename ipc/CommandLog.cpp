@@ -13,14 +13,14 @@ std::wstring decimalCode(WPARAM command) {
 
 } // namespace
 
-void received(const std::wstring& handler, WPARAM command) {
+void received(std::wstring_view handler, WPARAM command) {
     Logger& log = Logger::instance();
     if (log.admits(LogLevel::Info)) {
         log.writeParts(LogLevel::Info, {handler, L";message received ", decimalCode(command)});
     }
 }
 
-void handled(const std::wstring& handler, WPARAM command, std::uint32_t result) {
+void handled(std::wstring_view handler, WPARAM command, std::uint32_t result) {
     Logger& log = Logger::instance();
     if (log.admits(LogLevel::Info)) {
         log.writeParts(LogLevel::Info,

@@ -4,13 +4,13 @@
 #include <windows.h>
 
 #include <cstdint>
-#include <string>
+#include <string_view>
 
 namespace CommandLog {
 
 // "<handler>;message received <code>", before the command is carried out.
-void received(const std::wstring& handler, WPARAM command);
+void received(std::wstring_view handler, WPARAM command);
 // "<handler>;message handled <code> result: <result>", after it.
-void handled(const std::wstring& handler, WPARAM command, std::uint32_t result);
+void handled(std::wstring_view handler, WPARAM command, std::uint32_t result);
 
 } // namespace CommandLog

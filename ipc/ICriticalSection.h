@@ -4,7 +4,7 @@
 
 namespace indev {
 
-// Mutual exclusion. Recursive. A thread that does not hold it may leave it: that does nothing.
+// Mutual exclusion. Recursive. A leave by a thread that does not hold it does nothing.
 class ICriticalSection {
 public:
     virtual void enter() = 0;

@@ -15,9 +15,7 @@ constexpr WPARAM TERMINATE_COMMAND = 1;
 IPCDispatcher::IPCDispatcher() : messageWindow(std::make_unique<MessageOnlyWindow>()) {}
 
 IPCDispatcher::~IPCDispatcher() noexcept {
-    messageWindow->clearHandlers();
-    adapters.clear();
-    messageWindow.reset();
+    messageWindow->clearHandlers(); // the adapters go first
 }
 
 void IPCDispatcher::registerHandler(const std::wstring& name, IPCMessageHandler* handler) {
@@ -46,12 +44,8 @@ std::uint32_t IPCDispatcher::handleMessage(HWND, UINT, WPARAM wParam, LPARAM) {
     return result;
 }
 
-// The window must not reach the adapters any more, but the one that carries this very command, and one that waits below
-// it on the stack, live on until the dispatcher ends.
 void IPCDispatcher::terminate() {
-    if (!messageWindow->stop()) {
-        return; // it goes on: the next command must still reach it
+    if (messageWindow->stop()) { // otherwise it goes on: the next command must still reach it
+        messageWindow->clearHandlers();
     }
-    messageWindow->clearHandlers();
-    discardedAdapters.splice(discardedAdapters.end(), adapters);
 }

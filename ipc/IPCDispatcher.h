@@ -33,7 +33,5 @@ private:
     void terminate();
 
     std::unique_ptr<MessageOnlyWindow> messageWindow;
-    std::list<MessageHandlerAdapter> adapters;
-    // Out of service, but perhaps still running.
-    std::list<MessageHandlerAdapter> discardedAdapters;
+    std::list<MessageHandlerAdapter> adapters; // live until the end: one of them carries command 1
 };

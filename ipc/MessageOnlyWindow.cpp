@@ -26,5 +26,6 @@ void MessageOnlyWindow::run() {
 }
 
 bool MessageOnlyWindow::stop() {
-    return implementation->stop();
+    const std::shared_ptr<Implementation> kept = implementation;
+    return kept->stop();
 }

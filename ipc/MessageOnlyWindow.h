@@ -9,19 +9,21 @@
 
 // A hidden window of a named class, found by that name from other processes, and the message loop of its thread.
 //
-// `create`, `run` and the destructor belong on one thread: the platform hands a window's messages only to the thread
-// that made it, and only that one can destroy it. `registerHandler`, `clearHandlers` and `stop` may be called from any
-// thread. Handlers run on the loop's thread, one at a time, and never while another thread registers.
+// One thread creates the window, runs its loop and, when `run` has returned, destroys the object: the platform hands a
+// window's messages only to the thread that made it, and only that one can destroy it. `registerHandler`,
+// `clearHandlers` and `stop` may be called from any thread; the object may go while a `stop` has yet to return.
+// Handlers run on the loop's thread, one at a time, and never while another thread registers.
 //
 // Failures are standard exceptions: "Failed to register message only window class", "Failed to create message only
 // window", "Message loop already running". An exception that leaves a handler ends `run` and comes out of it, also when
-// the message was sent by another thread or process, which then receives 0.
+// the message was sent by another thread or process, which then receives 0. One that leaves the handler of WM_CREATE is
+// lost: the window cannot be created.
 class MessageOnlyWindow {
 public:
     MessageOnlyWindow();
     MessageOnlyWindow(const MessageOnlyWindow&) = delete;
     MessageOnlyWindow& operator=(const MessageOnlyWindow&) = delete;
-    // Stops a loop that still runs, as `stop` does, then destroys the window and its class.
+    // Destroys the window, unless it is gone already, and its class.
     ~MessageOnlyWindow();
 
     // Registers the class and makes the window, once: a second call does nothing, whatever its name. After a failure
@@ -36,13 +38,14 @@ public:
     // has not.
     void run();
     // Asks the loop to end. From another thread it returns when the loop has ended; on the loop's own thread at once,
-    // and the loop ends when it comes to the request. False, at once, if the platform did not take the request (there
-    // is no window, or no room for a message): the loop then goes on.
+    // and the loop ends when it comes to the request. False, at once, if the window was never created or there is no
+    // room for a message: the loop then goes on. From another thread it waits for ever if a WM_CLOSE that was sent, not
+    // posted, has destroyed the window: that loop does not end.
     bool stop();
 
 private:
     class Implementation;
 
-    // Shared with a `run` that has yet to return when another thread destroys this.
+    // Shared with a `run` or `stop` that has yet to return.
     std::shared_ptr<Implementation> implementation;
 };

@@ -13,18 +13,35 @@ std::atomic<std::uint32_t> automaticClassNames = 0;
 } // namespace
 
 // Deliberately no entry is ever removed: that of a window whose owner is gone has expired and counts as none.
-struct MessageOnlyWindow::Implementation::WindowMap {
-    std::unique_ptr<indev::ICriticalSection> lock = indev::createCriticalSection();
-    std::map<HWND, std::weak_ptr<Implementation>> entries;
-
+class MessageOnlyWindow::Implementation::WindowMap {
+public:
     static WindowMap& instance() {
         static WindowMap& map = *new WindowMap; // windows may still get messages while the process ends
         return map;
     }
+    void add(HWND window, std::weak_ptr<Implementation> implementation) {
+        const indev::CriticalSectionGuard guard(*lock);
+        entries[window] = std::move(implementation);
+    }
+    std::shared_ptr<Implementation> find(HWND window) {
+        const indev::CriticalSectionGuard guard(*lock);
+        const auto found = entries.find(window);
+        return found == entries.end() ? nullptr : found->second.lock();
+    }
+
+private:
+    std::unique_ptr<indev::ICriticalSection> lock = indev::createCriticalSection();
+    std::map<HWND, std::weak_ptr<Implementation>> entries;
 };
 
 MessageOnlyWindow::Implementation::Implementation(MessageOnlyWindow* windowOwner)
     : owner(windowOwner), loopDone(CreateEventW(nullptr, TRUE, TRUE, nullptr)) {}
+
+MessageOnlyWindow::Implementation::~Implementation() {
+    if (loopDone != nullptr) {
+        CloseHandle(loopDone);
+    }
+}
 
 void MessageOnlyWindow::Implementation::create(const std::wstring& name) {
     const indev::CriticalSectionGuard guard(*creationLock);
@@ -54,6 +71,7 @@ void MessageOnlyWindow::Implementation::registerClass(const std::wstring& name) 
 }
 
 void MessageOnlyWindow::Implementation::createWindow() {
+    gone = false;
     window = CreateWindowExW(0, className.c_str(), nullptr, 0, CW_USEDEFAULT, CW_USEDEFAULT, CW_USEDEFAULT,
                              CW_USEDEFAULT, nullptr, nullptr, nullptr, this);
     if (window == nullptr) {
@@ -62,7 +80,7 @@ void MessageOnlyWindow::Implementation::createWindow() {
 }
 
 void MessageOnlyWindow::Implementation::destroy() {
-    if (window != nullptr) {
+    if (window != nullptr && !gone) {
         DestroyWindow(window);
     }
     if (!className.empty()) {
@@ -84,28 +102,26 @@ void MessageOnlyWindow::Implementation::clearHandlers() {
 LRESULT CALLBACK MessageOnlyWindow::Implementation::staticProcedure(HWND receiver, UINT message, WPARAM wParam,
                                                                     LPARAM lParam) {
     std::shared_ptr<Implementation> implementation;
-    {
+    try {
         WindowMap& map = WindowMap::instance();
-        const indev::CriticalSectionGuard guard(*map.lock);
         if (message == WM_CREATE) {
             const auto* creation = reinterpret_cast<const CREATESTRUCTW*>(lParam);
-            map.entries[receiver] = static_cast<Implementation*>(creation->lpCreateParams)->weak_from_this();
+            map.add(receiver, static_cast<Implementation*>(creation->lpCreateParams)->weak_from_this());
         }
-        if (const auto found = map.entries.find(receiver); found != map.entries.end()) {
-            implementation = found->second.lock();
+        implementation = map.find(receiver);
+        return implementation == nullptr ? DefWindowProcW(receiver, message, wParam, lParam)
+                                         : implementation->procedure(receiver, message, wParam, lParam);
+    } catch (...) { // the platform's frames below must not see it
+        if (message == WM_CREATE) {
+            return -1; // then there is no window, which `create` reports
         }
-    }
-    if (implementation == nullptr) {
-        return DefWindowProcW(receiver, message, wParam, lParam);
-    }
-    try {
-        return implementation->procedure(receiver, message, wParam, lParam);
-    } catch (...) {
-        // The platform's frames below must not see it: the loop, woken by the null message, throws it again.
-        if (implementation->failure == nullptr) {
-            implementation->failure = std::current_exception();
+        if (implementation != nullptr) {
+            // The loop, woken by the null message, throws it again.
+            if (implementation->failure == nullptr) {
+                implementation->failure = std::current_exception();
+            }
+            PostMessageW(implementation->window, WM_NULL, 0, 0);
         }
-        PostMessageW(implementation->window, WM_NULL, 0, 0);
         return 0;
     }
 }
@@ -115,6 +131,7 @@ LRESULT MessageOnlyWindow::Implementation::procedure(HWND receiver, UINT message
     if (window == nullptr) {
         window = receiver; // CreateWindowExW has yet to return it
     }
+    gone = gone || message == WM_DESTROY;
     const auto found = handlers.find(message);
     if (found == handlers.end()) {
         return DefWindowProcW(receiver, message, wParam, lParam);
@@ -133,7 +150,6 @@ void MessageOnlyWindow::Implementation::run() {
         EventModify(loopDone, EVENT_RESET);
     }
     const LoopEnd end(*this);
-    // Before the loop has a thread id: `close` holds the creation lock while it waits for the loop.
     if (!created) {
         create(L"iMOW" + OrvaUtils::decimal(++automaticClassNames));
     }
@@ -168,13 +184,13 @@ MessageOnlyWindow::Implementation::LoopEnd::~LoopEnd() {
     ended.loopThreadId = 0;
     EventModify(ended.loopDone, EVENT_SET);
     ended.running = false;
-    // Deliberate: released once more than entered, which the lock tolerates.
+    // Deliberate: left once more than entered.
     ended.loopLock->leave();
 }
 
 bool MessageOnlyWindow::Implementation::stop() {
-    if (!PostMessageW(window, WM_CLOSE, 0, 0)) {
-        return false; // the loop would never end: nothing to wait for
+    if (window == nullptr || (!PostMessageW(window, WM_CLOSE, 0, 0) && GetLastError() == ERROR_NOT_ENOUGH_QUOTA)) {
+        return false;
     }
     const DWORD looping = loopThreadId;
     if (looping != 0 && looping != GetCurrentThreadId()) {
@@ -191,8 +207,5 @@ void MessageOnlyWindow::Implementation::close() {
     }
     if (created) {
         destroy();
-    }
-    if (loopDone != nullptr) {
-        CloseHandle(loopDone);
     }
 }

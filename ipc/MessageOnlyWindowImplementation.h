@@ -7,13 +7,14 @@
 #include <exception>
 #include <unordered_map>
 
-// What the threads share: `window`, `running`, `created` and `loopThreadId` are read without a lock, `className`
-// belongs to the creation lock, `handlers` to the dispatch lock, `failure` to the thread of the window.
+// What the threads share: `window`, `running` and `loopThreadId` are read without a lock, `handlers` belongs to the
+// dispatch lock, everything else to the thread of the window.
 class MessageOnlyWindow::Implementation : public std::enable_shared_from_this<Implementation> {
 public:
     explicit Implementation(MessageOnlyWindow* windowOwner);
     Implementation(const Implementation&) = delete;
     Implementation& operator=(const Implementation&) = delete;
+    ~Implementation();
 
     void create(const std::wstring& name);
     void registerHandler(UINT message, indev::MESSAGEHANDLER* handler);
@@ -24,7 +25,7 @@ public:
     void close();
 
 private:
-    struct WindowMap;
+    class WindowMap;
 
     // Restores the state of the loop however it ends.
     class LoopEnd {
@@ -46,16 +47,17 @@ private:
     void loop();
     void rethrowFailure();
 
-    MessageOnlyWindow* owner;
+    MessageOnlyWindow* owner; // deliberately kept, though nobody reads it
     std::atomic<HWND> window = nullptr; // keeps its value when the window is gone
     std::atomic<bool> running = false;
-    std::atomic<bool> created = false; // tried to
-    HANDLE loopDone; // manual reset
+    bool created = false; // or trying to
+    const HANDLE loopDone; // manual reset; open until the last `stop` has returned
     std::unique_ptr<indev::ICriticalSection> creationLock = indev::createCriticalSection();
     std::unique_ptr<indev::ICriticalSection> loopLock = indev::createCriticalSection();
     std::unique_ptr<indev::ICriticalSection> dispatchLock = indev::createCriticalSection();
     std::unordered_map<UINT, indev::MESSAGEHANDLER*> handlers;
     std::wstring className;
     std::atomic<DWORD> loopThreadId = 0; // 0: no loop runs
+    bool gone = false; // the window was destroyed, by whomever
     std::exception_ptr failure; // the first that left a handler and is not yet rethrown
 };

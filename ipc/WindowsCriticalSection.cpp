@@ -8,9 +8,17 @@ WindowsCriticalSection::WindowsCriticalSection() {
 
 void WindowsCriticalSection::enter() {
     EnterCriticalSection(&section);
+    owner = GetCurrentThreadId();
+    ++depth;
 }
 
 void WindowsCriticalSection::leave() {
+    if (owner != GetCurrentThreadId()) {
+        return;
+    }
+    if (--depth == 0) {
+        owner = 0;
+    }
     LeaveCriticalSection(&section);
 }
 

@@ -1,91 +1,86 @@
 #include "modules/MonitorThread.h"
 
-#include "OrvaUtils/Exception.h"
-#include "app/log/Logger.h"
+#include "modules/RunThread.h"
+
+#include <utility>
 
 namespace {
 
-constexpr DWORD LIMIT = 20000; // ms
+constexpr DWORD DECISION_OR_END_LIMIT = 20000; // ms
 
 } // namespace
 
-MonitorThread::MonitorThread(Loop& loopToRun)
-    : loop(loopToRun),
-      stopRequested(CreateEventW(nullptr, FALSE, FALSE, nullptr)),
-      isReady(CreateEventW(nullptr, FALSE, FALSE, nullptr)) {}
+MonitorThread::MonitorThread(Loop loopToRun, Failure failureToThrow, Handles ofThreadAndEvents)
+    : loop(loopToRun), fail(failureToThrow), handles(ofThreadAndEvents) {}
 
 MonitorThread::~MonitorThread() {
-    closeThread();
-    for (const HANDLE event : {stopRequested, isReady}) {
-        if (event != nullptr) {
-            CloseHandle(event);
-        }
+    close(threadHandle);
+    close(stopEvent);
+    close(decisionEvent);
+}
+
+void MonitorThread::createEvents() {
+    stopEvent = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    decisionEvent = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    if (stopEvent == nullptr || decisionEvent == nullptr) {
+        handles = Handles::Close; // there is no monitor
+        fail(L"Cannot create event");
     }
-}
-
-bool MonitorThread::isUsable() const {
-    return stopRequested != nullptr && isReady != nullptr;
-}
-
-HANDLE MonitorThread::stopEvent() const {
-    return stopRequested;
 }
 
 bool MonitorThread::start() {
-    closeThread();
-    EventModify(isReady, EVENT_RESET); // of a thread that was too late with it
-    thread = CreateThread(nullptr, 0, entry, this, 0, nullptr);
-    if (thread == nullptr) {
+    if (running) {
         return false;
     }
-    // The limit is for a platform that does not set the event.
-    const HANDLE decisions[] = {isReady, thread};
-    if (WaitForMultipleObjects(2, decisions, FALSE, LIMIT) == WAIT_FAILED) {
-        WaitForMultipleObjects(2, decisions, FALSE, LIMIT);
+    close(threadHandle);
+    EventModify(stopEvent, EVENT_RESET); // of a stop that no thread has heard
+    EventModify(decisionEvent, EVENT_RESET); // of a thread that was too late with it
+    threadHandle = CreateThread(nullptr, 0, entry, this, 0, nullptr);
+    if (hasThread()) {
+        const HANDLE decisions[] = {decisionEvent, threadHandle};
+        waitTwiceIfRefused([&] { return WaitForMultipleObjects(2, decisions, FALSE, DECISION_OR_END_LIMIT); });
     }
     return true;
 }
 
-void MonitorThread::ready() {
-    EventModify(isReady, EVENT_SET);
+void MonitorThread::stop() {
+    if (!running) {
+        return;
+    }
+    EventModify(stopEvent, EVENT_SET);
+    if (hasThread()) {
+        // A thread that nobody could wait for may still run, and use what is about to go.
+        if (waitTwiceIfRefused([&] { return WaitForSingleObject(threadHandle, DECISION_OR_END_LIMIT); }) !=
+            WAIT_OBJECT_0) {
+            fail(L"Failed to terminate monitor thread");
+        }
+        close(std::exchange(threadHandle, INVALID_HANDLE_VALUE));
+    }
 }
 
-bool MonitorThread::stop() {
-    EventModify(stopRequested, EVENT_SET);
-    if (thread == INVALID_HANDLE_VALUE) {
-        return true;
-    }
-    DWORD ended = WaitForSingleObject(thread, LIMIT);
-    if (ended == WAIT_FAILED) {
-        ended = WaitForSingleObject(thread, LIMIT); // it may still run, and use what is about to go
-    }
-    isOver = ended == WAIT_OBJECT_0;
-    return isOver;
+bool MonitorThread::hasEnded() const {
+    return !hasThread() || WaitForSingleObject(threadHandle, 0) == WAIT_OBJECT_0;
 }
 
-bool MonitorThread::isOpen() const {
-    return hasThread() && !isOver;
+void MonitorThread::tellDecision() {
+    EventModify(decisionEvent, EVENT_SET);
 }
 
 bool MonitorThread::hasThread() const {
-    return thread != nullptr && thread != INVALID_HANDLE_VALUE;
+    return threadHandle != nullptr && threadHandle != INVALID_HANDLE_VALUE;
 }
 
-void MonitorThread::closeThread() {
-    if (hasThread()) {
-        CloseHandle(thread);
+void MonitorThread::close(HANDLE handle) const {
+    if (handles == Handles::Close && handle != nullptr && handle != INVALID_HANDLE_VALUE) {
+        CloseHandle(handle);
     }
-    thread = INVALID_HANDLE_VALUE;
-    isOver = false;
 }
 
 DWORD WINAPI MonitorThread::entry(LPVOID self) {
-    try {
-        return static_cast<MonitorThread*>(self)->loop.run();
-    } catch (const OrvaUtils::Exception& exception) {
-        Logger::instance().write(exception.message(), LogLevel::Error);
-    } catch (...) {
-        Logger::instance().write(L"Generic exception", LogLevel::Error);
-    }
-    return 0;
+    return runThread(body, self);
+}
+
+DWORD MonitorThread::body(LPVOID self) {
+    auto& monitor = *static_cast<MonitorThread*>(self);
+    return monitor.running ? 0 : monitor.loop(monitor);
 }

@@ -1,54 +1,83 @@
 #pragma once
 
+#include "OrvaUtils/Teardown.h"
+#include "modules/KeepUntilProcessEnds.h"
+
 #include <windows.h>
 
-// The worker thread of a monitor: how it is started and stopped, and what becomes of an exception.
+#include <atomic>
+
+// What the helper's monitors have in common: a worker thread, how it is started and stopped, and when it counts as
+// running. A monitor derives from this class. It says what its loop does, and what its failures are called.
 //
-// All operations are for the monitor's owner, on one thread at a time, but `stopEvent` and `ready`, which the worker
-// uses. The destructor closes the handles and stops nothing: the monitor's own does. While a thread goes on that could
-// not be stopped, this object must stay.
+// The owner calls everything here on one thread. It makes the monitor with `new` and ends it with `stopAndDelete`, or,
+// where others than the thread depend on it, by `stop` and a look at `hasEnded`. The destructor does not stop.
 class MonitorThread {
 public:
-    // What runs on the worker thread.
-    class Loop {
-    public:
-        // Returns at once, or calls `ready` and runs, as a rule until the stop event is set; the thread's exit code. An
-        // exception that leaves it is logged at ERROR, with its message or as "Generic exception", and ends the thread.
-        virtual DWORD run() = 0;
-
-    protected:
-        ~Loop() = default; // never deleted through this interface
-    };
-
-    explicit MonitorThread(Loop& loopToRun);
     MonitorThread(const MonitorThread&) = delete;
     MonitorThread& operator=(const MonitorThread&) = delete;
+
+    // False when the monitor is running. Otherwise makes the thread and returns when the thread has decided to run or
+    // to give up; at the latest after 20000 ms, and at once when the platform twice refuses to wait. A thread that the
+    // platform does not make counts as one that has ended.
+    bool start();
+    // Does nothing unless the monitor is running. Asks the thread to end and waits for it, at most 20000 ms. Throws the
+    // monitor's failure "Failed to terminate monitor thread" when that is not enough, or when the platform twice
+    // refuses to wait; it can then be called again.
+    void stop();
+    // Whether no thread uses the monitor, so that it can be deleted.
+    bool hasEnded() const;
+
+protected:
+    // Runs on the thread; what it returns is the thread's exit code. Gives up by returning; otherwise sets `running`,
+    // calls `tellDecision`, and goes on until the stop event is set.
+    using Loop = DWORD (*)(MonitorThread& monitor);
+    // Throws the monitor's failure with this message.
+    using Failure = void (*)(const wchar_t* message);
+    enum class Handles { Close, LeaveOpen };
+
+    MonitorThread(Loop loopToRun, Failure failureToThrow, Handles ofThreadAndEvents = Handles::Close);
     ~MonitorThread();
 
-    // Whether the platform has given it its events; without them it must not be used.
-    bool isUsable() const;
-    // Auto-reset.
-    HANDLE stopEvent() const;
+    // To be called once, by the monitor's constructor. Throws the failure "Cannot create event".
+    void createEvents();
+    // The loop has decided to run.
+    void tellDecision();
+    // Whether the last `start` has made a thread.
+    bool hasThread() const;
 
-    // Starts a thread and returns when that is ready or has ended, so that it can be stopped at once; at the latest
-    // after 20000 ms, and at once if the platform twice refuses to wait. False: the platform made no thread.
-    bool start();
-    // To be called once by the worker.
-    void ready();
-    // Asks the thread to end and waits for it, at most 20000 ms. False, and it can be called again, if it did not end,
-    // or if the platform twice refuses to wait. The thread's handle stays open until the next start or the destructor.
-    bool stop();
-    // Whether a thread was made that `stop` has not seen the end of.
-    bool isOpen() const;
+    // Calls the wait function, and once more when the platform refuses the wait.
+    template<typename Wait>
+    static DWORD waitTwiceIfRefused(Wait wait) {
+        const DWORD woken = wait();
+        return woken == WAIT_FAILED ? wait() : woken;
+    }
+
+    std::atomic<bool> running = false; // set by the loop; where the loop does not clear it, the monitor starts once
+    HANDLE threadHandle = INVALID_HANDLE_VALUE; // also when its end was seen; null: it could not be made
+    HANDLE stopEvent = nullptr; // auto-reset
 
 private:
     static DWORD WINAPI entry(LPVOID self);
-    bool hasThread() const;
-    void closeThread();
+    static DWORD body(LPVOID self);
+    void close(HANDLE handle) const;
 
-    Loop& loop;
-    HANDLE thread = INVALID_HANDLE_VALUE; // null: it could not be made
-    bool isOver = false; // `stop` has seen its end
-    HANDLE stopRequested;
-    HANDLE isReady; // auto-reset
+    HANDLE decisionEvent = nullptr; // auto-reset
+    Loop loop;
+    Failure fail;
+    Handles handles;
 };
+
+// Stops a monitor and deletes it. While its thread goes on, the monitor stays until the process ends. Then throws what
+// `stop` has thrown, unless an exception is in flight.
+template<class Monitor>
+void stopAndDelete(Monitor* monitor) {
+    OrvaUtils::Teardown steps;
+    steps.run([=] { monitor->stop(); });
+    if (monitor->hasEnded()) {
+        delete monitor;
+    } else {
+        keepUntilProcessEnds(monitor);
+    }
+    steps.finish();
+}

@@ -1,7 +1,6 @@
 #include "OrvaUtils/PlatformInfo/PlatformInfo.h"
 
 #include "OrvaUtils/PlatformInfo/PlatformInfoException.h"
-#include "OrvaUtils/Registry/Key.h"
 #include "OrvaUtils/Registry/Reading.h"
 #include "OrvaUtils/Tags/TagException.h"
 #include "OrvaUtils/Tags/TagStore.h"
@@ -40,12 +39,12 @@ static_assert(std::size(MODELS) == 31);
     throw PlatformInfoException(L"Unexpected platform type");
 }
 
-// Fills the bytes with a tag of exactly this size; leaves them alone, and answers false, if there is none.
+// Fills the bytes from a tag of at least this size; leaves them alone, and answers false, if there is none.
 template<std::size_t size>
 bool readTag(Tags::TagStore& store, std::uint32_t tag, std::array<std::uint8_t, size>& bytes) {
     try {
         std::vector<std::uint8_t> buffer(size);
-        if (store.getData(tag, buffer) != size) {
+        if (store.getData(tag, buffer) < size) {
             return false;
         }
         std::copy(buffer.begin(), buffer.end(), bytes.begin());
@@ -63,8 +62,7 @@ PlatformInfo& PlatformInfo::instance() {
 }
 
 std::string PlatformInfo::getDeviceName() {
-    const Registry::Key key(HKEY_LOCAL_MACHINE, L"Ident");
-    return narrow(Registry::readString(key.handle(), L"Name"));
+    return narrow(Registry::readString(HKEY_LOCAL_MACHINE, L"Ident", L"Name"));
 }
 
 std::uint32_t PlatformInfo::getPlatformType() const {
@@ -87,7 +85,9 @@ std::uint32_t PlatformInfo::platformTypeFromString(std::string_view name) {
 }
 
 std::uint16_t PlatformInfo::getModelCode() {
-    load();
+    if (!modelPresent) {
+        load();
+    }
     return modelCode;
 }
 
@@ -98,7 +98,9 @@ std::wstring PlatformInfo::getModelName(std::uint32_t code) {
 }
 
 PlatformInfo::Guid PlatformInfo::getGuid() {
-    load();
+    if (!guidPresent) {
+        load();
+    }
     if (!guidPresent) {
         throw PlatformInfoException(L"Guid not present");
     }
@@ -106,14 +108,13 @@ PlatformInfo::Guid PlatformInfo::getGuid() {
 }
 
 void PlatformInfo::load() {
-    if (loaded) {
-        return;
-    }
     try {
         Tags::TagStore store;
         std::array<std::uint8_t, sizeof modelCode> code{};
-        loaded = readTag(store, MODEL_TAG, code);
-        modelCode = static_cast<std::uint16_t>(code[0] | code[1] << 8);
+        if (readTag(store, MODEL_TAG, code)) {
+            modelCode = static_cast<std::uint16_t>(code[0] | code[1] << 8);
+            modelPresent = true;
+        }
         guidPresent = readTag(store, GUID_TAG, guid) || guidPresent;
     } catch (const Exception&) { // no library, or a store that cannot be opened or closed: what was read counts
     }

@@ -10,9 +10,9 @@ namespace OrvaUtils {
 // What device the program runs on.
 //
 // Model code and GUID come from the panel's tag store, tags 18 (2 bytes, the lower one first) and 48 (16 bytes). They
-// are read together by the first call that needs one of them, and kept; either is read also without the other, and a
-// tag of another size counts as none. While the model code cannot be read, whatever the reason, it is 0, and the next
-// call tries again. For one thread at a time.
+// are read together by a call that needs one of them and does not have it yet; either is read also without the other.
+// Of a longer tag the first bytes count, a shorter one counts as none. While one of them cannot be read, whatever the
+// reason, each call that needs it tries again; the model code is 0 until then. For one thread at a time.
 class PlatformInfo {
 public:
     using Guid = std::array<std::uint8_t, 16>;
@@ -50,7 +50,7 @@ private:
     void load();
 
     const std::uint32_t platformType = 2;
-    bool loaded = false; // the model code is what the tag store holds
+    bool modelPresent = false;
     bool guidPresent = false;
     std::uint16_t modelCode = 0;
     Guid guid{};

@@ -1,12 +1,8 @@
 #include "OrvaUtils/Registry/Reading.h"
 
-#include "OrvaUtils/Registry/RegBinaryValue.h"
-#include "OrvaUtils/Registry/RegDwordBigEndianValue.h"
-#include "OrvaUtils/Registry/RegDwordLittleEndianValue.h"
-#include "OrvaUtils/Registry/RegExpandSzValue.h"
-#include "OrvaUtils/Registry/RegMultiSzValue.h"
-#include "OrvaUtils/Registry/RegSzValue.h"
+#include "OrvaUtils/Registry/Key.h"
 #include "OrvaUtils/Registry/RegistryException.h"
+#include "OrvaUtils/Registry/Values.h"
 #include "OrvaUtils/Text.h"
 
 #include <algorithm>
@@ -105,6 +101,11 @@ std::uint32_t readDwordBigEndian(HKEY key, const std::wstring& name) {
 
 std::wstring readString(HKEY key, const std::wstring& name) {
     return textIn(query(key, name, REG_SZ));
+}
+
+std::wstring readString(HKEY root, const std::wstring& subkey, const std::wstring& name) {
+    const Key key(root, subkey);
+    return readString(key.handle(), name);
 }
 
 std::wstring readExpandString(HKEY key, const std::wstring& name) {

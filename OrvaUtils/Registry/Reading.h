@@ -20,6 +20,7 @@ std::uint32_t readDword(HKEY key, const std::wstring& name);
 std::uint32_t readDwordBigEndian(HKEY key, const std::wstring& name);
 // Up to the first zero character, or to the end of a text without one.
 std::wstring readString(HKEY key, const std::wstring& name);
+std::wstring readString(HKEY root, const std::wstring& subkey, const std::wstring& name); // opens the key, as openKey
 std::wstring readExpandString(HKEY key, const std::wstring& name); // not expanded
 // Up to the first empty text, or to the end of the data.
 std::vector<std::wstring> readMultiString(HKEY key, const std::wstring& name);

@@ -1,18 +1,13 @@
 #include "OrvaUtils/Registry/ValueWriter.h"
 
-#include "OrvaUtils/Registry/RegBinaryValue.h"
-#include "OrvaUtils/Registry/RegDwordBigEndianValue.h"
-#include "OrvaUtils/Registry/RegDwordLittleEndianValue.h"
-#include "OrvaUtils/Registry/RegExpandSzValue.h"
-#include "OrvaUtils/Registry/RegMultiSzValue.h"
-#include "OrvaUtils/Registry/RegSzValue.h"
 #include "OrvaUtils/Registry/RegistryException.h"
+#include "OrvaUtils/Registry/Values.h"
 #include "OrvaUtils/Registry/Writing.h"
 
 namespace OrvaUtils::Registry {
 
 void ValueWriter::visitSz(const RegSzValue& value, HKEY key) {
-    writeString(key, value.name, value.text);
+    writeString(key, value.name, value.data);
 }
 
 void ValueWriter::visitOther(const Value&, HKEY) {
@@ -20,23 +15,23 @@ void ValueWriter::visitOther(const Value&, HKEY) {
 }
 
 void ValueWriter::visitMultiSz(const RegMultiSzValue& value, HKEY key) {
-    writeMultiString(key, value.name, value.texts);
+    writeMultiString(key, value.name, value.data);
 }
 
 void ValueWriter::visitExpandSz(const RegExpandSzValue& value, HKEY key) {
-    writeExpandString(key, value.name, value.text);
+    writeExpandString(key, value.name, value.data);
 }
 
 void ValueWriter::visitDwordBigEndian(const RegDwordBigEndianValue& value, HKEY key) {
-    writeDwordBigEndian(key, value.name, value.number);
+    writeDwordBigEndian(key, value.name, value.data);
 }
 
 void ValueWriter::visitDwordLittleEndian(const RegDwordLittleEndianValue& value, HKEY key) {
-    writeDword(key, value.name, value.number);
+    writeDword(key, value.name, value.data);
 }
 
 void ValueWriter::visitBinary(const RegBinaryValue& value, HKEY key) {
-    writeBinary(key, value.name, value.bytes);
+    writeBinary(key, value.name, value.data);
 }
 
 } // namespace OrvaUtils::Registry

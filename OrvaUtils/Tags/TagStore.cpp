@@ -7,29 +7,27 @@
 #include <array>
 #include <cstddef>
 #include <exception>
+#include <iterator>
 
 namespace OrvaUtils::Tags {
 
 namespace {
 
-enum Function : std::size_t {
-    GET_DB_SIZE,
-    OPEN,
-    CLOSE,
-    FORMAT,
-    GET_VALID_IDS_NR,
-    GET_DATA,
-    SET_DATA,
-    DELETE_TAG,
-    FUNCTIONS
+enum class Function : std::size_t {
+#define TAG_FUNCTION(name) name,
+#include <tagUserAPI.inc>
 };
 
-constexpr const wchar_t* NAMES[FUNCTIONS] = {
-    L"TAG_GetDBsize",        L"TAG_Open",     L"TAG_Close",    L"TAG_Format",
-    L"TAG_Get_Valid_Ids_Nr", L"TAG_Get_Data", L"TAG_Set_Data", L"TAG_Delete",
+constexpr const wchar_t* NAMES[] = {
+#define TAG_FUNCTION(name) L"" #name,
+#include <tagUserAPI.inc>
 };
 
-std::array<void*, FUNCTIONS> table{};
+std::array<void*, std::size(NAMES)> table{};
+
+const wchar_t* nameOf(Function function) {
+    return NAMES[static_cast<std::size_t>(function)];
+}
 
 struct Outcome {
     BOOL result = FALSE;
@@ -44,60 +42,63 @@ struct Outcome {
 template<typename Signature, typename... Arguments>
 Outcome call(Function function, Arguments... arguments) {
     Outcome outcome;
-    outcome.result = reinterpret_cast<Signature>(table[function])(arguments..., &outcome.error);
+    outcome.result =
+        reinterpret_cast<Signature>(table[static_cast<std::size_t>(function)])(arguments..., &outcome.error);
     return outcome;
 }
 
 void check(Function function, const Outcome& outcome) {
     if (!outcome.succeeded()) {
-        throw TagException(NAMES[function], outcome.error);
+        throw TagException(nameOf(function), outcome.error);
     }
 }
 
 Outcome read(std::uint32_t tagId, std::vector<std::uint8_t>& buffer, DWORD& size) {
     size = static_cast<DWORD>(buffer.size());
-    return call<decltype(&TAG_Get_Data)>(GET_DATA, tagId, &size, static_cast<void*>(buffer.data()));
+    return call<decltype(&TAG_Get_Data)>(Function::TAG_Get_Data, tagId, &size, static_cast<void*>(buffer.data()));
 }
 
 } // namespace
 
 TagStore::TagStore() : library(L"tagUserAPI.dll", DynamicLibrary::Lifetime::Object) {
-    for (std::size_t function = 0; function < FUNCTIONS; ++function) {
+    for (std::size_t function = 0; function < table.size(); ++function) {
         table[function] = library.getAddress(NAMES[function]);
     }
-    check(OPEN, call<decltype(&TAG_Open)>(OPEN));
+    check(Function::TAG_Open, call<decltype(&TAG_Open)>(Function::TAG_Open));
 }
 
 TagStore::~TagStore() noexcept(false) {
-    const Outcome outcome = call<decltype(&TAG_Close)>(CLOSE);
+    const Outcome outcome = call<decltype(&TAG_Close)>(Function::TAG_Close);
     if (std::uncaught_exceptions() == 0) {
-        check(CLOSE, outcome);
+        check(Function::TAG_Close, outcome);
     }
 }
 
 void TagStore::format() {
-    check(FORMAT, call<decltype(&TAG_Format)>(FORMAT));
+    check(Function::TAG_Format, call<decltype(&TAG_Format)>(Function::TAG_Format));
 }
 
 std::uint32_t TagStore::getData(std::uint32_t tagId, std::vector<std::uint8_t>& buffer) {
     DWORD size = 0;
-    check(GET_DATA, read(tagId, buffer, size));
+    check(Function::TAG_Get_Data, read(tagId, buffer, size));
     return size;
 }
 
 std::uint32_t TagStore::getDataGrowing(std::uint32_t tagId, std::vector<std::uint8_t>& buffer) {
     DWORD size = 0;
-    check(GET_DATA, read(tagId, buffer, size));
+    Outcome outcome = read(tagId, buffer, size);
     if (size > buffer.size()) {
         buffer.resize(size);
-        check(GET_DATA, read(tagId, buffer, size));
+        outcome = read(tagId, buffer, size);
     }
+    check(Function::TAG_Get_Data, outcome);
     return size;
 }
 
 void TagStore::setData(std::uint32_t tagId, const std::vector<std::uint8_t>& bytes) {
-    check(SET_DATA, call<decltype(&TAG_Set_Data)>(SET_DATA, tagId, static_cast<DWORD>(bytes.size()),
-                                                  static_cast<const void*>(bytes.data())));
+    check(Function::TAG_Set_Data,
+          call<decltype(&TAG_Set_Data)>(Function::TAG_Set_Data, tagId, static_cast<DWORD>(bytes.size()),
+                                        static_cast<const void*>(bytes.data())));
 }
 
 } // namespace OrvaUtils::Tags

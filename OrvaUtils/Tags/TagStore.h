@@ -24,8 +24,8 @@ public:
     void format();
     // Fills the buffer with as much of the tag as it holds. The tag's size in bytes.
     std::uint32_t getData(std::uint32_t tagId, std::vector<std::uint8_t>& buffer);
-    // The same, but a buffer that is too small becomes as large as the tag, and is filled by a second call. A library
-    // that refuses such a buffer has failed: there is no second call then.
+    // The same, but a buffer that is too small becomes as large as the tag, and is filled by a second call. Only the
+    // last call must succeed: the library may refuse a small buffer, as long as it tells the size.
     std::uint32_t getDataGrowing(std::uint32_t tagId, std::vector<std::uint8_t>& buffer);
     void setData(std::uint32_t tagId, const std::vector<std::uint8_t>& bytes);
 

@@ -22,9 +22,9 @@ constexpr std::int32_t CLICK = 50; // ms
 // In Hz.
 std::int32_t defaultFrequency() {
     switch (OrvaUtils::PlatformInfo::instance().getModelCode()) {
-    case 1026:
-    case 1027:
-    case 1030:
+    case 0x402:
+    case 0x403:
+    case 0x406:
         return 3400;
     default:
         return 2400;
@@ -45,7 +45,7 @@ BuzzerModule::BuzzerModule() {
 }
 
 BuzzerModule::~BuzzerModule() noexcept(false) {
-    remove();
+    switchOff();
 }
 
 std::uint32_t BuzzerModule::handleMessage(HWND, UINT, WPARAM wParam, LPARAM) {
@@ -76,22 +76,20 @@ std::uint32_t BuzzerModule::loadSettings() {
         config.write(path); // a file that cannot be written stays as it is
     }
     frequencyHz = config.frequency;
-    if (log.admits(LogLevel::Info)) {
-        log.writeParts(LogLevel::Info, {NAME, L";settings loaded; enabled: ", enabled ? L"1" : L"0"});
-    }
+    log.writeParts(LogLevel::Info, {NAME, L";settings loaded; enabled: ", enabled ? L"1" : L"0"});
     return CommandResult::Done;
 }
 
 void BuzzerModule::apply() {
     if (!enabled) {
-        remove();
+        switchOff();
     } else if (buzzer == nullptr) { // deliberate: one that is there keeps its frequency
         buzzer = new TouchBuzzer(CLICK, frequencyHz);
         MouseHook::instance().install();
     }
 }
 
-void BuzzerModule::remove() {
+void BuzzerModule::switchOff() {
     MouseHook::instance().uninstall();
     delete std::exchange(buzzer, nullptr);
 }

@@ -30,7 +30,7 @@ public:
 private:
     std::uint32_t loadSettings();
     void apply();
-    void remove();
+    void switchOff();
 
     bool enabled = false;
     std::int32_t frequencyHz = 3400;

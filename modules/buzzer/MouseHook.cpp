@@ -2,16 +2,17 @@
 
 #include "OrvaUtils/Exception.h"
 #include "app/log/Logger.h"
+#include "modules/KeepUntilProcessEnds.h"
+#include "modules/RunThread.h"
 #include "modules/buzzer/BuzzerException.h"
 
-#include <iterator>
-#include <utility>
+#include <atomic>
 
 namespace {
 
-constexpr DWORD STOP_LIMIT = 20000; // ms
-constexpr DWORD STOP_LIMIT_OF_INPUT = 100; // ms: when input waits, too
-constexpr DWORD LOOK_AGAIN = 10; // ms
+constexpr DWORD THREAD_END_LIMIT = 20000; // ms
+constexpr DWORD REMOVAL_LIMIT = 20000; // ms
+constexpr DWORD REMOVAL_LIMIT_WHILE_HOOKED = 100; // ms: input waits, too
 constexpr DWORD STOPPED = WAIT_OBJECT_0 + 1;
 
 HHOOK hook = nullptr;
@@ -41,11 +42,11 @@ MouseHook::MouseHook() {
         }
         throw OrvaUtils::Exception(L"Cannot create events for mouse hook");
     }
-    lists = new std::list<Observers>;
-    publish({});
+    observers = new ObserverList<MouseHookObserver>;
+    keepUntilProcessEnds(observers); // the threads that are left may still look at it
 }
 
-// The stop event stays open, and the observers' list stays: the threads that are left use them until the process ends.
+// The stop event stays open: the threads that are left wait for it until the process ends.
 MouseHook::~MouseHook() noexcept(false) {
     uninstall();
     CloseHandle(touchEvent.exchange(nullptr));
@@ -100,77 +101,33 @@ void MouseHook::stopThread() {
     if (thread == INVALID_HANDLE_VALUE) {
         return;
     }
-    if (WaitForSingleObject(thread, STOP_LIMIT) == WAIT_TIMEOUT) {
+    if (WaitForSingleObject(thread, THREAD_END_LIMIT) == WAIT_TIMEOUT) {
         throw BuzzerException(L"Failed to terminate monitor thread");
     }
     thread = INVALID_HANDLE_VALUE;
 }
 
 DWORD WINAPI MouseHook::entry(LPVOID self) {
-    try {
-        return static_cast<MouseHook*>(self)->watch();
-    } catch (const OrvaUtils::Exception& exception) {
-        Logger::instance().write(exception.message(), LogLevel::Error);
-    } catch (...) {
-        Logger::instance().write(L"Generic exception", LogLevel::Error);
-    }
-    return 0;
+    return runThread([](LPVOID hookOfThread) { return static_cast<MouseHook*>(hookOfThread)->watch(); }, self);
 }
 
 // A wait that fails counts as a touch; without its event the hook is gone, and the process about to be.
 DWORD MouseHook::watch() {
     const HANDLE events[] = {touchEvent, stopEvent};
     while (WaitForMultipleObjects(2, events, FALSE, INFINITE) != STOPPED && touchEvent != nullptr) {
-        notifyAll();
+        observers->notify([](MouseHookObserver& observer) {
+            int value = 0;
+            observer.notify(value);
+        });
     }
     return 0;
 }
 
-void MouseHook::notifyAll() {
-    struct Pass {
-        explicit Pass(std::atomic<int>& countOfPasses) : count(countOfPasses) {
-            ++count;
-        }
-        Pass(const Pass&) = delete;
-        Pass& operator=(const Pass&) = delete;
-        ~Pass() {
-            --count;
-        }
-        std::atomic<int>& count;
-    };
-    const Pass pass(passes); // first: whoever sees none afterwards knows that no thread has a former list
-    const Observers present = *current.load();
-    for (MouseHookObserver* observer : present) {
-        int value = 0;
-        observer->notify(value);
-    }
-}
-
 void MouseHook::addObserver(MouseHookObserver* observer) {
-    Observers changed = lists->back();
-    changed.push_back(observer);
-    publish(std::move(changed));
-    dropFormerLists();
+    observers->add(observer);
 }
 
 void MouseHook::removeObserver(MouseHookObserver* observer) {
-    Observers changed = lists->back();
-    std::erase(changed, observer);
-    publish(std::move(changed));
-    const DWORD limit = hook == nullptr ? STOP_LIMIT : STOP_LIMIT_OF_INPUT;
-    for (DWORD waited = 0; passes != 0 && waited < limit; waited += LOOK_AGAIN) {
-        Sleep(LOOK_AGAIN);
-    }
-    dropFormerLists();
-}
-
-void MouseHook::publish(Observers changed) {
-    lists->push_back(std::move(changed));
-    current = &lists->back();
-}
-
-void MouseHook::dropFormerLists() {
-    if (passes == 0) {
-        lists->erase(lists->begin(), std::prev(lists->end()));
-    }
+    observers->remove(observer);
+    observers->waitForCalls(observer, hook == nullptr ? REMOVAL_LIMIT : REMOVAL_LIMIT_WHILE_HOOKED);
 }

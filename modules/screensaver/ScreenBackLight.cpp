@@ -2,8 +2,6 @@
 
 #include "modules/screensaver/ScreenBackLightException.h"
 
-#include <algorithm>
-
 namespace {
 
 constexpr DWORD READ_SETTINGS = 0x01130408;
@@ -11,7 +9,7 @@ constexpr DWORD WRITE_SETTINGS = 0x0113040C;
 constexpr float FULL_LEVEL = 255.0F;
 
 void tellOfChange() {
-    // Made and let go at once: it reaches those alone who have it open.
+    // Creates, signals and closes the event: only threads that already have it open wake up.
     const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, L"BackLightLevelChangeEvent");
     if (event != nullptr) {
         EventModify(event, EVENT_SET);
@@ -21,16 +19,6 @@ void tellOfChange() {
 
 } // namespace
 
-void ScreenBackLight::SharedSettings::operator=(const BackLightSettings& settings) {
-    std::copy(settings.begin(), settings.end(), words.begin());
-}
-
-ScreenBackLight::SharedSettings::operator BackLightSettings() const {
-    BackLightSettings settings{};
-    std::copy(words.begin(), words.end(), settings.begin());
-    return settings;
-}
-
 ScreenBackLight::ScreenBackLight()
     : driver(CreateFileW(L"BKL1:", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                          OPEN_EXISTING, FILE_FLAG_RANDOM_ACCESS, nullptr)) {
@@ -38,12 +26,11 @@ ScreenBackLight::ScreenBackLight()
         throw ScreenBackLightException(L"Driver open failed");
     }
     try {
-        read();
+        opened = read();
     } catch (...) {
         CloseHandle(driver);
         throw;
     }
-    wanted = static_cast<BackLightSettings>(current);
 }
 
 ScreenBackLight::~ScreenBackLight() {
@@ -61,24 +48,24 @@ void ScreenBackLight::dim() {
 }
 
 void ScreenBackLight::restore() {
-    write(current[2], current[0]);
+    write(level2, level0);
 }
 
-void ScreenBackLight::read() {
-    BackLightSettings settings{};
+BackLightSettings ScreenBackLight::read() {
+    BackLightSettings settings{level0, opened[1], level2, opened[3]}; // a short answer keeps the words behind it
     DWORD returned = 0;
     if (!DeviceIoControl(driver, READ_SETTINGS, nullptr, 0, &settings, sizeof settings, &returned, nullptr)) {
         throw ScreenBackLightException(L"Get back light settings failed");
     }
-    current = settings;
+    level0 = settings[0];
+    level2 = settings[2];
+    return settings;
 }
 
 void ScreenBackLight::write(DWORD word2, DWORD word0) {
-    wanted[2] = word2;
-    wanted[0] = word0;
-    BackLightSettings settings = wanted;
+    BackLightSettings wanted{word0, opened[1], word2, opened[3]};
     DWORD returned = 0;
-    if (!DeviceIoControl(driver, WRITE_SETTINGS, &settings, sizeof settings, nullptr, 0, &returned, nullptr)) {
+    if (!DeviceIoControl(driver, WRITE_SETTINGS, &wanted, sizeof wanted, nullptr, 0, &returned, nullptr)) {
         throw ScreenBackLightException(L"Cannot update driver settings");
     }
     tellOfChange();

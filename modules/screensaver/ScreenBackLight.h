@@ -31,24 +31,13 @@ public:
     void restore();
 
 private:
-    // Two threads may change the levels at once, deliberately without a lock: the record is shared word by word.
-    class SharedSettings {
-    public:
-        void operator=(const BackLightSettings& settings);
-        operator BackLightSettings() const;
-        std::atomic<DWORD>& operator[](std::size_t word) {
-            return words[word];
-        }
-
-    private:
-        std::array<std::atomic<DWORD>, 4> words{};
-    };
-
-    void read();
+    BackLightSettings read();
     void write(DWORD word2, DWORD word0);
 
     HANDLE driver;
-    SharedSettings current; // as last read
-    SharedSettings wanted; // as last sent; words 1 and 3 as they were when the driver was opened
+    BackLightSettings opened{}; // words 1 and 3 are sent back as they were when the driver was opened
+    // The user's levels as last read. Two threads may change them at once, deliberately without a lock.
+    std::atomic<DWORD> level0 = 0;
+    std::atomic<DWORD> level2 = 0;
     std::atomic<int> dimLevel = 0;
 };

@@ -3,8 +3,6 @@
 #include "OrvaUtils/Teardown.h"
 
 #include <limits>
-#include <utility>
-#include <vector>
 
 ScreenSaver* ScreenSaver::create(HINSTANCE instance, const std::wstring& className) {
     auto* screenSaver = new ScreenSaver(instance, className);
@@ -18,37 +16,17 @@ ScreenSaver::ScreenSaver(HINSTANCE instance, const std::wstring& className)
     blackScreen.create();
 }
 
-ScreenSaver::~ScreenSaver() noexcept(false) {
-    OrvaUtils::Teardown steps;
-    steps.run([this] { end(); });
-    monitor.removeObserver(this);
-    steps.finish();
-}
-
 void ScreenSaver::remove(ScreenSaver* screenSaver) {
-    // Never destroyed, so that what it holds is not taken for a leak.
-    static auto* const stuck = new std::vector<ScreenSaver*>;
     OrvaUtils::Teardown steps;
-    steps.run([=] { screenSaver->end(); });
-    if (screenSaver->monitor.isStuck()) {
-        steps.run([=] { screenSaver->monitor.stop(); });
-    }
-    if (screenSaver->monitor.isStuck()) {
-        stuck->push_back(screenSaver);
+    steps.run([=] { screenSaver->deactivate(); });
+    screenSaver->blackScreen.destroy();
+    steps.run([=] { screenSaver->monitor.stop(); });
+    screenSaver->monitor.removeObserver(screenSaver);
+    if (screenSaver->monitor.hasEnded()) {
+        delete screenSaver;
     } else {
-        steps.run([=] { delete screenSaver; });
+        keepUntilProcessEnds(screenSaver);
     }
-    steps.finish();
-}
-
-void ScreenSaver::end() {
-    if (std::exchange(ended, true)) {
-        return;
-    }
-    OrvaUtils::Teardown steps;
-    steps.run([this] { deactivate(); });
-    blackScreen.destroy();
-    steps.run([this] { monitor.stop(); });
     steps.finish();
 }
 

@@ -16,20 +16,16 @@
 // driven it, and leave the state as it was.
 class ScreenSaver : public UserInactivityMonitorObserver {
 public:
-    // A new one that watches the user: after 60000 ms the black screen. The caller owns it.
+    // A new one that watches the user: after 60000 ms the black screen. The caller ends it with `remove`. Throws a
+    // ScreenSaverException: "Cannot register class", "Cannot create black screen window", "Driver open failed", "Get
+    // back light settings failed", "Cannot create event".
     static ScreenSaver* create(HINSTANCE instance, const std::wstring& className);
-
-    // One that does not watch yet. Throws a ScreenSaverException: "Cannot register class", "Cannot create black screen
-    // window", "Driver open failed", "Get back light settings failed", "Cannot create event".
-    ScreenSaver(HINSTANCE instance, const std::wstring& className);
     ScreenSaver(const ScreenSaver&) = delete;
     ScreenSaver& operator=(const ScreenSaver&) = delete;
-    // Restores the screen and stops watching, unless `remove` has; throws what failed first of that, when all is done.
-    ~ScreenSaver() noexcept(false) override;
 
-    // Deletes one that `create` has made, and throws as its destructor does. If the monitor's thread does not end,
-    // which is then waited for twice, the screen saver stays in memory for it, without its window, to the process's
-    // end.
+    // Restores the screen, stops watching and deletes the screen saver; then throws what failed first, unless an
+    // exception is in flight. While the monitor's thread goes on, the screen saver stays, without its window, until the
+    // process ends.
     static void remove(ScreenSaver* screenSaver);
 
     // Applies from the next time that the user becomes inactive.
@@ -45,12 +41,12 @@ public:
     void notify(const UserActivityEvent& event) override;
 
 private:
-    void end();
+    ScreenSaver(HINSTANCE instance, const std::wstring& className);
+    ~ScreenSaver() override = default;
 
     std::atomic<bool> active = false;
     std::atomic<bool> useBlackScreen = true;
     BlackScreen blackScreen;
     std::unique_ptr<ScreenBackLight> backLight;
     UserInactivityMonitor monitor;
-    bool ended = false;
 };

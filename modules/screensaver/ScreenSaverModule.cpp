@@ -9,6 +9,7 @@
 #include "modules/screensaver/ScreenSaver.h"
 #include "modules/screensaver/ScreenSaverConfig.h"
 
+#include <memory>
 #include <utility>
 
 using OrvaUtils::decimal;
@@ -31,9 +32,9 @@ constexpr float LEVEL_UNIT = 0.00390625F; // 1/256
 } // namespace
 
 IModule* ScreenSaverModule::create(IPCDispatcher& dispatcher) {
-    auto* module = new ScreenSaverModule;
-    dispatcher.registerHandler(L"ORVATarvexScreenSaverMsg", module);
-    return module;
+    auto module = std::make_unique<ScreenSaverModule>();
+    dispatcher.registerHandler(L"ORVATarvexScreenSaverMsg", module.get());
+    return module.release();
 }
 
 ScreenSaverModule::ScreenSaverModule() {
@@ -58,24 +59,28 @@ std::uint32_t ScreenSaverModule::carryOut(DWORD command, std::int32_t argument) 
     case RELOAD:
         result = loadSettings();
         apply();
-        return result;
+        break;
     case START_OR_STOP: // whatever `enabled` says, which stays
-        argument != 0 ? make() : remove();
-        return result;
+        if (argument != 0) {
+            make();
+        } else {
+            remove();
+        }
+        break;
     case SET_TIMEOUT:
         if (argument <= 0) {
             return CommandResult::ArgumentOutOfRange;
         }
         timeout = static_cast<std::uint32_t>(argument);
         apply();
-        return result;
+        break;
     case SET_LEVEL:
         if (argument < 0 || argument > HIGHEST_LEVEL) {
             return CommandResult::ArgumentOutOfRange;
         }
         level = argument;
         apply();
-        return result;
+        break;
     case ENGAGE_OR_DISABLE:
         if (argument != 0) {
             engage();
@@ -83,10 +88,11 @@ std::uint32_t ScreenSaverModule::carryOut(DWORD command, std::int32_t argument) 
             enabled = false;
             apply();
         }
-        return result;
+        break;
     default:
         return CommandResult::UnknownCommand;
     }
+    return result;
 }
 
 std::uint32_t ScreenSaverModule::loadSettings() {

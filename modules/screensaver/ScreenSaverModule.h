@@ -42,6 +42,6 @@ private:
 
     ScreenSaver* screenSaver = nullptr; // owned
     std::uint32_t timeout = 0; // ms
-    std::int32_t level = 0; // 0 to 255; 0: the black screen
+    std::int32_t level = 0; // 0: the black screen; above 255 only if the file says so
     bool enabled = false;
 };

@@ -1,27 +1,31 @@
 #include "modules/screensaver/UserInactivityMonitor.h"
 
-#include "OrvaUtils/Teardown.h"
 #include "modules/screensaver/UserInactivityMonitorException.h"
-
-#include <utility>
 
 namespace {
 
 constexpr DWORD STOPPED = WAIT_OBJECT_0 + 1;
 
+// Null when the platform does not have it.
+struct NamedEvent {
+    explicit NamedEvent(const wchar_t* name) : handle(OpenEventW(EVENT_ALL_ACCESS, FALSE, name)) {}
+    NamedEvent(const NamedEvent&) = delete;
+    NamedEvent& operator=(const NamedEvent&) = delete;
+    ~NamedEvent() {
+        if (handle != nullptr) {
+            CloseHandle(handle);
+        }
+    }
+
+    const HANDLE handle;
+};
+
 } // namespace
 
-UserInactivityMonitor::UserInactivityMonitor() : thread(*this) {
-    if (!thread.isUsable()) {
-        throw UserInactivityMonitorException(L"Cannot create event");
-    }
-}
-
-UserInactivityMonitor::~UserInactivityMonitor() noexcept(false) {
-    OrvaUtils::Teardown steps;
-    steps.run([this] { stop(); });
-    closeActivityEvents();
-    steps.finish();
+UserInactivityMonitor::UserInactivityMonitor()
+    : MonitorThread([](MonitorThread& self) { return static_cast<UserInactivityMonitor&>(self).watch(); },
+                    [](const wchar_t* message) { throw UserInactivityMonitorException(message); }) {
+    createEvents();
 }
 
 void UserInactivityMonitor::setTimeout(std::uint32_t milliseconds) {
@@ -29,52 +33,40 @@ void UserInactivityMonitor::setTimeout(std::uint32_t milliseconds) {
 }
 
 void UserInactivityMonitor::addObserver(UserInactivityMonitorObserver* observer) {
-    observers.push_back(observer);
+    observers.add(observer);
 }
 
 void UserInactivityMonitor::removeObserver(UserInactivityMonitorObserver* observer) {
-    std::erase(observers, observer);
+    observers.remove(observer);
 }
 
-bool UserInactivityMonitor::start() {
-    if (running) {
-        return false;
-    }
-    thread.start();
-    return true;
-}
-
-void UserInactivityMonitor::stop() {
-    if (running && !thread.stop()) {
-        throw UserInactivityMonitorException(L"Failed to terminate monitor thread");
-    }
-}
-
-bool UserInactivityMonitor::isStuck() const {
-    return running && thread.isOpen();
-}
-
-DWORD UserInactivityMonitor::run() {
-    if (running || !openActivityEvents()) {
+DWORD UserInactivityMonitor::watch() {
+    const NamedEvent active(L"PowerManager/UserActivity_Active");
+    const NamedEvent inactive(L"PowerManager/UserActivity_Inactive");
+    if (active.handle == nullptr || inactive.handle == nullptr) {
         return 0;
     }
     running = true;
+    const auto waitFor = [this](const NamedEvent& event, DWORD milliseconds) {
+        const HANDLE awaited[] = {event.handle, stopEvent};
+        return WaitForMultipleObjects(2, awaited, FALSE, milliseconds);
+    };
+    // WAIT_TIMEOUT: the power manager has reported inactivity, and no activity has followed in time.
+    const auto waitForInactivity = [&] {
+        return waitFor(inactive, INFINITE) == STOPPED ? STOPPED : waitFor(active, timeout);
+    };
     const DWORD firstTimeout = timeout; // before the owner can set another
-    DWORD woken = waitForActivity(0);
-    if (woken == WAIT_TIMEOUT) {
-        thread.ready();
-        woken = waitForActivity(firstTimeout);
-    } else if (woken != STOPPED) {
-        // Before the start returns: later it could undo what the owner does next.
-        notify(UserActivityEvent::Active);
-        thread.ready();
-        woken = waitForInactivity();
+    const bool isActive = WaitForSingleObject(active.handle, 0) != WAIT_TIMEOUT;
+    if (isActive) {
+        notify(UserActivityEvent::Active); // before the start returns: later it could undo what the owner does next
     }
+    tellDecision();
+    DWORD woken = isActive ? waitForInactivity() : waitFor(active, firstTimeout);
     // A failed wait counts as activity: the screen rather stays bright.
     while (woken != STOPPED) {
         if (woken == WAIT_TIMEOUT) {
             notify(UserActivityEvent::Inactive);
-            if (waitForActivity(INFINITE) == STOPPED) {
+            if (waitFor(active, INFINITE) == STOPPED) {
                 break;
             }
         }
@@ -85,38 +77,6 @@ DWORD UserInactivityMonitor::run() {
     return 1;
 }
 
-bool UserInactivityMonitor::openActivityEvents() {
-    closeActivityEvents();
-    activeEvent = OpenEventW(EVENT_ALL_ACCESS, FALSE, L"PowerManager/UserActivity_Active");
-    inactiveEvent = OpenEventW(EVENT_ALL_ACCESS, FALSE, L"PowerManager/UserActivity_Inactive");
-    return activeEvent != nullptr && inactiveEvent != nullptr;
-}
-
-DWORD UserInactivityMonitor::waitForActivity(DWORD milliseconds) const {
-    const HANDLE events[] = {activeEvent, thread.stopEvent()};
-    return WaitForMultipleObjects(2, events, FALSE, milliseconds);
-}
-
-// WAIT_TIMEOUT: the power manager has reported inactivity, and no activity has followed in time.
-DWORD UserInactivityMonitor::waitForInactivity() const {
-    const HANDLE events[] = {inactiveEvent, thread.stopEvent()};
-    if (WaitForMultipleObjects(2, events, FALSE, INFINITE) == STOPPED) {
-        return STOPPED;
-    }
-    return waitForActivity(timeout);
-}
-
-void UserInactivityMonitor::notify(UserActivityEvent event) const {
-    const std::vector<UserInactivityMonitorObserver*> present = observers; // one that is called may remove itself
-    for (UserInactivityMonitorObserver* observer : present) {
-        observer->notify(event);
-    }
-}
-
-void UserInactivityMonitor::closeActivityEvents() {
-    for (HANDLE* event : {&activeEvent, &inactiveEvent}) {
-        if (*event != nullptr) {
-            CloseHandle(std::exchange(*event, nullptr));
-        }
-    }
+void UserInactivityMonitor::notify(UserActivityEvent event) {
+    observers.notify([=](UserInactivityMonitorObserver& observer) { observer.notify(event); });
 }

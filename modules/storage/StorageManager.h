@@ -9,7 +9,7 @@
 // The platform's storage manager: stores (block devices) and the partitions on them. It is not linked against but
 // looked up in "coredll.dll".
 //
-// The operations return what the platform answers; failure is said where they stand. For one thread at a time.
+// The operations return what the platform answers. For one thread at a time.
 class StorageManager {
 public:
     // Looks up all functions of the storage manager's interface, also those that nothing here calls. Throws

@@ -6,6 +6,7 @@
 #include <msgqueue.h>
 #include <pnp.h>
 
+#include <cstddef>
 #include <cstring>
 #include <utility>
 
@@ -17,10 +18,6 @@ constexpr DWORD MESSAGE_SIZE = 160; // bytes at most
 constexpr std::size_t NAME_OFFSET = offsetof(DEVDETAIL, szName);
 
 } // namespace
-
-DeviceNotifications::~DeviceNotifications() {
-    stop();
-}
 
 // Deliberate: only -1 counts as a failure of these two calls, while the platform documents null for them. See
 // docs/behaviours.md.

@@ -2,10 +2,12 @@
 
 #include <windows.h>
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
-// The platform's messages about block devices that come and go. For one thread at a time.
+// The platform's messages about block devices that come and go. For one thread at a time. The destructor closes
+// nothing.
 class DeviceNotifications {
 public:
     struct Message {
@@ -16,7 +18,6 @@ public:
     DeviceNotifications() = default;
     DeviceNotifications(const DeviceNotifications&) = delete;
     DeviceNotifications& operator=(const DeviceNotifications&) = delete;
-    ~DeviceNotifications();
 
     // From here on messages come; the first ones are about the devices that are present. Throws UsbDeviceException:
     // "Generic Exception" without a queue, "Request device notifications failed".

@@ -8,7 +8,7 @@
 // reported.
 struct RunProcessCommand : ICommand {
     int getType() const override;
-    // The process stays open until the helper's end. For one thread at a time.
+    // The process's handles stay open until the helper's end.
     void execute() override;
 
     std::wstring filePath; // empty: the program is the first word of the arguments

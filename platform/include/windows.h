@@ -132,13 +132,13 @@ struct CRITICAL_SECTION {
     LONG LockCount; // how often its owner has entered
     DWORD OwnerThread; // 0: nobody
     HANDLE hCrit;
-    DWORD needtrap;
+    DWORD needtrap; // here: it was left by a thread that did not hold it
     DWORD dwContentions;
 };
 
 void WINAPI InitializeCriticalSection(CRITICAL_SECTION* section) noexcept;
 void WINAPI EnterCriticalSection(CRITICAL_SECTION* section) noexcept;
-// Does nothing for a thread that does not hold it.
+// By a thread that does not hold it: who enters from then on may wait for ever [ms886733].
 void WINAPI LeaveCriticalSection(CRITICAL_SECTION* section) noexcept;
 void WINAPI DeleteCriticalSection(CRITICAL_SECTION* section) noexcept;
 

@@ -56,7 +56,7 @@ std::string_view withoutSeparator(std::string_view path) {
 
 // Threads that wait in a driver look again what it does.
 void wakeWaiting(Image& image) {
-    for (Slot thread = 1; thread <= maxThreads; ++thread) {
+    for (Slot thread = 1; thread <= image.threadsUsed; ++thread) {
         const ThreadRecord& record = scheduler::at(image, thread);
         if (record.state == ThreadState::waiting && record.waitKind == WaitKind::device)
             scheduler::release(image, thread, 0);

@@ -31,7 +31,7 @@ void sleepUntil(Call& call, std::uint64_t deadline) {
 
 std::uint64_t nextDeadline(const Image& image) {
     std::uint64_t nearest = never;
-    for (const ThreadRecord& thread : image.threads)
+    for (const ThreadRecord& thread : usedThreads(image))
         if (thread.state == ThreadState::waiting)
             nearest = std::min(nearest, thread.deadline);
     return nearest;
@@ -83,8 +83,8 @@ ScreenStatus screenStatus(Image& image) {
 
 } // namespace
 
-Driver::Driver(const Panel& driven, const std::string& countsAs) : panel(driven) {
-    Runtime::attachDriver(panel.directory().string(), countsAs);
+Driver::Driver(const Panel& driven, const std::string& countsAs, Programs programs) : panel(driven) {
+    Runtime::attachDriver(panel.directory().string(), countsAs, programs == Programs::end);
 }
 
 Driver::~Driver() {
@@ -236,7 +236,7 @@ PanelStatus Driver::status() {
     for (const SignalRecord& signal : call.image.signals)
         if (signal.name[0])
             status.signals.push_back({signal.name, signal.count});
-    for (Slot slot = 1; slot <= maxProcesses; ++slot) {
+    for (Slot slot = 1; slot <= call.image.processesUsed; ++slot) {
         const ProcessRecord& process = processes::at(call.image, slot);
         if (process.state == ProcessState::free || slot == Runtime::instance().process())
             continue;
@@ -247,14 +247,19 @@ PanelStatus Driver::status() {
                             process.driver != 0,
                             0,
                             0,
-                            0};
+                            0,
+                            {}};
         for (const HandleRecord& handle : process.handles)
             entry.handles += handle.object != 0;
-        for (const ThreadRecord& thread : call.image.threads)
+        for (const ThreadRecord& thread : usedThreads(call.image))
             if (thread.state != ThreadState::free && thread.process == slot) {
                 ++entry.threads;
                 entry.waiting += thread.state == ThreadState::waiting;
+                if (thread.state == ThreadState::waiting && thread.call[0])
+                    entry.calls.push_back({thread.number, thread.waitingSince, thread.call});
             }
+        std::sort(entry.calls.begin(), entry.calls.end(),
+                  [](const CallStatus& first, const CallStatus& second) { return first.thread < second.thread; });
         status.processes.push_back(std::move(entry));
     }
     for (std::uint32_t age = maxEnded; age > 0; --age) {

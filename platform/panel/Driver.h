@@ -20,6 +20,12 @@ struct ProcessHandle {
     bool aware = false; // takes part in the panel's clock
 };
 
+struct CallStatus { // the platform call that a thread waits in: of nested ones the innermost
+    std::uint32_t thread; // by order of creation
+    std::uint64_t since; // panel ms
+    std::string call; // as the trace shows it: "Sleep[1](1000)"
+};
+
 struct ProcessStatus {
     std::string name;
     std::string path;
@@ -29,6 +35,7 @@ struct ProcessStatus {
     std::uint32_t threads;
     std::uint32_t waiting; // of these threads
     std::uint32_t handles; // to kernel objects, open
+    std::vector<CallStatus> calls;
 };
 
 struct WindowStatus {
@@ -94,7 +101,10 @@ struct Fault {
 
 class Driver {
 public:
-    explicit Driver(const Panel& panel, const std::string& countsAs = "\\Windows\\panel.exe");
+    // What it starts, with all that this starts, ends with it, however it ends; or stays.
+    enum class Programs { end, stay };
+    static constexpr const char* command = "\\Windows\\panel.exe";
+    explicit Driver(const Panel& panel, const std::string& countsAs = command, Programs programs = Programs::end);
     ~Driver();
     Driver(const Driver&) = delete;
     Driver& operator=(const Driver&) = delete;

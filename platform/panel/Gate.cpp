@@ -66,9 +66,9 @@ void addBytes(std::string& text, const void* bytes, std::size_t count) {
 Gate::Gate(Function called, Plain)
     : runtime(Runtime::instance()),
       thread(runtime.thread()),
-      function(called),
-      call(++thread.calls[static_cast<std::size_t>(called)]),
+      call{called, ++thread.calls[static_cast<std::size_t>(called)], {}, currentCall},
       tracing(runtime.image().tracing.load(std::memory_order_relaxed)) {
+    currentCall = &call;
     if (runtime.image().faultCount.load(std::memory_order_relaxed))
         applyFaults();
     if (tracing) {
@@ -77,32 +77,23 @@ Gate::Gate(Function called, Plain)
     }
 }
 
-void Gate::separate() {
-    if (!text.empty())
-        text += ", ";
-}
-
-void Gate::note(const char* what, DWORD value) {
-    if (tracing)
-        notes += what + std::to_string(value);
-}
-
 void Gate::applyFaults() {
     Image& panel = runtime.image();
     Lock lock(panel);
     const ProcessRecord& self = runtime.processRecord();
     for (FaultRecord& fault : panel.faults) {
         const bool meant =
-            fault.action != FaultAction::none && fault.function == static_cast<std::uint32_t>(function) &&
+            fault.action != FaultAction::none && fault.function == static_cast<std::uint32_t>(call.function) &&
             (fault.program[0] == 0 || equalCaseBlind(fault.program, panel.programs[self.program].name)) &&
             (fault.start == 0 || fault.start == self.start) && (fault.thread == 0 || fault.thread == thread.number) &&
-            (fault.ever ? call >= fault.call : call == fault.call);
+            (fault.ever ? call.number >= fault.call : call.number == fault.call);
         if (!meant)
             continue;
         ++fault.hits;
         if (fault.action == FaultAction::cut && !self.driver) {
             processes::killAll(panel);
             panel.on = 0;
+            scheduler::step(panel); // who lets time pass hears of it
             lock.release();
             scheduler::deliverWakes(panel);
             raise(SIGKILL);
@@ -111,7 +102,7 @@ void Gate::applyFaults() {
             faultHit = true;
             if (fault.answers)
                 failure = fault.answer;
-            notes += " fault";
+            note("fault");
         }
     }
 }
@@ -130,15 +121,12 @@ Gate::~Gate() {
             name = processes::name(runtime.image(), runtime.processRecord());
         }
         if (ended != begun)
-            notes += " after " + std::to_string(ended - begun) + " ms";
-        char time[24];
-        std::snprintf(time, sizeof time, "%10llu ", static_cast<unsigned long long>(ended));
-        std::string line = time + name + " t" + std::to_string(thread.number) + ' ';
-        line += facts(function).name;
-        line += '[' + std::to_string(call) + "](" + text + ") = " + (result.empty() ? "void" : result) + notes + '\n';
-        writeTraceLine(runtime.directory(), line);
+            note("after " + std::to_string(ended - begun) + " ms");
+        writeTraceLine(runtime.directory(), traceLine(ended, name, thread.number, call.text()) + " = " +
+                                                (result.empty() ? "void" : result) + notes + '\n');
     }
     deliverWakes();
+    currentCall = call.outer;
 }
 
 } // namespace panel

@@ -11,6 +11,7 @@
 
 #include "platform/panel/Functions.h"
 #include "platform/panel/Runtime.h"
+#include "platform/panel/kernel/Wait.h"
 
 #include <windows.h>
 
@@ -62,8 +63,7 @@ class Gate {
 public:
     template<class... Arguments>
     explicit Gate(Function called, const Arguments&... arguments) : Gate(called, Plain{}) {
-        if (tracing)
-            ((separate(), trace::addAny(text, arguments)), ...);
+        (shows(arguments), ...);
     }
     ~Gate();
     Gate(const Gate&) = delete;
@@ -75,9 +75,9 @@ public:
     }
     template<class Result>
     Result fault() {
-        const FunctionFacts& known = facts(function);
+        const FunctionFacts& known = facts(call.function);
         thread.lastError = known.lastError;
-        note(" error ", known.lastError);
+        note("error " + std::to_string(known.lastError));
         if constexpr (std::is_pointer_v<Result>)
             return done(reinterpret_cast<Result>(static_cast<std::intptr_t>(failure.value_or(known.failure))));
         else
@@ -100,16 +100,20 @@ public:
     template<class Result>
     Result fails(Result value, DWORD error) {
         thread.lastError = error;
-        note(" error ", error);
+        note("error " + std::to_string(error));
         return done(value);
     }
     // A further argument that is known only now.
     template<class Value>
     void shows(const Value& value) {
-        if (tracing) {
-            separate();
-            trace::addAny(text, value);
-        }
+        if (!call.arguments.empty())
+            call.arguments += ", ";
+        trace::addAny(call.arguments, value);
+    }
+    // Something else to tell of the call, behind its result.
+    void note(const std::string& what) {
+        if (tracing)
+            notes += ' ' + what;
     }
 
     Image& image() {
@@ -133,17 +137,13 @@ public:
 private:
     struct Plain {};
     Gate(Function called, Plain);
-    void separate();
-    void note(const char* what, DWORD value);
     void applyFaults();
 
-    Function function;
-    std::uint32_t call; // how many-th of this function in this thread
+    PlatformCall call;
     bool tracing;
     bool faultHit = false;
     std::optional<std::int64_t> failure; // asked for instead of the list's
     std::uint64_t begun = 0; // panel time
-    std::string text; // arguments
     std::string result;
     std::string notes; // behind the result
 };

@@ -3,8 +3,10 @@
 
 #include "platform/panel/Runtime.h"
 #include "platform/panel/kernel/Lock.h"
+#include "platform/panel/kernel/Patience.h"
 #include "platform/panel/kernel/Scheduler.h"
 
+#include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
 #include <optional>
@@ -32,7 +34,12 @@ class Change {
 public:
     explicit Change(const std::filesystem::path& root)
         : directory(open(root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
-        flock(directory, LOCK_EX);
+        while (flock(directory, LOCK_EX | (patience::limit.milliseconds ? LOCK_NB : 0)) != 0 && errno == EWOULDBLOCK) {
+            if (waited >= patience::limit.milliseconds)
+                patience::limit.giveUp("another command is changing the panel and does not go on");
+            usleep(1000 * glance);
+            waited += glance;
+        }
     }
     ~Change() {
         close(directory);
@@ -41,7 +48,9 @@ public:
     Change& operator=(const Change&) = delete;
 
 private:
+    static constexpr std::uint32_t glance = 50; // real ms
     int directory;
+    std::uint32_t waited = 0;
 };
 
 // A change of what programs of the panel may be using: with the kernel file's lock, if the panel is on.

@@ -6,12 +6,14 @@
 #include "platform/panel/kernel/Clock.h"
 #include "platform/panel/kernel/Host.h"
 #include "platform/panel/kernel/Processes.h"
+#include "platform/panel/kernel/Soundness.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cstring>
 #include <fcntl.h>
 #include <pwd.h>
 #include <stdexcept>
@@ -26,7 +28,7 @@ using Json = nlohmann::json;
 
 namespace {
 
-constexpr std::uint32_t imageMagic = 0x4C4E4150;
+constexpr std::uint32_t lockPatience = 2000; // real ms; a program that was stopped may hold the lock for ever
 
 Json readJson(const fs::path& path) {
     Json json = Json::parse(host::readFile(path.string()), nullptr, false);
@@ -42,6 +44,10 @@ void writeJson(const fs::path& path, const Json& json) {
 std::string userName(uid_t id) {
     const passwd* user = getpwuid(id);
     return user ? user->pw_name : "user " + std::to_string(id);
+}
+
+std::string kernelFile(const fs::path& root) {
+    return (root / "run/kernel").string();
 }
 
 bool isEmptyOrMissing(const fs::path& directory) {
@@ -151,6 +157,7 @@ void Panel::initialise(Image& image, const BootOptions& options, std::int64_t da
     std::copy(levels.begin(), levels.end(), image.backLight);
     if (devices().has("PowerManager"))
         activity::make(image);
+    image.headSum = headSum(image);
     image.on = 1;
     image.magic = imageMagic;
 }
@@ -163,9 +170,8 @@ void Panel::boot(const BootOptions& options) {
         if (former.image && former.image->on)
             throw std::runtime_error("the panel is on already (panel off switches it off)");
         if (former.image) {
-            const Lock lock(*former.image);
             date = std::max(date, clock::date(*former.image));
-            processes::killAll(*former.image); // of a switching off that was itself killed
+            processes::killOnHost(*former.image); // of a switching off that was itself killed
         }
     }
     registry::fallBack(root);
@@ -174,32 +180,53 @@ void Panel::boot(const BootOptions& options) {
     fs::create_directories(root / "run/output");
     const std::string fresh = (root / "run/kernel.new").string();
     const int file = open(fresh.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
-    const bool sized = file >= 0 && ftruncate(file, sizeof(Image)) == 0;
-    void* address = sized ? mmap(nullptr, sizeof(Image), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0) : MAP_FAILED;
+    const int error = file < 0 ? errno : posix_fallocate(file, 0, sizeof(Image)); // no write to it may fail later
+    void* address = error ? MAP_FAILED : mmap(nullptr, sizeof(Image), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
     if (file >= 0)
         close(file);
-    if (address == MAP_FAILED)
-        throw std::runtime_error("cannot make " + fresh);
+    if (address == MAP_FAILED) {
+        unlink(fresh.c_str());
+        throw std::runtime_error("cannot make " + fresh + ", which takes " + std::to_string(sizeof(Image) / 1024) +
+                                 " KiB: " + std::strerror(error ? error : errno));
+    }
     auto* image = static_cast<Image*>(address);
     initialise(*image, options, date);
     unmapImage(image);
     fs::rename(fresh, root / "run/kernel");
 }
 
+// A kernel file that cannot be trusted, or whose lock somebody does not let go, is removed: programs that still run
+// hear of that, and end.
 void Panel::stop(void (*settleRegistry)(const fs::path&), const char* whatFails) {
     const Change change(root);
-    const Mapping kernel(root);
-    if (!kernel.image || !kernel.image->on)
-        throw std::runtime_error("the panel is off already");
-    Image& image = *kernel.image;
+    Image* image = nullptr;
+    bool sound = true;
     std::int64_t date = 0;
-    {
-        const Lock lock(image);
-        image.on = 0;
-        processes::killAll(image);
-        date = clock::date(image);
+    try {
+        image = mapImage(kernelFile(root), false);
+    } catch (const std::runtime_error&) {
+        sound = false;
     }
-    scheduler::deliverWakes(image);
+    if (sound && (!image || !image->on))
+        throw std::runtime_error("the panel is off already");
+    if (sound) {
+        Lock lock(*image, lockPatience);
+        sound = lock.isHeld() && isSound(*image);
+        if (sound) {
+            image->on = 0;
+            processes::killAll(*image);
+            date = clock::date(*image);
+            scheduler::step(*image); // who lets time pass hears of it
+        } else {
+            processes::killOnHost(*image);
+        }
+    }
+    if (sound)
+        scheduler::deliverWakes(*image);
+    else
+        fs::remove_all(kernelFile(root));
+    if (image)
+        unmapImage(image);
     std::string lost;
     const auto keep = [&](const char* what, const std::function<void()>& store) {
         try {
@@ -209,7 +236,8 @@ void Panel::stop(void (*settleRegistry)(const fs::path&), const char* whatFails)
         }
     };
     keep(whatFails, [&] { settleRegistry(root); });
-    keep("the clock's date is lost", [&] { saveDate(date); });
+    if (sound)
+        keep("the clock's date is lost", [&] { saveDate(date); });
     if (!lost.empty())
         throw std::runtime_error("the panel is off, but not in order" + lost);
 }

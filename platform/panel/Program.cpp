@@ -1,6 +1,7 @@
 #include "platform/panel/Program.h"
 
 #include "platform/panel/PortableExecutable.h"
+#include "platform/panel/Watcher.h"
 #include "platform/panel/kernel/Host.h"
 #include "platform/panel/kernel/Processes.h"
 
@@ -12,6 +13,7 @@
 #include <elf.h>
 #include <fcntl.h>
 #include <linux/futex.h>
+#include <poll.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -89,7 +91,9 @@ struct Launch {
     ProcessRecord* record;
     pid_t starter;
     bool closesFile; // the program does without it once it runs
-    bool watch; // stay, and note the exit code of a program that cannot do so itself
+    bool watch; // stay, and do for a program what it cannot do itself: note its exit code, end it when it must end
+    std::string kernelFile;
+    pid_t owner; // the host process whose end ends it; 0: none
 };
 
 void waitForRelease(const Launch& launch) {
@@ -102,6 +106,25 @@ void execute(const Launch& launch) {
     const char* const program = launch.interpreter.empty() ? programPath : launch.interpreter.c_str();
     execve(program, launch.arguments.data(), launch.environment.data());
     _exit(127);
+}
+
+// Until the program ends by itself, and its exit code is noted; or this kills all that it has started, and itself.
+[[noreturn]] void watchOver(pid_t program, const Launch& launch) {
+    const KernelAlarm alarm(launch.kernelFile.c_str());
+    pollfd entries[] = {{host::openProcess(program), POLLIN, 0},
+                        {launch.owner ? host::openProcess(launch.owner) : -1, POLLIN, 0},
+                        {alarm.descriptor(), POLLIN, 0}};
+    while (!entries[0].revents) {
+        if (alarm.look() != KernelAlarm::State::fine || entries[1].revents || (launch.owner && entries[1].fd < 0))
+            kill(0, SIGKILL);
+        poll(entries, std::size(entries), alarm.patience());
+    }
+    int status = 0;
+    waitpid(program, &status, 0);
+    const auto code = static_cast<std::uint32_t>(WIFEXITED(status) ? WEXITSTATUS(status) : processes::killedExitCode);
+    launch.record->exitCode.store(code, std::memory_order_relaxed);
+    launch.record->exitKnown.store(1, std::memory_order_release);
+    _exit(0);
 }
 
 [[noreturn]] void becomeProgram(const Launch& launch) {
@@ -119,15 +142,8 @@ void execute(const Launch& launch) {
         const pid_t program = fork();
         if (program == 0)
             prctl(PR_SET_PDEATHSIG, SIGKILL);
-        if (program > 0) {
-            int status = 0;
-            waitpid(program, &status, 0);
-            const auto code =
-                static_cast<std::uint32_t>(WIFEXITED(status) ? WEXITSTATUS(status) : processes::killedExitCode);
-            launch.record->exitCode.store(code, std::memory_order_relaxed);
-            launch.record->exitKnown.store(1, std::memory_order_release);
-            _exit(0);
-        }
+        if (program > 0)
+            watchOver(program, launch);
     }
     execute(launch);
     _exit(127);
@@ -165,7 +181,9 @@ Launch prepare(Image& image, const std::string& root, ProgramKind kind, int file
                   &record,
                   getpid(),
                   kind == ProgramKind::native,
-                  !record.aware};
+                  !record.aware,
+                  root + "/run/kernel",
+                  record.owner ? processes::at(image, record.owner).hostPid : 0};
     if (interpreted) {
         launch.texts = {emulator, loaderPath(), programPath};
     } else {
@@ -217,12 +235,12 @@ std::string whyNot(ProgramKind kind) {
     if (kind == ProgramKind::none)
         return "it is no program (a program for the panel's simulation, a panel executable, or a script that begins "
                "with #!)";
-    if (kind == ProgramKind::panelExecutable && !canRun(emulator))
-        return std::string("it is a panel executable, and the emulator that it takes is missing or no program: ") +
-               emulator + " (script/setup installs it)";
     if (kind == ProgramKind::panelExecutable && !canRun(loaderPath()))
         return std::string("it is a panel executable, and the loader that it takes is missing or no program: ") +
                loaderPath() + " (cmake --preset loader && ninja -C build/loader makes it)";
+    if (kind == ProgramKind::panelExecutable && !canRun(emulator))
+        return std::string("it is a panel executable, and the emulator that it takes is missing or no program: ") +
+               emulator + " (script/setup installs it)";
     return {};
 }
 
@@ -258,6 +276,7 @@ Started startProgram(Image& image, const std::string& root, const std::string& p
     }
     record.hostStart = host::startTime(pid);
     record.hostPid = pid;
+    Watcher::announce(root);
     return {slot, 0};
 }
 

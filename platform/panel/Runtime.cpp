@@ -4,6 +4,7 @@
 #include "platform/panel/kernel/Host.h"
 #include "platform/panel/kernel/Processes.h"
 #include "platform/panel/kernel/Scheduler.h"
+#include "platform/panel/kernel/Soundness.h"
 #include "platform/panel/kernel/Wait.h"
 
 #include <cstdio>
@@ -21,6 +22,8 @@ namespace {
 // By this section in its file a program is known to take part in the panel's clock (see Program.cpp).
 [[gnu::section(".panel_program"), gnu::used]] const char programMarker[] = "panel program";
 
+constexpr const char* remedy = " (panel off ends all programs; then boot it again)";
+
 Runtime* current = nullptr;
 thread_local ThreadContext context;
 
@@ -31,7 +34,15 @@ thread_local ThreadContext context;
 
 } // namespace
 
-Image* mapImage(const std::string& path) {
+std::uint32_t headSum(const Image& image) {
+    std::uint32_t number = 2166136261U; // FNV-1a over bytes
+    const auto* const bytes = reinterpret_cast<const unsigned char*>(&image);
+    for (std::size_t place = offsetof(Image, version); place < offsetof(Image, headSum); ++place)
+        number = (number ^ bytes[place]) * 16777619U;
+    return number;
+}
+
+Image* mapImage(const std::string& path, bool tables) {
     const int file = open(path.c_str(), O_RDWR | O_CLOEXEC);
     if (file < 0)
         return nullptr;
@@ -40,13 +51,29 @@ Image* mapImage(const std::string& path) {
     void* address = whole ? mmap(nullptr, sizeof(Image), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0) : MAP_FAILED;
     close(file);
     if (address == MAP_FAILED)
-        return nullptr;
+        throw std::runtime_error(path + " is damaged, or of another version of the simulation" + remedy);
     auto* image = static_cast<Image*>(address);
-    if (image->version == imageVersion && image->fileDevice == status.st_dev && image->fileInode == status.st_ino &&
-        host::bootId() == image->hostBoot)
-        return image;
-    unmapImage(image);
-    return nullptr;
+    if (image->magic != imageMagic || image->headSum != headSum(*image) || image->version != imageVersion) {
+        const bool other = image->magic == imageMagic && image->version != imageVersion;
+        unmapImage(image);
+        throw std::runtime_error(path + (other ? " is of another version of the simulation" : " is damaged") + remedy);
+    }
+    if (image->fileDevice != status.st_dev || image->fileInode != status.st_ino || host::bootId() != image->hostBoot) {
+        unmapImage(image);
+        return nullptr;
+    }
+    bool sound = true;
+    if (tables) {
+        const Lock lock(*image);
+        sound = !image->on || isSound(*image);
+        if (sound && image->on)
+            scheduler::recover(*image);
+    }
+    if (!sound) {
+        unmapImage(image);
+        throw std::runtime_error(path + " is damaged" + remedy);
+    }
+    return image;
 }
 
 void unmapImage(Image* image) {
@@ -87,19 +114,25 @@ void Runtime::attachProgram() {
         _exit(127);
     }
     root = directory;
-    mapped = mapImage(root + "/run/kernel");
+    try {
+        mapped = mapImage(root + "/run/kernel", false);
+    } catch (const std::runtime_error& error) {
+        std::fprintf(stderr, "%s\n", error.what());
+        _exit(127);
+    }
     if (!mapped || slot < 1 || slot > maxProcesses || !begin(slot, serial)) {
-        std::fputs("The panel has been switched off, or was switched on by another version of the simulation.\n",
-                   stderr);
+        std::fputs("The panel has been switched off.\n", stderr);
         _exit(127);
     }
     processSlot = slot;
     part = Part::program;
     adoptThread(processRecord().mainThread);
+    watcher = std::make_unique<Watcher>(*mapped, root, false);
 }
 
 bool Runtime::begin(Slot slot, std::uint32_t serial) {
     const Lock lock(*mapped);
+    processes::noticeDead(*mapped); // its owner may have died meanwhile, and it with it
     const ProcessRecord& process = processes::at(*mapped, slot);
     if (!mapped->on || process.state == ProcessState::free || process.serial != serial || process.hostPid != getpid())
         return false;
@@ -108,7 +141,7 @@ bool Runtime::begin(Slot slot, std::uint32_t serial) {
     return true;
 }
 
-void Runtime::attachDriver(const std::string& directory, const std::string& path) {
+void Runtime::attachDriver(const std::string& directory, const std::string& path, bool owns) {
     detachDriver();
     Image* image = mapImage(directory + "/run/kernel");
     Slot process = 0;
@@ -117,7 +150,7 @@ void Runtime::attachDriver(const std::string& directory, const std::string& path
         const Lock lock(*image);
         on = image->on;
         processes::noticeDead(*image);
-        process = on ? processes::makeDriver(*image, {path, "", 0, 0, true}, getpid()) : 0;
+        process = on ? processes::makeDriver(*image, {path, "", 0, 0, true}, getpid(), owns) : 0;
     }
     if (image)
         scheduler::deliverWakes(*image);
@@ -137,11 +170,14 @@ void Runtime::attachDriver(const std::string& directory, const std::string& path
     current->root = directory;
     current->processSlot = process;
     current->adoptThread(current->processRecord().mainThread);
+    current->watcher = std::make_unique<Watcher>(*image, directory, true);
+    Watcher::announce(directory);
 }
 
 void Runtime::detachDriver() {
     if (!current || current->part != Part::driver)
         return;
+    current->watcher.reset();
     {
         const Lock lock(*current->mapped);
         context.slot = 0;

@@ -6,6 +6,7 @@
 #pragma once
 
 #include "platform/panel/Functions.h"
+#include "platform/panel/Watcher.h"
 #include "platform/panel/kernel/Lock.h"
 
 #include <memory>
@@ -42,8 +43,8 @@ public:
     static Runtime& instance(); // attaches on first use
 
     // Joins the booted panel in this directory; throws std::runtime_error when it has no power. `path`: what the
-    // process counts as being started from.
-    static void attachDriver(const std::string& directory, const std::string& path);
+    // process counts as being started from. `owns`: what it starts ends with it.
+    static void attachDriver(const std::string& directory, const std::string& path, bool owns);
     static void detachDriver();
 
     // Ends this process's part at once, before what the host does at exit.
@@ -79,6 +80,7 @@ private:
     std::string root;
     Slot processSlot = 0;
     std::vector<LocalObject> locals;
+    std::unique_ptr<Watcher> watcher;
 };
 
 // For faults that count from now on: the calling thread's number, and how often it has called a function.
@@ -86,8 +88,10 @@ std::uint32_t callingThreadNumber();
 std::uint32_t callsMade(std::string_view function);
 
 // Maps the kernel file of a booted panel; null if there is none, also if it is a copy of another panel's, or of another
-// boot of the host. Unmapped by unmapImage.
-Image* mapImage(const std::string& path);
+// boot of the host. One that is damaged, or of another version, is a std::runtime_error. Unmapped by unmapImage.
+// `tables`: looks at them too, which takes the lock.
+Image* mapImage(const std::string& path, bool tables = true);
+std::uint32_t headSum(const Image& image);
 void unmapImage(Image* image);
 
 } // namespace panel

@@ -84,7 +84,7 @@ void boot(const panel::Panel& panel, const Boot& options) {
                 options.stepped ? "stands still until a command waits" : "flows");
     if (options.withoutInit)
         return;
-    panel::Driver driver(panel);
+    panel::Driver driver(panel, panel::Driver::command, panel::Driver::Programs::stay);
     for (const panel::InitStart& start : driver.startInit())
         if (start.failure.empty())
             std::printf("Started %s as Launch%u of the registry says\n", start.process.name.c_str(), start.number);

@@ -1,6 +1,7 @@
 #include "platform/tool/Commands.h"
 #include "platform/tool/Table.h"
 #include "platform/tool/Units.h"
+#include "platform/tool/Unreturned.h"
 
 #include "platform/panel/Client.h"
 #include "platform/panel/Text.h"
@@ -28,16 +29,22 @@ std::string stateOf(const panel::ProcessStatus& process) {
 
 void printAsJson(const panel::PanelStatus& status, bool all) {
     Json list = Json::array();
-    for (const auto& process : status.processes)
-        if (all || !process.driver)
-            list.push_back({{"name", process.name},
-                            {"path", process.path},
-                            {"arguments", process.commandLine},
-                            {"state", stateOf(process)},
-                            {"threads", process.threads},
-                            {"waiting", process.waiting},
-                            {"handles", process.handles},
-                            {"hostPid", process.hostPid}});
+    for (const auto& process : status.processes) {
+        if (process.driver && !all)
+            continue;
+        Json calls = Json::array();
+        for (const auto& each : process.calls)
+            calls.push_back({{"thread", each.thread}, {"since", each.since}, {"call", each.call}});
+        list.push_back({{"name", process.name},
+                        {"path", process.path},
+                        {"arguments", process.commandLine},
+                        {"state", stateOf(process)},
+                        {"threads", process.threads},
+                        {"waiting", process.waiting},
+                        {"handles", process.handles},
+                        {"hostPid", process.hostPid},
+                        {"calls", std::move(calls)}});
+    }
     Json ended = Json::array();
     for (const auto& process : status.ended)
         ended.push_back({{"name", process.name}, {"exitCode", process.exitCode}, {"time", process.time}});
@@ -62,6 +69,8 @@ void list(const panel::Panel& panel, bool all, bool json) {
     table.print();
     if (table.empty())
         std::puts("No program runs on the panel.");
+    for (const std::string& line : unreturnedCalls(status))
+        std::puts(line.c_str());
 }
 
 void addPs(CLI::App& app, Tool& tool) {
@@ -69,7 +78,8 @@ void addPs(CLI::App& app, Tool& tool) {
         bool all = false;
         bool json = false;
     };
-    auto* command = app.add_subcommand("ps", "List the programs that run on the panel");
+    auto* command = app.add_subcommand(
+        "ps", "List the programs that run on the panel, and the platform calls that their threads wait in");
     auto options = std::make_shared<Options>();
     command->add_flag("--all", options->all, "With those that have ended, and their exit codes, and panel commands");
     command->add_flag("--json", options->json, "Answer in JSON");

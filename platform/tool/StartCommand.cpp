@@ -67,7 +67,7 @@ void report(const std::string& process, const std::optional<std::uint32_t>& code
 void start(Tool& tool, const StartOptions& options, const std::vector<std::string>& arguments) {
     const panel::Panel panel = tool.panel();
     const std::uint32_t limit = parseLimit(options.limit);
-    panel::Driver driver(panel);
+    panel::Driver driver(panel, panel::Driver::command, panel::Driver::Programs::stay);
     const panel::ProcessHandle process = driver.start(options.path, commandLine(arguments));
     if (!options.json)
         std::printf("%s\n", toned(process.name, Tone::strong).c_str());

@@ -3,6 +3,7 @@
 #include "platform/tool/Follow.h"
 #include "platform/tool/TraceFilter.h"
 #include "platform/tool/Units.h"
+#include "platform/tool/Unreturned.h"
 
 #include "platform/panel/Functions.h"
 #include "platform/panel/Text.h"
@@ -42,13 +43,17 @@ void show(const panel::Panel& panel, const ShowOptions& options) {
         std::fflush(stdout);
     };
     if (options.follow)
-        followWhileOn(panel, print);
-    else
-        print();
+        return followWhileOn(panel, print);
+    print();
+    if (panel.isOn())
+        for (const std::string& line : unreturnedCalls(panel::Driver(panel).status()))
+            if (options.filter.admits(line))
+                std::printf("%s\n", line.c_str());
 }
 
 void addShow(CLI::App& trace, Tool& tool) {
-    auto* command = trace.add_subcommand("show", "Print the trace, also of a panel that was switched off");
+    auto* command = trace.add_subcommand(
+        "show", "Print the trace, with the calls that have not returned; also of a panel that was switched off");
     auto options = std::make_shared<ShowOptions>();
     command->add_flag("--follow", options->follow, "Go on with new lines until the panel is switched off");
     command->add_option("--function", options->filter.functions, "Only calls of these functions")->type_name("NAME");

@@ -1,4 +1,5 @@
 // The panel command.
+#include "platform/panel/kernel/Patience.h"
 #include "platform/tool/Commands.h"
 #include "platform/tool/Interruption.h"
 #include "platform/tool/Units.h"
@@ -7,6 +8,7 @@
 #include <cstdio>
 #include <exception>
 #include <string_view>
+#include <unistd.h>
 
 namespace {
 
@@ -21,7 +23,7 @@ Begin with:
   panel -C my-panel log --follow
   panel -C my-panel status
 
-Durations are 1500, 1500ms, 5s, 2min or 1h, in the panel's time.
+Durations are 1500, 1500ms, 5s, 2min or 1h, in the panel's time (--patience: in real time).
 On a panel booted with --stepped, time moves only while one of these commands waits: advance, start --wait, send,
 touch, wait, log --until. "advance 0ms" lets no time pass: it returns when all programs wait.
 )";
@@ -35,14 +37,37 @@ std::string_view commandOf(const CLI::App& app, int argc, char** argv) {
     return {};
 }
 
+const tool::Tool* current;
+
+// The process ends at once: it may be in the middle of whatever waits for ever.
+[[noreturn]] void giveUp(const std::string& why) {
+    tool::complain(why + " (--patience allows more)");
+    _exit(current->failureCode);
+}
+
+void limitPatience(const tool::Tool& tool, const std::string& duration) {
+    constexpr std::uint64_t longest = 0x7FFFFFFF;
+    current = &tool;
+    panel::patience::limit = {static_cast<std::uint32_t>(std::min(tool::parseDuration(duration), longest)), giveUp};
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
     tool::endDriverWhenInterrupted();
     CLI::App app{description, "panel"};
     app.require_subcommand(0, 1);
-    app.fallthrough(); // -C may stand behind the command too
     tool::Tool shared(app);
+    std::string patience = "30s";
+    app.add_option(
+           "--patience", patience,
+           "How long to wait, in real time, while a program keeps stepped time or the panel from moving; 0: for "
+           "ever")
+        ->type_name("DURATION")
+        ->envname("PANEL_PATIENCE")
+        ->capture_default_str();
+    app.parse_complete_callback([&] { limitPatience(shared, patience); });
+    app.fallthrough(); // -C may stand behind the command too
     tool::addPowerCommands(app, shared);
     tool::addDiskCommands(app, shared);
     tool::addDeviceCommand(app, shared);

@@ -81,8 +81,7 @@ TEST(Notifications, AnnounceWhatIsThereAndWhatComesAndGoes) {
 TEST(Notifications, RefuseWhatAPanelRefuses) {
     EXPECT_EQ(RequestDeviceNotifications(&blockDevices, nullptr, TRUE), nullptr);
     EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
-    panel::Fault fault;
-    fault.function = "CreateMsgQueue";
+    panel::Fault fault{"CreateMsgQueue", ""};
     fault.answer = -1; // not what a panel answers
     driver().addFault(fault);
     EXPECT_EQ(makeQueue(), INVALID_HANDLE_VALUE);

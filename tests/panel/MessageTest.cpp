@@ -6,7 +6,6 @@
 #include <windows.h>
 
 #include <atomic>
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -114,7 +113,7 @@ TEST(Messages, ComeInOrderToTheirThreadAndQuitEndsTheLoop) {
 }
 
 TEST(Messages, SentOnesRunInsideGetMessageAndAreAnswered) {
-    std::filesystem::copy_file(programFile("Actor"), hostPath("\\MMCMemory\\Actor.exe"));
+    put("\\MMCMemory\\Actor.exe", programFile("Actor"));
     const HWND window = makeWindow(L"Server");
     const auto first = driver().start("\\MMCMemory\\Actor.exe", "send server M 1000");
     const auto second =

@@ -6,19 +6,16 @@
 #include <windows.h>
 
 #include <csignal>
-#include <filesystem>
 #include <string>
 
 using namespace testing_panel;
-namespace fs = std::filesystem;
 
 namespace {
 
 constexpr const char* actor = "\\MMCMemory\\Actor.exe";
 
 void installActor(const char* path = actor) {
-    fs::create_directories(hostPath(path).parent_path());
-    fs::copy_file(programFile("Actor"), hostPath(path));
+    put(path, programFile("Actor"));
 }
 
 std::optional<std::uint32_t> run(const char* commandLine, const char* path = actor) {
@@ -188,14 +185,14 @@ TEST(Trace, ShowsWhatACallAsksFor) {
 TEST(Faults, HitTheCallAskedForAndOthersNot) {
     installActor();
     writeFile("\\MMCMemory\\f", "x");
-    driver().addFault({"CreateFileW", "actor.exe", 2, 1, 1, false, panel::FaultAction::fail, 0});
+    driver().addFault({"CreateFileW", "actor.exe", 2, 1});
     EXPECT_EQ(run("hold \\MMCMemory\\f"), 0U);
     EXPECT_EQ(run("hold \\MMCMemory\\f"), ERROR_ACCESS_DENIED);
     EXPECT_EQ(run("hold \\MMCMemory\\f"), 0U);
     EXPECT_EQ(driver().faults().at(0).hits, 1U);
     driver().clearFaults();
-    driver().addFault({"CreateFileW", "Actor.exe", 0, 0, 2, true, panel::FaultAction::fail, 0});
+    driver().addFault({"CreateFileW", "Actor.exe", 0, 0, 2, true});
     EXPECT_EQ(run("hold \\MMCMemory\\f hold \\MMCMemory\\g"), ERROR_ACCESS_DENIED);
-    EXPECT_THROW(driver().addFault({"Sleep", "", 0, 0, 1, false, panel::FaultAction::fail, 0}), std::runtime_error);
-    EXPECT_THROW(driver().addFault({"Slep", "", 0, 0, 1, false, panel::FaultAction::fail, 0}), std::runtime_error);
+    EXPECT_THROW(driver().addFault({"Sleep", ""}), std::runtime_error);
+    EXPECT_THROW(driver().addFault({"Slep", ""}), std::runtime_error);
 }

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <algorithm>
 #include <atomic>
 #include <set>
 #include <string>
@@ -134,17 +135,15 @@ TEST(Mutexes, BelongToOneThreadAndCountItsWaits) {
     EXPECT_EQ(WaitForSingleObject(mutex, 0), WAIT_OBJECT_0);
 }
 
-TEST(CriticalSections, AreRecursiveExcludeOthersAndTolerateAStrayLeave) {
+TEST(CriticalSections, AreRecursiveAndExcludeOthers) {
     static CRITICAL_SECTION section;
     static int counter;
     InitializeCriticalSection(&section);
-    LeaveCriticalSection(&section); // held by nobody: nothing happens
     EnterCriticalSection(&section);
     EnterCriticalSection(&section);
     std::vector<HANDLE> threads;
     for (int index = 0; index < 4; ++index)
         threads.push_back(startThread([](LPVOID) -> DWORD {
-            LeaveCriticalSection(&section); // held by another: nothing happens
             for (int round = 0; round < 500; ++round) {
                 EnterCriticalSection(&section);
                 ++counter;
@@ -161,6 +160,36 @@ TEST(CriticalSections, AreRecursiveExcludeOthersAndTolerateAStrayLeave) {
         EXPECT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
     EXPECT_EQ(counter, 2000);
     DeleteCriticalSection(&section);
+}
+
+TEST(CriticalSections, AreSpoiltByALeaveOfAThreadThatDoesNotHoldThem) {
+    static CRITICAL_SECTION section;
+    const LPTHREAD_START_ROUTINE leave = [](LPVOID) -> DWORD { return LeaveCriticalSection(&section), 0; };
+    const LPTHREAD_START_ROUTINE enter = [](LPVOID) -> DWORD { return EnterCriticalSection(&section), 0; };
+    const LPTHREAD_START_ROUTINE leaveAndEnter = [](LPVOID) -> DWORD {
+        LeaveCriticalSection(&section);
+        EnterCriticalSection(&section);
+        return 0;
+    };
+    const auto returns = [](LPTHREAD_START_ROUTINE entry) {
+        return WaitForSingleObject(startThread(entry), 60000) == WAIT_OBJECT_0;
+    };
+    for (const bool held : {false, true}) {
+        InitializeCriticalSection(&section);
+        if (held)
+            EnterCriticalSection(&section);
+        startTrace();
+        EXPECT_TRUE(returns(leave));
+        if (held)
+            LeaveCriticalSection(&section);
+        const std::vector<std::string> calls = trace();
+        EXPECT_EQ(std::count(calls.begin(), calls.end(), "LeaveCriticalSection() = void not owned"), 1);
+        EXPECT_EQ(std::count(calls.begin(), calls.end(), "LeaveCriticalSection() = void"), held);
+        EXPECT_FALSE(returns(enter));
+        EXPECT_FALSE(returns(leaveAndEnter)) << "not even the one who left it";
+    }
+    InitializeCriticalSection(&section);
+    EXPECT_TRUE(returns(enter));
 }
 
 TEST(Handles, AreNeverSpecialNumbersAndNotSoonUsedAgain) {

@@ -4,7 +4,7 @@
 //     lock MUTEX        (creates and takes it; exit code 183 if it was there)
 //     hold FILE         (opens it unshared)      start PATH   (a program, and waits for it; its exit code is the own)
 //     post CLASS NAME COUNT     send CLASS NAME COUNT        (wParam counts from 1; each must be answered with its
-//     double) crash             (ends by a signal)
+//     double) crash             (ends by a signal)   spin   (never waits)
 #include "platform/panel/Client.h"
 
 #include <windows.h>
@@ -106,6 +106,9 @@ int WinMain(HINSTANCE, HINSTANCE, LPWSTR commandLine, int) {
             return 2;
         else if (verb == L"ask" && !askAll(words))
             return 2;
+        else if (verb == L"spin")
+            for (volatile bool ever = true; ever;) {
+            }
         else if (verb == L"crash")
             std::abort();
     }

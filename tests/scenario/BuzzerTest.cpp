@@ -96,15 +96,33 @@ TEST(Buzzer, EndsWhileTheDriverIsBusy) {
     BuzzerPanel panel(buzzerSettings(true, 3400));
     panel.startInPlace();
     panel.panel().devices().setBehaviour("BZR1", {Behaviour::Kind::delay, 300});
+    panel.driver().setTracing(true);
     panel.clicksOf(leftPress);
     const std::uint64_t time = panel.driver().status().time;
     EXPECT_EQ(panel.reload(buzzerSettings(false, 3400)), 0);
     const std::uint64_t waited = panel.driver().status().time - time;
     EXPECT_TRUE(waited >= 300 && waited <= 310) << "the buzzer goes when it has its answer, not after " << waited;
+    const std::string driver = panel.calls("DeviceIoControl").at(0).argumentList().at(0);
+    Lines ofDriver;
+    for (const TracedCall& call : panel.calls()) {
+        if (call.argumentList().at(0) == driver)
+            ofDriver.push_back(call.function);
+    }
+    EXPECT_EQ(ofDriver, (Lines{"DeviceIoControl", "CloseHandle"})) << "closed behind the click";
     EXPECT_EQ(panel.reload(buzzerSettings(true, 3400)), 0);
     panel.panel().devices().setBehaviour("BZR1", {Behaviour::Kind::block, 0});
     panel.clicksOf(leftPress);
-    EXPECT_EQ(panel.terminate(), 0U) << "also when there never is one";
+    const std::uint64_t hung = panel.driver().status().time;
+    for (const bool enabled : {false, true, false, true, false, true}) {
+        EXPECT_EQ(panel.reload(buzzerSettings(enabled, 3400)), 0);
+        EXPECT_EQ(panel.driver().status().time - hung, 20000U) << "waits once for the click that hangs";
+    }
+    panel.panel().devices().setBehaviour("BZR1", {});
+    panel.driver().settle();
+    EXPECT_EQ(panel.clicksOf(leftPress), Words{3400});
+    panel.panel().devices().setBehaviour("BZR1", {Behaviour::Kind::block, 0});
+    panel.clicksOf(leftPress);
+    EXPECT_EQ(panel.terminate(), 0U) << "also when there never is an answer";
     EXPECT_EQ(panel.errors(), Lines{});
 }
 
@@ -269,14 +287,22 @@ TEST(Buzzer, KeepsAHookThatThePlatformDoesNotRemove) {
 }
 
 TEST(Buzzer, WithoutItsEventsThereIsNoHelper) {
+    BuzzerPanel panel(buzzerSettings(true, 3400));
+    panel.startInPlace();
+    const Lines log = panel.log();
+    panel.driver().addFault({"CreateEventW", "TarvexHelper.exe", 2, 1, 1});
+    EXPECT_EQ(panel.run(ScenarioPanel::helper), 0U) << "a second instance ends as always";
+    EXPECT_EQ(panel.log(), log);
+    EXPECT_EQ(panel.terminate(), 0U);
     for (const std::uint32_t call : {1U, 2U}) {
-        BuzzerPanel panel(buzzerSettings(true, 3400));
-        panel.failCall("CreateEventW", call);
-        panel.driver().setTracing(true);
+        const std::size_t lines = panel.log().size();
+        panel.driver().addFault({"CreateEventW", "TarvexHelper.exe", call + 2, 1, call});
         EXPECT_EQ(panel.run(ScenarioPanel::helper), 1U);
-        EXPECT_EQ(panel.log(), Lines{"ERROR;Exception OrvaUtils::Exception: Cannot create events for mouse hook"});
-        EXPECT_EQ(panel.calls("CreateMutexW").size(), 0U) << "another instance is not kept away";
-        panel.startInPlace();
-        EXPECT_EQ(panel.terminate(), 0U);
+        EXPECT_EQ(panel.log().size(), lines + 2);
+        EXPECT_EQ(panel.lastLines(2),
+                  (Lines{"INFO;Init of Helper",
+                         "ERROR;Exception OrvaUtils::Exception: Cannot create events for mouse hook"}));
     }
+    panel.startInPlace();
+    EXPECT_EQ(panel.terminate(), 0U);
 }

@@ -1,27 +1,10 @@
 // The helper from its start on a disk, or elsewhere, to its installed copy.
 #include "tests/support/ScenarioPanel.h"
+#include "tests/support/SettingsFile.h"
 
 #include <gtest/gtest.h>
 
 namespace {
-
-constexpr const char* emptySettings = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                                      "<OrvaTarvex Version=\"1\">\n"
-                                      "    <Settings>\n"
-                                      "        <Parameters LogLevel=\"2\"/>\n"
-                                      "        <CleanupDirectories/>\n"
-                                      "    </Settings>\n"
-                                      "</OrvaTarvex>\n";
-
-std::string settingsWith(const Lines& directories) {
-    std::string text = emptySettings;
-    std::string elements;
-    for (const std::string& directory : directories)
-        elements += "            <Directory Name=\"" + directory + "\"/>\n";
-    const std::string none = "<CleanupDirectories/>";
-    return text.replace(text.find(none), none.size(),
-                        "<CleanupDirectories>\n" + elements + "        </CleanupDirectories>");
-}
 
 Lines installedLines(bool withSettings = true) {
     return firstStartLines(ScenarioPanel::managerLines(withSettings));
@@ -61,7 +44,7 @@ TEST_P(FromADisk, InstallsTheFolderHandsOverAndStays) {
 
     auto installed = panel.tree("\\MMCMemory\\Tarvex");
     // The folder on the disk was renamed away with the running helper in it; the installed one has cleaned it up.
-    EXPECT_EQ(installed.extract("config.xml").mapped(), emptySettings);
+    EXPECT_EQ(installed.extract("config.xml").mapped(), settingsFile(2));
     EXPECT_NE(installed.extract("EMMC.xml").mapped().find("<TotalDuration>1<"), std::string::npos) << "since boot";
     std::string& buzzer = source.at("TouchBuzzerConfig.xml"); // names the panel's own frequency by now
     buzzer.replace(buzzer.find("-1"), 2, "3400");
@@ -127,7 +110,7 @@ TEST(Installation, RunsInPlaceWhateverTheCaseOfItsPath) {
     panel.driver().start("\\mmcMEMORY\\tarvex\\TARVEXhelper.EXE");
     ASSERT_TRUE(panel.reachesLoop());
     EXPECT_EQ(panel.log(), installedLines());
-    EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), emptySettings);
+    EXPECT_EQ(panel.read(settingsPath), settingsFile(2));
     expectNormalEnd(panel);
 }
 
@@ -146,22 +129,20 @@ TEST(Installation, DeletesAnOlderInstallationExceptWhatIsBusy) {
     EXPECT_TRUE(panel.exists("\\MMCMemory\\_rm_ORVATarvex\\_rm_sub\\_rm_Actor.exe"));
     EXPECT_FALSE(panel.exists("\\MMCMemory\\_rm_ORVATarvex\\_rm_TarvexHelper.exe"));
     EXPECT_EQ(panel.log().at(5), "INFO;Path \\MMCMemory not cleaned up");
-    EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), settingsWith({"\\MMCMemory"}));
+    EXPECT_EQ(panel.read(settingsPath), settingsFile(2, {"\\MMCMemory"}));
     panel.reboot(); // which ends the busy program
     panel.startInPlace();
     EXPECT_FALSE(panel.exists("\\MMCMemory\\_rm_ORVATarvex"));
-    EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), emptySettings);
+    EXPECT_EQ(panel.read(settingsPath), settingsFile(2));
 }
 
 TEST(Installation, UsesTheSettingsThatTheDiskBrings) {
     ScenarioPanel panel;
     panel.plugDisk("Hard Disk");
-    std::string brought = emptySettings;
-    brought.replace(brought.find("\"2\""), 3, "\"7\"");
-    panel.write("\\Hard Disk\\Tarvex\\config.xml", brought);
+    panel.write("\\Hard Disk\\Tarvex\\config.xml", settingsFile(7));
     EXPECT_EQ(panel.run("\\Hard Disk\\Tarvex\\TarvexHelper.exe"), 0U);
     ASSERT_TRUE(panel.reachesLoop());
-    EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), brought);
+    EXPECT_EQ(panel.read(settingsPath), settingsFile(7));
 }
 
 TEST(Installation, ClearsTheOldPlaceAndSavesWhereItsLeftoversAre) {
@@ -188,9 +169,9 @@ TEST(Installation, ClearsTheOldPlaceAndSavesWhereItsLeftoversAre) {
         panel.put(place + "\\TarvexHelper.exe", helperFile());
         panel.write(place + "\\beside\\file.txt", "");
         panel.put(ScenarioPanel::helper, programFile("Actor")); // stands in: notes nothing, cleans nothing
-        panel.write("\\MMCMemory\\Tarvex\\config.xml", settingsWith({"\\Earlier"}));
+        panel.write(settingsPath, settingsFile(2, {"\\Earlier"}));
         EXPECT_EQ(panel.run(spelled + "\\TarvexHelper.exe"), 0U);
-        EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), settingsWith({"\\Earlier", registered}));
+        EXPECT_EQ(panel.read(settingsPath), settingsFile(2, {"\\Earlier", registered}));
         EXPECT_TRUE(panel.exists(leftover));
         EXPECT_EQ(panel.exists(place + "\\beside\\file.txt"), registered == place);
         EXPECT_EQ(panel.exists("\\Hard Disk\\Tarvex\\data\\deep\\table.bin"), place != "\\Hard Disk");
@@ -201,7 +182,7 @@ TEST(Installation, ClearsTheOldPlaceAndSavesWhereItsLeftoversAre) {
             EXPECT_EQ(panel.run(ScenarioPanel::helper), 1U);
             EXPECT_EQ(panel.errors(),
                       Lines{"ERROR;Exception OrvaUtils::IO::FileSystemException: Invalid directory name"});
-            EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), settingsWith({"\\Earlier", registered}));
+            EXPECT_EQ(panel.read(settingsPath), settingsFile(2, {"\\Earlier", registered}));
         }
     }
 }

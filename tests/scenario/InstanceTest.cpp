@@ -1,29 +1,27 @@
 // One instance at a time, the hand-over in panel time, the follow-up of a restore, the end.
 #include "tests/support/ScenarioPanel.h"
+#include "tests/support/SettingsFile.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-constexpr const char* restoring = R"(<?xml version="1.0" encoding="UTF-8"?>
-<OrvaTarvex Version="1">
-    <Settings>
-        <Parameters LogLevel="3"/>
-        <CleanupDirectories/>
-    </Settings>
-    <Restore InProgress="1" RepositoryPath="\Hard Disk\a.osr" Force="0">
+const std::string restoring =
+    settingsFile(3, {}, R"(    <Restore InProgress="1" RepositoryPath="\Hard Disk\a.osr" Force="0">
         <Components>
             <Component Name="one"/>
         </Components>
     </Restore>
-</OrvaTarvex>
-)";
+)");
 
 } // namespace
 
 TEST(Instance, ASecondOneEndsAtOnceAndLogsNothing) {
     ScenarioPanel panel;
     panel.install();
+    panel.driver().addFault({"CreateMutexW", "TarvexHelper.exe", 1});
+    EXPECT_EQ(panel.run(ScenarioPanel::helper), 0U); // nobody can tell whether it is the first one
+    EXPECT_EQ(panel.log(), Lines{});
     panel.startInPlace();
     panel.put("\\Temp\\TarvexHelper.exe", helperFile());
     const Lines before = panel.log();
@@ -59,7 +57,7 @@ TEST(Instance, HandsOverInOrderAndAfterExactlyOneSecond) {
                 released = call.time;
             if (function == "CreateProcessW") {
                 started = call.time;
-                EXPECT_NE(line.find("TarvexHelper.exe\", null)"), std::string::npos) << line;
+                EXPECT_NE(call.text.find("TarvexHelper.exe\", null)"), std::string::npos) << call.text;
             }
         }
         EXPECT_EQ(steps,
@@ -102,21 +100,21 @@ TEST(Instance, ReleasesItsLockOnceAndNeverClosesIt) {
 TEST(Instance, StartsTheApplicationWhenARestoreIsInProgress) {
     ScenarioPanel panel;
     panel.install();
-    panel.write("\\MMCMemory\\Tarvex\\config.xml", restoring);
+    panel.write(settingsPath, restoring);
     panel.startInPlace();
     Lines expected = ScenarioPanel::managerLines();
     expected.insert(expected.begin(), "INFO;Follow up needed");
     EXPECT_EQ(panel.log(), firstStartLines(expected));
     EXPECT_TRUE(panel.driver().waitUntil([&] { return !panel.isRunning("Tarvex.exe#1"); }, 60000));
     EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\Tarvex.started"), "-wait\n");
-    EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), restoring);
+    EXPECT_EQ(panel.read(settingsPath), restoring);
     EXPECT_EQ(panel.terminate(), 0U);
 }
 
 TEST(Instance, FailsWithoutTheApplicationThatARestoreNeeds) {
     ScenarioPanel panel;
     panel.put(ScenarioPanel::helper, helperFile());
-    panel.write("\\MMCMemory\\Tarvex\\config.xml", restoring);
+    panel.write(settingsPath, restoring);
     EXPECT_EQ(panel.run(ScenarioPanel::helper), 1U);
     EXPECT_EQ(panel.log(),
               firstStartLines({"INFO;Follow up needed", "ERROR;Exception OrvaUtils::Exception: Cannot start tarvex"}));

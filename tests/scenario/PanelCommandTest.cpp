@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <sys/stat.h>
@@ -77,7 +78,12 @@ TEST_F(PanelCommand, RunsTheHelperFromCreationToItsEnd) {
     succeed("trace on");
     succeed("start '\\MMCMemory\\Tarvex\\TarvexHelper.exe'");
     succeed("wait --window ORVATarvexHelper");
-    EXPECT_EQ(json("ps").at("processes").at(0).at("name"), "TarvexHelper.exe#1");
+    const Json process = json("ps").at("processes").at(0);
+    EXPECT_EQ(process.at("name"), "TarvexHelper.exe#1");
+    EXPECT_EQ(process.at("calls").at(0), Json({{"thread", 1}, {"since", 0}, {"call", "GetMessageW[1]()"}}));
+    const std::string waiting = "         0 TarvexHelper.exe#1 t1 GetMessageW[1]() has not returned\n";
+    EXPECT_EQ(call("trace show --function GetMessageW").text, waiting);
+    EXPECT_NE(call("ps").text.find(waiting), std::string::npos);
     EXPECT_EQ(json("send ORVATarvexHelper ORVATarvexMsg 0").at("result"), 1);
     EXPECT_EQ(call("send -- ORVATarvexHelper ORVATarvexMsg 0 -1").text, "1\n");
     fails("send ORVATarvexHelper ORVATarvexMsgs 1", "ORVATarvexMsg; --force sends it");
@@ -307,6 +313,20 @@ TEST_F(PanelCommand, KeepsTheTagStore) {
     succeed("tag remove 7");
     EXPECT_EQ(call("tag remove 7").code, 1);
     EXPECT_EQ(json("tag list").size(), 3U);
+}
+
+TEST_F(PanelCommand, NamesTheProgramThatKeepsTimeFromMoving) {
+    succeed("create p");
+    install();
+    succeed("boot --stepped");
+    succeed("start '\\MMCMemory\\Actor.exe' spin");
+    for (const char* command : {"advance 1s", "wait --window none --limit 1s"})
+        fails(std::string("--patience 100ms ") + command, "Actor.exe#1 is busy");
+    EXPECT_EQ(call("--patience 100ms start --wait '\\MMCMemory\\Actor.exe' sleep 1000").code, 125);
+    const pid_t pid = json("ps").at("processes").at(0).at("hostPid");
+    kill(pid, SIGSTOP);
+    fails("--patience 100ms advance 1s", "Actor.exe#1 is stopped");
+    succeed("off");
 }
 
 TEST_F(PanelCommand, StartsAndWaitsWithTheProgramsExitCode) {

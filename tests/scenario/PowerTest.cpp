@@ -7,6 +7,9 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <fstream>
+#include <functional>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -155,12 +158,157 @@ TEST(Power, TheKernelsLockIsTakenOverFromADeadOwner) {
     panel::Image& image = panel::Runtime::instance().image();
     const pid_t child = fork();
     if (child == 0) {
-        image.lock.store(static_cast<std::uint32_t>(getpid())); // holds it, and dies with it
+        image.lock.store(panel::Lock::nameOf(getpid())); // holds it, and dies with it
         raise(SIGKILL);
     }
     waitpid(child, nullptr, 0);
     panel.driver().advance(10);
     EXPECT_EQ(panel.driver().status().time, 10U);
+    image.lock.store(panel::Lock::nameOf(getppid()) ^ 1U << 22); // it began at another time: only its id is the same
+    panel.driver().advance(10);
+    EXPECT_EQ(panel.driver().status().time, 20U);
+}
+
+namespace {
+
+// What a killed test leaves behind: a panel on which the helper runs, and a program that has started a script.
+[[noreturn]] void driveAndDie(const fs::path& directory, int pids) {
+    panel::Panel panel = newPanel(directory);
+    fs::create_directories(panel.hostPath("\\MMCMemory\\Tarvex"));
+    fs::copy_file(helperFile(), panel.hostPath(ScenarioPanel::helper));
+    fs::copy_file(programFile("Actor"), panel.hostPath(actor));
+    writeText(panel.hostPath("\\MMCMemory\\script.exe"), "#!/bin/sh\nsleep 1000\n");
+    panel.boot({});
+    panel::Driver driver(panel);
+    driver.start(ScenarioPanel::helper);
+    driver.start(actor, "start \\MMCMemory\\script.exe");
+    driver.waitUntil([&] { return driver.status().processes.size() == 3; }, ScenarioPanel::limit);
+    for (const auto& process : driver.status().processes)
+        [[maybe_unused]] const auto written = write(pids, &process.hostPid, sizeof process.hostPid);
+    raise(SIGKILL);
+    _exit(0);
+}
+
+} // namespace
+
+TEST(Power, NothingOutlivesATestThatIsKilled) {
+    const HostFolder host;
+    int pids[2];
+    ASSERT_EQ(pipe(pids), 0);
+    const pid_t test = fork(); // before this process has a part in a panel
+    if (test == 0)
+        driveAndDie(host.path / "panel", pids[1]);
+    close(pids[1]);
+    int ended = 0;
+    for (pid_t pid = 0; read(pids[0], &pid, sizeof pid) == sizeof pid; ++ended)
+        EXPECT_TRUE(panel::host::waitForEnd(pid, panel::host::startTime(pid), 60000)) << pid;
+    EXPECT_EQ(ended, 3);
+    waitpid(test, nullptr, 0);
+    panel::Panel(host.path / "panel").off();
+}
+
+TEST(Power, ADamagedKernelFileEndsWhatRunsAndIsNeverOff) {
+    using panel::Image;
+    const auto write = [](const fs::path& file, std::size_t place, std::uint32_t word) {
+        std::fstream stream(file, std::ios::binary | std::ios::in | std::ios::out);
+        stream.seekp(static_cast<std::streamoff>(place)).write(reinterpret_cast<const char*>(&word), sizeof word);
+    };
+    enum class Then { error, off, stuck };
+    const struct {
+        const char* name;
+        Then then;
+        std::function<void(const std::string&)> damage;
+    } rows[] = {
+        {"cut short", Then::error, [](const auto& file) { fs::resize_file(file, 100); }},
+        {"emptied", Then::error, [](const auto& file) { fs::resize_file(file, 0); }},
+        {"no magic", Then::error, [&](const auto& file) { write(file, offsetof(Image, magic), 1); }},
+        {"another version", Then::error, [&](const auto& file) { write(file, offsetof(Image, version), 1); }},
+        {"another's", Then::error, [&](const auto& file) { write(file, offsetof(Image, fileInode), 1); }},
+        {"unsound", Then::error, [&](const auto& file) { write(file, offsetof(Image, mouseHook), 1U << 30); }},
+        {"changed", Then::error, [&](const auto& file) { write(file, offsetof(Image, cursorCount), 1); }},
+        {"replaced", Then::off,
+         [](const auto& file) {
+             fs::copy_file(file, file + "2");
+             fs::rename(file + "2", file);
+         }},
+        {"removed", Then::off, [](const auto& file) { fs::remove(file); }},
+        {"its lock held for ever", Then::stuck,
+         [](const auto& file) { panel::mapImage(file, false)->lock = panel::Lock::nameOf(getpid()); }},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const HostFolder host;
+        panel::Panel panel = newPanel(host.path / "panel");
+        fs::copy_file(programFile("Actor"), panel.hostPath(actor));
+        panel.boot({});
+        const fs::path file = panel.directory() / "run/kernel";
+        struct stat status {};
+        stat(file.c_str(), &status);
+        EXPECT_GE(status.st_blocks * 512, status.st_size); // no full disk can take it away again
+        pid_t pid = 0;
+        {
+            panel::Driver driver(panel, panel::Driver::command, panel::Driver::Programs::stay);
+            pid = driver.start(actor, "set begun wait never").hostPid;
+            EXPECT_TRUE(driver.waitUntil([&] { return !driver.status().signals.empty(); }, ScenarioPanel::limit));
+        }
+        const auto born = panel::host::startTime(pid);
+        row.damage(file);
+        if (row.then == Then::stuck)
+            panel.off();
+        EXPECT_TRUE(panel::host::waitForEnd(pid, born, 60000));
+        if (row.then == Then::error) {
+            EXPECT_THROW(panel.isOn(), std::runtime_error);
+            EXPECT_THROW(panel.boot({}), std::runtime_error);
+            panel.off();
+        }
+        EXPECT_FALSE(panel.isOn());
+        panel.boot({});
+        EXPECT_TRUE(panel.isOn());
+        panel.off();
+    }
+}
+
+namespace {
+
+std::uint64_t switchesOf(pid_t pid) { // of the host's processor, by all its threads
+    std::uint64_t sum = 0;
+    for (const auto& thread : fs::directory_iterator("/proc/" + std::to_string(pid) + "/task")) {
+        std::ifstream file(thread.path() / "status");
+        for (std::string word; file >> word;)
+            if (word.find("voluntary_ctxt_switches:") != std::string::npos && file >> word)
+                sum += std::stoull(word);
+    }
+    return sum;
+}
+
+} // namespace
+
+TEST(Power, AtRestInFlowingTimeAPanelWakesOnlyForEvents) {
+    ScenarioPanel panel(0, 1);
+    panel.install();
+    panel.put(actor, programFile("Actor"));
+    const auto helper = panel.driver().start(ScenarioPanel::helper);
+    ASSERT_TRUE(panel.reachesLoop());
+    bool rested = false;
+    for (int second = 0; second < 60 && !rested; ++second) { // the first ones may still see the start
+        const std::uint64_t before = switchesOf(helper.hostPid);
+        panel.driver().advance(1000);
+        rested = switchesOf(helper.hostPid) == before;
+    }
+    EXPECT_TRUE(rested);
+    panel.write("\\MMCMemory\\script.exe", "#!/bin/sh\nsleep 1000\n");
+    const auto waiting = panel.driver().start(actor, "start \\MMCMemory\\script.exe");
+    pid_t script = 0;
+    EXPECT_TRUE(panel.driver().waitUntil(
+        [&] {
+            for (const auto& process : panel.driver().status().processes)
+                script = process.name == "script.exe#1" ? process.hostPid : script;
+            return script != 0;
+        },
+        ScenarioPanel::limit));
+    kill(script, SIGKILL);
+    EXPECT_EQ(panel.driver().waitForExit(waiting, ScenarioPanel::limit), 0xC0000005U); // who waits for it hears of it
+    panel.terminate();
 }
 
 TEST(Disks, ArePluggedAsCopiesOrInPlaceAndUnplugged) {
@@ -227,7 +375,7 @@ TEST(Starting, IsFinishedWithoutAStarterThatWasKilled) {
     if (starter == 0) { // a command of its own, killed before it lets the program run
         char directory[4096] = {};
         if (read(names[0], directory, sizeof directory - 1) > 0) {
-            panel::Driver driver{panel::Panel(directory)};
+            panel::Driver driver{panel::Panel(directory), panel::Driver::command, panel::Driver::Programs::stay};
             driver.start(actor, "sleep 1000 exit 5");
         }
         raise(SIGKILL);
@@ -250,7 +398,6 @@ TEST(Power, IsNotOnInACopyOfAPanel) {
     fs::copy(panel.panel().directory(), host.path / "copy", fs::copy_options::recursive);
     EXPECT_FALSE(panel::Panel(host.path / "copy").isOn());
     EXPECT_TRUE(panel.panel().isOn());
-    fs::resize_file(host.path / "copy/run/kernel", 100);
     panel::Panel(host.path / "copy").boot({});
     EXPECT_TRUE(panel::Panel(host.path / "copy").isOn());
     panel::Panel(host.path / "copy").off();

@@ -122,6 +122,11 @@ TEST(ScreenSaver, IsOffAfterAReloadThatFails) {
         "<MinLuminosityLevel>1</MinLuminosityLevel></Settings></ScreenSaver>",
     };
     SavingPanel panel(true, 5000, 64);
+    EXPECT_EQ(panel.tell(5, 1), 0);
+    const auto requests = [&] { return panel.panel().devices().requests("BKL1").size(); };
+    const std::size_t asked = requests();
+    EXPECT_EQ(panel.tell(1, 0), 0);
+    EXPECT_EQ(requests(), asked) << "a reload leaves one that is engaged as it is";
     for (const char* document : documents) {
         EXPECT_EQ(panel.tell(5, 1), 0);
         EXPECT_EQ(panel.levels(), dimmedTo(63));

@@ -2,6 +2,7 @@
 
 #include "platform/panel/Operator.h"
 #include "tests/support/ModuleSettings.h"
+#include "tests/support/SettingsFile.h"
 #include "tests/support/StatisticsFile.h"
 
 #include <gtest/gtest.h>
@@ -44,9 +45,7 @@ SweptPanel::SweptPanel(Story storyToTell) : story(storyToTell) {
     write("\\MMCMemory\\_rm_old.exe", "left behind");
     write("\\NANDFlash\\ZentrixHMI\\ZentrixHMICE.exe", "runtime");
     write("\\NANDFlash\\ZentrixHMI\\_backup_ZentrixHMICE.exe", "backup");
-    write("\\MMCMemory\\Tarvex\\config.xml",
-          R"(<?xml version="1.0" encoding="UTF-8"?><OrvaTarvex Version="1"><Settings><Parameters LogLevel="3"/>)"
-          R"(<CleanupDirectories><Directory Name="\MMCMemory"/></CleanupDirectories></Settings></OrvaTarvex>)");
+    write(settingsPath, settingsFile(3, {"\\MMCMemory"}));
 }
 
 bool SweptPanel::live() {

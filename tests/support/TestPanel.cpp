@@ -59,6 +59,11 @@ void writeFile(std::string_view panelPath, std::string_view content) {
     writeText(hostPath(panelPath), content);
 }
 
+void put(std::string_view panelPath, const fs::path& file) {
+    fs::create_directories(hostPath(panelPath).parent_path());
+    fs::copy_file(file, hostPath(panelPath));
+}
+
 bool exists(std::string_view panelPath) {
     return fs::exists(hostPath(panelPath));
 }

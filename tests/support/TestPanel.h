@@ -42,6 +42,8 @@ std::filesystem::path hostPath(std::string_view panelPath);
 std::string readFile(std::string_view panelPath);
 // Writes it with all missing folders above it, past the simulated API.
 void writeFile(std::string_view panelPath, std::string_view content);
+// A copy of a file of the host.
+void put(std::string_view panelPath, const std::filesystem::path& file);
 bool exists(std::string_view panelPath);
 // The sorted names in a folder; empty if there is none.
 std::vector<std::string> list(std::string_view panelPath);

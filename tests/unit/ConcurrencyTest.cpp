@@ -26,12 +26,6 @@ struct Worker : IRunnable {
     std::unique_ptr<IEvent> stopped{getSystem().createEvent()};
 };
 
-// Makes a program of the host one of the panel.
-void installProgram(const std::filesystem::path& hostProgram, const char* panelPath) {
-    std::filesystem::create_directories(hostPath(panelPath).parent_path());
-    std::filesystem::copy_file(hostProgram, hostPath(panelPath));
-}
-
 } // namespace
 
 TEST(Concurrency, EventStaysSetUntilReset) {
@@ -112,8 +106,8 @@ TEST(Concurrency, CountsTicksPastTheWrap) {
 }
 
 TEST(Concurrency, StartsProcesses) {
-    installProgram("/bin/false", "\\Windows\\one.exe"); // which knows nothing of panels
-    installProgram(programFile("Actor"), "\\Windows\\actor.exe");
+    put("\\Windows\\one.exe", "/bin/false"); // which knows nothing of panels
+    put("\\Windows\\actor.exe", programFile("Actor"));
     const struct {
         const wchar_t* path;
         const wchar_t* arguments;
@@ -148,7 +142,7 @@ TEST(Concurrency, StartsProcesses) {
 }
 
 TEST(Concurrency, ProcessClosesTheHandlesOfItsLastStartOnly) {
-    installProgram(programFile("Actor"), "\\Windows\\actor.exe");
+    put("\\Windows\\actor.exe", programFile("Actor"));
     std::unique_ptr<IProcess> process(getSystem().createProcess(L"\\Windows\\actor.exe", L"sleep 1000", {}));
     const HANDLE first = process->start();
     startTrace();

@@ -14,16 +14,6 @@ namespace {
 
 const char* const LOG = "\\Log\\log.txt";
 
-// The lines of the log without their time stamps.
-std::string logged() {
-    std::string rest = readFile(LOG);
-    std::string lines;
-    for (std::size_t end; (end = rest.find('\n')) != std::string::npos; rest.erase(0, end + 1)) {
-        lines += rest.substr(rest.find(';') + 1, end - rest.find(';'));
-    }
-    return lines;
-}
-
 } // namespace
 
 TEST(ConfigurationApplier, SaysAtDebugLevelWhatItSees) {
@@ -41,17 +31,16 @@ TEST(ConfigurationApplier, SaysAtDebugLevelWhatItSees) {
         applier.onDeviceEvent({USBDeviceEvent::Attached, L"DSK1:", volume});
     }
     applier.onDeviceEvent({USBDeviceEvent::Detached, L"DSK1:", {}});
-    EXPECT_EQ(logged(), "DEBUG;Device Attached : DSK1: - Hard Disk\nDEBUG;File found\n"
-                        "DEBUG;Device Attached : DSK1: - \\USB Disk2\\\nDEBUG;File found\n"
-                        "ERROR;XML configuration;error;Generic Exception\n"
-                        "DEBUG;Device Attached : DSK1: - \\Hard Disk3\nDEBUG;File not found\n"
-                        "DEBUG;Device Attached : DSK1: - Storage Card\n"
-                        "DEBUG;Device Detached : DSK1: - \n");
+    EXPECT_EQ(withoutStamps(readFile(LOG)), "DEBUG;Device Attached : DSK1: - Hard Disk\nDEBUG;File found\n"
+                                            "DEBUG;Device Attached : DSK1: - \\USB Disk2\\\nDEBUG;File found\n"
+                                            "ERROR;XML configuration;error;Generic Exception\n"
+                                            "DEBUG;Device Attached : DSK1: - \\Hard Disk3\nDEBUG;File not found\n"
+                                            "DEBUG;Device Attached : DSK1: - Storage Card\n"
+                                            "DEBUG;Device Detached : DSK1: - \n");
 }
 
 TEST(RunProcessCommand, KeepsItsHandlesForGood) {
-    std::filesystem::create_directories(hostPath("\\Windows"));
-    std::filesystem::copy_file(programFile("Tarvex"), hostPath("\\Windows\\Tarvex.exe"));
+    put("\\Windows\\Tarvex.exe", programFile("Tarvex"));
     startTrace();
     for (const bool waits : {true, false}) {
         RunProcessCommand command;
@@ -60,16 +49,10 @@ TEST(RunProcessCommand, KeepsItsHandlesForGood) {
         command.waitCompletion = waits;
         command.execute();
     }
-    const std::string waited = "WaitForSingleObject(";
-    std::vector<std::string> handles;
-    for (const std::string& line : trace()) {
-        if (line.rfind(waited, 0) == 0) {
-            handles.push_back(line.substr(waited.size()));
-        }
-    }
-    ASSERT_EQ(handles.size(), 1U) << "one of the two is waited for";
+    const Lines waits = trace({"WaitForSingleObject"});
+    ASSERT_EQ(waits.size(), 1U) << "one of the two is waited for";
     DWORD exitCode = STILL_ACTIVE;
-    const auto process = static_cast<std::uintptr_t>(std::stoul(handles[0], nullptr, 16));
+    const auto process = static_cast<std::uintptr_t>(std::stoul(waits[0].substr(waits[0].find('(') + 1), nullptr, 16));
     EXPECT_TRUE(GetExitCodeProcess(reinterpret_cast<HANDLE>(process), &exitCode)) << "not open any more";
     EXPECT_NE(exitCode, STILL_ACTIVE);
 }

@@ -5,8 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 using OrvaUtils::DynamicLibrary;
 using namespace testing_panel;
 
@@ -16,10 +14,8 @@ constexpr wchar_t TAGS[] = L"tagUserAPI.dll";
 
 const auto failureOf = messageOf<OrvaUtils::LoadLibraryException>;
 
-std::ptrdiff_t unloadings() {
-    const std::vector<std::string> lines = trace();
-    return std::count_if(lines.begin(), lines.end(),
-                         [](const std::string& line) { return line.starts_with("FreeLibrary("); });
+std::size_t unloadings() {
+    return trace({"FreeLibrary"}).size();
 }
 
 } // namespace
@@ -38,10 +34,10 @@ TEST(DynamicLibrary, LooksUpProceduresByName) {
 TEST(DynamicLibrary, StaysLoadedOrGoesWithTheObject) {
     startTrace();
     { const DynamicLibrary library(TAGS, DynamicLibrary::Lifetime::Process); }
-    EXPECT_EQ(unloadings(), 0);
+    EXPECT_EQ(unloadings(), 0U);
     { const DynamicLibrary library(TAGS, DynamicLibrary::Lifetime::Object); }
-    EXPECT_EQ(unloadings(), 1);
+    EXPECT_EQ(unloadings(), 1U);
     EXPECT_EQ(failureOf([] { DynamicLibrary(L"none.dll", DynamicLibrary::Lifetime::Object); }),
               L"Load none.dll failed");
-    EXPECT_EQ(unloadings(), 1) << "there was nothing to unload";
+    EXPECT_EQ(unloadings(), 1U) << "there was nothing to unload";
 }

@@ -33,17 +33,6 @@ private:
     HANDLE file;
 };
 
-// What was called of these functions, without the results.
-Names callsOf(const Names& functions) {
-    Names calls;
-    for (const std::string& line : trace()) {
-        if (std::find(functions.begin(), functions.end(), line.substr(0, line.find('('))) != functions.end()) {
-            calls.push_back(line.substr(0, line.rfind(" = ")));
-        }
-    }
-    return calls;
-}
-
 const auto failureOf = messageOf<FileSystemException>;
 
 } // namespace
@@ -129,7 +118,7 @@ TEST(FileSystem, DeletesReadOnlyFilesButNoDirectories) {
     EXPECT_TRUE(files.removeDirectory(L"\\D"));
     startTrace();
     EXPECT_FALSE(files.deleteFile(L"\\missing"));
-    EXPECT_EQ(callsOf({"SetFileAttributesW"}), (Names{R"(SetFileAttributesW("\missing", 0xfffffffe))"}))
+    EXPECT_EQ(trace({"SetFileAttributesW"}), (Names{R"(SetFileAttributesW("\missing", 0xfffffffe) = 0 error 2)"}))
         << "all bits but the read-only one";
 }
 
@@ -249,8 +238,8 @@ TEST(FileSystem, CopiesTrees) {
     EXPECT_FALSE(exists("\\missing"));
     startTrace();
     files.copyDirectory(L"\\E", L"\\missing", true, L"*");
-    EXPECT_EQ(callsOf({"FindFirstFileW", "CreateDirectoryW"}),
-              (Names{R"(FindFirstFileW("\missing\*"))", R"(CreateDirectoryW("\E"))"}));
+    EXPECT_EQ(trace({"FindFirstFileW", "CreateDirectoryW"}),
+              (Names{R"(FindFirstFileW("\missing\*") = -1 error 2)", R"(CreateDirectoryW("\E") = 1)"}));
     EXPECT_TRUE(exists("\\E"));
 }
 
@@ -307,7 +296,7 @@ TEST(FileSystem, ListsByPattern) {
     EXPECT_EQ(found, (std::map<std::wstring, DirectoryEntry::Kind>{{L"a.txt", DirectoryEntry::Kind::File},
                                                                    {L"b", DirectoryEntry::Kind::Directory}}));
     EXPECT_FALSE(files.createDirectoryIterator(L"\\D", L"a*")->atEnd());
-    const Names calls = callsOf({"FindFirstFileW", "FindClose"});
+    const Names calls = trace({"FindFirstFileW", "FindClose"});
     ASSERT_EQ(calls.size(), 4U) << "each search is closed, finished or not";
     EXPECT_TRUE(calls[1].starts_with("FindClose(") && calls[3].starts_with("FindClose("));
     startTrace();

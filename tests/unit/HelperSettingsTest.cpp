@@ -1,4 +1,5 @@
 #include "app/HelperSettings.h"
+#include "tests/support/SettingsFile.h"
 #include "tests/support/TestPanel.h"
 
 #include <gtest/gtest.h>
@@ -7,25 +8,9 @@ using namespace testing_panel;
 
 namespace {
 
-const char* const CONFIG = "\\MMCMemory\\Tarvex\\config.xml";
-
-// A document as it is saved: `directories` and `restores` are whole lines.
-std::string saved(int logLevel, const std::string& directories = "", const std::string& restores = "") {
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<OrvaTarvex Version=\"1\">\n    <Settings>\n"
-           "        <Parameters LogLevel=\"" +
-           std::to_string(logLevel) + "\"/>\n" +
-           (directories.empty() ? "        <CleanupDirectories/>\n"
-                                : "        <CleanupDirectories>\n" + directories + "        </CleanupDirectories>\n") +
-           "    </Settings>\n" + restores + "</OrvaTarvex>\n";
-}
-
 // A restore without components.
 std::string savedRestore(const std::string& attributes) {
     return "    <Restore " + attributes + ">\n        <Components/>\n    </Restore>\n";
-}
-
-std::string directoryLine(const std::string& name) {
-    return "            <Directory Name=\"" + name + "\"/>\n";
 }
 
 const std::string PLAIN = R"(InProgress="1" RepositoryPath="\a.osr" Force="0")";
@@ -37,17 +22,17 @@ TEST(HelperSettings, HasDefaultsWithoutADocument) {
     HelperSettings settings;
     EXPECT_EQ(settings.logLevel, 2);
     settings.save();
-    EXPECT_EQ(readFile(CONFIG), saved(2));
+    EXPECT_EQ(readFile(settingsPath), settingsFile(2));
 }
 
 TEST(HelperSettings, ReadsAndSavesEveryRule) {
     const std::string complete =
-        saved(3, directoryLine("\\Hard Disk") + directoryLine("\\M\xC3\xBCll &amp; &lt;&quot;Rest&quot;&gt;"),
-              "    <Restore InProgress=\"1\" RepositoryPath=\"\\Hard Disk\\\xE2\x82\xAC.osr\" Force=\"1\" "
-              "IgnoreTarvexCpl=\"0\" DeleteOsrAfterRestore=\"1\">\n        <Components>\n"
-              "            <Component Name=\"first\"/>\n            <Component Name=\"\xC3\xA4\"/>\n"
-              "        </Components>\n    </Restore>\n" +
-                  savedRestore(PLAIN));
+        settingsFile(3, {"\\Hard Disk", "\\M\xC3\xBCll &amp; &lt;&quot;Rest&quot;&gt;"},
+                     "    <Restore InProgress=\"1\" RepositoryPath=\"\\Hard Disk\\\xE2\x82\xAC.osr\" Force=\"1\" "
+                     "IgnoreTarvexCpl=\"0\" DeleteOsrAfterRestore=\"1\">\n        <Components>\n"
+                     "            <Component Name=\"first\"/>\n            <Component Name=\"\xC3\xA4\"/>\n"
+                     "        </Components>\n    </Restore>\n" +
+                         savedRestore(PLAIN));
     const auto withRestore = [](const std::string& restores) {
         return "<OrvaTarvex><Settings><Parameters LogLevel='1'/></Settings>" + restores + "</OrvaTarvex>";
     };
@@ -61,70 +46,71 @@ TEST(HelperSettings, ReadsAndSavesEveryRule) {
     } cases[] = {
         {"a saved document is read back", complete, complete},
         {"settings after the restores",
-         "<OrvaTarvex><Restore/><Settings><Parameters LogLevel='4'/></Settings></OrvaTarvex>", saved(4)},
-        {"no parameters", "<OrvaTarvex><Settings/></OrvaTarvex>", saved(0)},
-        {"no settings", "<OrvaTarvex/>", saved(0)},
-        {"no level", "<OrvaTarvex><Settings><Parameters/></Settings></OrvaTarvex>", saved(2)},
-        {"no number", "<OrvaTarvex><Settings><Parameters LogLevel='much'/></Settings></OrvaTarvex>", saved(2)},
-        {"below zero", "<OrvaTarvex><Settings><Parameters LogLevel='-1'/></Settings></OrvaTarvex>", saved(-1)},
-        {"another root", "<orvatarvex><Settings><Parameters LogLevel='1'/></Settings></orvatarvex>", saved(0)},
-        {"a second root", "<Other/><OrvaTarvex><Settings><Parameters LogLevel='1'/></Settings></OrvaTarvex>", saved(1)},
+         "<OrvaTarvex><Restore/><Settings><Parameters LogLevel='4'/></Settings></OrvaTarvex>", settingsFile(4)},
+        {"no parameters", "<OrvaTarvex><Settings/></OrvaTarvex>", settingsFile(0)},
+        {"no settings", "<OrvaTarvex/>", settingsFile(0)},
+        {"no level", "<OrvaTarvex><Settings><Parameters/></Settings></OrvaTarvex>", settingsFile(2)},
+        {"no number", "<OrvaTarvex><Settings><Parameters LogLevel='much'/></Settings></OrvaTarvex>", settingsFile(2)},
+        {"below zero", "<OrvaTarvex><Settings><Parameters LogLevel='-1'/></Settings></OrvaTarvex>", settingsFile(-1)},
+        {"another root", "<orvatarvex><Settings><Parameters LogLevel='1'/></Settings></orvatarvex>", settingsFile(0)},
+        {"a second root", "<Other/><OrvaTarvex><Settings><Parameters LogLevel='1'/></Settings></OrvaTarvex>",
+         settingsFile(1)},
         {"broken off",
          "<OrvaTarvex><Settings><Parameters LogLevel='1'/><CleanupDirectories><Directory Name='\\a'/></Settings>",
-         saved(0)},
+         settingsFile(0)},
         {"broken after the root", "<OrvaTarvex><Settings><Parameters LogLevel='1'/></Settings></OrvaTarvex><",
-         saved(0)},
-        {"empty", "", saved(0)},
+         settingsFile(0)},
+        {"empty", "", settingsFile(0)},
         {"an empty directory name",
          "<OrvaTarvex><Settings><CleanupDirectories><Directory Name=''/></CleanupDirectories></Settings></OrvaTarvex>",
-         saved(0, directoryLine(""))},
+         settingsFile(0, {""})},
         {"text that is no UTF-8",
          "<OrvaTarvex><Settings><CleanupDirectories><Directory Name='a\xFFz'/></CleanupDirectories></Settings>"
          "</OrvaTarvex>",
-         saved(0, directoryLine("a\xEF\xBF\xBDz"))},
+         settingsFile(0, {"a\xEF\xBF\xBDz"})},
         {"in progress: a word", restore("InProgress='true' RepositoryPath='\\a.osr'"),
-         saved(1, "", savedRestore(PLAIN))},
+         settingsFile(1, {}, savedRestore(PLAIN))},
         {"in progress: a number", restore("InProgress='2' RepositoryPath='\\a.osr'"),
-         saved(1, "", savedRestore(PLAIN))},
-        {"not in progress", restore("InProgress='0' RepositoryPath='\\a.osr'"), saved(1)},
-        {"in progress not said", restore("RepositoryPath='\\a.osr'"), saved(1)},
-        {"no repository", restore("InProgress='1'"), saved(1)},
+         settingsFile(1, {}, savedRestore(PLAIN))},
+        {"not in progress", restore("InProgress='0' RepositoryPath='\\a.osr'"), settingsFile(1)},
+        {"in progress not said", restore("RepositoryPath='\\a.osr'"), settingsFile(1)},
+        {"no repository", restore("InProgress='1'"), settingsFile(1)},
         {"an empty repository", restore("InProgress='1' RepositoryPath=''"),
-         saved(1, "", "    <Restore InProgress=\"1\"/>\n")},
-        {"no components", withRestore("<Restore InProgress='1' RepositoryPath='\\a.osr'/>"), saved(1)},
+         settingsFile(1, {}, "    <Restore InProgress=\"1\"/>\n")},
+        {"no components", withRestore("<Restore InProgress='1' RepositoryPath='\\a.osr'/>"), settingsFile(1)},
         {"in progress as the one before",
          withRestore("<Restore InProgress='1'/><Restore RepositoryPath='\\a.osr'><Components/></Restore>"
                      "<Restore InProgress='0'/><Restore RepositoryPath='\\b.osr'><Components/></Restore>"),
-         saved(1, "", savedRestore(PLAIN))},
+         settingsFile(1, {}, savedRestore(PLAIN))},
         {"in progress as the one before, since it is no truth value",
          withRestore("<Restore InProgress='1'/>"
                      "<Restore InProgress='maybe' RepositoryPath='\\a.osr'><Components/></Restore>"),
-         saved(1, "", savedRestore(PLAIN))},
+         settingsFile(1, {}, savedRestore(PLAIN))},
         {"the lenient flag", restore("InProgress='1' RepositoryPath='\\a.osr' Force='true'"),
-         saved(1, "", savedRestore(R"(InProgress="1" RepositoryPath="\a.osr" Force="1")"))},
+         settingsFile(1, {}, savedRestore(R"(InProgress="1" RepositoryPath="\a.osr" Force="1")"))},
         {"the strict flags, by words",
          restore("InProgress='1' RepositoryPath='\\a.osr' IgnoreTarvexCpl='true' DeleteOsrAfterRestore='true'"),
-         saved(1, "", savedRestore(PLAIN + " IgnoreTarvexCpl=\"0\""))},
+         settingsFile(1, {}, savedRestore(PLAIN + " IgnoreTarvexCpl=\"0\""))},
         {"the strict flags, defaults said",
          restore("InProgress='1' RepositoryPath='\\a.osr' IgnoreTarvexCpl='1' DeleteOsrAfterRestore='0'"),
-         saved(1, "", savedRestore(PLAIN))},
+         settingsFile(1, {}, savedRestore(PLAIN))},
         {"a component without a name",
          withRestore("<Restore InProgress='1' RepositoryPath='\\a.osr'><Components><Component Name='one'/><Component/>"
                      "<Component Name='three'/></Components></Restore>"),
-         saved(1, "",
-               "    <Restore " + PLAIN +
-                   ">\n        <Components>\n            <Component Name=\"one\"/>\n        </Components>\n"
-                   "    </Restore>\n")},
+         settingsFile(1, {},
+                      "    <Restore " + PLAIN +
+                          ">\n        <Components>\n            <Component Name=\"one\"/>\n        </Components>\n"
+                          "    </Restore>\n")},
     };
     for (const auto& [rule, document, expected] : cases) {
-        writeFile(CONFIG, document);
+        writeFile(settingsPath, document);
         HelperSettings().save();
-        EXPECT_EQ(readFile(CONFIG), expected) << rule;
+        EXPECT_EQ(readFile(settingsPath), expected) << rule;
     }
 }
 
 TEST(HelperSettings, KeepsTextAsWideCharacters) {
-    writeFile(CONFIG,
+    writeFile(settingsPath,
               "<OrvaTarvex><Settings><CleanupDirectories><Directory Name='\\\xE2\x82\xAC'/></CleanupDirectories>"
               "</Settings><Restore InProgress='1' RepositoryPath='\\\xC3\xBC'><Components><Component Name='&amp;'/>"
               "</Components></Restore></OrvaTarvex>");
@@ -146,16 +132,17 @@ TEST(HelperSettings, SavesOnlyTheStateOfARestoreNotInProgress) {
     settings.restoreRequests[1].inProgress = true;
     EXPECT_EQ(settings.requestInProgress(), &settings.restoreRequests[1]);
     settings.save();
-    EXPECT_EQ(readFile(CONFIG), saved(2, "", "    <Restore InProgress=\"0\"/>\n    <Restore InProgress=\"1\"/>\n"));
+    EXPECT_EQ(readFile(settingsPath),
+              settingsFile(2, {}, "    <Restore InProgress=\"0\"/>\n    <Restore InProgress=\"1\"/>\n"));
 }
 
 TEST(HelperSettings, ReportsNoFailure) {
-    writeFile(CONFIG, saved(7, directoryLine("\\kept")));
+    writeFile(settingsPath, settingsFile(7, {"\\kept"}));
     failCall("CreateFileW");
     HelperSettings unreadable;
     EXPECT_EQ(unreadable.logLevel, 0);
     EXPECT_TRUE(unreadable.cleanupDirectories.empty());
     failCall("CreateFileW");
     unreadable.save();
-    EXPECT_EQ(readFile(CONFIG), saved(7, directoryLine("\\kept")));
+    EXPECT_EQ(readFile(settingsPath), settingsFile(7, {"\\kept"}));
 }

@@ -27,12 +27,7 @@ struct HelperLog : Logger {
 
 // The lines of a file without their time stamps.
 std::string messages(const std::string& panelPath) {
-    std::string rest = readFile(panelPath);
-    std::string found;
-    for (std::size_t end; (end = rest.find('\n')) != std::string::npos; rest.erase(0, end + 1)) {
-        found += rest.substr(rest.find(';') + 1, end - rest.find(';'));
-    }
-    return found + rest;
+    return withoutStamps(readFile(panelPath));
 }
 
 // Makes a file through the platform, so that its time is the panel's.

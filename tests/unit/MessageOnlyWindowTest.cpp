@@ -1,6 +1,7 @@
 #include "ipc/MessageOnlyWindow.h"
 #include "OrvaUtils/Concurrency/ISystem.h"
 #include "OrvaUtils/Exception.h"
+#include "ipc/ICriticalSection.h"
 #include "platform/panel/Client.h"
 #include "tests/support/TestPanel.h"
 #include "tests/unit/OtherThread.h"
@@ -69,15 +70,46 @@ bool classExists(const wchar_t* name) {
 
 } // namespace
 
+TEST(CriticalSection, KeepsStrayLeavesFromThePlatform) {
+    const auto section = indev::createCriticalSection();
+    startTrace();
+    section->leave(); // nobody holds it
+    ASSERT_EQ(trace().size(), 0U);
+    section->enter();
+    section->enter();
+    std::atomic<bool> inside = false;
+    OtherThread other([&] {
+        section->leave();
+        section->enter();
+        inside = true;
+        section->leave();
+        section->leave();
+    });
+    section->leave();
+    getSystem().sleep(100);
+    EXPECT_FALSE(inside);
+    section->leave();
+    other.join();
+    EXPECT_TRUE(inside);
+    std::map<std::string, int> calls;
+    for (const std::string& call : trace()) {
+        EXPECT_EQ(call.find("not owned"), std::string::npos);
+        ++calls[call.substr(0, call.find('('))];
+    }
+    EXPECT_EQ(calls["EnterCriticalSection"], 3);
+    EXPECT_EQ(calls["LeaveCriticalSection"], 3);
+}
+
 TEST(MessageOnlyWindow, AsksThePlatformForWhatItNeeds) {
     startTrace();
-    MessageOnlyWindow window;
-    window.create(L"Traced");
-    window.stop();
-    window.run();
+    {
+        MessageOnlyWindow window;
+        window.create(L"Traced");
+        window.stop();
+        window.run();
+    }
     std::string calls;
     std::map<std::string, std::string> handles;
-    int entered = 0;
     for (std::string call : trace()) {
         const std::string result = call.substr(call.find(" = ") + 3);
         call.resize(call.find(" = "));
@@ -92,9 +124,8 @@ TEST(MessageOnlyWindow, AsksThePlatformForWhatItNeeds) {
                 handles[result] = name;
             }
         }
-        entered += call.starts_with("EnterC") - call.starts_with("LeaveC");
         const bool isLock = call.find("CriticalSection") != std::string::npos;
-        if (isLock ? entered < 0 : !call.starts_with("DefWindowProcW")) {
+        if (isLock ? result != "void" : !call.starts_with("DefWindowProcW")) {
             calls += call + '\n';
         }
     }
@@ -108,8 +139,10 @@ TEST(MessageOnlyWindow, AsksThePlatformForWhatItNeeds) {
                      "TranslateMessage(0x10)\n"
                      "DispatchMessageW(WINDOW, 0x10)\n"
                      "EventModify(EVENT, 3)\n"
-                     "LeaveCriticalSection()\n")
-        << "with a leave in the end that nobody has entered for";
+                     "GetModuleHandleW(null)\n"
+                     "UnregisterClassW(\"Traced\")\n"
+                     "CloseHandle(EVENT)\n")
+        << "the window is gone, and no lock was left that was not held";
 }
 
 TEST(MessageOnlyWindow, HandsMessagesToTheirLatestHandler) {
@@ -223,20 +256,38 @@ TEST(MessageOnlyWindow, StopsFromAnotherThreadWhenTheLoopHasEnded) {
     EXPECT_TRUE(returned);
 }
 
-TEST(MessageOnlyWindow, IsDestroyedWhileItsLoopRuns) {
-    auto* window = new KnownWindow;
-    const HWND handle = window->handle;
+TEST(MessageOnlyWindow, WaitsForItsLoopAlsoWhenTheRequestIsRefused) {
+    KnownWindow window;
+    std::atomic<bool> returned = false;
     std::unique_ptr<OtherThread> other;
     Handler starting([&](UINT, WPARAM) {
-        other = std::make_unique<OtherThread>([&] { delete window; });
+        DestroyWindow(window.handle);
+        other = std::make_unique<OtherThread>([&] {
+            EXPECT_TRUE(window.stop());
+            returned = true;
+        });
+        getSystem().sleep(100);
+        EXPECT_FALSE(returned);
+        PostMessageW(nullptr, WM_QUIT, 0, 0); // nothing else ends a loop without its window
         return 0;
     });
-    window->registerHandler(GREETING, &starting);
-    window->post(GREETING);
-    window->run();
+    window.registerHandler(GREETING, &starting);
+    window.post(GREETING);
+    window.run();
     other->join();
-    EXPECT_FALSE(PostMessageW(handle, WM_NULL, 0, 0));
-    EXPECT_FALSE(classExists(L"Known"));
+    EXPECT_TRUE(returned);
+}
+
+TEST(MessageOnlyWindow, IsNotStoppedWithoutAWindowOrWithoutRoomForTheRequest) {
+    MessageOnlyWindow none;
+    EXPECT_FALSE(none.stop());
+    KnownWindow window;
+    OtherThread other([&] {
+        failCall("PostMessageW");
+        EXPECT_FALSE(window.stop());
+        EXPECT_TRUE(window.stop());
+    });
+    window.run();
 }
 
 TEST(MessageOnlyWindow, RunsOneLoopAtATime) {
@@ -358,16 +409,14 @@ TEST(MessageOnlyWindow, KeepsTheFirstOfTwoExceptions) {
     EXPECT_EQ(windowFailure([&] { window.run(); }), "none");
 }
 
-TEST(MessageOnlyWindow, KeepsExceptionsOfItsCreationForTheLoop) {
+TEST(MessageOnlyWindow, IsNotCreatedWhenAHandlerOfItsCreationThrows) {
     MessageOnlyWindow window;
     Handler throwing([](UINT, WPARAM) -> LRESULT { throw std::out_of_range("Out of ink"); });
-    int handled = 0;
-    Handler counting([&](UINT, WPARAM) { return ++handled; });
     window.registerHandler(WM_CREATE, &throwing);
-    window.registerHandler(WM_NULL, &counting);
-    EXPECT_EQ(windowFailure([&] { window.create(L"Throwing"); }), "none");
-    EXPECT_EQ(windowFailure([&] { window.run(); }), "Out of ink");
-    EXPECT_EQ(handled, 0) << "nothing more is handled before it comes out";
+    EXPECT_EQ(windowFailure([&] { window.create(L"Throwing"); }), "Failed to create message only window");
+    EXPECT_FALSE(classExists(L"Throwing"));
+    window.clearHandlers();
+    window.create(L"Throwing");
     window.stop();
-    window.run();
+    EXPECT_EQ(windowFailure([&] { window.run(); }), "none");
 }

@@ -13,8 +13,6 @@ using panel::Behaviour;
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
 const auto failureOf = messageOf<FlashNotWritableException>;
 
 Lines requests() { // to the flash

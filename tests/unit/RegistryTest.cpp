@@ -36,7 +36,7 @@ Names namesIn(HKEY key) {
     return found;
 }
 
-// What was called of these functions; open keys are numbered by their first appearance.
+// What was called of these functions.
 Lines callsOf(const Lines& functions) {
     Lines calls;
     for (const std::string& line : trace()) {
@@ -77,7 +77,9 @@ TEST(Registry, TellsWhatExists) {
     {
         const Key key(HKEY_LOCAL_MACHINE, L"A\\B");
         EXPECT_TRUE(valueExists(key.handle(), L"", L"Value")) << "the key itself";
+        const std::size_t opened = callsOf({"RegOpenKeyExW"}).size();
         EXPECT_FALSE(valueExists(key.handle(), L"", L"Other"));
+        EXPECT_EQ(callsOf({"RegOpenKeyExW"}).size(), opened);
     }
     EXPECT_EQ(openKeys(), 0U);
 }

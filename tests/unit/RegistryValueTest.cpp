@@ -1,16 +1,11 @@
 #include "OrvaUtils/Registry/Comparing.h"
 #include "OrvaUtils/Registry/Key.h"
 #include "OrvaUtils/Registry/Reading.h"
-#include "OrvaUtils/Registry/RegBinaryValue.h"
-#include "OrvaUtils/Registry/RegDwordBigEndianValue.h"
-#include "OrvaUtils/Registry/RegDwordLittleEndianValue.h"
-#include "OrvaUtils/Registry/RegExpandSzValue.h"
-#include "OrvaUtils/Registry/RegMultiSzValue.h"
-#include "OrvaUtils/Registry/RegSzValue.h"
 #include "OrvaUtils/Registry/Registry.h"
 #include "OrvaUtils/Registry/RegistryException.h"
 #include "OrvaUtils/Registry/ValueComparer.h"
 #include "OrvaUtils/Registry/ValueWriter.h"
+#include "OrvaUtils/Registry/Values.h"
 #include "OrvaUtils/Registry/Writing.h"
 #include "OrvaUtils/Text.h"
 #include "tests/support/TestPanel.h"
@@ -131,6 +126,10 @@ TEST_F(RegistryValue, IsQueriedAgainOnlyWhenTheFirstBufferIsTooSmall) {
         startTrace();
         EXPECT_EQ(readBinary(handle, L"bytes"), bytes);
         EXPECT_EQ(trace().size(), size > 50 ? 2U : 1U);
+        failCall("RegQueryValueExW");
+        startTrace();
+        EXPECT_EQ(failureOf([&] { readBinary(handle, L"bytes"); }), L"Cannot query the given registry value");
+        EXPECT_EQ(trace().size(), 1U) << "any other error is final";
     }
 }
 

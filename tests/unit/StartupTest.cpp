@@ -9,6 +9,7 @@
 #include "ipc/IPCDispatcherException.h"
 #include "platform/panel/Client.h"
 #include "tests/support/TestPanel.h"
+#include "tests/unit/MessageOf.h"
 #include "tests/unit/OtherThread.h"
 
 #include <functional>
@@ -23,25 +24,13 @@ const char* const HELPER_LOG = "\\MMCMemory\\Tarvex\\helper_log0.txt";
 
 // The lines of the log without their time stamps.
 std::string logged(const char* panelPath = HELPER_LOG) {
-    std::string rest = readFile(panelPath);
-    std::string lines;
-    for (std::size_t end; (end = rest.find('\n')) != std::string::npos; rest.erase(0, end + 1)) {
-        lines += rest.substr(rest.find(';') + 1, end - rest.find(';'));
-    }
-    return lines;
+    return withoutStamps(readFile(panelPath));
 }
 
 // Of a start in place on a panel whose registry does not know the helper.
 const std::string REGISTRATION = "INFO;Configuring my autorun\nINFO;Associate .osr file to Tarvex.exe\n";
 
-std::wstring installationFailure(const std::function<void()>& operation) {
-    try {
-        operation();
-    } catch (const OrvaUtils::Exception& failure) {
-        return failure.message();
-    }
-    return L"none";
-}
+const auto failureOf = messageOf<OrvaUtils::Exception>;
 
 } // namespace
 
@@ -148,7 +137,7 @@ TEST(Startup, FailsWhenTheApplicationCannotFollowUp) {
 
 TEST(Installation, FindsTheApplicationOnADisk) {
     EXPECT_FALSE(anyDiskHoldsApplication());
-    EXPECT_EQ(installationFailure([] { findApplicationSource(); }), L"Tarvex not found in any external disk");
+    EXPECT_EQ(failureOf([] { findApplicationSource(); }), L"Tarvex not found in any external disk");
     writeFile("\\Hard Disk\\Tarvex\\Tarvex.exe\\folder", "");
     writeFile("\\Hard Disk2\\Tarvex\\Tarvex.exe", "");
     EXPECT_FALSE(diskHoldsApplication(L"Hard Disk"));
@@ -172,7 +161,7 @@ TEST(Installation, CopiesTheFolderFromADisk) {
 
 TEST(Installation, CopiesTheHelperFile) {
     const auto copy = [](const wchar_t* source, const wchar_t* destination) {
-        return installationFailure([&] { copyHelperFile(source, destination); });
+        return failureOf([&] { copyHelperFile(source, destination); });
     };
     writeFile("\\S\\helper", "new");
     writeFile("\\D\\old", "old");

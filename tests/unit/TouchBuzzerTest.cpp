@@ -1,6 +1,7 @@
 #include "modules/buzzer/TouchBuzzer.h"
 #include "modules/buzzer/MouseHook.h"
 #include "modules/buzzer/TouchBuzzerConfig.h"
+#include "tests/support/ModuleSettings.h"
 #include "tests/support/TestPanel.h"
 
 #include <gtest/gtest.h>
@@ -60,7 +61,7 @@ TEST(TouchBuzzer, OpensTheDriverForItsLife) {
     MouseHook::instance();
     startTrace();
     { const TouchBuzzer buzzer(50, 3400); }
-    const std::vector<std::string> calls = trace();
+    const Lines calls = trace();
     ASSERT_EQ(calls.size(), 2U);
     EXPECT_EQ(calls[0].substr(0, calls[0].find(')')), R"(CreateFileW("BZR1:", 0xc0000000, 0, 3, 0x80)");
     EXPECT_EQ(calls[1], "CloseHandle(" + calls[0].substr(calls[0].rfind(' ') + 1) + ") = 1");
@@ -72,13 +73,7 @@ TEST(TouchBuzzerConfig, ReadsWhatItWrites) {
     written.enabled = true;
     written.frequency = -2147483647 - 1;
     EXPECT_TRUE(written.write(widePath));
-    EXPECT_EQ(readFile(path), "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                              "<TouchBuzzer>\n"
-                              "    <Settings>\n"
-                              "        <Enabled>1</Enabled>\n"
-                              "        <Frequency>-2147483648</Frequency>\n"
-                              "    </Settings>\n"
-                              "</TouchBuzzer>\n");
+    EXPECT_EQ(readFile(path), buzzerSettings(true, written.frequency));
     TouchBuzzerConfig config;
     EXPECT_FALSE(config.enabled);
     EXPECT_EQ(config.frequency, 3400);

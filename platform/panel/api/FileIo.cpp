@@ -20,7 +20,7 @@ bool sharingAllows(const Image& image, const struct stat& status, DWORD access, 
         return (!(wanted & GENERIC_READ) || (given & FILE_SHARE_READ)) &&
                (!(wanted & GENERIC_WRITE) || (given & FILE_SHARE_WRITE));
     };
-    for (const ObjectRecord& other : image.objects)
+    for (const ObjectRecord& other : usedObjects(image))
         if (other.type == ObjectType::file && other.device == status.st_dev && other.inode == status.st_ino &&
             (!granted(access, other.share) || !granted(other.access, share)))
             return false;

@@ -69,7 +69,7 @@ DWORD copyFile(const Image& image, const Place& source, const Place& destination
         return source.error;
     if (!source.isFile())
         return ERROR_ACCESS_DENIED;
-    for (const ObjectRecord& other : image.objects)
+    for (const ObjectRecord& other : usedObjects(image))
         if (other.type == ObjectType::file && other.device == source.status.st_dev &&
             other.inode == source.status.st_ino && !(other.share & FILE_SHARE_READ))
             return ERROR_SHARING_VIOLATION;

@@ -61,7 +61,7 @@ std::string below(const std::string& path, LPCWSTR subkey) {
 
 bool isOpen(const Image& image, const std::string& path) { // it, or a key below it
     const std::string folded = fold(path);
-    for (const ObjectRecord& object : image.objects) {
+    for (const ObjectRecord& object : usedObjects(image)) {
         if (object.type != ObjectType::key)
             continue;
         const std::string other = fold(object.name);

@@ -206,7 +206,8 @@ BOOL ReleaseMutex(HANDLE mutex) noexcept {
     return gate.done(TRUE);
 }
 
-// The section's fields are read and written under the kernel file's lock alone.
+// The section's fields are read and written under the kernel file's lock alone. A leave by a thread that does not hold
+// it spoils it [ms886733]: every later enter waits for ever, also the holder's.
 
 void InitializeCriticalSection(CRITICAL_SECTION* section) noexcept {
     Gate gate(Function::InitializeCriticalSection);
@@ -218,14 +219,14 @@ void EnterCriticalSection(CRITICAL_SECTION* section) noexcept {
     Gate gate(Function::EnterCriticalSection);
     Lock lock(gate.image());
     ThreadRecord& me = scheduler::at(gate.image(), gate.slot());
-    if (section->OwnerThread == 0 || section->OwnerThread == me.id) {
+    if (!section->needtrap && (section->OwnerThread == 0 || section->OwnerThread == me.id)) {
         section->OwnerThread = me.id;
         ++section->LockCount;
         return;
     }
     ++section->dwContentions;
     me.waitKind = WaitKind::section;
-    me.waitKey = reinterpret_cast<std::uintptr_t>(section);
+    me.waitKey = section->needtrap ? 0 : reinterpret_cast<std::uintptr_t>(section); // 0: nobody comes
     block(lock, gate.image(), gate.slot(), never); // whoever leaves makes the next one its owner
 }
 
@@ -233,10 +234,15 @@ void LeaveCriticalSection(CRITICAL_SECTION* section) noexcept {
     Gate gate(Function::LeaveCriticalSection);
     const Lock lock(gate.image());
     Image& image = gate.image();
-    if (section->OwnerThread != scheduler::at(image, gate.slot()).id || --section->LockCount > 0)
+    if (section->OwnerThread != scheduler::at(image, gate.slot()).id) {
+        section->needtrap = TRUE;
+        gate.note("not owned");
+        return;
+    }
+    if (--section->LockCount > 0)
         return;
     Slot next = 0;
-    for (Slot thread = 1; thread <= maxThreads; ++thread) {
+    for (Slot thread = 1; thread <= image.threadsUsed; ++thread) {
         const ThreadRecord& record = scheduler::at(image, thread);
         const bool waits = record.state == ThreadState::waiting && record.waitKind == WaitKind::section &&
                            record.process == gate.process() &&

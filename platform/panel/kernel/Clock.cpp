@@ -26,14 +26,14 @@ std::uint64_t deadline(const Image& image, std::uint32_t milliseconds) {
     return milliseconds == 0xFFFFFFFF ? never : now(image) + milliseconds;
 }
 
-std::uint32_t realUntil(const Image& image, std::uint64_t deadline, std::uint32_t cap) {
+std::uint32_t realUntil(const Image& image, std::uint64_t deadline) {
     if (deadline == never || image.clock.mode == ClockMode::stepped)
-        return cap;
+        return host::noLimit;
     const std::uint64_t current = now(image);
     if (deadline <= current)
         return 0;
     const double real = static_cast<double>(deadline - current) * 1000 / image.clock.factor + 1;
-    return static_cast<std::uint32_t>(std::min<double>(real, cap));
+    return static_cast<std::uint32_t>(std::min<double>(real, host::noLimit - 1));
 }
 
 } // namespace panel::clock

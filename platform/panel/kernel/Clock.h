@@ -15,7 +15,7 @@ std::int64_t date(const Image& image); // ms since 1970 UTC
 // The panel time so many milliseconds from now; `never` for all bits set.
 std::uint64_t deadline(const Image& image, std::uint32_t milliseconds);
 
-// Real milliseconds until that panel time, at most `cap`; only flowing time gets nearer by itself.
-std::uint32_t realUntil(const Image& image, std::uint64_t deadline, std::uint32_t cap);
+// Real milliseconds until that panel time, or for ever (host::noLimit): only flowing time gets nearer by itself.
+std::uint32_t realUntil(const Image& image, std::uint64_t deadline);
 
 } // namespace panel::clock

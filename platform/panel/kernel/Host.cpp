@@ -2,6 +2,8 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <fcntl.h>
@@ -16,7 +18,7 @@ namespace panel::host {
 
 void futexWait(std::atomic<std::uint32_t>& word, std::uint32_t value, std::uint32_t milliseconds) {
     timespec limit{static_cast<time_t>(milliseconds / 1000), static_cast<long>(milliseconds % 1000) * 1000000L};
-    syscall(SYS_futex, &word, FUTEX_WAIT, value, &limit, nullptr, 0);
+    syscall(SYS_futex, &word, FUTEX_WAIT, value, milliseconds == noLimit ? nullptr : &limit, nullptr, 0);
 }
 
 void futexWake(std::atomic<std::uint32_t>& word, int count) {
@@ -42,20 +44,38 @@ std::string bootId() {
     return readFile("/proc/sys/kernel/random/boot_id");
 }
 
-std::uint64_t startTime(std::int32_t pid) {
-    const int file = open(("/proc/" + std::to_string(pid) + "/stat").c_str(), O_RDONLY | O_CLOEXEC);
+namespace {
+
+// What the host says of a process or thread behind its name: "S 1 ..."; null if nothing. Without memory of its own: a
+// thread's first allocation costs more than all that it does here.
+const char* statusOf(std::int32_t pid, char (&text)[1024]) {
+    // The emulator makes up "/proc/PID/stat" of its own process, but not this.
+    std::snprintf(text, sizeof text, "/proc/%d/task/%d/stat", pid, pid);
+    const int file = open(text, O_RDONLY | O_CLOEXEC);
     if (file < 0)
-        return exists(pid) ? unknown : 0;
-    char text[1024];
+        return nullptr;
     const auto length = read(file, text, sizeof text - 1);
     close(file);
-    if (length <= 0)
-        return 0;
-    text[length] = 0;
+    text[length > 0 ? length : 0] = 0;
     const char* field = std::strrchr(text, ')'); // the name before it may hold anything
-    if (!field || field[1] != ' ' || field[2] == 'Z' || field[2] == 'X')
+    return field && field[1] == ' ' ? field + 2 : "X";
+}
+
+} // namespace
+
+bool isStopped(std::int32_t pid) {
+    char text[1024];
+    const char* status = statusOf(pid, text);
+    return status && (*status == 'T' || *status == 't');
+}
+
+std::uint64_t startTime(std::int32_t pid) {
+    char text[1024];
+    const char* field = statusOf(pid, text);
+    if (!field)
+        return exists(pid) ? unknown : 0;
+    if (*field == 'Z' || *field == 'X')
         return 0;
-    field += 2;
     for (int number = 3; number < 22; ++number) {
         field = std::strchr(field, ' ');
         if (!field)
@@ -65,8 +85,12 @@ std::uint64_t startTime(std::int32_t pid) {
     return std::strtoull(field, nullptr, 10);
 }
 
+int openProcess(std::int32_t pid) {
+    return static_cast<int>(syscall(SYS_pidfd_open, pid, 0)); // close-on-exec
+}
+
 bool waitForEnd(std::int32_t pid, std::uint64_t start, std::uint32_t milliseconds) {
-    const int file = static_cast<int>(syscall(SYS_pidfd_open, pid, 0));
+    const int file = openProcess(pid);
     if (file < 0)
         return !isAlive(pid, start);
     bool ended = !isAlive(pid, start);

@@ -8,6 +8,8 @@
 
 namespace panel::host {
 
+inline constexpr std::uint32_t noLimit = ~std::uint32_t{0};
+
 // Sleeps while the word holds the value, at most so many real milliseconds. May return early.
 void futexWait(std::atomic<std::uint32_t>& word, std::uint32_t value, std::uint32_t milliseconds);
 void futexWake(std::atomic<std::uint32_t>& word, int count = 1);
@@ -24,8 +26,13 @@ inline bool isAlive(std::int32_t pid, std::uint64_t start) {
     return now != 0 && (now == start || now == unknown);
 }
 
+bool isStopped(std::int32_t pid); // by a signal or a debugger
+
 // Differs from boot to boot of the host.
 std::string bootId();
+
+// A descriptor that polls as readable once the process has ended; -1 if it is gone, or none is free.
+int openProcess(std::int32_t pid);
 
 bool exists(std::int32_t pid); // cheap; true also for one that only waits to be reaped
 

@@ -10,6 +10,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 namespace panel {
 
@@ -90,6 +91,7 @@ struct ProcessRecord {
     std::uint32_t aware; // takes part in the panel's clock: linked with this library
     std::uint32_t driver; // a test or the panel command: outside of the panel's time and power
     Slot starter; // the thread that started it, while the process stands still for it
+    Slot owner; // the driver whose end ends it: a driver that owns what it starts names itself; 0: nobody
     std::atomic<std::uint32_t> released; // futex word: the process may begin
     std::atomic<std::uint32_t> exitKnown; // set with exitCode by the stub of a program that does not take part
     std::atomic<std::uint32_t> exitCode;
@@ -131,6 +133,8 @@ struct ThreadRecord {
     Slot replyFrom; // the thread that is to answer it
     std::uint32_t replied; // 1: answered, 2: the receiver is gone
     std::uint32_t id; // what GetCurrentThreadId answers; does not repeat soon
+    std::uint64_t waitingSince; // panel ms
+    char call[120]; // the platform call that it waits in, as the trace shows it; empty: in none
 };
 
 struct MessageRecord {
@@ -240,13 +244,17 @@ struct SignalRecord { // how often an event was set, whoever held it
 };
 
 struct Image {
-    std::uint32_t magic; // set last, when the image is ready
+    std::atomic<std::uint32_t> magic; // set last, when the image is ready; 0 again once somebody wrote over the file
     std::uint32_t version;
-    std::atomic<std::uint32_t> lock; // host tid of its owner; top bit: somebody sleeps on it
-    std::uint32_t on; // the panel has power
     std::uint64_t fileDevice; // the kernel file's own identity: a copy of a panel that is on is off
     std::uint64_t fileInode;
     char hostBoot[40]; // and so is one that the host's own reboot has ended
+    std::uint32_t headSum; // of the four fields above, which never change
+    std::atomic<std::uint32_t> lock; // names its owner (Lock.h); top bit: somebody sleeps on it
+    std::atomic<std::uint32_t> on; // the panel has power: 0 or 1
+    std::uint32_t threadsUsed; // records that were ever used: nobody looks at those behind them
+    std::uint32_t objectsUsed;
+    std::uint32_t processesUsed;
     std::uint32_t running; // threads of the panel that are not waiting
     std::uint32_t waitingDrivers;
     std::uint64_t waitOrder;
@@ -292,7 +300,9 @@ static_assert(sizeof(MessageRecord) == 48 && sizeof(ObjectRecord) == 864 && size
 // would misread the tables. A new table of Image joins by a line here.
 constexpr std::uint32_t layoutNumber() {
     const std::size_t facts[] = {
+        2, // counts what changes in meaning alone
         sizeof(Image),
+        offsetof(Image, on),
         offsetof(Image, clock),
         offsetof(Image, tracing),
         offsetof(Image, volumes),
@@ -324,6 +334,23 @@ constexpr std::uint32_t layoutNumber() {
     return number;
 }
 
+inline constexpr std::uint32_t imageMagic = 0x4C4E4150;
 inline constexpr std::uint32_t imageVersion = layoutNumber();
+
+inline std::span<ThreadRecord> usedThreads(Image& image) {
+    return {image.threads, image.threadsUsed};
+}
+inline std::span<const ThreadRecord> usedThreads(const Image& image) {
+    return {image.threads, image.threadsUsed};
+}
+inline std::span<const ObjectRecord> usedObjects(const Image& image) {
+    return {image.objects, image.objectsUsed};
+}
+inline std::span<ProcessRecord> usedProcesses(Image& image) {
+    return {image.processes, image.processesUsed};
+}
+inline std::span<const ProcessRecord> usedProcesses(const Image& image) {
+    return {image.processes, image.processesUsed};
+}
 
 } // namespace panel

@@ -1,24 +1,55 @@
 #include "platform/panel/kernel/Lock.h"
 
 #include "platform/panel/kernel/Host.h"
+#include "platform/panel/kernel/Patience.h"
+#include "platform/panel/kernel/Scheduler.h"
 
 namespace panel {
 
 namespace {
 
 constexpr std::uint32_t sleepers = 0x80000000;
-constexpr std::uint32_t patience = 50; // real ms after which a waiter looks whether the owner still lives
+constexpr std::uint32_t idBits = 22; // the host's ids are below 2^22
+constexpr std::uint32_t idMask = (1U << idBits) - 1;
+constexpr std::uint32_t startMask = 0x1FF; // all set: not known
+constexpr std::uint32_t glance = 50; // real ms after which a waiter looks whether the owner still lives
+
+std::int32_t threadOf(std::uint32_t owner) {
+    return static_cast<std::int32_t>(owner & idMask);
+}
+
+bool isGone(std::uint32_t owner) {
+    const std::uint64_t start = host::startTime(threadOf(owner));
+    const std::uint32_t noted = owner >> idBits & startMask;
+    return start == 0 || (start != host::unknown && noted != startMask && noted != start % startMask);
+}
 
 } // namespace
 
+std::uint32_t Lock::nameOf(std::int32_t threadId) {
+    const std::uint64_t start = host::startTime(threadId);
+    const auto noted = start == host::unknown ? startMask : static_cast<std::uint32_t>(start % startMask);
+    return static_cast<std::uint32_t>(threadId) | noted << idBits;
+}
+
 void Lock::acquire() {
-    const auto me = static_cast<std::uint32_t>(host::threadId());
-    std::uint32_t value = 0;
-    if (word.compare_exchange_strong(value, me, std::memory_order_acquire)) {
-        held = true;
+    const std::uint32_t limit = patience::limit.milliseconds;
+    if (tryFor(limit ? limit : host::noLimit))
         return;
-    }
+    const std::int32_t owner = threadOf(word.load(std::memory_order_relaxed));
+    patience::limit.giveUp("process " + std::to_string(owner) + " holds the panel's kernel and " +
+                           (host::isStopped(owner) ? "is stopped (kill -CONT " + std::to_string(owner) +
+                                                         " lets it go on, panel off ends all programs)"
+                                                   : "does not go on (panel off ends all programs)"));
+}
+
+bool Lock::tryFor(std::uint32_t milliseconds) {
+    thread_local const std::uint32_t me = nameOf(host::threadId());
+    std::uint32_t value = 0;
+    if (word.compare_exchange_strong(value, me, std::memory_order_acquire))
+        return held = true;
     // From here on the word is taken with the top bit set: others may sleep on it too.
+    const std::int64_t begun = host::monotonicNanoseconds();
     for (;;) {
         if (value == 0) {
             if (word.compare_exchange_strong(value, me | sleepers, std::memory_order_acquire))
@@ -30,31 +61,26 @@ void Lock::acquire() {
                 continue;
             value |= sleepers;
         }
-        host::futexWait(word, value, patience);
+        host::futexWait(word, value, glance);
         const std::uint32_t now = word.load(std::memory_order_relaxed);
-        if (now == value && host::startTime(static_cast<std::int32_t>(value & ~sleepers)) == 0) {
+        if (now == value && isGone(value)) {
             if (word.compare_exchange_strong(value, me | sleepers, std::memory_order_acquire)) {
-                takeOver();
+                scheduler::recover(image);
                 break;
             }
             continue;
         }
+        if (milliseconds != host::noLimit &&
+            host::monotonicNanoseconds() - begun > milliseconds * std::int64_t{1000000})
+            return false;
         value = now;
     }
-    held = true;
-}
-
-// The dead owner may have stopped between a thread's state and the counts that follow from it.
-void Lock::takeOver() {
-    image.running = 0;
-    image.waitingDrivers = 0;
-    for (const ThreadRecord& thread : image.threads) {
-        image.running += thread.state == ThreadState::running && !thread.driver;
-        image.waitingDrivers += thread.state == ThreadState::waiting && thread.driver;
-    }
+    return held = true;
 }
 
 void Lock::release() {
+    if (!held)
+        return;
     held = false;
     if (word.exchange(0, std::memory_order_release) & sleepers)
         host::futexWake(word);

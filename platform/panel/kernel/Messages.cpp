@@ -146,7 +146,7 @@ void removeThread(Image& image, Slot thread) {
     if (image.mouseHook.thread == thread)
         image.mouseHook.thread = 0;
     discard(image, thread, 0);
-    for (Slot sender = 1; sender <= maxThreads; ++sender) // whose message it was just answering
+    for (Slot sender = 1; sender <= image.threadsUsed; ++sender) // whose message it was just answering
         if (scheduler::at(image, sender).replyFrom == thread)
             answerNothing(image, sender, scheduler::at(image, sender).replyToken);
 }

@@ -3,7 +3,7 @@
 #include "platform/panel/Text.h"
 #include "platform/panel/kernel/Queues.h"
 
-#include <cstring>
+#include <algorithm>
 
 namespace panel::objects {
 
@@ -21,13 +21,15 @@ ObjectRecord& at(Image& image, Slot object) {
 }
 
 Slot make(Image& image, ObjectType type) {
-    for (std::uint32_t index = 0; index < maxObjects; ++index)
-        if (image.objects[index].type == ObjectType::free) {
-            image.objects[index] = {};
-            image.objects[index].type = type;
-            return index + 1;
-        }
-    return 0;
+    std::uint32_t index = 0;
+    while (index < image.objectsUsed && image.objects[index].type != ObjectType::free)
+        ++index;
+    if (index == maxObjects)
+        return 0;
+    image.objects[index] = {};
+    image.objects[index].type = type;
+    image.objectsUsed = std::max(image.objectsUsed, index + 1);
+    return index + 1;
 }
 
 void hold(Image& image, Slot object) {
@@ -55,7 +57,7 @@ void setName(ObjectRecord& object, std::string_view name) {
 }
 
 Slot findNamed(Image& image, ObjectType type, std::string_view name) {
-    for (std::uint32_t index = 0; index < maxObjects; ++index)
+    for (std::uint32_t index = 0; index < image.objectsUsed; ++index)
         if (image.objects[index].type == type && image.objects[index].named && image.objects[index].name == name)
             return index + 1;
     return 0;
@@ -105,11 +107,11 @@ std::uint32_t handleIndex(std::uint32_t handle) {
 }
 
 Busy busy(const Image& image, std::uint64_t device, std::uint64_t inode) {
-    for (const ProcessRecord& process : image.processes)
+    for (const ProcessRecord& process : usedProcesses(image))
         if (process.state != ProcessState::free && !process.driver && process.device == device &&
             process.inode == inode)
             return Busy::running;
-    for (const ObjectRecord& object : image.objects)
+    for (const ObjectRecord& object : usedObjects(image))
         if (object.type == ObjectType::file && object.device == device && object.inode == inode)
             return Busy::open;
     return Busy::no;

@@ -7,13 +7,15 @@
 #include "platform/panel/kernel/Objects.h"
 #include "platform/panel/kernel/Scheduler.h"
 
+#include <algorithm>
 #include <csignal>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace panel::processes {
 
 namespace {
+
+constexpr std::uint32_t lastBreath = 5000; // real ms that a killed process may take to be gone
 
 std::uint32_t programIndex(Image& image, std::string_view path) {
     const std::string_view file = fileName(path).substr(0, sizeof ProgramRecord::name - 1);
@@ -30,6 +32,10 @@ std::uint32_t programIndex(Image& image, std::string_view path) {
 Slot makeRecord(Image& image, const Program& program) {
     for (Slot slot = 1; slot <= maxProcesses; ++slot) {
         ProcessRecord& record = at(image, slot);
+        if (slot > image.processesUsed) {
+            image.processesUsed = slot;
+            std::fill(std::begin(record.handles), std::end(record.handles), HandleRecord{});
+        }
         if (record.state != ProcessState::free)
             continue;
         const std::uint32_t program_ = programIndex(image, program.path);
@@ -41,6 +47,7 @@ Slot makeRecord(Image& image, const Program& program) {
         record.aware = program.aware;
         record.driver = 0;
         record.starter = 0;
+        record.owner = 0;
         record.released.store(0, std::memory_order_relaxed);
         record.exitKnown.store(0, std::memory_order_relaxed);
         record.exitCode.store(0, std::memory_order_relaxed);
@@ -59,6 +66,11 @@ Slot makeRecord(Image& image, const Program& program) {
 Slot makeThreadRecord(Image& image, Slot process) {
     for (Slot slot = 1; slot <= maxThreads; ++slot) {
         ThreadRecord& record = scheduler::at(image, slot);
+        if (slot > image.threadsUsed) {
+            image.threadsUsed = slot;
+            record.state = ThreadState::free;
+            record.postedFirst = record.postedLast = record.sentFirst = record.sentLast = 0;
+        }
         if (record.state != ThreadState::free)
             continue;
         ProcessRecord& owner = at(image, process);
@@ -70,6 +82,7 @@ Slot makeThreadRecord(Image& image, Slot process) {
         record.waitKind = WaitKind::none;
         record.deadline = never;
         record.replyFrom = 0;
+        record.call[0] = 0;
         record.id = 0x1000 + 4 * ++image.threadIds;
         return slot;
     }
@@ -80,6 +93,13 @@ std::uint32_t codeOfDead(const ProcessRecord& process) {
     if (process.exitKnown.load(std::memory_order_acquire))
         return process.exitCode.load(std::memory_order_relaxed);
     return killedExitCode;
+}
+
+void killHostProcess(const ProcessRecord& process) {
+    if (process.hostPid <= 1 || !host::isAlive(process.hostPid, process.hostStart))
+        return;
+    ::kill(-process.hostPid, SIGKILL); // with what a script has started
+    ::kill(process.hostPid, SIGKILL);
 }
 
 } // namespace
@@ -102,6 +122,7 @@ Slot make(Image& image, const Program& program, Slot starter) {
     ProcessRecord& record = at(image, process);
     record.state = ProcessState::created;
     record.starter = starter;
+    record.owner = at(image, scheduler::at(image, starter).process).owner;
     record.object = object;
     record.mainThread = thread;
     objects::at(image, object).subject = process;
@@ -110,12 +131,13 @@ Slot make(Image& image, const Program& program, Slot starter) {
     return process;
 }
 
-Slot makeDriver(Image& image, const Program& program, std::int32_t hostPid) {
+Slot makeDriver(Image& image, const Program& program, std::int32_t hostPid, bool owns) {
     const Slot process = makeRecord(image, program);
     if (!process)
         return 0;
     ProcessRecord& record = at(image, process);
     record.driver = 1;
+    record.owner = owns ? process : 0;
     const Slot thread = makeThreadRecord(image, process);
     if (!thread)
         return 0;
@@ -153,19 +175,18 @@ void letRun(Image& image, Slot slot) {
 }
 
 void letStartedRun(Image& image, Slot starter) {
-    for (Slot slot = 1; slot <= maxProcesses; ++slot)
+    for (Slot slot = 1; slot <= image.processesUsed; ++slot)
         if (at(image, slot).state == ProcessState::created && at(image, slot).starter == starter)
             letRun(image, slot);
 }
 
 void end(Image& image, Slot process, std::uint32_t exitCode) {
     ProcessRecord& record = at(image, process);
-    record.state = ProcessState::free;
-    if (!record.aware && record.hostPid != 0)
+    if (!record.aware && record.hostPid > 1)
         ::kill(-record.hostPid, SIGKILL); // what a script has started goes with it
     if (!record.driver && record.hostPid)
         image.ended[image.endedCount++ % maxEnded] = {record.program, record.start, exitCode, 0, clock::now(image)};
-    for (Slot thread = 1; thread <= maxThreads; ++thread)
+    for (Slot thread = 1; thread <= image.threadsUsed; ++thread)
         if (scheduler::at(image, thread).state != ThreadState::free && scheduler::at(image, thread).process == process)
             endThread(image, thread);
     objects::closeAllHandles(image, process);
@@ -179,33 +200,56 @@ void end(Image& image, Slot process, std::uint32_t exitCode) {
         if (ended.holders == 0)
             ended.type = ObjectType::free;
     }
+    record.state = ProcessState::free; // not before: whoever is killed in here leaves it to be ended again
+    if (record.owner != process)
+        return;
+    bool own = false; // this process's program: last, so that no other one is left
+    for (ProcessRecord& owned : usedProcesses(image)) {
+        if (owned.state == ProcessState::free || owned.owner != process)
+            continue;
+        owned.owner = 0;
+        if (owned.hostPid == getpid())
+            own = true;
+        else
+            killHostProcess(owned);
+    }
+    if (own)
+        raise(SIGKILL);
 }
 
 void noticeDead(Image& image) {
     const pid_t me = getpid();
-    for (Slot slot = 1; slot <= maxProcesses; ++slot) {
+    bool someDied = false;
+    for (Slot slot = 1; slot <= image.processesUsed; ++slot) {
         ProcessRecord& process = at(image, slot);
         // A creation is wholly under the lock: one without a host process was left half done by a dead starter.
         if (process.state == ProcessState::free || process.hostPid == me ||
             (process.hostPid != 0 && host::isAlive(process.hostPid, process.hostStart)))
             continue;
-        if (!process.driver && process.hostPid != 0)
-            waitpid(process.hostPid, nullptr, WNOHANG); // reaped if it was this process's child
         end(image, slot, codeOfDead(process));
+        someDied = true;
     }
+    if (someDied)
+        scheduler::recover(image);
+}
+
+void killOnHost(const Image& image) {
+    for (const ProcessRecord& process : image.processes)
+        if (!process.driver)
+            killHostProcess(process);
+    for (const ProcessRecord& process : image.processes)
+        if (!process.driver && process.hostPid > 1)
+            host::waitForEnd(process.hostPid, process.hostStart, lastBreath);
 }
 
 void kill(Image& image, Slot slot) {
-    const ProcessRecord& process = at(image, slot);
-    if (process.hostPid != getpid() && host::isAlive(process.hostPid, process.hostStart)) {
-        ::kill(-process.hostPid, SIGKILL); // with what a script has started
-        ::kill(process.hostPid, SIGKILL);
-    }
+    if (at(image, slot).hostPid != getpid())
+        killHostProcess(at(image, slot));
     end(image, slot, killedExitCode);
 }
 
 void killAll(Image& image) {
-    for (Slot slot = 1; slot <= maxProcesses; ++slot) {
+    for (Slot slot = 1; slot <= image.processesUsed; ++slot) {
         const ProcessRecord& process = at(image, slot);
         if (process.state != ProcessState::free && !process.driver)
             kill(image, slot);

@@ -22,7 +22,8 @@ ProcessRecord& at(Image& image, Slot process);
 // object, held by nobody yet. 0 if a table is full.
 Slot make(Image& image, const Program& program, Slot starter);
 // A test or a panel command: runs at once, outside of the panel's time and power.
-Slot makeDriver(Image& image, const Program& program, std::int32_t hostPid);
+// `owns`: what it starts, with all that this starts, ends with it.
+Slot makeDriver(Image& image, const Program& program, std::int32_t hostPid, bool owns);
 // A further thread of the process, running. 0 if the table is full.
 Slot makeThread(Image& image, Slot process);
 void endThread(Image& image, Slot thread);
@@ -31,12 +32,16 @@ void endThread(Image& image, Slot thread);
 void letRun(Image& image, Slot process);
 // The processes that this thread has started may begin.
 void letStartedRun(Image& image, Slot starter);
-// Takes the process out of the tables: threads, windows, handles, objects; its process object is signalled.
+// Takes the process out of the tables: threads, windows, handles, objects; its process object is signalled. Of a driver
+// that owns what it has started: kills that on the host.
 void end(Image& image, Slot process, std::uint32_t exitCode);
-// Ends the processes that are gone on the host.
+// Ends the processes that are gone on the host, and wakes whom they had released.
 void noticeDead(Image& image);
 // Ends one process, on the host too.
 void kill(Image& image, Slot process);
+// Kills every process of the panel on the host, and leaves the tables alone: no lock, and no trust in what they hold.
+// Waits until they are gone.
+void killOnHost(const Image& image);
 // Ends every process of the panel on the host too, at once; drivers stay. The calling process is left to the caller.
 void killAll(Image& image);
 

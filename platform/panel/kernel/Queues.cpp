@@ -74,7 +74,7 @@ void announce(Image& image, Slot queue, std::string_view device, bool attached) 
 }
 
 void announce(Image& image, std::string_view device, bool attached) {
-    for (const ObjectRecord& object : image.objects)
+    for (const ObjectRecord& object : usedObjects(image))
         if (object.type == ObjectType::notification && object.limit)
             announce(image, object.subject, device, attached);
 }

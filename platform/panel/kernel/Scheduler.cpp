@@ -21,11 +21,18 @@ thread_local std::uint32_t releasedCount;
 bool aDriverWaits(Image& image) {
     if (image.waitingDrivers == 0)
         return false;
-    for (const ThreadRecord& thread : image.threads)
+    for (const ThreadRecord& thread : usedThreads(image))
         if (thread.state == ThreadState::waiting && thread.driver &&
             host::exists(image.processes[thread.process - 1].hostPid))
             return true;
     return false;
+}
+
+void wake(ThreadRecord& thread) {
+    if (thread.wakeDue.exchange(0, std::memory_order_relaxed)) {
+        thread.word.fetch_add(1, std::memory_order_release);
+        host::futexWake(thread.word);
+    }
 }
 
 } // namespace
@@ -65,14 +72,19 @@ void release(Image& image, Slot thread, std::uint32_t result) {
 }
 
 void deliverWakes(Image& image) {
-    for (std::uint32_t index = 0; index < releasedCount; ++index) {
-        ThreadRecord& record = at(image, releasedHere[index]);
-        if (record.wakeDue.exchange(0, std::memory_order_relaxed)) {
-            record.word.fetch_add(1, std::memory_order_release);
-            host::futexWake(record.word);
-        }
-    }
+    for (std::uint32_t index = 0; index < releasedCount; ++index)
+        wake(at(image, releasedHere[index]));
     releasedCount = 0;
+}
+
+void recover(Image& image) {
+    image.running = 0;
+    image.waitingDrivers = 0;
+    for (ThreadRecord& thread : usedThreads(image)) {
+        image.running += thread.state == ThreadState::running && !thread.driver;
+        image.waitingDrivers += thread.state == ThreadState::waiting && thread.driver;
+        wake(thread);
+    }
 }
 
 bool ready(Image& image, Slot object, Slot thread) {
@@ -99,7 +111,7 @@ void serve(Image& image, Slot object) {
     for (;;) {
         Slot first = 0;
         std::uint32_t position = 0;
-        for (Slot thread = 1; thread <= maxThreads; ++thread) {
+        for (Slot thread = 1; thread <= image.threadsUsed; ++thread) {
             const ThreadRecord& record = at(image, thread);
             if (record.state != ThreadState::waiting || record.waitKind != WaitKind::objects ||
                 (first && at(image, first).waitOrder < record.waitOrder))
@@ -121,7 +133,7 @@ void releaseDue(Image& image) {
     const std::uint64_t now = clock::now(image);
     for (;;) {
         Slot first = 0;
-        for (Slot thread = 1; thread <= maxThreads; ++thread) {
+        for (Slot thread = 1; thread <= image.threadsUsed; ++thread) {
             const ThreadRecord& record = at(image, thread);
             if (record.state == ThreadState::waiting && record.deadline <= now &&
                 (!first || record.waitOrder < at(image, first).waitOrder))
@@ -139,7 +151,7 @@ void step(Image& image) {
     const auto nobodyRuns = [&] { return image.running == 0 || !image.on; };
     while (image.clock.mode == ClockMode::stepped && nobodyRuns() && aDriverWaits(image)) {
         std::uint64_t nearest = never;
-        for (const ThreadRecord& thread : image.threads)
+        for (const ThreadRecord& thread : usedThreads(image))
             if (thread.state == ThreadState::waiting)
                 nearest = std::min(nearest, thread.deadline);
         if (nearest == never)
@@ -160,7 +172,7 @@ void endThread(Image& image, Slot thread) {
         --image.waitingDrivers;
     record.state = ThreadState::free;
     record.waitKind = WaitKind::none;
-    for (Slot object = 1; object <= maxObjects; ++object) {
+    for (Slot object = 1; object <= image.objectsUsed; ++object) {
         ObjectRecord& owned = objects::at(image, object);
         if (owned.type == ObjectType::mutex && owned.owner == thread) {
             owned.owner = 0;

@@ -15,6 +15,10 @@ void release(Image& image, Slot thread, std::uint32_t result);
 // Wakes what this thread has released.
 void deliverWakes(Image& image);
 
+// After a process has died: it may have stopped between a thread's state and the counts that follow from it, or before
+// it woke whom it had released.
+void recover(Image& image);
+
 // Whether the object ends a wait of this thread now; `take` then takes what waiting takes (an auto-reset event's
 // signal, a mutex) and answers 0, or WAIT_ABANDONED.
 bool ready(Image& image, Slot object, Slot thread);

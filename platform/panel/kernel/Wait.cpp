@@ -1,11 +1,15 @@
 #include "platform/panel/kernel/Wait.h"
 
+#include "platform/panel/Text.h"
 #include "platform/panel/kernel/Clock.h"
 #include "platform/panel/kernel/Host.h"
 #include "platform/panel/kernel/Objects.h"
+#include "platform/panel/kernel/Patience.h"
 #include "platform/panel/kernel/Processes.h"
 #include "platform/panel/kernel/Scheduler.h"
 
+#include <algorithm>
+#include <string>
 #include <unistd.h>
 
 namespace panel {
@@ -13,14 +17,22 @@ namespace panel {
 namespace {
 
 constexpr std::uint32_t waitTimeout = 258;
-// Real ms after which a sleeper looks for processes that were killed: the one who lets time pass looks more often.
-constexpr std::uint32_t driverPatience = 50;
-constexpr std::uint32_t patience = 500;
+
+// A person's command sleeps no longer than that without looking whether stepped time moves.
+std::uint32_t longestSleep(const Image& image, const ThreadRecord& thread) {
+    const bool looks = thread.driver && image.clock.mode == ClockMode::stepped && patience::limit.milliseconds;
+    return looks ? patience::limit.milliseconds : host::noLimit;
+}
 
 } // namespace
 
 std::atomic<bool> processEnded{false};
 thread_local bool endsProcess = false;
+thread_local const PlatformCall* currentCall = nullptr;
+
+std::string PlatformCall::text() const {
+    return std::string(facts(function).name) + '[' + std::to_string(number) + "](" + arguments + ')';
+}
 
 void standStill() {
     for (;;)
@@ -31,16 +43,20 @@ std::uint32_t block(Lock& lock, Image& image, Slot thread, std::uint64_t deadlin
     ThreadRecord& record = scheduler::at(image, thread);
     record.deadline = deadline;
     record.waitOrder = ++image.waitOrder;
+    record.waitingSince = clock::now(image);
+    copyText(record.call, currentCall ? currentCall->text() : "");
     const std::uint32_t word = record.word.load(std::memory_order_relaxed);
-    bool overdue = false; // released, but whoever released it has not come to wake it: perhaps it was killed
     processes::letStartedRun(image, thread);
     scheduler::stopsRunning(image, thread);
     if (record.driver)
         processes::noticeDead(image); // or time would pass by what a program's death sets off
     scheduler::step(image);
-    while (record.state == ThreadState::waiting || (record.word.load(std::memory_order_acquire) == word && !overdue)) {
-        const std::uint32_t real = clock::realUntil(image, deadline, record.driver ? driverPatience : patience);
+    const std::uint32_t longest = longestSleep(image, record);
+    while (record.state == ThreadState::waiting || record.word.load(std::memory_order_acquire) == word) {
+        const std::uint32_t real = std::min(clock::realUntil(image, deadline), longest);
         const std::uint32_t seen = record.word.load(std::memory_order_acquire);
+        const std::uint64_t before = image.clock.now;
+        const std::int64_t asleep = host::monotonicNanoseconds();
         lock.release();
         scheduler::deliverWakes(image);
         if (real > 0)
@@ -48,10 +64,11 @@ std::uint32_t block(Lock& lock, Image& image, Slot thread, std::uint64_t deadlin
         if (processEnded)
             standStill();
         lock.acquire();
-        const bool slept = real == driverPatience || real == patience;
-        if (slept && record.word.load(std::memory_order_acquire) == seen) {
-            overdue = record.state != ThreadState::waiting;
-            processes::noticeDead(image);
+        if (longest != host::noLimit && image.clock.now == before && record.state == ThreadState::waiting &&
+            host::monotonicNanoseconds() - asleep >= longest * std::int64_t{1000000}) {
+            const std::string busy = patience::busyPrograms(image);
+            lock.release();
+            patience::limit.giveUp("panel time stands still: " + busy);
         }
         if (image.clock.mode == ClockMode::flowing)
             scheduler::releaseDue(image);

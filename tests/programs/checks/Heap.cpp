@@ -1,4 +1,5 @@
 // The heap: past its first step, by several threads, and at its end.
+#include "OrvaUtils/Xml/DocumentFile.h"
 #include "tests/programs/checks/Check.h"
 #include "tests/programs/checks/Team.h"
 
@@ -7,7 +8,11 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <tinyxml2.h>
 #include <vector>
+
+using OrvaUtils::Xml::loadDocument;
+using OrvaUtils::Xml::saveDocument;
 
 namespace {
 
@@ -73,6 +78,10 @@ std::size_t exhaust(std::size_t size, std::vector<Block>& blocks) {
 }
 
 void end() {
+    tinyxml2::XMLDocument document;
+    document.Parse("<Settings><Value>1</Value></Settings>");
+    const std::wstring path = L"\\Temp\\heap.xml";
+    CHECK(saveDocument(document, path));
     std::vector<Block> large;
     std::vector<Block> small;
     small.reserve(megabyte / 16); // so that the vectors do not ask when there is nothing
@@ -81,6 +90,7 @@ void end() {
     CHECK(total > 6 * megabyte && total < 8 * megabyte);
     CHECK((new (std::nothrow) unsigned char[1000]) == nullptr);
     CHECK(std::malloc(2 * megabyte) == nullptr);
+    CHECK(!saveDocument(document, path));
     // A thread that has met no exception before meets its first one now.
     static HANDLE done; // no room for anything that must be allocated
     static std::size_t caught;
@@ -102,6 +112,7 @@ void end() {
     CHECK(caught == 1);
     large.clear();
     small.clear();
+    CHECK(loadDocument(document, path)); // as it was
     const Block again(new unsigned char[3 * megabyte]);
     std::memset(again.get(), 1, 3 * megabyte);
     CHECK(holds(again, 3 * megabyte, 1));

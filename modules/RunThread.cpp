@@ -1,0 +1,18 @@
+#include "modules/RunThread.h"
+
+#include "OrvaUtils/Exception.h"
+#include "app/log/Logger.h"
+
+DWORD runThread(DWORD (*body)(LPVOID), LPVOID argument) noexcept {
+    try {
+        try {
+            return body(argument);
+        } catch (const OrvaUtils::Exception& exception) {
+            Logger::instance().write(exception.message(), LogLevel::Error);
+        } catch (...) {
+            Logger::instance().write(L"Generic exception", LogLevel::Error);
+        }
+    } catch (...) { // the line needed memory, too
+    }
+    return 0;
+}
