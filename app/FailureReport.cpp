@@ -6,18 +6,24 @@
 #include "app/log/Logger.h"
 
 #include <cstdlib>
-#include <cxxabi.h>
-#include <memory>
 #include <typeinfo>
 
 namespace {
 
+// The compiler calls OrvaUtils::Exception "N9OrvaUtils9ExceptionE" and EMMCException "13EMMCException". A name of any
+// other form (a template's, say) stays as it is.
 std::wstring mostDerivedClass(const OrvaUtils::Exception& exception) {
     const char* const mangled = typeid(exception).name();
-    int status = 0;
-    const std::unique_ptr<char, void (*)(void*)> name(abi::__cxa_demangle(mangled, nullptr, nullptr, &status),
-                                                      std::free);
-    return OrvaUtils::widen(name != nullptr ? name.get() : mangled);
+    const bool nested = *mangled == 'N';
+    const char* at = mangled + (nested ? 1 : 0);
+    std::string name;
+    while (*at >= '1' && *at <= '9') {
+        char* part = nullptr;
+        const std::size_t length = std::strtoul(at, &part, 10);
+        name.append(name.empty() ? "" : "::").append(part, length);
+        at = part + length;
+    }
+    return OrvaUtils::widen(*at == (nested ? 'E' : '\0') ? name.c_str() : mangled);
 }
 
 } // namespace

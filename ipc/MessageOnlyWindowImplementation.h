@@ -5,7 +5,7 @@
 
 #include <atomic>
 #include <exception>
-#include <unordered_map>
+#include <map>
 
 // What the threads share: `window`, `running` and `loopThreadId` are read without a lock, `handlers` belongs to the
 // dispatch lock, everything else to the thread of the window.
@@ -55,7 +55,7 @@ private:
     std::unique_ptr<indev::ICriticalSection> creationLock = indev::createCriticalSection();
     std::unique_ptr<indev::ICriticalSection> loopLock = indev::createCriticalSection();
     std::unique_ptr<indev::ICriticalSection> dispatchLock = indev::createCriticalSection();
-    std::unordered_map<UINT, indev::MESSAGEHANDLER*> handlers;
+    std::map<UINT, indev::MESSAGEHANDLER*> handlers;
     std::wstring className;
     std::atomic<DWORD> loopThreadId = 0; // 0: no loop runs
     bool gone = false; // the window was destroyed, by whomever

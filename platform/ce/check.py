@@ -2,10 +2,12 @@
 
 usage: check.py imports NM EXECUTABLE.elf INCLUDE-FOLDER
        check.py wide EXECUTABLE.map
+       check.py numbers NM EXECUTABLE.elf
 
 imports: a function that is used and not on the list does not link; here one that is on the list as imported, and not
 used, is found (the linker has left its thunk out), one that a header declares and the list lacks, and one that takes a
 function of the program without a wrapper for it.
+numbers: what of the XML library formats or reads floating point, which FormattedText.cpp leaves out.
 """
 import glob
 import re
@@ -20,6 +22,7 @@ WIDE = {
     "stdc++": re.compile(r"locale|codecvt|ctype|wstring|ext-inst|stream|ios|globals_io"),
 }
 NOT_WIDE = {"mbtowc_r", "wctomb_r"}
+FLOATING = re.compile(r"8tinyxml27XMLUtil\d+To\w+E([df]|PKcP[df])")
 # Declared, and no function of coredll.dll: read from the kernel's data page; the program's own.
 NOT_COREDLL = {"GetCurrentThreadId", "WinMain"}
 OTHER_LIBRARY = "tagUserAPI.h"
@@ -32,8 +35,12 @@ def read(path):
         return file.read()
 
 
+def symbols_of(nm, executable):
+    return {line.split()[-1] for line in subprocess.check_output([nm, executable], text=True).splitlines()}
+
+
 def imports(nm, executable, include):
-    symbols = {line.split()[-1] for line in subprocess.check_output([nm, executable], text=True).splitlines()}
+    symbols = symbols_of(nm, executable)
     listing = read(include + "/coredll.inc")
     program = re.findall(r"^COREDLL(?:_SURE)?\((\w+), (\w+)", listing, re.MULTILINE)
     wanted = [name for name, how in program if how == "IMPORTED"]
@@ -57,9 +64,13 @@ def wide(link_map):
             for library, member in members if WIDE[library].search(member) and member not in NOT_WIDE]
 
 
+def numbers(nm, executable):
+    return [f"linked: {name}, which wants floating point in formatted text"
+            for name in symbols_of(nm, executable) if FLOATING.search(name)]
+
 
 if __name__ == "__main__":
-    found = {"imports": imports, "wide": wide}[sys.argv[1]](*sys.argv[2:])
+    found = {"imports": imports, "wide": wide, "numbers": numbers}[sys.argv[1]](*sys.argv[2:])
     for fault in sorted(found):
         print(fault, file=sys.stderr)
     sys.exit(1 if found else 0)

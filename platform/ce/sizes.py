@@ -8,7 +8,6 @@ import re
 import sys
 
 PARTS = [ # the first that fits an object's path
-    (r"libstdc\+\+\.a\(cp-demangle\.o\)", "names of classes for the log (demangler)"),
     (r"libstdc\+\+\.a|libsupc\+\+\.a", "C++ library, ready-made: exceptions, strings, containers"),
     (r"libgcc\.a", "compiler's library: unwinding, division, floating point"),
     (r"libm\.a", "mathematics"),

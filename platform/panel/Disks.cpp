@@ -1,5 +1,6 @@
 #include "platform/panel/Disks.h"
 
+#include "platform/panel/FolderNames.h"
 #include "platform/panel/Mapping.h"
 #include "platform/panel/Text.h"
 #include "platform/panel/api/FileTimes.h"
@@ -258,6 +259,7 @@ void Disks::tell(const Disk& disk, bool attached) const {
     {
         const Lock lock(*kernel.image);
         setVolumes(*kernel.image, volumes());
+        names::changed(*kernel.image);
         if (attached)
             addDevice(*kernel.image, disk);
         for (BlockDeviceRecord& record : kernel.image->blockDevices)

@@ -4,8 +4,6 @@
 
 #include <windows.h>
 
-#include <dirent.h>
-#include <memory>
 #include <vector>
 
 namespace panel {
@@ -27,39 +25,24 @@ bool isName(std::string_view text) {
     return text != "." && text != ".." && text.find_first_of("/:*?\"<>|") == std::string_view::npos;
 }
 
-// The entry of a folder that has this name but for its case; empty if there is none.
-std::string entryNamed(const std::string& folder, std::string_view name) {
-    const std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir(folder.c_str()), closedir);
-    const std::string folded = fold(name);
-    while (const dirent* entry = directory ? readdir(directory.get()) : nullptr)
-        if (fold(entry->d_name) == folded)
-            return entry->d_name;
-    return {};
-}
-
-bool enter(Place& place, std::string_view name, bool top) {
+bool enter(const Image* image, Place& place, const std::string& name, bool top) {
     const std::string folder = place.host;
-    place.host = folder + '/' + std::string(name);
+    place.folder = {place.status.st_dev, place.status.st_ino};
+    place.host = folder + '/' + name;
     place.exists = statusOf(place.host, top, place.status);
-    if (!place.exists) {
-        const std::string known = entryNamed(folder, name);
-        if (!known.empty()) {
-            place.host = folder + '/' + known;
-            place.exists = statusOf(place.host, top, place.status);
+    if (place.exists)
+        return true;
+    for (const std::string& other :
+         image ? names::alike(*image, folder, place.folder, name) : names::alike(folder, name))
+        if (statusOf(folder + '/' + other, top, place.status)) {
+            place.host = folder + '/' + other;
+            place.exists = true;
+            break;
         }
-    }
     return place.exists;
 }
 
-} // namespace
-
-bool statusOf(const std::string& hostPath, bool top, struct stat& status) {
-    // Only a top folder may be a link, to a folder plugged in place: others could lead out of the panel.
-    return (top ? stat(hostPath.c_str(), &status) : lstat(hostPath.c_str(), &status)) == 0 &&
-           (S_ISREG(status.st_mode) || S_ISDIR(status.st_mode));
-}
-
-Place locate(const std::string& root, std::string_view panelPath) {
+Place locateWith(const Image* image, const std::string& root, std::string_view panelPath) {
     Place place;
     place.host = root + "/fs";
     if (characterCount(panelPath) >= MAX_PATH) {
@@ -79,13 +62,29 @@ Place locate(const std::string& root, std::string_view panelPath) {
             place.error = last ? ERROR_INVALID_NAME : ERROR_PATH_NOT_FOUND;
             return place;
         }
-        if (!enter(place, names[index], index == 0) || (!last && !S_ISDIR(place.status.st_mode))) {
+        if (!enter(image, place, std::string(names[index]), index == 0) || (!last && !S_ISDIR(place.status.st_mode))) {
             place.exists = false;
             place.error = last ? ERROR_FILE_NOT_FOUND : ERROR_PATH_NOT_FOUND;
             return place;
         }
     }
     return place;
+}
+
+} // namespace
+
+bool statusOf(const std::string& hostPath, bool top, struct stat& status) {
+    // Only a top folder may be a link, to a folder plugged in place: others could lead out of the panel.
+    return (top ? stat(hostPath.c_str(), &status) : lstat(hostPath.c_str(), &status)) == 0 &&
+           (S_ISREG(status.st_mode) || S_ISDIR(status.st_mode));
+}
+
+Place locate(const Image& image, const std::string& root, std::string_view panelPath) {
+    return locateWith(&image, root, panelPath);
+}
+
+Place locate(const std::string& root, std::string_view panelPath) {
+    return locateWith(nullptr, root, panelPath);
 }
 
 std::string volumeOf(const Image& image, std::string_view panelPath) {

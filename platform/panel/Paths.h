@@ -5,7 +5,7 @@
 // the kernel file.
 #pragma once
 
-#include "platform/panel/kernel/Image.h"
+#include "platform/panel/FolderNames.h"
 
 #include <cstdint>
 #include <string>
@@ -16,6 +16,7 @@ namespace panel {
 
 struct Place {
     std::string host; // where it lies, or would lie
+    names::Folder folder; // in which of the host's
     bool exists = false;
     std::uint32_t error = 0; // why not: ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND, ERROR_INVALID_NAME, ...
     struct stat status {}; // if it exists
@@ -35,8 +36,15 @@ struct Place {
     }
 };
 
-// `root`: the panel's directory.
+// `root`: the panel's directory. With the image it wants the lock; without, it reads every folder in which it does not
+// find the exact name.
+Place locate(const Image& image, const std::string& root, std::string_view panelPath);
 Place locate(const std::string& root, std::string_view panelPath);
+
+// Tells every process of the name that a program is about to make here. Wants the lock.
+inline void nameMade(Image& image, const Place& place) {
+    names::made(image, place.folder, std::string_view(place.host).substr(place.host.rfind('/') + 1));
+}
 
 // What the panel sees of a host's file: a file or folder, no link. `top`: directly in the panel's root.
 bool statusOf(const std::string& hostPath, bool top, struct stat& status);

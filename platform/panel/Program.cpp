@@ -249,7 +249,7 @@ Started startProgram(Image& image, const std::string& root, const std::string& p
     if (!image.on)
         return {0, ERROR_NOT_READY};
     const std::string full = path.starts_with('\\') ? path : '\\' + path;
-    const Place place = locate(root, full);
+    const Place place = locate(image, root, full);
     if (!place.isFile())
         return {0, place.error ? place.error : ERROR_ACCESS_DENIED};
     if (full.size() >= sizeof ProcessRecord::path || commandLine.size() >= sizeof ProcessRecord::commandLine)

@@ -55,6 +55,10 @@ def main(check, nm, executable, link_map, include, scratch):
             file.write(f"/usr/lib/lib{library}.a({member}.o)\n" + text)
         expect([f"linked: {member.removeprefix('lib_a-')} of lib{library}.a"], "wide", path)
 
+    expect([], "numbers", nm, executable)
+    for name in ("_ZN8tinyxml27XMLUtil5ToStrEdPci", "_ZN8tinyxml27XMLUtil7ToFloatEPKcPf"):
+        expect([f"linked: {name}"], "numbers", "echo", name)
+
     for fault in faults:
         print(fault, file=sys.stderr)
     return 1 if faults else 0

@@ -9,7 +9,7 @@ import pefile
 
 MACHINE_ARM = 0x01C0
 SUBSYSTEM_CE = 9
-MAXIMUM_SIZE = 400 * 1024
+MAXIMUM_SIZE = 200_000
 PAGE = 0x1000
 # Fixed address, executable, no line numbers, no symbols, 32 bits.
 CHARACTERISTICS = 0x010F

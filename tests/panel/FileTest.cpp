@@ -5,8 +5,10 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -45,6 +47,67 @@ TEST(Paths, AreCaseBlindAndCaseKeepingWithOrWithoutALeadingSeparator) {
     EXPECT_TRUE(CreateDirectoryW(L"\\mmcmemory\\New \u00C4\u00E9", nullptr));
     EXPECT_EQ(GetFileAttributesW(L"\\mmcmemory\\NEW \u00E4\u00C9"), FILE_ATTRIBUTE_DIRECTORY);
     EXPECT_TRUE(exists("\\MMCMemory\\New \u00C4\u00E9"));
+}
+
+TEST(Paths, AreFoundByAnyCaseAsSoonAsTheyAreThere) {
+    const auto found = [](const std::wstring& path) {
+        return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+    };
+    const auto isMade = [](HANDLE file) { return CloseHandle(file) != FALSE; };
+    std::filesystem::copy_file(programFile("Actor"), hostPath("\\MMCMemory\\Actor.exe"));
+    writeFile("\\MMCMemory\\Source", "");
+    std::filesystem::create_directory(panelDirectory().string() + "-disk");
+    const struct {
+        const wchar_t* name; // by which it is found
+        std::function<bool()> make;
+    } cases[] = {
+        {L"\\MMCMemory\\FOLDER", [] { return CreateDirectoryW(L"MMCMemory\\Folder", nullptr) != FALSE; }},
+        {L"\\MMCMemory\\FOLDER\\OPENED",
+         [&] { return isMade(openFile(L"MMCMemory\\folder\\Opened", GENERIC_WRITE, 0, CREATE_NEW)); }},
+        {L"\\MMCMemory\\FOLDER\\COPIED",
+         [] { return CopyFileW(L"MMCMemory\\Source", L"MMCMemory\\folder\\Copied", TRUE) != FALSE; }},
+        {L"\\MMCMemory\\FOLDER\\MOVED",
+         [] { return MoveFileW(L"MMCMemory\\folder\\COPIED", L"MMCMemory\\folder\\Moved") != FALSE; }},
+        {L"\\MMCMemory\\FOLDER\\COPIED", // gone before
+         [] { return CopyFileW(L"MMCMemory\\Source", L"MMCMemory\\folder\\cOPied", TRUE) != FALSE; }},
+        {L"\\Windows\\SHORT.LNK",
+         [] {
+             std::wstring shortcut = L"\\Windows\\short.lnk";
+             std::wstring target = L"target";
+             return SHCreateShortcut(shortcut.data(), target.data()) != FALSE;
+         }},
+        {L"\\MMCMemory\\FOLDER\\OTHER",
+         [] {
+             const auto other =
+                 driver().start("\\MMCMemory\\Actor.exe", "move \\MMCMemory\\folder\\moved \\MMCMemory\\folder\\Other");
+             return driver().waitForExit(other, 60000) == 0U;
+         }},
+        {L"\\MMCMemory\\FOLDER\\FIRST OF MANY",
+         [] {
+             bool all = CreateDirectoryW(L"\\MMCMemory\\folder\\First of many", nullptr) != FALSE;
+             for (int count = 0; count < 300; ++count)
+                 all = all && CreateDirectoryW((L"\\Windows\\" + std::to_wstring(count)).c_str(), nullptr);
+             return all;
+         }},
+        {L"\\DISK",
+         [] {
+             panel::Panel(panelDirectory()).plug({{{panelDirectory().string() + "-disk", "Disk"}}});
+             return true;
+         }},
+    };
+    for (const auto& each : cases) {
+        EXPECT_FALSE(found(each.name)) << std::filesystem::path(each.name);
+        EXPECT_TRUE(each.make()) << GetLastError() << std::filesystem::path(each.name);
+        EXPECT_TRUE(found(each.name)) << std::filesystem::path(each.name);
+    }
+    std::filesystem::remove(panelDirectory().string() + "-disk");
+    // What a person adds: by its exact name at once, by another one a little later.
+    EXPECT_FALSE(found(L"\\MMCMemory\\folder\\BY HAND"));
+    writeFile("\\MMCMemory\\Folder\\By Hand", "");
+    EXPECT_TRUE(found(L"\\MMCMemory\\folder\\By Hand"));
+    const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+    while (!found(L"\\MMCMemory\\folder\\BY HAND"))
+        ASSERT_LT(std::chrono::steady_clock::now(), end);
 }
 
 TEST(Paths, RefuseWhatThePlatformDoesNotKnow) {

@@ -3,6 +3,7 @@
 //     sleep MS          set EVENT          wait EVENT         exit CODE
 //     lock MUTEX        (creates and takes it; exit code 183 if it was there)
 //     hold FILE         (opens it unshared)      start PATH   (a program, and waits for it; its exit code is the own)
+//     move FROM TO
 //     post CLASS NAME COUNT     send CLASS NAME COUNT        (wParam counts from 1; each must be answered with its
 //     double) crash             (ends by a signal)   spin   (never waits)
 #include "platform/panel/Client.h"
@@ -97,6 +98,10 @@ int WinMain(HINSTANCE, HINSTANCE, LPWSTR commandLine, int) {
         } else if (verb == L"hold") {
             if (CreateFileW(next(words).c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr) ==
                 INVALID_HANDLE_VALUE)
+                return static_cast<int>(GetLastError());
+        } else if (verb == L"move") {
+            const std::wstring from = next(words);
+            if (!MoveFileW(from.c_str(), next(words).c_str()))
                 return static_cast<int>(GetLastError());
         } else if (verb == L"start")
             return startAndWait(next(words));

@@ -322,7 +322,8 @@ TEST_F(PanelCommand, NamesTheProgramThatKeepsTimeFromMoving) {
     succeed("start '\\MMCMemory\\Actor.exe' spin");
     for (const char* command : {"advance 1s", "wait --window none --limit 1s"})
         fails(std::string("--patience 100ms ") + command, "Actor.exe#1 is busy");
-    EXPECT_EQ(call("--patience 100ms start --wait '\\MMCMemory\\Actor.exe' sleep 1000").code, 125);
+    EXPECT_EQ(call("--patience 100ms start --wait '\\MMCMemory\\Actor.exe' sleep 1").code, 125);
+    EXPECT_EQ(call("--patience 100ms advance 1s").code, 1);
     const pid_t pid = json("ps").at("processes").at(0).at("hostPid");
     kill(pid, SIGSTOP);
     fails("--patience 100ms advance 1s", "Actor.exe#1 is stopped");

@@ -81,6 +81,11 @@ void advance(std::uint64_t milliseconds) {
     attached->advance(milliseconds);
 }
 
+void pass(std::uint64_t milliseconds) {
+    advance(milliseconds);
+    attached->settle();
+}
+
 void setTicks(std::uint32_t ticks) {
     attached->setTicks(ticks);
 }

@@ -48,8 +48,9 @@ bool exists(std::string_view panelPath);
 // The sorted names in a folder; empty if there is none.
 std::vector<std::string> list(std::string_view panelPath);
 
-// Lets panel time pass.
+// Lets panel time pass; the other, until all is quiet.
 void advance(std::uint64_t milliseconds);
+void pass(std::uint64_t milliseconds);
 // Sets the tick count that GetTickCount answers from now on.
 void setTicks(std::uint32_t ticks);
 

@@ -4,6 +4,7 @@
 #include "ipc/IPCDispatcherException.h"
 #include "platform/panel/Client.h"
 #include "tests/support/TestPanel.h"
+#include "tests/unit/MessageOf.h"
 #include "tests/unit/OtherThread.h"
 
 #include <functional>
@@ -48,12 +49,7 @@ struct EchoModule : IPCMessageHandler {
 };
 
 std::wstring dispatcherFailure(IPCDispatcher& dispatcher) {
-    try {
-        dispatcher.run();
-    } catch (const IPCDispatcherException& failure) {
-        return failure.message();
-    }
-    return L"none";
+    return messageOf<IPCDispatcherException>([&] { dispatcher.run(); });
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "ipc/ICriticalSection.h"
 #include "platform/panel/Client.h"
 #include "tests/support/TestPanel.h"
+#include "tests/unit/MessageOf.h"
 #include "tests/unit/OtherThread.h"
 
 #include <atomic>
@@ -140,7 +141,7 @@ TEST(MessageOnlyWindow, AsksThePlatformForWhatItNeeds) {
                      "DispatchMessageW(WINDOW, 0x10)\n"
                      "EventModify(EVENT, 3)\n"
                      "GetModuleHandleW(null)\n"
-                     "UnregisterClassW(\"Traced\")\n"
+                     "UnregisterClassW(\"Traced\", PROGRAM)\n"
                      "CloseHandle(EVENT)\n")
         << "the window is gone, and no lock was left that was not held";
 }
@@ -354,12 +355,7 @@ TEST(MessageOnlyWindow, LetsExceptionsOfPostedMessagesOut) {
     window.registerHandler(GREETING, &throwing);
     window.post(GREETING, 0);
     window.post(GREETING, 1);
-    try {
-        window.run();
-        ADD_FAILURE() << "nothing came out";
-    } catch (const OrvaUtils::Exception& failure) {
-        EXPECT_EQ(failure.message(), L"Out of paper");
-    }
+    EXPECT_EQ(messageOf<OrvaUtils::Exception>([&] { window.run(); }), L"Out of paper");
     EXPECT_EQ(thrown, 1);
     EXPECT_EQ(windowFailure([&] { window.run(); }), "Out of ink") << "the loop can be entered again";
     // Nor is a lock held, or a loop thought to run: this would wait for ever.

@@ -4,9 +4,9 @@
 #include "ipc/MessageOnlyWindow.h"
 #include "tests/support/TestPanel.h"
 #include "tests/support/Touches.h"
+#include "tests/unit/MessageOf.h"
 #include "tests/unit/OtherThread.h"
 
-#include <algorithm>
 #include <atomic>
 #include <functional>
 #include <gtest/gtest.h>
@@ -16,8 +16,6 @@ using namespace testing_panel;
 using panel::Touch;
 
 namespace {
-
-using Lines = std::vector<std::string>;
 
 // The thread that has the hook, and a message loop that touches pass; the test's own drives the clock.
 class HookThread : indev::MESSAGEHANDLER {
@@ -97,11 +95,6 @@ void press() {
     driver().settle();
 }
 
-std::ptrdiff_t count(const Lines& calls, const char* function) {
-    return std::count_if(calls.begin(), calls.end(),
-                         [&](const std::string& call) { return call.starts_with(function); });
-}
-
 } // namespace
 
 TEST(MouseHook, NotifiesOncePerPressOfAButton) {
@@ -135,11 +128,11 @@ TEST(MouseHook, StartsAThreadWithTheHookAlone) {
         failCall("SetWindowsHookExW");
         EXPECT_FALSE(MouseHook::instance().install());
     });
-    EXPECT_EQ(count(trace(), "CreateThread"), 0);
+    EXPECT_EQ(trace({"CreateThread"}).size(), 0U);
     EXPECT_TRUE(hook.install()) << "it is asked for anew";
     EXPECT_FALSE(hook.install()) << "once";
-    EXPECT_EQ(count(trace(), "SetWindowsHookExW"), 2);
-    EXPECT_EQ(count(trace(), "CreateThread"), 1);
+    EXPECT_EQ(trace({"SetWindowsHookExW"}).size(), 2U);
+    EXPECT_EQ(trace({"CreateThread"}).size(), 1U);
 }
 
 TEST(MouseHook, StaysInstalledWhenItIsNotRemoved) {
@@ -173,8 +166,8 @@ TEST(MouseHook, LeavesAThreadBehindForEachInstallation) {
         hook.perform([] { EXPECT_TRUE(MouseHook::instance().uninstall()); });
     }
     ASSERT_TRUE(hook.install());
-    EXPECT_EQ(count(trace(), "CreateThread"), 11);
-    EXPECT_EQ(count(trace(), "CloseHandle"), 10) << "none of their handles but the last one";
+    EXPECT_EQ(trace({"CreateThread"}).size(), 11U);
+    EXPECT_EQ(trace({"CloseHandle"}).size(), 10U) << "none of their handles but the last one";
     for (int index = 0; index < 30; ++index) {
         heard.clear();
         press();
@@ -238,15 +231,10 @@ TEST(MouseHook, NeedsItsEvents) {
     for (const unsigned call : {1U, 2U}) {
         failCall("CreateEventW", call);
         startTrace();
-        std::wstring failure;
-        try {
-            MouseHook::instance();
-        } catch (const OrvaUtils::Exception& exception) {
-            failure = exception.message();
-        }
-        EXPECT_EQ(failure, L"Cannot create events for mouse hook");
-        EXPECT_EQ(count(trace(), "CreateEventW"), 2);
-        EXPECT_EQ(count(trace(), "CloseHandle"), 1);
+        EXPECT_EQ(messageOf<OrvaUtils::Exception>([] { MouseHook::instance(); }),
+                  L"Cannot create events for mouse hook");
+        EXPECT_EQ(trace({"CreateEventW"}).size(), 2U);
+        EXPECT_EQ(trace({"CloseHandle"}).size(), 1U);
         driver().clearFaults();
     }
     MouseHook::instance(); // with them it can still be made

@@ -19,7 +19,6 @@ using namespace testing_panel;
 namespace {
 
 using Names = std::vector<std::wstring>;
-using Lines = std::vector<std::string>;
 
 void make(const std::wstring& path) {
     const Key made(createKey(HKEY_LOCAL_MACHINE, path, 0));
@@ -34,17 +33,6 @@ Names namesIn(HKEY key) {
         found.push_back(*names);
     }
     return found;
-}
-
-// What was called of these functions.
-Lines callsOf(const Lines& functions) {
-    Lines calls;
-    for (const std::string& line : trace()) {
-        if (std::find(functions.begin(), functions.end(), line.substr(0, line.find('('))) != functions.end()) {
-            calls.push_back(line);
-        }
-    }
-    return calls;
 }
 
 std::size_t openKeys() {
@@ -77,9 +65,9 @@ TEST(Registry, TellsWhatExists) {
     {
         const Key key(HKEY_LOCAL_MACHINE, L"A\\B");
         EXPECT_TRUE(valueExists(key.handle(), L"", L"Value")) << "the key itself";
-        const std::size_t opened = callsOf({"RegOpenKeyExW"}).size();
+        const std::size_t opened = trace({"RegOpenKeyExW"}).size();
         EXPECT_FALSE(valueExists(key.handle(), L"", L"Other"));
-        EXPECT_EQ(callsOf({"RegOpenKeyExW"}).size(), opened);
+        EXPECT_EQ(trace({"RegOpenKeyExW"}).size(), opened);
     }
     EXPECT_EQ(openKeys(), 0U);
 }
@@ -147,7 +135,7 @@ TEST(Registry, DeletesATreeByNumbersAndLeavesNothing) {
     // Each name is known before the one ahead of it goes: 2 before 1 goes. Then 4 has the next number, and 3 is
     // skipped.
     Lines deleted;
-    for (const std::string& line : callsOf({"RegDeleteKeyW"})) {
+    for (const std::string& line : trace({"RegDeleteKeyW"})) {
         deleted.push_back(line.substr(line.find('"'), line.rfind('"') + 1 - line.find('"')));
     }
     EXPECT_EQ(deleted, (Lines{"\"1\"", "\"x\"", "\"2\"", "\"4\"", "\"T\""}));
@@ -171,7 +159,7 @@ TEST(Registry, FlushesTheRootsInOrder) {
     failCall("RegFlushKey", 1);
     flushKey(HKEY_CLASSES_ROOT); // whose failure is ignored
     EXPECT_EQ(flushAll(), 0);
-    const Lines calls = callsOf({"RegFlushKey"});
+    const Lines calls = trace({"RegFlushKey"});
     ASSERT_EQ(calls.size(), 5U);
     const char* const order[] = {"HKEY_CLASSES_ROOT", "HKEY_CURRENT_USER", "HKEY_LOCAL_MACHINE", "HKEY_USERS"};
     for (std::size_t i = 0; i < 4; ++i) {

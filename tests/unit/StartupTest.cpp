@@ -34,6 +34,9 @@ const auto failureOf = messageOf<OrvaUtils::Exception>;
 
 } // namespace
 
+template<int>
+class Numbered : public OrvaUtils::Exception {};
+
 TEST(Startup, ReportsFailuresByTheirClass) {
     writeFile("\\Log\\unrelated", "");
     Logger::instance().setFilePath(L"\\Log\\log.txt");
@@ -41,6 +44,7 @@ TEST(Startup, ReportsFailuresByTheirClass) {
         [] { throw OrvaUtils::Exception(); },
         [] { throw OrvaUtils::IO::FileSystemException(L"Invalid directory name"); },
         [] { throw IPCDispatcherException(L"Failed to create message only window"); },
+        [] { throw Numbered<1>(); },
         [] { throw std::runtime_error("hidden"); },
         [] { throw 1; },
     };
@@ -56,6 +60,7 @@ TEST(Startup, ReportsFailuresByTheirClass) {
     EXPECT_EQ(logged("\\Log\\log.txt"), "ERROR;Exception OrvaUtils::Exception: Generic Exception\n"
                                         "ERROR;Exception OrvaUtils::IO::FileSystemException: Invalid directory name\n"
                                         "ERROR;Exception IPCDispatcherException: Failed to create message only window\n"
+                                        "ERROR;Exception 8NumberedILi1EE: Generic Exception\n"
                                         "ERROR;Unexpected error\nERROR;Unexpected error\n");
 }
 

@@ -6,7 +6,6 @@
 #include "tests/support/TestPanel.h"
 #include "tests/unit/MessageOf.h"
 
-#include <algorithm>
 #include <gtest/gtest.h>
 #include <stdexcept>
 
@@ -18,18 +17,15 @@ using Events = std::vector<std::wstring>;
 
 // Plugs a disk with mounted partitions of these names; "-": one that is not mounted.
 std::string plug(const std::vector<std::string>& volumes, std::uint64_t readyAfter = 0) {
-    const std::filesystem::path folder = panelDirectory().string() + "-disk";
-    std::filesystem::create_directory(folder);
+    const FreshFolder folder;
     panel::Disk disk;
     disk.readyAfter = readyAfter;
     for (const std::string& volume : volumes) {
         const bool mounted = volume != "-";
         disk.partitions.push_back(
-            {mounted ? folder : "", mounted ? volume : "", mounted ? panel::mountedPartition : 0});
+            {mounted ? folder.path : "", mounted ? volume : "", mounted ? panel::mountedPartition : 0});
     }
-    const std::string device = panel::Panel(panelDirectory()).plug(disk);
-    std::filesystem::remove_all(folder);
-    return device;
+    return panel::Panel(panelDirectory()).plug(disk);
 }
 
 void unplug(const std::string& device) {
@@ -71,25 +67,8 @@ void logInto(std::int32_t threshold) {
     Logger::instance().setThreshold(threshold);
 }
 
-// The lines of the log without their time stamps.
 std::string logged() {
-    std::string rest = readFile("\\Log\\log.txt");
-    std::string lines;
-    for (std::size_t end; (end = rest.find('\n')) != std::string::npos; rest.erase(0, end + 1)) {
-        lines += rest.substr(rest.find(';') + 1, end - rest.find(';'));
-    }
-    return lines;
-}
-
-void pass(std::uint64_t milliseconds) {
-    advance(milliseconds);
-    driver().settle(); // what is due now happens
-}
-
-std::size_t calls(const std::string& start) {
-    const std::vector<std::string> lines = trace();
-    return static_cast<std::size_t>(
-        std::count_if(lines.begin(), lines.end(), [&](const std::string& line) { return line.rfind(start, 0) == 0; }));
+    return withoutStamps(readFile("\\Log\\log.txt"));
 }
 
 } // namespace
@@ -165,9 +144,9 @@ TEST(USBDeviceMonitor, ClosesWhatItListenedToAndNothingElse) {
     auto* const monitor = new USBDeviceMonitor;
     EXPECT_TRUE(monitor->start());
     stopAndDelete(monitor);
-    EXPECT_EQ(calls("StopDeviceNotifications("), 1U);
-    EXPECT_EQ(calls("CloseMsgQueue("), 1U);
-    EXPECT_EQ(calls("CloseHandle("), 0U) << "neither the events nor the thread";
+    EXPECT_EQ(trace({"StopDeviceNotifications"}).size(), 1U);
+    EXPECT_EQ(trace({"CloseMsgQueue"}).size(), 1U);
+    EXPECT_EQ(trace({"CloseHandle"}).size(), 0U) << "neither the events nor the thread";
 }
 
 TEST(StorageManager, NeedsEveryFunctionAndTriesAgain) {
@@ -181,7 +160,7 @@ TEST(StorageManager, NeedsEveryFunctionAndTriesAgain) {
     startTrace();
     EXPECT_EQ(failure(), L"none");
     EXPECT_EQ(failure(), L"none");
-    EXPECT_EQ(calls("GetProcAddressW("), 21U) << "once for all";
-    EXPECT_EQ(calls("FreeLibrary("), 0U);
+    EXPECT_EQ(trace({"GetProcAddressW"}).size(), 21U) << "once for all";
+    EXPECT_EQ(trace({"FreeLibrary"}).size(), 0U);
     EXPECT_EQ(getStorageManager().openStore(L"DSK1:"), INVALID_HANDLE_VALUE);
 }

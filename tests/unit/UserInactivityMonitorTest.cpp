@@ -39,11 +39,6 @@ void user(bool active) {
     driver().settle();
 }
 
-void pass(std::uint64_t milliseconds) {
-    advance(milliseconds);
-    driver().settle();
-}
-
 } // namespace
 
 TEST(UserInactivityMonitor, ReportsTheUserAfterTheTimeout) {

@@ -82,11 +82,13 @@ HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES*
         const DeviceFacts* driver = Devices::driverAt(name);
         return driver ? openDriver(gate, lock, *driver) : gate.fails(INVALID_HANDLE_VALUE, ERROR_FILE_NOT_FOUND);
     }
-    const Place place = locate(gate.runtime.directory(), name);
+    const Place place = locate(image, gate.runtime.directory(), name);
     if (const DWORD error = refusal(image, place, isProtected(image, name), access, share, disposition))
         return gate.fails(INVALID_HANDLE_VALUE, error);
     const Slot object = objects::make(image, ObjectType::file);
     const std::uint32_t handle = object ? objects::openHandle(image, gate.process(), object) : 0;
+    if (!place.exists)
+        nameMade(image, place);
     const int file = handle ? openOnHost(place, access, disposition) : -1;
     struct stat status {};
     if (file < 0 || fstat(file, &status) != 0) {

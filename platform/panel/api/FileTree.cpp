@@ -63,8 +63,7 @@ DWORD copyOnHost(const Place& source, const Place& destination) {
     return error;
 }
 
-DWORD copyFile(const Image& image, const Place& source, const Place& destination, bool isProtectedThere,
-               bool failIfExists) {
+DWORD copyFile(Image& image, const Place& source, const Place& destination, bool isProtectedThere, bool failIfExists) {
     if (!source.exists)
         return source.error;
     if (!source.isFile())
@@ -87,6 +86,7 @@ DWORD copyFile(const Image& image, const Place& source, const Place& destination
     }
     if (isProtectedThere)
         return ERROR_WRITE_PROTECT;
+    nameMade(image, destination);
     return copyOnHost(source, destination);
 }
 
@@ -94,9 +94,9 @@ bool isTop(const std::string& root, const Place& place) { // the panel's root or
     return place.host == root + "/fs" || place.host.rfind('/') == root.size() + 3;
 }
 
-DWORD moveFile(const Image& image, const std::string& root, const std::string& from, const std::string& to) {
-    const Place source = locate(root, from);
-    const Place destination = locate(root, to);
+DWORD moveFile(Image& image, const std::string& root, const std::string& from, const std::string& to) {
+    const Place source = locate(image, root, from);
+    const Place destination = locate(image, root, to);
     if (!source.exists)
         return source.error;
     const bool sameFile = destination.exists && destination.status.st_dev == source.status.st_dev &&
@@ -119,10 +119,11 @@ DWORD moveFile(const Image& image, const std::string& root, const std::string& f
             return error;
         return unlink(source.host.c_str()) == 0 ? 0 : ERROR_ACCESS_DENIED;
     }
-    std::string target = destination.host;
+    Place target = destination;
     if (sameFile) // only the case changes
-        target = target.substr(0, target.rfind('/') + 1) + std::string(fileName(to));
-    return rename(source.host.c_str(), target.c_str()) == 0 ? 0 : ERROR_ACCESS_DENIED;
+        target.host = target.host.substr(0, target.host.rfind('/') + 1) + std::string(fileName(to));
+    nameMade(image, target);
+    return rename(source.host.c_str(), target.host.c_str()) == 0 ? 0 : ERROR_ACCESS_DENIED;
 }
 
 DWORD attributesOf(const struct stat& status) {
@@ -132,12 +133,14 @@ DWORD attributesOf(const struct stat& status) {
 }
 
 // A snapshot of what matches, in the order of the names.
-std::vector<Found> search(const std::string& root, const std::string& path) {
+std::vector<Found> search(Image& image, const std::string& root, const std::string& path) {
     std::vector<Found> found;
     const std::string pattern(fileName(path));
     const std::string folder =
         path.size() > pattern.size() + 1 ? path.substr(0, path.size() - pattern.size() - 1) : "\\";
-    const Place place = locate(root, folder);
+    Lock lock(image);
+    const Place place = locate(image, root, folder);
+    lock.release();
     DIR* directory = place.isDirectory() ? opendir(place.host.c_str()) : nullptr;
     if (!directory)
         return found;
@@ -191,8 +194,8 @@ BOOL CopyFileW(LPCWSTR source, LPCWSTR destination, BOOL failIfExists) noexcept 
     const std::string& root = gate.runtime.directory();
     const Lock lock(gate.image());
     const std::string to = toUtf8(destination);
-    return answer(gate, copyFile(gate.image(), locate(root, toUtf8(source)), locate(root, to),
-                                 isProtected(gate.image(), to), failIfExists != FALSE));
+    return answer(gate, copyFile(gate.image(), locate(gate.image(), root, toUtf8(source)),
+                                 locate(gate.image(), root, to), isProtected(gate.image(), to), failIfExists != FALSE));
 }
 
 BOOL MoveFileW(LPCWSTR source, LPCWSTR destination) noexcept {
@@ -209,7 +212,7 @@ BOOL DeleteFileW(LPCWSTR path) noexcept {
         return gate.fault<BOOL>();
     const Lock lock(gate.image());
     const std::string name = toUtf8(path);
-    const Place place = locate(gate.runtime.directory(), name);
+    const Place place = locate(gate.image(), gate.runtime.directory(), name);
     if (!place.exists)
         return gate.fails(FALSE, place.error);
     if (isProtected(gate.image(), name))
@@ -225,11 +228,12 @@ BOOL CreateDirectoryW(LPCWSTR path, SECURITY_ATTRIBUTES*) noexcept {
         return gate.fault<BOOL>();
     const Lock lock(gate.image());
     const std::string name = toUtf8(path);
-    const Place place = locate(gate.runtime.directory(), name);
+    const Place place = locate(gate.image(), gate.runtime.directory(), name);
     if (place.exists || !place.canBeMade())
         return gate.fails(FALSE, place.exists ? ERROR_ALREADY_EXISTS : place.error);
     if (isProtected(gate.image(), name))
         return gate.fails(FALSE, ERROR_WRITE_PROTECT);
+    nameMade(gate.image(), place);
     if (mkdir(place.host.c_str(), 0755) != 0)
         return gate.fails(FALSE, ERROR_ACCESS_DENIED);
     setWriteTime(place.host, clock::date(gate.image()));
@@ -242,7 +246,7 @@ BOOL RemoveDirectoryW(LPCWSTR path) noexcept {
         return gate.fault<BOOL>();
     const Lock lock(gate.image());
     const std::string name = toUtf8(path);
-    const Place place = locate(gate.runtime.directory(), name);
+    const Place place = locate(gate.image(), gate.runtime.directory(), name);
     if (!place.isDirectory())
         return gate.fails(FALSE, place.exists ? ERROR_PATH_NOT_FOUND : place.error);
     if (isTop(gate.runtime.directory(), place) && !volumeOf(gate.image(), name).empty())
@@ -256,7 +260,8 @@ DWORD GetFileAttributesW(LPCWSTR path) noexcept {
     Gate gate(Function::GetFileAttributesW, path);
     if (gate.faulted())
         return gate.fault<DWORD>();
-    const Place place = locate(gate.runtime.directory(), toUtf8(path));
+    const Lock lock(gate.image());
+    const Place place = locate(gate.image(), gate.runtime.directory(), toUtf8(path));
     if (!place.exists)
         return gate.fails(INVALID_FILE_ATTRIBUTES, place.error);
     return gate.done(attributesOf(place.status));
@@ -268,7 +273,7 @@ BOOL SetFileAttributesW(LPCWSTR path, DWORD attributes) noexcept {
         return gate.fault<BOOL>();
     const Lock lock(gate.image());
     const std::string name = toUtf8(path);
-    const Place place = locate(gate.runtime.directory(), name);
+    const Place place = locate(gate.image(), gate.runtime.directory(), name);
     if (!place.exists)
         return gate.fails(FALSE, place.error);
     if (isProtected(gate.image(), name))
@@ -287,7 +292,7 @@ HANDLE FindFirstFileW(LPCWSTR pattern, WIN32_FIND_DATAW* data) noexcept {
     if (gate.faulted())
         return gate.fault<HANDLE>();
     LocalObject local;
-    local.found = search(gate.runtime.directory(), toUtf8(pattern));
+    local.found = search(gate.image(), gate.runtime.directory(), toUtf8(pattern));
     if (!nextFound(local, data))
         return gate.fails(INVALID_HANDLE_VALUE, ERROR_FILE_NOT_FOUND);
     gate.shows(static_cast<const wchar_t*>(data->cFileName));
@@ -336,12 +341,13 @@ BOOL SHCreateShortcut(LPWSTR shortcut, LPWSTR target) noexcept {
         return gate.fails(FALSE, ERROR_FILENAME_EXCED_RANGE);
     const Lock lock(gate.image());
     const std::string name = toUtf8(shortcut);
-    const Place place = locate(gate.runtime.directory(), name);
+    const Place place = locate(gate.image(), gate.runtime.directory(), name);
     if (!place.canBeMade())
         return gate.fails(FALSE, place.exists ? ERROR_FILE_EXISTS : place.error);
     if (isProtected(gate.image(), name))
         return gate.fails(FALSE, ERROR_WRITE_PROTECT);
     const std::string text = std::to_string(wideLength(target)) + '#' + toUtf8(target);
+    nameMade(gate.image(), place);
     const int file = open(place.host.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
     const bool written = file >= 0 && write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size());
     if (file >= 0) {

@@ -32,6 +32,7 @@ inline constexpr std::uint32_t maxPartitions = 8; // of a block device
 inline constexpr std::uint32_t maxSignals = 32;
 inline constexpr std::uint32_t maxLingering = 128;
 inline constexpr std::uint32_t maxEnded = 64;
+inline constexpr std::uint32_t maxMadeNames = 64;
 inline constexpr std::uint64_t never = ~std::uint64_t{0}; // a deadline that does not come
 
 using Slot = std::uint32_t; // index + 1; 0: none
@@ -237,6 +238,12 @@ struct EndedRecord { // a program's exit code for people; the platform keeps it 
     std::uint64_t time; // panel ms
 };
 
+struct MadeNameRecord { // a name that a program has made in a folder (FolderNames.h)
+    std::uint64_t device; // the folder's identity on the host
+    std::uint64_t inode;
+    char name[256];
+};
+
 struct SignalRecord { // how often an event was set, whoever held it
     char name[128]; // empty: the entry is free
     std::uint32_t count;
@@ -283,6 +290,8 @@ struct Image {
     FaultRecord faults[maxFaults];
     LingeringRecord lingering[maxLingering];
     EndedRecord ended[maxEnded]; // a ring: the last ones
+    std::uint64_t namesMade; // so far
+    MadeNameRecord madeNames[maxMadeNames]; // a ring: the last ones
     BlockDeviceRecord blockDevices[maxBlockDevices];
     QueueMessageRecord queueMessages[maxQueueMessages];
     ObjectRecord objects[maxObjects];
@@ -310,6 +319,7 @@ constexpr std::uint32_t layoutNumber() {
         offsetof(Image, faults),
         offsetof(Image, lingering),
         offsetof(Image, ended),
+        offsetof(Image, madeNames),
         offsetof(Image, blockDevices),
         offsetof(Image, queueMessages),
         offsetof(Image, objects),

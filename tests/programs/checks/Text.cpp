@@ -82,13 +82,57 @@ void formatting() {
     CHECK(_wtol(L" -2147483648x") == -2147483647L - 1);
 }
 
+// The XML library formats and reads them by the C library, which here knows whole numbers alone.
+void numbers() {
+    const struct {
+        const char* text;
+        bool isNumber;
+        int value;
+        unsigned unsignedValue;
+    } cases[] = {
+        {"0", true, 0, 0},
+        {" \t+17 rest", true, 17, 17},
+        {"-2147483648", true, -2147483647 - 1, 2147483648U},
+        {"99999999999", true, 2147483647, 4294967295U},
+        {"4294967295", true, 2147483647, 4294967295U},
+        {"0x1F", true, 31, 31},
+        {"\n0Xffffffff", true, -1, 4294967295U},
+        {"1.9e3", true, 1, 1},
+        {"010", true, 10, 10},
+        {"", false, -5, 5},
+        {"0x", true, 0, 0},
+        {"- 1", false, -5, 5},
+        {"x1", false, -5, 5},
+    };
+    for (const auto& each : cases) {
+        int value = -5;
+        unsigned unsignedValue = 5;
+        CHECK(tinyxml2::XMLUtil::ToInt(each.text, &value) == each.isNumber && value == each.value);
+        CHECK(tinyxml2::XMLUtil::ToUnsigned(each.text, &unsignedValue) == each.isNumber &&
+              unsignedValue == each.unsignedValue);
+    }
+    tinyxml2::XMLDocument document;
+    CHECK(document.Parse("<Text>\n<Open>") != tinyxml2::XML_SUCCESS);
+    CHECK(document.ErrorStr() ==
+          std::string("Error=XML_ERROR_MISMATCHED_ELEMENT ErrorID=14 (0xe) Line number=2: XMLElement name=Open"));
+    tinyxml2::XMLPrinter printer;
+    printer.OpenElement("N");
+    printer.PushAttribute("a", -2147483647 - 1);
+    printer.PushAttribute("b", ~0U);
+    printer.PushAttribute("c", -9223372036854775807LL - 1);
+    printer.PushAttribute("d", static_cast<std::uint64_t>(~0ULL));
+    printer.CloseElement();
+    CHECK(printer.CStr() == std::string("<N a=\"-2147483648\" b=\"4294967295\" c=\"-9223372036854775808\" "
+                                        "d=\"18446744073709551615\"/>\n"));
+}
+
 // The host finds "\Temp\<smile>.xml" under its UTF-8 name.
 void files() {
     const std::wstring path = L"\\Temp\\" + smile + L".xml";
     tinyxml2::XMLDocument written;
     tinyxml2::XMLElement* const element = written.NewElement("Text");
     element->SetAttribute("Value", toUtf8(L"\u20AC" + smile).c_str());
-    element->SetAttribute("Number", 1.5);
+    element->SetAttribute("Number", -2147483647 - 1);
     written.InsertEndChild(element);
     std::FILE* file = _wfopen(path.c_str(), L"wb");
     CHECK(file != nullptr);
@@ -113,7 +157,7 @@ void files() {
     std::fclose(file);
     const tinyxml2::XMLElement* const root = read.FirstChildElement("Text");
     CHECK(root != nullptr && toWide(root->Attribute("Value")) == L"\u20AC" + smile);
-    CHECK(root != nullptr && root->DoubleAttribute("Number") == 1.5);
+    CHECK(root != nullptr && root->IntAttribute("Number") == -2147483647 - 1);
 }
 
 } // namespace
@@ -122,5 +166,6 @@ void checks::text() {
     surrogates();
     algorithms();
     formatting();
+    numbers();
     files();
 }
