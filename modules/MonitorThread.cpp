@@ -58,6 +58,14 @@ void MonitorThread::stop() {
     }
 }
 
+void MonitorThread::stopAtEnd() {
+    OrvaUtils::Teardown steps;
+    if (hasThread()) {
+        steps.run([this] { stop(); });
+    }
+    steps.finish();
+}
+
 bool MonitorThread::hasEnded() const {
     return !hasThread() || WaitForSingleObject(threadHandle, 0) == WAIT_OBJECT_0;
 }

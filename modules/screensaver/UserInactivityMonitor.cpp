@@ -28,6 +28,10 @@ UserInactivityMonitor::UserInactivityMonitor()
     createEvents();
 }
 
+UserInactivityMonitor::~UserInactivityMonitor() noexcept(false) {
+    stopAtEnd();
+}
+
 void UserInactivityMonitor::setTimeout(std::uint32_t milliseconds) {
     timeout = milliseconds;
 }

@@ -35,6 +35,10 @@ EMMCMonitor::EMMCMonitor()
     createEvents();
 }
 
+EMMCMonitor::~EMMCMonitor() noexcept(false) {
+    stopAtEnd();
+}
+
 bool EMMCMonitor::start() {
     if (!MonitorThread::start()) {
         return false;

@@ -10,6 +10,10 @@ USBDeviceMonitor::USBDeviceMonitor()
     createEvents();
 }
 
+USBDeviceMonitor::~USBDeviceMonitor() noexcept(false) {
+    stopAtEnd();
+}
+
 void USBDeviceMonitor::addObserver(USBDeviceMonitorObserver* observer) {
     observers.add(observer);
 }

@@ -22,6 +22,7 @@ class USBDeviceMonitor : public MonitorThread {
 public:
     // Throws "Cannot create event".
     USBDeviceMonitor();
+    ~USBDeviceMonitor() noexcept(false);
 
     void addObserver(USBDeviceMonitorObserver* observer);
     void removeObserver(USBDeviceMonitorObserver* observer);
