@@ -32,6 +32,15 @@ std::uint32_t findWindow(const std::string& className) {
     return messages::findWindow(call.image, className);
 }
 
+std::vector<std::string> registeredMessages() {
+    const Call call;
+    std::vector<std::string> names;
+    for (const auto& name : call.image.registeredMessages)
+        if (name[0])
+            names.emplace_back(name);
+    return names;
+}
+
 std::optional<std::int64_t> sendMessage(std::uint32_t window, const std::string& message, std::uint64_t wParam,
                                         std::int64_t lParam, std::uint32_t limit) {
     Call call;

@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <fstream>
 #include <sstream>
 #include <stdexcept>
 
@@ -123,6 +122,16 @@ LandedTouch touchFrom(const std::string& line) {
     return touch;
 }
 
+std::string tagFrom(const fs::path& file) {
+    try {
+        if (!fs::is_regular_file(file))
+            throw std::runtime_error("it is no regular file");
+        return parseHex(host::readFile(file.string()));
+    } catch (const std::exception& error) {
+        throw std::runtime_error("not readable: " + file.string() + ": " + error.what());
+    }
+}
+
 // The tag library's operations are its functions.
 std::vector<OperationFacts> tagOperations() {
     return {
@@ -182,11 +191,10 @@ fs::path Devices::fileOf(std::uint32_t tag) const {
 DeviceState Devices::state(std::string_view name) const {
     const DeviceFacts& device = facts(name);
     DeviceState state{std::string(device.name), false, device.values, {}};
-    std::ifstream file(fileOf(device.name));
-    if (!file) // one that the panel was not made with
+    if (!fs::exists(fileOf(device.name))) // one that the panel was not made with
         return state;
     try {
-        const Json json = Json::parse(file);
+        const Json json = Json::parse(host::readFile(fileOf(device.name).string()));
         state.present = json.at("present");
         if (json.contains("values"))
             state.values = valuesFrom(json.at("values"));
@@ -263,7 +271,7 @@ void Devices::setValues(std::string_view name, const std::vector<std::uint32_t>&
 
 std::vector<Request> Devices::requests(std::string_view device) const {
     std::vector<Request> result;
-    std::ifstream file(folder / "requests");
+    std::istringstream file(host::readFile((folder / "requests").string()));
     for (std::string line; std::getline(file, line);)
         if (Request request = requestFrom(line); device.empty() || equalCaseBlind(device, request.device))
             result.push_back(std::move(request));
@@ -271,19 +279,19 @@ std::vector<Request> Devices::requests(std::string_view device) const {
 }
 
 void Devices::note(const Request& request) const {
-    std::ofstream(folder / "requests", std::ios::app) << lineOf(request);
+    host::appendToFile((folder / "requests").string(), lineOf(request));
 }
 
 std::vector<LandedTouch> Devices::touches() const {
     std::vector<LandedTouch> result;
-    std::ifstream file(folder / "touches");
+    std::istringstream file(host::readFile((folder / "touches").string()));
     for (std::string line; std::getline(file, line);)
         result.push_back(touchFrom(line));
     return result;
 }
 
 void Devices::note(const LandedTouch& touch) const {
-    std::ofstream(folder / "touches", std::ios::app) << lineOf(touch);
+    host::appendToFile((folder / "touches").string(), lineOf(touch));
 }
 
 void Devices::forgetRequests() const {
@@ -298,7 +306,7 @@ std::map<std::uint32_t, std::string> Devices::tags() const {
     for (const fs::directory_entry& entry : fs::directory_iterator(folder / "tags")) {
         const std::string name = entry.path().filename().string();
         if (name.size() < 10 && name.find_first_not_of("0123456789") == std::string::npos)
-            result[static_cast<std::uint32_t>(std::stoul(name))] = parseHex(host::readFile(entry.path().string()));
+            result[static_cast<std::uint32_t>(std::stoul(name))] = tagFrom(entry.path());
     }
     return result;
 }
@@ -306,7 +314,7 @@ std::map<std::uint32_t, std::string> Devices::tags() const {
 std::optional<std::string> Devices::tag(std::uint32_t id) const {
     if (!fs::exists(fileOf(id)))
         return std::nullopt;
-    return parseHex(host::readFile(fileOf(id).string()));
+    return tagFrom(fileOf(id));
 }
 
 void Devices::setTag(std::uint32_t id, std::string_view bytes) const {

@@ -59,6 +59,20 @@ bool isMounted(const Partition& partition) {
     return partition.attributes & mountedPartition;
 }
 
+// Whether it is a volume, or can become one.
+bool holdsFiles(const Partition& partition) {
+    return isMounted(partition) || (!partition.volume.empty() && !partition.folder.empty());
+}
+
+bool contains(const std::vector<std::string>& names, const std::string& name) {
+    return std::any_of(names.begin(), names.end(), [&](const std::string& each) { return equalCaseBlind(each, name); });
+}
+
+void removeIfEmpty(const fs::path& folder) {
+    std::error_code ignored;
+    fs::remove(folder, ignored);
+}
+
 // Why it cannot be a volume's name; empty: it can. The platform has 64 characters for "\\" + name + zero.
 std::string faultOf(const std::string& name) {
     const bool odd =
@@ -77,7 +91,7 @@ void checkStored(const Disk& disk) {
     if (disk.partitions.size() > maxPartitions)
         fault = "too many partitions on " + disk.device;
     for (const Partition& partition : disk.partitions)
-        if (isMounted(partition) && fault.empty())
+        if ((isMounted(partition) || !partition.volume.empty()) && fault.empty())
             fault = equalCaseBlind(partition.volume, "MMCMemory") || equalCaseBlind(partition.volume, "NANDFlash") ||
                             equalCaseBlind(partition.volume, "Windows")
                         ? "\"" + partition.volume + "\" is the panel's own"
@@ -98,7 +112,7 @@ std::string freeDevice(const std::vector<Disk>& disks) {
 bool isCalled(const Disk& disk, const std::string& name) {
     return equalCaseBlind(disk.device, name) ||
            std::any_of(disk.partitions.begin(), disk.partitions.end(), [&](const Partition& partition) {
-               return isMounted(partition) && equalCaseBlind(partition.volume, name);
+               return !partition.volume.empty() && equalCaseBlind(partition.volume, name);
            });
 }
 
@@ -181,13 +195,44 @@ void Disks::show(Image& image) const {
         addDevice(image, disk);
 }
 
-void Disks::check(const Disk& disk, const std::vector<Volume>& known) const {
+std::vector<std::string> Disks::takenNames(const std::vector<Disk>& disks) const {
     std::vector<std::string> names;
     for (const fs::directory_entry& entry : fs::directory_iterator(root / "fs"))
         names.push_back(entry.path().filename().string());
-    std::size_t count = known.size();
+    for (const Disk& disk : disks)
+        for (const Partition& partition : disk.partitions)
+            if (!isMounted(partition))
+                names.push_back(partition.volume);
+    return names;
+}
+
+void Disks::nameVolumes(Disk& disk, const std::vector<Disk>& known) const {
+    std::vector<std::string> names = takenNames(known);
+    for (Partition& partition : disk.partitions) {
+        if (!holdsFiles(partition))
+            partition.volume.clear();
+        names.push_back(partition.volume);
+    }
+    for (Partition& partition : disk.partitions) {
+        if (!isMounted(partition) || !partition.volume.empty())
+            continue;
+        std::string name = "Hard Disk";
+        for (int number = 2; contains(names, name); ++number)
+            name = "Hard Disk" + std::to_string(number);
+        partition.volume = name;
+        names.push_back(name);
+    }
+}
+
+fs::path Disks::placeOf(const Partition& partition) const {
+    return root / (isMounted(partition) ? "fs" : "unmounted") / partition.volume;
+}
+
+void Disks::check(const Disk& disk, const std::vector<Disk>& known) const {
+    std::vector<std::string> names = takenNames(known);
+    std::size_t count = volumes().size();
     for (const Partition& partition : disk.partitions) {
-        if (!isMounted(partition))
+        if (!holdsFiles(partition))
             continue;
         const std::string& name = partition.volume;
         if (!fs::is_directory(partition.folder))
@@ -196,11 +241,11 @@ void Disks::check(const Disk& disk, const std::vector<Volume>& known) const {
             throw std::runtime_error(fault);
         if (lies(partition.folder, root) || lies(root, partition.folder))
             throw std::runtime_error("the folder and the panel lie in each other: " + partition.folder.string());
-        for (const std::string& other : names)
-            if (equalCaseBlind(other, name))
-                throw std::runtime_error("the panel has a \"" + name + "\" already (panel unplug removes a disk)");
+        if (contains(names, name))
+            throw std::runtime_error("the panel has a \"" + name + "\" already (panel unplug removes a disk)");
         names.push_back(name);
-        if (++count > maxVolumes)
+        count += isMounted(partition);
+        if (count > maxVolumes)
             throw std::runtime_error("the panel has as many volumes as it can (panel unplug removes a disk)");
     }
     if (disk.partitions.size() > maxPartitions)
@@ -227,21 +272,26 @@ void Disks::tell(const Disk& disk, bool attached) const {
 
 void Disks::removeFolders(const Disk& disk) const {
     for (const Partition& partition : disk.partitions)
-        if (isMounted(partition))
-            fs::remove_all(root / "fs" / partition.volume); // of a folder in place only the link goes
+        if (!partition.volume.empty())
+            fs::remove_all(placeOf(partition)); // of a folder in place only the link goes
+    removeIfEmpty(root / "unmounted");
 }
 
 std::string Disks::plug(Disk disk, std::int64_t date) const {
     const Change alone(root);
     std::vector<Disk> disks = list();
-    check(disk, volumes());
+    nameVolumes(disk, disks);
+    check(disk, disks);
     disk.device = freeDevice(disks);
     try {
         for (const Partition& partition : disk.partitions) {
-            const fs::path place = root / "fs" / partition.volume;
-            if (isMounted(partition) && disk.inPlace)
+            if (!holdsFiles(partition))
+                continue;
+            const fs::path place = placeOf(partition);
+            fs::create_directories(place.parent_path());
+            if (disk.inPlace)
                 fs::create_directory_symlink(fs::absolute(partition.folder), place);
-            else if (isMounted(partition))
+            else
                 copyDisk(root, partition.folder, place, date);
         }
         disks.push_back(disk);
@@ -252,6 +302,45 @@ std::string Disks::plug(Disk disk, std::int64_t date) const {
     }
     tell(disk, true);
     return disk.device;
+}
+
+void Disks::mount(const std::string& volume) const {
+    const Change alone(root);
+    std::vector<Disk> disks = list();
+    for (Disk& disk : disks)
+        for (Partition& partition : disk.partitions) {
+            if (isMounted(partition) || !equalCaseBlind(partition.volume, volume))
+                continue;
+            if (volumes().size() >= maxVolumes)
+                throw std::runtime_error("the panel has as many volumes as it can (panel unplug removes a disk)");
+            const fs::path waiting = placeOf(partition);
+            partition.attributes |= mountedPartition;
+            if (contains(takenNames({}), partition.volume))
+                throw std::runtime_error("the panel has a \"" + partition.volume + "\" already");
+            fs::rename(waiting, placeOf(partition));
+            try {
+                save(disks);
+            } catch (...) {
+                fs::rename(placeOf(partition), waiting);
+                throw;
+            }
+            removeIfEmpty(root / "unmounted");
+            tellAttributes(disk);
+            return;
+        }
+    throw std::runtime_error("no partition \"" + volume + "\" waits to be mounted (panel status lists the disks)");
+}
+
+void Disks::tellAttributes(const Disk& disk) const {
+    const Mapping kernel(root);
+    if (!kernel.image)
+        return;
+    const Lock lock(*kernel.image);
+    setVolumes(*kernel.image, volumes());
+    for (BlockDeviceRecord& record : kernel.image->blockDevices)
+        for (std::uint32_t index = 0; record.used && record.name == disk.device && index < record.partitionCount;
+             ++index)
+            record.partitions[index].attributes = disk.partitions[index].attributes;
 }
 
 void Disks::unplug(const std::string& name) const {

@@ -2,6 +2,7 @@
 // root.
 //
 //     devices/disks.json   what is plugged: device, when it is ready, its partitions
+//     unmounted/           what named partitions hold that are not mounted yet
 //
 // Works with the panel on and off. All failures are std::runtime_error with a text for people.
 #pragma once
@@ -24,8 +25,10 @@ struct Volume {
 };
 
 struct Partition {
-    std::filesystem::path folder; // of the host: what a mounted partition holds; not kept
-    std::string volume = "Hard Disk"; // the top folder, if it is mounted
+    std::filesystem::path folder; // of the host: what the partition holds; not kept
+    // The top folder, once it is mounted. Empty: of a mounted one the next free name of "Hard Disk", "Hard Disk2", ...;
+    // another one cannot be mounted.
+    std::string volume = "Hard Disk";
     std::uint32_t attributes = mountedPartition; // PARTITION_ATTRIBUTE_*
 };
 
@@ -46,6 +49,8 @@ public:
     // Its files are as if written at this date (ms since 1970 UTC). Announced to programs that asked for it; the device
     // is the first free one, and the answer.
     std::string plug(Disk disk, std::int64_t date) const;
+    // A named partition that was plugged without being mounted, from now on.
+    void mount(const std::string& volume) const;
     // By the device or one of its volumes, case-blind; with all its partitions. Announced, too.
     void unplug(const std::string& name) const;
 
@@ -53,8 +58,12 @@ public:
     void show(Image& image) const; // puts volumes and block devices into a booting panel's kernel file
 
 private:
-    void check(const Disk& disk, const std::vector<Volume>& known) const;
+    std::vector<std::string> takenNames(const std::vector<Disk>& disks) const;
+    void nameVolumes(Disk& disk, const std::vector<Disk>& known) const;
+    void check(const Disk& disk, const std::vector<Disk>& known) const;
+    std::filesystem::path placeOf(const Partition& partition) const; // of what it holds
     void tell(const Disk& disk, bool attached) const; // the panel, if it is on
+    void tellAttributes(const Disk& disk) const; // which of its partitions are mounted
     void removeFolders(const Disk& disk) const;
     void save(const std::vector<Disk>& disks) const;
 

@@ -196,6 +196,19 @@ bool Driver::waitUntil(const std::function<bool()>& condition, std::uint64_t lim
     }
 }
 
+bool Driver::kill(const std::string& process) {
+    Call call;
+    processes::noticeDead(call.image);
+    for (Slot slot = 1; slot <= maxProcesses; ++slot) {
+        const ProcessRecord& record = processes::at(call.image, slot);
+        if (record.state == ProcessState::free || record.driver || processes::name(call.image, record) != process)
+            continue;
+        processes::kill(call.image, slot);
+        return true;
+    }
+    return false;
+}
+
 bool Driver::isOn() {
     const Call call;
     return call.image.on;

@@ -123,6 +123,9 @@ public:
     // True once the condition holds, looked at whenever all threads of the panel wait; false after so much panel time.
     bool waitUntil(const std::function<bool()>& condition, std::uint64_t limit);
 
+    // Ends a process as a crash would ("TarvexHelper.exe#2"); false if there is none.
+    bool kill(const std::string& process);
+
     bool isOn(); // false once this very panel was switched off, also when it has been booted again since
     PanelStatus status();
     void setTicks(std::uint32_t ticks); // what the tick count is now

@@ -15,7 +15,7 @@
 #include <chrono>
 #include <cstring>
 #include <fcntl.h>
-#include <fstream>
+#include <pwd.h>
 #include <stdexcept>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -31,8 +31,7 @@ namespace {
 constexpr std::uint32_t lockPatience = 2000; // real ms; a program that was stopped may hold the lock for ever
 
 Json readJson(const fs::path& path) {
-    std::ifstream file(path);
-    Json json = Json::parse(file, nullptr, false);
+    Json json = Json::parse(host::readFile(path.string()), nullptr, false);
     if (json.is_discarded())
         throw std::runtime_error("not readable as JSON: " + path.string());
     return json;
@@ -40,6 +39,11 @@ Json readJson(const fs::path& path) {
 
 void writeJson(const fs::path& path, const Json& json) {
     host::writeFile(path.string(), json.dump(2) + '\n');
+}
+
+std::string userName(uid_t id) {
+    const passwd* user = getpwuid(id);
+    return user ? user->pw_name : "user " + std::to_string(id);
 }
 
 std::string kernelFile(const fs::path& root) {
@@ -57,27 +61,45 @@ Panel Panel::create(const fs::path& directory, const PanelOptions& options) {
         throw std::runtime_error("there is something already: " + directory.string() + " (choose another directory)");
     for (const std::string& device : options.without)
         Devices::facts(device); // throws for an unknown one, before anything is made
+    const bool existed = fs::exists(directory);
+    try {
+        fs::create_directories(directory);
+        Panel panel{Fresh{directory}};
+        panel.fill(options);
+        return panel;
+    } catch (const std::exception& error) {
+        std::error_code ignored;
+        if (existed)
+            for (const fs::directory_entry& entry : fs::directory_iterator(directory, ignored))
+                fs::remove_all(entry, ignored);
+        else
+            fs::remove_all(directory, ignored);
+        throw std::runtime_error("cannot make a panel in " + directory.string() + ": " + error.what());
+    }
+}
+
+void Panel::fill(const PanelOptions& options) const {
     for (const char* folder : {"fs/MMCMemory", "fs/NANDFlash", "fs/Windows", "registry", "devices"})
-        fs::create_directories(directory / folder);
+        fs::create_directories(root / folder);
     const auto hostDate =
         std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::system_clock::now().time_since_epoch());
-    writeJson(directory / "devices/panel.json",
+    writeJson(root / "devices/panel.json",
               {{"screen", {{"width", options.screenWidth}, {"height", options.screenHeight}}},
                {"date", options.date < 0 ? hostDate.count() : options.date}});
-    registry::Tree registry;
-    registry.make("HKEY_LOCAL_MACHINE\\ORVA")->set(registry::textValue("Version", options.version));
-    registry.make("HKEY_LOCAL_MACHINE\\Ident")->set(registry::textValue("Name", options.name));
-    registry.make("HKEY_LOCAL_MACHINE\\init");
-    registry::store(directory, registry::Copy::now, registry);
-    registry::store(directory, registry::Copy::flash, registry);
-    Panel panel(directory);
-    panel.devices().create(options.without);
-    panel.disks().create();
+    registry::Tree tree;
+    tree.make("HKEY_LOCAL_MACHINE\\ORVA")->set(registry::textValue("Version", options.version));
+    tree.make("HKEY_LOCAL_MACHINE\\Ident")->set(registry::textValue("Name", options.name));
+    tree.make("HKEY_LOCAL_MACHINE\\init");
+    registry::store(root, registry::Copy::now, tree);
+    registry::store(root, registry::Copy::flash, tree);
+    devices().create(options.without);
+    disks().create();
     const char model[] = {static_cast<char>(options.model), static_cast<char>(options.model >> 8)};
-    panel.devices().setTag(18, {model, sizeof model});
-    panel.devices().setTag(48, options.guid);
-    return panel;
+    devices().setTag(18, {model, sizeof model});
+    devices().setTag(48, options.guid);
 }
+
+Panel::Panel(const Fresh& fresh) : root(fs::absolute(fresh.directory).lexically_normal()) {}
 
 Panel::Panel(const fs::path& directory) : root(fs::absolute(directory).lexically_normal()) {
     if (!fs::exists(root / "devices/panel.json"))
@@ -88,6 +110,17 @@ fs::path Panel::hostPath(std::string_view panelPath) const {
     std::string relative(panelPath.substr(std::min(panelPath.find_first_not_of('\\'), panelPath.size())));
     std::replace(relative.begin(), relative.end(), '\\', '/');
     return relative.empty() ? root / "fs" : root / "fs" / relative;
+}
+
+void Panel::checkOwner() const {
+    const std::string kernel = (root / "run/kernel").string();
+    struct stat status {};
+    if (faccessat(AT_FDCWD, kernel.c_str(), R_OK | W_OK, AT_EACCESS) == 0 || errno != EACCES ||
+        stat(kernel.c_str(), &status) != 0)
+        return;
+    const std::string owner = userName(status.st_uid);
+    throw std::runtime_error(owner + " has booted this panel, and you are " + userName(geteuid()) + ": work on it as " +
+                             owner + ", or on a copy of your own (" + root.string() + ')');
 }
 
 PanelOptions Panel::options() const {
@@ -130,8 +163,6 @@ void Panel::initialise(Image& image, const BootOptions& options, std::int64_t da
 }
 
 void Panel::boot(const BootOptions& options) {
-    if (!(options.factor >= 0.001 && options.factor <= 100000))
-        throw std::runtime_error("the clock's factor must be between 0.001 and 100000");
     const Change change(root);
     std::int64_t date = readJson(root / "devices/panel.json").at("date");
     {
@@ -166,7 +197,7 @@ void Panel::boot(const BootOptions& options) {
 
 // A kernel file that cannot be trusted, or whose lock somebody does not let go, is removed: programs that still run
 // hear of that, and end.
-void Panel::stop(void (*settleRegistry)(const fs::path&)) {
+void Panel::stop(void (*settleRegistry)(const fs::path&), const char* whatFails) {
     const Change change(root);
     Image* image = nullptr;
     bool sound = true;
@@ -196,17 +227,27 @@ void Panel::stop(void (*settleRegistry)(const fs::path&)) {
         fs::remove_all(kernelFile(root));
     if (image)
         unmapImage(image);
+    std::string lost;
+    const auto keep = [&](const char* what, const std::function<void()>& store) {
+        try {
+            store();
+        } catch (const std::exception& error) {
+            lost += (lost.empty() ? ": " : "; ") + std::string(what) + " (" + error.what() + ')';
+        }
+    };
+    keep(whatFails, [&] { settleRegistry(root); });
     if (sound)
-        saveDate(date);
-    settleRegistry(root);
+        keep("the clock's date is lost", [&] { saveDate(date); });
+    if (!lost.empty())
+        throw std::runtime_error("the panel is off, but not in order" + lost);
 }
 
 void Panel::off() {
-    stop(registry::flushAll);
+    stop(registry::flushAll, "what the registry has not flushed is lost");
 }
 
 void Panel::cut() {
-    stop(registry::fallBack);
+    stop(registry::fallBack, "registry/now.json is stale until the next boot");
 }
 
 registry::Tree Panel::registry(registry::Copy copy) const {

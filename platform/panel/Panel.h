@@ -36,13 +36,13 @@ struct PanelOptions {
 
 struct BootOptions {
     ClockMode mode = ClockMode::flowing;
-    double factor = 1; // flowing: panel seconds in a real second
+    double factor = 1; // flowing: panel seconds in a real second, 0.001 to 100000
     std::uint32_t ticks = 0; // the tick count at boot, ms
 };
 
 class Panel {
 public:
-    // Makes the directory; it must not exist yet, or be empty.
+    // Makes the directory; it must not exist yet, or be empty. A failure leaves nothing behind.
     static Panel create(const std::filesystem::path& directory, const PanelOptions& options);
     explicit Panel(const std::filesystem::path& directory); // of an existing panel
 
@@ -59,10 +59,14 @@ public:
         return Disks(root);
     }
 
+    // Fails, and says whom to ask, when another user has booted it.
+    void checkOwner() const;
+
     PanelOptions options() const; // screen and date, as of the last switching off
     bool isOn() const;
     void boot(const BootOptions& options);
-    // Both end all programs at once; fs/ and devices/ stay, run/ is cleared by the next boot.
+    // Both end all programs at once; fs/ and devices/ stay, run/ is cleared by the next boot. A failure to store
+    // something says that the panel is off all the same.
     void off();
     void cut(); // the registry falls back to what was flushed
 
@@ -74,7 +78,12 @@ public:
     std::string plug(Disk disk);
 
 private:
-    void stop(void (*settleRegistry)(const std::filesystem::path&));
+    struct Fresh { // an empty directory
+        std::filesystem::path directory;
+    };
+    explicit Panel(const Fresh& fresh);
+    void fill(const PanelOptions& options) const; // a new panel's directory
+    void stop(void (*settleRegistry)(const std::filesystem::path&), const char* whatFails);
     std::int64_t currentDate() const; // ms since 1970 UTC, on the panel
     void saveDate(std::int64_t date) const;
     void initialise(Image& image, const BootOptions& options, std::int64_t date) const;

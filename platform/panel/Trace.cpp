@@ -1,8 +1,8 @@
 #include "platform/panel/Trace.h"
 
+#include "platform/panel/kernel/Host.h"
+
 #include <cstdio>
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace panel {
 
@@ -13,12 +13,7 @@ std::string traceLine(std::uint64_t time, std::string_view process, std::uint32_
 }
 
 void writeTraceLine(const std::string& directory, std::string_view line) {
-    const int file = open((directory + "/run/trace").c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0644);
-    if (file < 0)
-        return; // the panel was switched off this moment
-    // One write, so that lines of several processes do not mix.
-    [[maybe_unused]] const auto written = write(file, line.data(), line.size());
-    close(file);
+    host::appendToFile(directory + "/run/trace", line); // not there: the panel was switched off this moment
 }
 
 } // namespace panel

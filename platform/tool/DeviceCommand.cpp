@@ -122,7 +122,7 @@ void show(const panel::Devices& devices, const panel::DeviceFacts& facts, bool j
 
 Behaviour behaviourOf(const DeviceOptions& options) {
     if (options.error == 0 && (options.action == "refuse" || options.action == "code"))
-        throw std::runtime_error("--error 0 would be a success: name another number");
+        throw Misuse("--error 0 would be a success: name another number");
     if (options.action == "refuse")
         return {Behaviour::Kind::refuse, options.error};
     if (options.action == "code")
@@ -137,7 +137,7 @@ std::vector<std::uint32_t> valuesOf(const std::vector<std::string>& words) {
     for (const std::string& word : words) {
         const std::int64_t value = parseNumber(word);
         if (value < 0 || value > UINT32_MAX)
-            throw std::runtime_error("not a value of 32 bits: " + word);
+            throw Misuse("not a value of 32 bits: " + word);
         values.push_back(static_cast<std::uint32_t>(value));
     }
     return values;
@@ -146,7 +146,7 @@ std::vector<std::uint32_t> valuesOf(const std::vector<std::string>& words) {
 void change(const panel::Devices& devices, const DeviceOptions& options) {
     const bool addsOrRemoves = options.action == "add" || options.action == "remove";
     if (addsOrRemoves && !options.words.empty())
-        throw std::runtime_error(options.action + " takes the device as a whole, not \"" + options.words.front() + '"');
+        throw Misuse(options.action + " takes the device as a whole, not \"" + options.words.front() + '"');
     if (addsOrRemoves)
         return devices.setPresent(options.device, options.action == "add");
     if (options.action == "set")
@@ -194,6 +194,8 @@ void addDeviceCommand(CLI::App& app, Tool& tool) {
     command->footer(examples);
     command->callback([options, &tool] {
         const panel::Devices devices = tool.panel().devices();
+        if (!options->device.empty())
+            orMisuse([&] { return panel::Devices::facts(options->device).name; });
         if (options->device.empty())
             list(devices, options->json);
         else if (options->action == "show")

@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
-#include <set>
 #include <stdexcept>
 
 namespace tool {
@@ -23,55 +22,47 @@ struct PlugOptions {
     bool inPlace = false;
 };
 
-// Names for the volumes that were not given one: "Hard Disk", "Hard Disk2", ...
-std::string nextName(const panel::Panel& panel, std::set<std::string>& taken) {
-    for (const panel::Volume& volume : panel.disks().volumes())
-        taken.insert(volume.name);
-    std::string name = "Hard Disk";
-    for (int number = 2; taken.count(name); ++number)
-        name = "Hard Disk" + std::to_string(number);
-    return name;
-}
-
 std::uint32_t attributesOf(const std::string& text) {
     const std::int64_t number = parseNumber(text);
     if (number < 0 || number > 0xFFFFFFFF)
-        throw std::runtime_error("a partition's attributes have 32 bits: \"" + text + "\" is none");
+        throw Misuse("a partition's attributes have 32 bits: \"" + text + "\" is none");
     return static_cast<std::uint32_t>(number);
 }
 
 void plug(panel::Panel panel, const PlugOptions& options) {
     if (options.folders.empty() != options.withoutPartitions)
-        throw std::runtime_error("a disk has folders, or it is without partitions (--help shows what is possible)");
+        throw Misuse("a disk has folders, or it is without partitions (--help shows what is possible)");
     panel::Disk disk;
     disk.readyAfter = options.neverReady ? panel::never : parseDuration(options.readyAfter);
     disk.inPlace = options.inPlace;
-    std::set<std::string> taken(options.names.begin(), options.names.end());
     auto name = options.names.begin();
     for (const std::string& folder : options.folders) {
         const bool hasFolder = folder != notMounted;
         panel::Partition partition{hasFolder ? folder : "", "", hasFolder ? panel::mountedPartition : 0};
         if (disk.partitions.size() < options.attributes.size())
             partition.attributes = attributesOf(options.attributes[disk.partitions.size()]);
-        const bool mounted = partition.attributes & panel::mountedPartition;
-        if (mounted && !hasFolder)
-            throw std::runtime_error("a mounted partition (attribute 0x10) wants a folder");
-        if (mounted)
-            partition.volume = name != options.names.end() ? *name++ : nextName(panel, taken);
-        taken.insert(partition.volume);
+        if (partition.attributes & panel::mountedPartition && !hasFolder)
+            throw Misuse("a mounted partition (attribute 0x10) wants a folder");
+        if (hasFolder && name != options.names.end())
+            partition.volume = *name++;
         disk.partitions.push_back(partition);
     }
     if (options.attributes.size() > disk.partitions.size())
-        throw std::runtime_error("there are more --attributes than partitions (one for each FOLDER, in order)");
+        throw Misuse("there are more --attributes than partitions (one for each FOLDER, in order)");
     if (name != options.names.end())
-        throw std::runtime_error("\"" + *name + "\" names no partition (each --as names one mounted FOLDER, in order)");
+        throw Misuse("\"" + *name + "\" names no partition (each --as names one FOLDER, in order)");
     const std::string device = panel.plug(disk);
+    for (const panel::Disk& plugged : panel.disks().list()) // with the names that it was given
+        for (std::size_t index = 0; plugged.device == device && index < disk.partitions.size(); ++index)
+            disk.partitions[index].volume = plugged.partitions.at(index).volume;
     for (const panel::Partition& partition : disk.partitions)
         if (partition.attributes & panel::mountedPartition && options.inPlace)
             complain("warning: programs of the panel may change and delete what is in " + partition.folder.string());
     for (const panel::Partition& partition : disk.partitions)
         if (!(partition.attributes & panel::mountedPartition))
-            std::printf("Plugged a partition that is not mounted, on %s\n", device.c_str());
+            std::printf("Plugged a partition that is not mounted%s, on %s\n",
+                        partition.volume.empty() ? "" : (" (panel mount \"" + partition.volume + "\")").c_str(),
+                        device.c_str());
         else
             std::printf("Plugged %s%s as \\%s, on %s\n", options.inPlace ? "" : "a copy of ", partition.folder.c_str(),
                         partition.volume.c_str(), device.c_str());
@@ -93,8 +84,10 @@ void addDiskCommands(CLI::App& app, Tool& tool) {
         ->type_name("NAME")
         ->allow_extra_args(false);
     command
-        ->add_option("--attributes", options->attributes,
-                     "A partition's attributes, once for each folder in order: 0x10 is mounted (default)")
+        ->add_option(
+            "--attributes", options->attributes,
+            "A partition's attributes, once for each folder in order: 0x10 is mounted (default); without it a folder "
+            "that --as names waits for panel mount")
         ->type_name("N")
         ->allow_extra_args(false);
     auto* after = command
@@ -105,6 +98,14 @@ void addDiskCommands(CLI::App& app, Tool& tool) {
     command->add_flag("--without-partitions", options->withoutPartitions, "A disk that nobody has formatted");
     command->add_flag("--in-place", options->inPlace, "The folder itself, no copy: programs may delete from it");
     command->callback([options, &tool] { plug(tool.panel(), *options); });
+
+    auto* mounting = app.add_subcommand("mount", "Mount a partition that was plugged with a name, but not mounted");
+    auto volume = std::make_shared<std::string>();
+    mounting->add_option("NAME", *volume, "The name that --as gave it")->required();
+    mounting->callback([volume, &tool] {
+        tool.panel().disks().mount(*volume);
+        std::printf("Mounted %s\n", volume->c_str());
+    });
 
     auto* removal = app.add_subcommand("unplug", "Pull a disk out, with all its partitions; its copy goes");
     auto name = std::make_shared<std::string>();

@@ -1,5 +1,6 @@
 #include "platform/tool/Commands.h"
 #include "platform/tool/Table.h"
+#include "platform/tool/Units.h"
 
 #include "platform/panel/Functions.h"
 
@@ -52,6 +53,9 @@ void addAdd(CLI::App& faults, Tool& tool) {
         ->type_name("N");
     command->add_flag("--cut", options->cut, "The panel's power is cut there, instead");
     command->callback([options, &tool] {
+        if (!panel::functionNamed(options->fault.function))
+            throw Misuse("the platform has no function \"" + options->fault.function +
+                         "\" (panel fault functions lists them, in exact case)");
         options->fault.action = options->cut ? FaultAction::cut : FaultAction::fail;
         panel::Driver(tool.panel()).addFault(options->fault);
     });

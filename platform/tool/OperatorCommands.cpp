@@ -7,6 +7,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <tuple>
 
 namespace tool {
 
@@ -17,7 +18,8 @@ using panel::Touch;
 
 struct TouchOptions {
     Touch touch;
-    std::pair<std::int32_t, std::int32_t> place{-1, -1};
+    bool placed = false;
+    std::pair<std::int32_t, std::int32_t> place;
     bool press = false;
     bool release = false;
     bool move = false;
@@ -49,9 +51,17 @@ void touch(Tool& tool, TouchOptions options) {
                          : options.release ? Touch::Kind::release
                          : options.move    ? Touch::Kind::move
                                            : Touch::Kind::tap;
-    std::tie(options.touch.x, options.touch.y) = options.place;
     options.touch.limit = parseLimit(options.limit);
-    panel::Driver driver(tool.panel());
+    const panel::Panel panel = tool.panel();
+    if (options.placed) {
+        const auto [x, y] = options.place;
+        const panel::PanelOptions screen = panel.options();
+        if (static_cast<std::uint32_t>(x) >= screen.screenWidth || static_cast<std::uint32_t>(y) >= screen.screenHeight)
+            throw Misuse("the screen has no place " + std::to_string(x) + ' ' + std::to_string(y) + " (it has " +
+                         std::to_string(screen.screenWidth) + " x " + std::to_string(screen.screenHeight) + ')');
+        std::tie(options.touch.x, options.touch.y) = options.place;
+    }
+    panel::Driver driver(panel);
     for (std::uint32_t index = 0; index < options.count; ++index) {
         const Landing landing = panel::touch(options.touch);
         driver.settle();
@@ -68,19 +78,25 @@ void touch(Tool& tool, TouchOptions options) {
 void addTouch(CLI::App& app, Tool& tool) {
     auto* command = app.add_subcommand("touch", "Touch the screen, and print which window was met");
     auto options = std::make_shared<TouchOptions>();
-    command->add_option("--at", options->place, "Where, in pixels; default: the middle of the screen")
-        ->type_name("X Y");
+    auto* place = command->add_option("--at", options->place, "Where, in pixels; default: the middle of the screen")
+                      ->type_name("X Y");
     command->add_flag("--right", options->touch.right, "As the right button");
     auto* press = command->add_flag("--press", options->press, "Only press");
     auto* release = command->add_flag("--release", options->release, "Only release");
     command->add_flag("--move", options->move, "Only move")->excludes(press)->excludes(release);
     press->excludes(release);
-    command->add_option("--count", options->count, "How often")->type_name("N")->capture_default_str();
+    command->add_option("--count", options->count, "How often")
+        ->type_name("N")
+        ->capture_default_str()
+        ->check(CLI::Range(1U, 0xFFFFFFFFU));
     command->add_option("--limit", options->limit, "How long a program's mouse hook may take; exit code 124 if longer")
         ->type_name("DURATION")
         ->capture_default_str();
     command->add_flag("--json", options->json, "Answer in JSON");
-    command->callback([options, &tool] { touch(tool, *options); });
+    command->callback([options, place, &tool] {
+        options->placed = place->count() > 0;
+        touch(tool, *options);
+    });
 }
 
 void addActivity(CLI::App& app, Tool& tool, const char* name, const char* description, bool active) {

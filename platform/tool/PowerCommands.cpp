@@ -25,13 +25,15 @@ void create(const CreateOptions& options) {
     if (std::sscanf(options.screen.c_str(), "%ux%u%n", &facts.screenWidth, &facts.screenHeight, &used) != 2 ||
         static_cast<std::size_t>(used) != options.screen.size() || facts.screenWidth - 1 > 16383 ||
         facts.screenHeight - 1 > 16383)
-        throw std::runtime_error("not a screen size: \"" + options.screen + "\" (such as 800x480)");
+        throw Misuse("not a screen size: \"" + options.screen + "\" (such as 800x480)");
     if (!options.date.empty())
         facts.date = parseDate(options.date);
     if (!options.guid.empty())
-        facts.guid = panel::parseHex(options.guid);
+        facts.guid = orMisuse([&] { return panel::parseHex(options.guid); });
     if (facts.guid.size() != 16)
-        throw std::runtime_error("a GUID has 16 bytes: \"" + options.guid + "\" is none");
+        throw Misuse("a GUID has 16 bytes: \"" + options.guid + "\" is none");
+    for (const std::string& device : facts.without)
+        orMisuse([&] { return panel::Devices::facts(device).name; });
     const auto made = panel::Panel::create(options.directory, facts);
     std::printf("Made a panel in %s: screen %u x %u, %s\n", made.directory().c_str(), facts.screenWidth,
                 facts.screenHeight, formatDate(made.options().date).c_str());
@@ -70,10 +72,12 @@ struct Boot {
 void boot(const panel::Panel& panel, const Boot& options) {
     panel::BootOptions facts;
     facts.mode = options.stepped ? panel::ClockMode::stepped : panel::ClockMode::flowing;
+    if (!(options.factor >= 0.001 && options.factor <= 100000))
+        throw Misuse("the clock's factor must be between 0.001 and 100000");
     facts.factor = options.factor;
     const std::int64_t ticks = parseNumber(options.ticks);
     if (ticks < 0 || ticks > 0xFFFFFFFF)
-        throw std::runtime_error("the tick count has 32 bits: \"" + options.ticks + "\" is none");
+        throw Misuse("the tick count has 32 bits: \"" + options.ticks + "\" is none");
     facts.ticks = static_cast<std::uint32_t>(ticks);
     panel::Panel(panel).boot(facts);
     std::printf("The panel is %s, its time %s\n", toned("on", Tone::good).c_str(),
@@ -126,7 +130,10 @@ void advance(const panel::Panel& panel, std::uint64_t duration) {
 void addAdvance(CLI::App& app, Tool& tool) {
     auto* command = app.add_subcommand("advance", "Let panel time pass, and print the new time");
     auto duration = std::make_shared<std::string>();
-    command->add_option("DURATION", *duration, "1500, 1500ms, 5s, 2min, 1h")->required();
+    command
+        ->add_option("DURATION", *duration,
+                     "1500, 1500ms, 5s, 2min, 1h; 0ms: lets no time pass, returns when all programs wait")
+        ->required();
     command->callback([duration, &tool] { advance(tool.panel(), parseDuration(*duration)); });
 }
 

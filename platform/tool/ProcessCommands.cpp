@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
 #include <memory>
 #include <stdexcept>
 
@@ -17,6 +18,7 @@ namespace tool {
 
 namespace {
 
+namespace fs = std::filesystem;
 using Json = nlohmann::ordered_json;
 
 std::string stateOf(const panel::ProcessStatus& process) {
@@ -117,11 +119,35 @@ void report(const panel::EndedStatus& ended, bool json) {
                     toned(std::to_string(ended.exitCode), ended.exitCode ? Tone::bad : Tone::good).c_str());
 }
 
+// A program that has not been started yet has a file at least. Of links only those of disks plugged in place count.
+bool hasFile(const panel::Panel& panel, const std::string& process) {
+    const std::string name = process.substr(0, process.rfind('#'));
+    const auto isIt = [&](const fs::directory_entry& entry) {
+        return panel::equalCaseBlind(entry.path().filename().string(), name);
+    };
+    constexpr auto options = fs::directory_options::skip_permission_denied;
+    for (const fs::directory_entry& top : fs::directory_iterator(panel.directory() / "fs"))
+        if (isIt(top) || (top.is_directory() && std::any_of(fs::recursive_directory_iterator(top.path(), options),
+                                                            fs::recursive_directory_iterator(), isIt)))
+            return true;
+    return false;
+}
+
+void checkProcess(const panel::Panel& panel, const panel::PanelStatus& status, const std::string& wanted) {
+    const auto meant = [&](const auto& process) { return isMeant(wanted, process.name); };
+    if (std::none_of(status.processes.begin(), status.processes.end(), meant) &&
+        std::none_of(status.ended.begin(), status.ended.end(), meant) && !hasFile(panel, wanted))
+        throw Misuse("the panel has no program \"" + wanted + "\" (panel ps --all lists those that were started)");
+}
+
 void wait(Tool& tool, const WaitOptions& options) {
     if (options.window.empty() == options.process.empty())
-        throw std::runtime_error("wait for what? Name either --window CLASS or --exit PROCESS");
+        throw Misuse("wait for what? Name either --window CLASS or --exit PROCESS");
     const std::uint32_t limit = parseLimit(options.limit);
-    panel::Driver driver(tool.panel());
+    const panel::Panel panel = tool.panel();
+    panel::Driver driver(panel);
+    if (!options.process.empty())
+        checkProcess(panel, driver.status(), options.process);
     std::optional<panel::EndedStatus> ended;
     const bool happened = driver.waitUntil(
         [&] {
@@ -158,11 +184,32 @@ void addWait(CLI::App& app, Tool& tool) {
     command->callback([options, &tool] { wait(tool, *options); });
 }
 
+void kill(const panel::Panel& panel, const std::string& wanted) {
+    panel::Driver driver(panel);
+    std::vector<std::string> meant;
+    for (const auto& process : driver.status().processes)
+        if (!process.driver && isMeant(wanted, process.name))
+            meant.push_back(process.name);
+    if (meant.size() > 1)
+        throw Misuse("there are several: name one as " + meant.front() + " or " + meant.back());
+    if (meant.empty() || !driver.kill(meant.front()))
+        throw std::runtime_error("no program \"" + wanted + "\" runs (panel ps lists them)");
+    std::printf("Killed %s\n", meant.front().c_str());
+}
+
+void addKill(CLI::App& app, Tool& tool) {
+    auto* command = app.add_subcommand("kill", "End a program as a crash would: its exit code is 3221225477");
+    auto name = std::make_shared<std::string>();
+    command->add_option("NAME", *name, "TarvexHelper.exe#2, or TarvexHelper.exe if only one runs")->required();
+    command->callback([name, &tool] { kill(tool.panel(), *name); });
+}
+
 } // namespace
 
 void addProcessCommands(CLI::App& app, Tool& tool) {
     addPs(app, tool);
     addWait(app, tool);
+    addKill(app, tool);
 }
 
 } // namespace tool

@@ -5,6 +5,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <stdexcept>
@@ -30,8 +31,8 @@ struct Options {
 
 void checkLength(const std::string& name) {
     if (panel::characterCount(name) > registry::maxNameLength)
-        throw std::runtime_error("a name in the registry has " + std::to_string(registry::maxNameLength) +
-                                 " characters at most: \"" + name + '"');
+        throw Misuse("a name in the registry has " + std::to_string(registry::maxNameLength) +
+                     " characters at most: \"" + name + '"');
 }
 
 // With the root's full name, and without a separator at the end.
@@ -41,14 +42,17 @@ std::string fullPath(std::string path) {
     const auto separator = std::min(path.find('\\'), path.size());
     const std::string_view root = registry::rootNamed(std::string_view(path).substr(0, separator));
     if (root.empty())
-        throw std::runtime_error("no such root in the registry: \"" + path + "\" (such as HKEY_LOCAL_MACHINE\\init)");
+        throw Misuse("no such root in the registry: \"" + path + "\" (such as HKEY_LOCAL_MACHINE\\init)");
     for (auto begin = separator; begin < path.size();) {
         const auto end = std::min(path.find('\\', begin + 1), path.size());
         if (end == begin + 1)
-            throw std::runtime_error("a key has an empty name: \"" + path + '"');
+            throw Misuse("a key has an empty name: \"" + path + '"');
         checkLength(path.substr(begin + 1, end - begin - 1));
         begin = end;
     }
+    if (std::count(path.begin(), path.end(), '\\') > registry::maxDepth)
+        throw Misuse("a key lies " + std::to_string(registry::maxDepth) + " levels below its root at most: \"" + path +
+                     '"');
     return std::string(root) + path.substr(separator);
 }
 
@@ -139,19 +143,19 @@ void read(const panel::Panel& panel, const Options& options) {
 }
 
 registry::Value valueOf(const Options& options) {
-    const std::uint32_t type = registry::typeNamed(options.type);
+    const std::uint32_t type = orMisuse([&] { return registry::typeNamed(options.type); });
     if (type == registry::typeTexts)
         return registry::textsValue(options.value, options.data);
     if (options.data.size() > 1)
-        throw std::runtime_error("one value has one data (only REG_MULTI_SZ takes several)");
+        throw Misuse("one value has one data (only REG_MULTI_SZ takes several)");
     const std::string data = options.data.empty() ? std::string() : options.data.front();
     if (type == registry::typeText || type == registry::typeExpandText)
         return registry::textValue(options.value, data, type);
     if (type != registry::typeNumber && type != registry::typeBigEndianNumber)
-        return {options.value, type, registry::bytesOf(data)};
+        return {options.value, type, orMisuse([&] { return registry::bytesOf(data); })};
     const std::int64_t number = parseNumber(data);
     if (number < 0 || number > 0xFFFFFFFF)
-        throw std::runtime_error("a " + options.type + " has 32 bits: \"" + data + "\" is none");
+        throw Misuse("a " + options.type + " has 32 bits: \"" + data + "\" is none");
     return registry::numberValue(options.value, static_cast<std::uint32_t>(number), type);
 }
 
@@ -166,7 +170,7 @@ void remove(panel::Panel panel, const Options& options, bool wholeKey) {
     const std::string path = fullPath(options.key);
     const registry::Tree tree = panel.registry(registry::Copy::now);
     if (wholeKey && registry::rootNamed(path) == path)
-        throw std::runtime_error(path + " is a root and stays (name a key below it)");
+        throw Misuse(path + " is a root and stays (name a key below it)");
     if (!wholeKey && !keyOf(tree, options.key).value(options.value))
         throw std::runtime_error("the key " + options.key + " has no value \"" + options.value + '"');
     keyOf(tree, options.key);

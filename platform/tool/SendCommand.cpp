@@ -3,6 +3,7 @@
 #include "platform/tool/Units.h"
 
 #include "platform/panel/Client.h"
+#include "platform/panel/Text.h"
 
 #include <nlohmann/json.hpp>
 
@@ -21,6 +22,7 @@ struct SendOptions {
     std::string lParam = "0";
     std::string limit = "20s";
     bool post = false;
+    bool force = false;
     bool json = false;
 };
 
@@ -28,7 +30,7 @@ struct SendOptions {
 std::int64_t parameter(const std::string& text) {
     const std::int64_t value = parseNumber(text);
     if (value < INT32_MIN || value > UINT32_MAX)
-        throw std::runtime_error("more than 32 bits: " + text);
+        throw Misuse("more than 32 bits: " + text);
     return value;
 }
 
@@ -42,6 +44,27 @@ void print(const std::optional<std::int64_t>& result, const SendOptions& options
         std::printf("%lld\n", static_cast<long long>(*result));
 }
 
+bool isNumber(const std::string& text) {
+    try {
+        static_cast<void>(parseNumber(text));
+        return true;
+    } catch (const Misuse&) {
+        return false;
+    }
+}
+
+// A mistyped name would be sent too, and answered like a true one.
+void checkMessage(const std::string& message) {
+    std::string known;
+    for (const std::string& name : panel::registeredMessages()) {
+        if (panel::equalCaseBlind(name, message))
+            return;
+        known += (known.empty() ? "" : ", ") + name;
+    }
+    throw std::runtime_error("no program has registered a message \"" + message +
+                             "\" (known: " + (known.empty() ? "none" : known) + "; --force sends it all the same)");
+}
+
 void send(Tool& tool, const SendOptions& options) {
     const auto wParam = static_cast<std::uint32_t>(parameter(options.wParam));
     const auto lParam = static_cast<std::int32_t>(parameter(options.lParam));
@@ -50,6 +73,8 @@ void send(Tool& tool, const SendOptions& options) {
     const std::uint32_t window = panel::findWindow(options.window);
     if (!window)
         throw std::runtime_error("no window of class " + options.window + " (panel status lists the windows)");
+    if (!options.force && !isNumber(options.message))
+        checkMessage(options.message);
     if (options.post)
         return panel::postMessage(window, options.message, wParam, lParam);
     const auto result = panel::sendMessage(window, options.message, wParam, lParam, limit);
@@ -71,6 +96,7 @@ void addSendCommand(CLI::App& app, Tool& tool) {
     command->add_option("WPARAM", options->wParam, "A number; the helper's command codes go here")->required();
     command->add_option("LPARAM", options->lParam, "A number")->capture_default_str();
     command->add_flag("--post", options->post, "Post it: ends at once, without an answer");
+    command->add_flag("--force", options->force, "Also a message that no program has registered");
     command->add_option("--limit", options->limit, "How long to wait for the answer; exit code 124 if it has passed")
         ->type_name("DURATION")
         ->capture_default_str();

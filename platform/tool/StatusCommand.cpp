@@ -72,7 +72,10 @@ std::string describe(const panel::Disk& disk) {
         char attributes[16];
         std::snprintf(attributes, sizeof attributes, " 0x%x", partition.attributes);
         const bool mounted = partition.attributes & panel::mountedPartition;
-        text += (mounted ? ", \\" + partition.volume : ", not mounted") + attributes;
+        text += (mounted                    ? ", \\"
+                 : partition.volume.empty() ? ", not mounted"
+                                            : ", not mounted ") +
+                partition.volume + attributes;
     }
     return text + (disk.partitions.empty() ? ", no partitions" : "");
 }

@@ -50,11 +50,11 @@ void addSet(CLI::App& tags, Tool& tool) {
     command->callback([options, &tool] {
         std::string content;
         for (const std::string& word : options->bytes)
-            content += panel::parseHex(word);
+            content += orMisuse([&] { return panel::parseHex(word); });
         if (!options->number.empty()) {
             const std::int64_t number = parseNumber(options->number);
             if (number < 0 || number > 0xFFFF)
-                throw std::runtime_error("not a number of 16 bits: " + options->number);
+                throw Misuse("not a number of 16 bits: " + options->number);
             content = {static_cast<char>(number), static_cast<char>(number >> 8)};
         }
         tool.panel().devices().setTag(options->id, content);

@@ -13,16 +13,23 @@ Tool::Tool(CLI::App& app) {
 }
 
 panel::Panel Tool::panel() const {
-    if (!directory.empty())
-        return panel::Panel(directory);
-    if (!std::filesystem::exists("devices/panel.json"))
+    if (directory.empty() && !std::filesystem::exists("devices/panel.json"))
         throw std::runtime_error("no panel here: name one with -C DIR or in PANEL, or make one with panel create DIR");
-    return panel::Panel(std::filesystem::current_path());
+    panel::Panel panel(directory.empty() ? std::filesystem::current_path() : std::filesystem::path(directory));
+    panel.checkOwner();
+    return panel;
 }
 
 void complain(const std::string& text) {
     std::fflush(stdout);
-    std::fprintf(stderr, "panel: %s\n", text.c_str());
+    std::string line;
+    for (const char character : text) {
+        const auto code = static_cast<unsigned char>(character);
+        char escaped[8];
+        std::snprintf(escaped, sizeof escaped, character == '\n' ? "\\n" : "\\x%02x", code);
+        line += code < ' ' || code == 0x7F ? escaped : std::string(1, character);
+    }
+    std::fprintf(stderr, "panel: %s\n", line.c_str());
 }
 
 } // namespace tool

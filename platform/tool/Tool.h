@@ -13,7 +13,7 @@ namespace tool {
 // Exit codes: 0, or one of these with one line on standard error. `panel start --wait` answers the program's own exit
 // code from 0 to 123.
 inline constexpr int failed = 1;
-inline constexpr int wrongUsage = 2;
+inline constexpr int wrongUsage = 2; // what Misuse says (Units.h)
 inline constexpr int limitPassed = 124; // what was waited for has not happened
 inline constexpr int notStarted = 125; // start --wait: the program's exit code would be mistaken for a failure's
 inline constexpr int codeTooLarge = 126; // start --wait: the program's exit code is above 123; it is printed
@@ -22,7 +22,8 @@ class Tool {
 public:
     explicit Tool(CLI::App& app); // adds the option that names the panel
 
-    // The panel that -C or the environment names, else the one in the current directory. Throws std::runtime_error.
+    // The panel that -C or the environment names, else the one in the current directory. Throws std::runtime_error,
+    // also when another user has booted it.
     panel::Panel panel() const;
 
     // A command that did its work without success says why on standard error and sets it.
@@ -34,7 +35,7 @@ private:
     std::string directory;
 };
 
-// One line on standard error.
+// One line on standard error, whatever the text holds.
 void complain(const std::string& text);
 
 } // namespace tool

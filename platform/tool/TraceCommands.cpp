@@ -2,7 +2,11 @@
 #include "platform/tool/FileTail.h"
 #include "platform/tool/Follow.h"
 #include "platform/tool/TraceFilter.h"
+#include "platform/tool/Units.h"
 #include "platform/tool/Unreturned.h"
+
+#include "platform/panel/Functions.h"
+#include "platform/panel/Text.h"
 
 #include <cstdio>
 #include <filesystem>
@@ -18,7 +22,16 @@ struct ShowOptions {
     TraceFilter filter;
 };
 
+void checkFunction(const std::string& name) {
+    for (std::size_t index = 0; index < panel::functionCount; ++index)
+        if (panel::equalCaseBlind(panel::facts(static_cast<panel::Function>(index)).name, name))
+            return;
+    throw Misuse("the platform has no function \"" + name + "\" (panel fault functions lists them)");
+}
+
 void show(const panel::Panel& panel, const ShowOptions& options) {
+    for (const std::string& function : options.filter.functions)
+        checkFunction(function);
     const std::filesystem::path file = panel.directory() / "run/trace";
     if (!options.follow && !std::filesystem::exists(file))
         throw std::runtime_error("nothing is traced yet (panel trace on switches the trace on)");

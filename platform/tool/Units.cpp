@@ -4,7 +4,6 @@
 #include <cmath>
 #include <cstdio>
 #include <ctime>
-#include <stdexcept>
 
 namespace tool {
 
@@ -38,7 +37,7 @@ std::uint64_t parseDuration(const std::string& text) {
     }
     const bool unitKnown = unitOf(text.substr(digits)) > 0;
     if (!unitKnown || value < 0 || value > longest)
-        throw std::runtime_error("not a duration: \"" + text + "\" (such as 1500, 1500ms, 5s, 2min, 1h)");
+        throw Misuse("not a duration: \"" + text + "\" (such as 1500, 1500ms, 5s, 2min, 1h)");
     return static_cast<std::uint64_t>(std::llround(value));
 }
 
@@ -46,7 +45,7 @@ std::uint32_t parseLimit(const std::string& text) {
     constexpr std::uint64_t longest = 0x7FFFFFFF;
     const std::uint64_t value = parseDuration(text);
     if (value > longest)
-        throw std::runtime_error("too long: \"" + text + "\" (at most " + std::to_string(longest) + " ms)");
+        throw Misuse("too long: \"" + text + "\" (at most " + std::to_string(longest) + " ms)");
     return static_cast<std::uint32_t>(value);
 }
 
@@ -92,7 +91,7 @@ std::int64_t parseDate(const std::string& text) {
     // timegm makes the 1st of March of the 30th of February
     if (seconds < 0 || date.tm_mday != asked.tm_mday || date.tm_mon + 1 != asked.tm_mon ||
         date.tm_hour != asked.tm_hour)
-        throw std::runtime_error("not a date: \"" + text + "\" (such as 2024-03-07 or 2024-03-07T06:05:09, UTC)");
+        throw Misuse("not a date: \"" + text + "\" (such as 2024-03-07 or 2024-03-07T06:05:09, UTC)");
     return static_cast<std::int64_t>(seconds) * 1000;
 }
 
@@ -112,7 +111,7 @@ std::int64_t parseNumber(const std::string& text) {
             return value;
     } catch (const std::exception&) { // told below
     }
-    throw std::runtime_error("not a number: \"" + text + "\" (such as 3, -1, 0x10)");
+    throw Misuse("not a number: \"" + text + "\" (such as 3, -1, 0x10)");
 }
 
 } // namespace tool

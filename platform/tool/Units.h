@@ -1,10 +1,27 @@
-// Durations, dates and numbers as people write and read them. What cannot be read throws std::runtime_error.
+// Durations, dates and numbers as people write and read them. What cannot be read throws Misuse.
 #pragma once
 
 #include <cstdint>
+#include <stdexcept>
 #include <string>
 
 namespace tool {
+
+// The command was used wrongly: the text says how.
+class Misuse : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+// For what the user has named: a failure of the action is a misuse.
+template<class Action>
+auto orMisuse(Action action) {
+    try {
+        return action();
+    } catch (const std::runtime_error& error) {
+        throw Misuse(error.what());
+    }
+}
 
 std::uint64_t parseDuration(const std::string& text); // ms: "1500", "1500ms", "1.5s", "2min", "1h"
 std::uint32_t parseLimit(const std::string& text); // a duration for the panel's 32-bit time-outs, below "for ever"

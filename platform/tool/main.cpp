@@ -25,8 +25,17 @@ Begin with:
 
 Durations are 1500, 1500ms, 5s, 2min or 1h, in the panel's time (--patience: in real time).
 On a panel booted with --stepped, time moves only while one of these commands waits: advance, start --wait, send,
-touch, wait, log --until.
+touch, wait, log --until. "advance 0ms" lets no time pass: it returns when all programs wait.
 )";
+
+// The first word that names a command; empty if none does.
+std::string_view commandOf(const CLI::App& app, int argc, char** argv) {
+    for (int index = 1; index < argc; ++index)
+        for (const CLI::App* command : app.get_subcommands({}))
+            if (command->get_name() == argv[index] && argv[index - 1] != std::string_view("-C"))
+                return argv[index];
+    return {};
+}
 
 const tool::Tool* current;
 
@@ -59,9 +68,6 @@ int main(int argc, char** argv) {
         ->capture_default_str();
     app.parse_complete_callback([&] { limitPatience(shared, patience); });
     app.fallthrough(); // -C may stand behind the command too
-    char** const dashes = std::find(argv, argv + argc, std::string_view("--"));
-    if (dashes != argv + argc)
-        shared.behindDashes.assign(dashes + 1, argv + argc);
     tool::addPowerCommands(app, shared);
     tool::addDiskCommands(app, shared);
     tool::addDeviceCommand(app, shared);
@@ -72,12 +78,18 @@ int main(int argc, char** argv) {
     tool::addSendCommand(app, shared);
     tool::addStatusCommand(app, shared);
     tool::addRegistryCommands(app, shared);
+    tool::addFileCommands(app, shared);
     tool::addLogCommand(app, shared);
     tool::addTraceCommands(app, shared);
     tool::addFaultCommands(app, shared);
     app.footer(examples); // last: the commands do not inherit it then
+    char** end = argv + argc;
+    if (commandOf(app, argc, argv) == "start") { // what is behind its "--" is the program's
+        end = std::find(argv, end, std::string_view("--"));
+        shared.behindDashes.assign(std::min(end + 1, argv + argc), argv + argc);
+    }
     try {
-        app.parse(static_cast<int>(dashes - argv), argv);
+        app.parse(static_cast<int>(end - argv), argv);
         if (app.get_subcommands().empty()) {
             std::fputs(app.help().c_str(), stderr);
             return tool::wrongUsage;
@@ -86,6 +98,9 @@ int main(int argc, char** argv) {
         if (error.get_exit_code() == 0)
             return app.exit(error); // --help
         tool::complain(std::string(error.what()) + " (--help shows what is possible)");
+        return tool::wrongUsage;
+    } catch (const tool::Misuse& error) {
+        tool::complain(error.what());
         return tool::wrongUsage;
     } catch (const std::exception& error) {
         tool::complain(error.what());

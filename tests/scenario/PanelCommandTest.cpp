@@ -7,6 +7,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -27,8 +28,8 @@ protected:
     }
 
     Answer call(const std::string& words) {
-        const std::string command = "cd '" + directory.string() + "' && '" + programFile("panel").string() + "' -C p " +
-                                    words + " 2>&1 </dev/null";
+        const std::string command = "cd '" + directory.string() + "' && " + before + " '" +
+                                    programFile("panel").string() + "' -C p " + words + " 2>&1 </dev/null";
         std::FILE* pipe = popen(command.c_str(), "r");
         Answer answer{-1, {}};
         for (int character; (character = std::fgetc(pipe)) != EOF;)
@@ -38,11 +39,14 @@ protected:
         return answer;
     }
     // With one line that says so.
-    void fails(const std::string& words, const std::string& part) {
+    void fails(const std::string& words, const std::string& part, int code = 1) {
         const Answer answer = call(words);
-        EXPECT_NE(answer.code, 0) << words;
+        EXPECT_EQ(answer.code, code) << words;
         EXPECT_NE(answer.text.find(part), std::string::npos) << words << ": " << answer.text;
         EXPECT_EQ(std::count(answer.text.begin(), answer.text.end(), '\n'), 1) << words << ": " << answer.text;
+    }
+    void isMisused(const std::string& words, const std::string& part) {
+        fails(words, part, 2);
     }
     void succeed(const std::string& words) {
         const Answer answer = call(words);
@@ -62,6 +66,7 @@ protected:
 
     const FreshFolder folder;
     const fs::path& directory = folder.path;
+    std::string before; // what the shell does before the command
 };
 
 } // namespace
@@ -80,6 +85,9 @@ TEST_F(PanelCommand, RunsTheHelperFromCreationToItsEnd) {
     EXPECT_EQ(call("trace show --function GetMessageW").text, waiting);
     EXPECT_NE(call("ps").text.find(waiting), std::string::npos);
     EXPECT_EQ(json("send ORVATarvexHelper ORVATarvexMsg 0").at("result"), 1);
+    EXPECT_EQ(call("send -- ORVATarvexHelper ORVATarvexMsg 0 -1").text, "1\n");
+    fails("send ORVATarvexHelper ORVATarvexMsgs 1", "ORVATarvexMsg; --force sends it");
+    EXPECT_EQ(call("send --force ORVATarvexHelper Unknown 0").text, "0\n");
     succeed("send ORVATarvexHelper ORVATarvexMsg 1 --post");
     const Json ended = json("wait --exit TarvexHelper.exe");
     EXPECT_EQ(ended.at("exitCode"), 0);
@@ -117,28 +125,58 @@ TEST_F(PanelCommand, SaysWhatIsWrongInOneLine) {
     }
     unsetenv("PANEL_LOADER");
     fails("send NoWindow Message 1", "NoWindow");
-    fails("device BZR1 refuse --error 0", "--error 0 would be a success");
+    isMisused("device BZR1 refuse --error 0", "--error 0 would be a success");
     fails("plug missing-folder", "missing-folder");
     fails("unplug 'Hard Disk'", "Hard Disk");
-    fails("device BKL2 refuse", "BKL2");
+    isMisused("device BKL2 refuse", "BKL2");
     fails("device BKL1 refuse beep", "beep");
-    fails("device BKL1 explode", "explode");
+    isMisused("device BKL1 explode", "explode");
+    isMisused("device BKL1 set 1 2 3 4294967296", "32 bits");
     fails("device BKL1 set 1 2", "4 values");
     fails("fault add Sleep", "cannot fail");
-    fails("fault add CreateFile", "CreateFile");
-    fails("registry read 'HKEY_NONE\\a' v", "HKEY_NONE");
+    isMisused("fault add createfilew", "panel fault functions");
+    isMisused("registry read 'HKEY_NONE\\a' v", "HKEY_NONE");
     fails("registry list 'HKLM\\none'", "no such key");
-    fails("registry delete HKLM", "is a root");
-    fails("registry delete 'HKLM\\'", "is a root");
+    isMisused("registry delete HKLM", "is a root");
+    isMisused("registry delete 'HKLM\\'", "is a root");
     fails("registry delete 'HKLM\\none\\'", "no such key");
-    fails("registry write 'HKLM\\a\\\\c' v x", "empty name");
-    fails("registry write 'HKLM\\a\\\\' v x", "empty name");
-    fails("registry write 'HKLM\\" + std::string(256, 'k') + "\\a' v x", "255 characters");
-    fails("registry write 'HKLM\\a' " + std::string(256, 'v') + " x", "255 characters");
-    fails("registry write 'HKLM\\a' v 'x' --type REG_BINARY", "hexadecimal");
-    fails("registry write 'HKLM\\a' v 1 --type WORD", "WORD");
-    fails("advance soon", "soon");
-    fails("wait --window Never --limit 5s", "Never");
+    isMisused("registry write 'HKLM\\a\\\\c' v x", "empty name");
+    isMisused("registry write 'HKLM\\a\\\\' v x", "empty name");
+    isMisused("registry write 'HKLM\\" + std::string(256, 'k') + "\\a' v x", "255 characters");
+    isMisused("registry write 'HKLM\\a' " + std::string(256, 'v') + " x", "255 characters");
+    isMisused("registry write 'HKLM\\1\\2\\3\\4\\5\\6\\7\\8\\9\\10\\11\\12\\13\\14\\15\\16\\17' v x", "16 levels");
+    isMisused("registry write 'HKLM\\a' v 'x' --type REG_BINARY", "hexadecimal");
+    isMisused("registry write 'HKLM\\a' v 1 --type WORD", "WORD");
+    isMisused("registry write 'HKLM\\a' v x --type REG_DWORD", "not a number");
+    isMisused("advance soon", "soon");
+    isMisused("create q --date 2024-02-30", "not a date");
+    isMisused("create q --guid 00", "16 bytes");
+    isMisused("boot --factor 0", "between 0.001 and 100000");
+    isMisused("tag set 7 0", "two digits");
+    isMisused("trace show --function nope", "no function \"nope\"");
+    isMisused("wait --exit typo", "no program \"typo\"");
+    isMisused("touch --at -5 3", "no place -5 3");
+    isMisused("touch --at 800 20", "no place 800 20");
+    isMisused("touch --count 0", "--count");
+    fails("kill Never.exe", "no program");
+    fails("plug 'missing\nfolder'", "missing\\nfolder");
+    fails("wait --window Never --limit 5s", "Never", 124);
+    writeText(directory / "p/devices/tags/18", "02 O4");
+    fails("tag list", "devices/tags/18: not bytes");
+    for (const char* file : {"devices/BKL1.json", "devices/tags/48", "devices/requests", "devices/touches"}) {
+        fs::remove(directory / "p" / file);
+        ASSERT_EQ(mkfifo((directory / "p" / file).c_str(), 0600), 0);
+    }
+    fails("device BKL1", "BKL1.json");
+    fails("tag list", "devices/tags/");
+    succeed("touch");
+    succeed("device BZR1");
+    before = "trap '' XFSZ; ulimit -f 0;"; // like a disk that is full
+    fails("create q", "cannot make a panel in q: cannot write ");
+    EXPECT_FALSE(fs::exists(directory / "q"));
+    fails("off", "the panel is off, but not in order: what the registry has not flushed is lost (");
+    before.clear();
+    EXPECT_EQ(json("status").at("on"), false);
 }
 
 TEST_F(PanelCommand, ReadsAndChangesTheRegistry) {
@@ -171,7 +209,7 @@ TEST_F(PanelCommand, ReadsAndChangesTheRegistry) {
 }
 
 TEST_F(PanelCommand, ShowsDevicesAndTellsThemWhatToDo) {
-    fails("create p --without SHC2", "SHC2");
+    isMisused("create p --without SHC2", "SHC2");
     succeed("create p --without SHC1"); // where nothing was left behind
     succeed("device BKL1 refuse write --error 21"); // also while it is off
     succeed("boot --stepped");
@@ -183,7 +221,7 @@ TEST_F(PanelCommand, ShowsDevicesAndTellsThemWhatToDo) {
     EXPECT_EQ(json("status").at("backLight"), Json({128, 1, 128, 1}));
     EXPECT_EQ(json("status").at("flashWritable"), false);
     EXPECT_EQ(json("device SHC1").at("present"), false);
-    fails("device SHC1 add 5", "as a whole");
+    isMisused("device SHC1 add 5", "as a whole");
     succeed("device SHC1 add");
     succeed("device SHC1 refuse open --error 2");
     EXPECT_EQ(json("device SHC1").at("does").at("open"), "refuses with error 2");
@@ -215,14 +253,28 @@ TEST_F(PanelCommand, PlugsDisksWithPartitions) {
     EXPECT_EQ(disks.at(4).at("partitions").at(0), Json({{"volume", "Third"}, {"attributes", 0x12}}));
     EXPECT_EQ(disks.at(4).at("partitions").at(1).at("attributes"), 2);
     EXPECT_NE(call("status").text.find("DSK5: ready at once, \\Third 0x12, not mounted 0x2"), std::string::npos);
+    EXPECT_EQ(call("plug one --as Later --attributes 2").text,
+              "Plugged a partition that is not mounted (panel mount \"Later\"), on DSK6:\n");
+    EXPECT_FALSE(fs::exists(directory / "p/fs/Later"));
+    fails("plug two --as later", "already");
+    succeed("mount later");
+    EXPECT_TRUE(fs::exists(directory / "p/fs/Later"));
+    EXPECT_EQ(json("status").at("disks").at(5).at("partitions").at(0),
+              Json({{"volume", "Later"}, {"attributes", 0x12}}));
+    fails("mount Later", "waits to be mounted");
+    succeed("unplug Later");
     succeed("unplug Third");
+    succeed("plug one --as 'hard disk3'");
+    EXPECT_NE(call("plug one").text.find("\\Hard Disk4"), std::string::npos); // free whatever the case
+    succeed("unplug 'Hard Disk4'");
+    succeed("unplug 'hard disk3'");
     succeed("unplug 'hard disk'");
     succeed("unplug dsk3:");
     EXPECT_FALSE(fs::exists(directory / "p/fs/Stick")); // the whole disk went
     EXPECT_EQ(json("status").at("volumes").size(), 4U);
-    EXPECT_NE(call("plug").text.find("without partitions"), std::string::npos);
-    EXPECT_NE(call("plug - --attributes 0x10").text.find("wants a folder"), std::string::npos);
-    EXPECT_NE(call("plug one --as A --as B").text.find("\"B\" names no partition"), std::string::npos);
+    isMisused("plug", "without partitions");
+    isMisused("plug - --attributes 0x10", "wants a folder");
+    isMisused("plug one --as A --as B", "\"B\" names no partition");
 }
 
 TEST_F(PanelCommand, LetsTheUserComeAndGo) {
@@ -237,7 +289,6 @@ TEST_F(PanelCommand, LetsTheUserComeAndGo) {
     EXPECT_EQ(json("touch --at 10 20").at("touch"), "landed");
     EXPECT_EQ(json("status").at("userActive"), true);
     succeed("touch --count 3 --right --press");
-    EXPECT_EQ(call("touch --at 800 20").code, 1);
     EXPECT_EQ(call("touch --move --press").code, 2);
     EXPECT_EQ(json("status").at("buzzer").at("requests"), 0);
     EXPECT_EQ(json("status").at("cursor").at("shown"), true);
@@ -261,7 +312,6 @@ TEST_F(PanelCommand, KeepsTheTagStore) {
     EXPECT_EQ(tags.at(3).at("bytes"), "00 01 02 03 04 05 06 07 08 09 0a 0b 0c 0d 0e 0f");
     succeed("tag remove 7");
     EXPECT_EQ(call("tag remove 7").code, 1);
-    EXPECT_EQ(call("tag set 7 0").code, 1);
     EXPECT_EQ(json("tag list").size(), 3U);
 }
 
@@ -288,6 +338,16 @@ TEST_F(PanelCommand, StartsAndWaitsWithTheProgramsExitCode) {
     EXPECT_EQ(call("start --wait '\\MMCMemory\\Actor.exe' exit 300").code, 126);
     EXPECT_EQ(call("start --wait --limit 2s '\\MMCMemory\\Actor.exe' sleep 3000").code, 124);
     EXPECT_EQ(call("start --wait '\\MMCMemory\\none.exe'").code, 125);
+    succeed("start '\\MMCMemory\\Actor.exe' wait never");
+    isMisused("kill actor.exe", "Actor.exe#3 or Actor.exe#4");
+    succeed("kill actor.exe#4");
+    EXPECT_EQ(json("wait --exit Actor.exe#4").at("exitCode"), 0xC0000005U);
+    succeed("attributes '\\mmcmemory\\Actor.exe' --read-only --written 2024-03-07T06:05:09");
+    const Json file = json("attributes '\\MMCMemory\\Actor.exe'");
+    EXPECT_EQ(file.at("attributes"), "read-only");
+    EXPECT_EQ(file.at("written"), "2024-03-07 06:05:09 UTC");
+    EXPECT_EQ(call("attributes '\\MMCMemory\\Actor.exe' --writable").text.find("normal, "), 0U);
+    fails("attributes '\\MMCMemory\\none'", "no such file");
     succeed("fault add CreateFileW --program Actor.exe --call 1");
     EXPECT_EQ(call("start --wait '\\MMCMemory\\Actor.exe' hold '\\MMCMemory\\Actor.exe'").code, 5);
     EXPECT_EQ(json("fault list").at(0).at("hits"), 1);

@@ -59,6 +59,26 @@ TEST(Power, EndsAllProgramsAndKeepsFilesAndTheDate) {
     }
 }
 
+TEST(Power, BelongsToWhomHasBooted) {
+    ScenarioPanel panel;
+    panel.panel().checkOwner();
+    const fs::path kernel = panel.panel().directory() / "run/kernel";
+    const bool isRoot = geteuid() == 0; // else everybody counts as another one
+    for (fs::path above = kernel.parent_path(); isRoot && above != fs::temp_directory_path();
+         above = above.parent_path())
+        fs::permissions(above, fs::perms(0755));
+    fs::permissions(kernel, fs::perms(isRoot ? 0644 : 0));
+    EXPECT_EQ(isRoot ? seteuid(65534) : 0, 0);
+    try {
+        panel.panel().checkOwner();
+        ADD_FAILURE() << "everybody may";
+    } catch (const std::runtime_error& error) {
+        EXPECT_NE(std::string(error.what()).find(" has booted this panel, and you are "), std::string::npos);
+    }
+    EXPECT_EQ(isRoot ? seteuid(0) : 0, 0);
+    fs::permissions(kernel, fs::perms(0644));
+}
+
 TEST(Power, ACutLosesWhatTheRegistryHasNotFlushed) {
     const auto launches = [](const panel::Panel& panel) {
         const panel::registry::Tree tree = panel.registry(panel::registry::Copy::now);
@@ -338,14 +358,14 @@ TEST(Disks, OfTwoPluggedAtOnceBothStay) {
     for (int index = 0; index < 6; ++index) {
         children.push_back(fork());
         if (children.back() == 0) {
-            panel::Panel(panel.panel().directory()).plug({{{host.path / "disk", "Disk" + std::to_string(index)}}});
+            panel::Panel(panel.panel().directory()).plug({{{host.path / "disk", ""}}});
             _exit(0);
         }
     }
     for (const pid_t child : children)
         waitpid(child, nullptr, 0);
     for (int index = 0; index < 6; ++index)
-        panel.panel().disks().unplug("Disk" + std::to_string(index));
+        panel.panel().disks().unplug("Hard Disk" + (index ? std::to_string(index + 1) : ""));
 }
 
 TEST(Starting, IsFinishedWithoutAStarterThatWasKilled) {

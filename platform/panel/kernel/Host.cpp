@@ -104,25 +104,35 @@ bool waitForEnd(std::int32_t pid, std::uint64_t start, std::uint32_t millisecond
 
 std::string readFile(const std::string& path) {
     std::string content;
-    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (file < 0)
         return content;
+    struct stat status {};
+    const bool regular = fstat(file, &status) == 0 && S_ISREG(status.st_mode);
     char block[16384];
-    for (ssize_t length; (length = read(file, block, sizeof block)) > 0;)
+    for (ssize_t length; regular && (length = read(file, block, sizeof block)) > 0;)
         content.append(block, static_cast<std::size_t>(length));
     close(file);
     return content;
 }
 
+void appendToFile(const std::string& path, std::string_view text) {
+    const int file = open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0644);
+    if (file < 0)
+        return;
+    [[maybe_unused]] const auto written = write(file, text.data(), text.size());
+    close(file);
+}
+
 void writeFile(const std::string& path, const std::string& content) {
     const std::string fresh = path + ".new";
     const int file = open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-    const bool written =
-        file >= 0 && write(file, content.data(), content.size()) == static_cast<ssize_t>(content.size());
+    const ssize_t length = file < 0 ? -1 : write(file, content.data(), content.size());
+    int error = length < 0 ? errno : length < static_cast<ssize_t>(content.size()) ? ENOSPC : 0;
     if (file >= 0)
         close(file);
-    if (!written || rename(fresh.c_str(), path.c_str()) != 0) {
-        const int error = errno;
+    if (error || rename(fresh.c_str(), path.c_str()) != 0) {
+        error = error ? error : errno;
         unlink(fresh.c_str());
         throw std::runtime_error("cannot write " + path + ": " + std::strerror(error));
     }

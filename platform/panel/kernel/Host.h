@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace panel::host {
 
@@ -38,8 +39,10 @@ bool exists(std::int32_t pid); // cheap; true also for one that only waits to be
 // Waits until the process is gone, at most so many real milliseconds; false if it still lives.
 bool waitForEnd(std::int32_t pid, std::uint64_t start, std::uint32_t milliseconds);
 
-// A whole file; empty if it cannot be read.
+// A whole file; empty if it cannot be read, or is no regular file: a named pipe would make its reader wait.
 std::string readFile(const std::string& path);
+// Appends in one write, so that lines of several processes do not mix; makes the file. Failures are not told.
+void appendToFile(const std::string& path, std::string_view text);
 // Writes a new file beside it and renames it into place; throws std::runtime_error naming the path.
 void writeFile(const std::string& path, const std::string& content);
 
