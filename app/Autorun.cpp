@@ -1,7 +1,7 @@
 #include "app/Autorun.h"
 
-#include "OrvaUtils/Registry/Comparing.h"
 #include "OrvaUtils/Registry/Key.h"
+#include "OrvaUtils/Registry/Reading.h"
 #include "OrvaUtils/Registry/Registry.h"
 #include "OrvaUtils/Registry/Writing.h"
 #include "OrvaUtils/Text.h"
@@ -19,8 +19,11 @@ constexpr wchar_t PREDECESSORS[] = L"Depend61";
 
 bool isAutorunConfigured() {
     // Deliberate: which programs the helper waits for is nobody's concern, as long as there is a value.
-    return holdsText(HKEY_LOCAL_MACHINE, START_LIST, {PROGRAM, PREDECESSORS}, Paths::HELPER,
-                     OrvaUtils::equalIgnoringCase);
+    if (!valueExists(HKEY_LOCAL_MACHINE, START_LIST, PROGRAM) ||
+        !valueExists(HKEY_LOCAL_MACHINE, START_LIST, PREDECESSORS)) {
+        return false;
+    }
+    return OrvaUtils::equalIgnoringCase(readString(HKEY_LOCAL_MACHINE, START_LIST, PROGRAM), Paths::HELPER);
 }
 
 void configureAutorun() {

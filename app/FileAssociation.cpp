@@ -1,7 +1,7 @@
 #include "app/FileAssociation.h"
 
-#include "OrvaUtils/Registry/Comparing.h"
 #include "OrvaUtils/Registry/Key.h"
+#include "OrvaUtils/Registry/Reading.h"
 #include "OrvaUtils/Registry/Registry.h"
 #include "OrvaUtils/Registry/Writing.h"
 #include "app/Paths.h"
@@ -26,8 +26,8 @@ std::wstring openCommand() {
 }
 
 bool holds(const wchar_t* path, const std::wstring& text) {
-    return holdsText(HKEY_CLASSES_ROOT, path, {DEFAULT_VALUE}, text,
-                     [](const std::wstring& first, const std::wstring& second) { return first == second; });
+    return valueExists(HKEY_CLASSES_ROOT, path, DEFAULT_VALUE) &&
+           readString(HKEY_CLASSES_ROOT, path, DEFAULT_VALUE) == text;
 }
 
 void put(const wchar_t* path, const wchar_t* name, const std::wstring& text) {

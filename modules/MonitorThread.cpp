@@ -59,11 +59,11 @@ void MonitorThread::stop() {
 }
 
 void MonitorThread::stopAtEnd() {
-    OrvaUtils::Teardown steps;
     if (hasThread()) {
+        OrvaUtils::Teardown steps;
         steps.run([this] { stop(); });
+        steps.finish();
     }
-    steps.finish();
 }
 
 bool MonitorThread::hasEnded() const {

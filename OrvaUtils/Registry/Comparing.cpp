@@ -1,10 +1,7 @@
 #include "OrvaUtils/Registry/Comparing.h"
 
 #include "OrvaUtils/Registry/Reading.h"
-#include "OrvaUtils/Registry/Registry.h"
 #include "OrvaUtils/Registry/RegistryException.h"
-
-#include <algorithm>
 
 namespace OrvaUtils::Registry {
 
@@ -40,13 +37,6 @@ void compareExpandString(HKEY key, const std::wstring& name, const std::wstring&
 
 void compareMultiString(HKEY key, const std::wstring& name, const std::vector<std::wstring>& expected) {
     require(readMultiString(key, name) == expected, L"Different multi string values");
-}
-
-bool holdsText(HKEY root, const std::wstring& path, std::initializer_list<const wchar_t*> names,
-               const std::wstring& text, bool (*equal)(const std::wstring& first, const std::wstring& second)) {
-    return std::all_of(names.begin(), names.end(),
-                       [&](const wchar_t* name) { return valueExists(root, path, name); }) &&
-           equal(readString(root, path, *names.begin()), text);
 }
 
 } // namespace OrvaUtils::Registry

@@ -5,7 +5,6 @@
 #include <windows.h>
 
 #include <cstdint>
-#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -18,10 +17,5 @@ void compareDwordBigEndian(HKEY key, const std::wstring& name, std::uint32_t exp
 void compareString(HKEY key, const std::wstring& name, const std::wstring& expected);
 void compareExpandString(HKEY key, const std::wstring& name, const std::wstring& expected); // unexpanded texts
 void compareMultiString(HKEY key, const std::wstring& name, const std::vector<std::wstring>& expected);
-
-// Whether a key has all these values and the first one is this text, by the caller's comparison. It looks for all of
-// them before it reads; the reading throws as readString.
-bool holdsText(HKEY root, const std::wstring& path, std::initializer_list<const wchar_t*> names,
-               const std::wstring& text, bool (*equal)(const std::wstring& first, const std::wstring& second));
 
 } // namespace OrvaUtils::Registry

@@ -35,10 +35,6 @@ void LogFile::retire() {
     }
 }
 
-bool LogFile::isAt(const std::wstring& otherPath) const {
-    return path == otherPath;
-}
-
 bool LogFile::closeIfAlone() {
     std::int32_t logAndCaller = 2;
     if (!users.compare_exchange_strong(logAndCaller, 0)) {

@@ -28,8 +28,6 @@ public:
     Use use();
     // Ends the log's own use. Once after each `open` that has succeeded.
     void retire();
-    // Whether its path is this one. Only for a thread that uses it.
-    bool isAt(const std::wstring& otherPath) const;
     // Closes it and ends the log's own use and the calling thread's, if no other thread uses it; otherwise does
     // nothing and answers false.
     bool closeIfAlone();

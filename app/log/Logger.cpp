@@ -234,7 +234,7 @@ void Logger::rotate(LogFile::Use& full) {
     }
     const std::int32_t index = currentIndex + 1 < maxFiles ? currentIndex + 1 : 0;
     std::wstring path = pathOf(index); // before any change: memory may be short
-    if (!full->isAt(path)) {
+    if (filePath.empty() && index != currentIndex) {
         full->retire();
     } else if (full->closeIfAlone()) {
         full.release();

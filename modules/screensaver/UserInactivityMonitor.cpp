@@ -28,10 +28,6 @@ UserInactivityMonitor::UserInactivityMonitor()
     createEvents();
 }
 
-UserInactivityMonitor::~UserInactivityMonitor() noexcept(false) {
-    stopAtEnd();
-}
-
 void UserInactivityMonitor::setTimeout(std::uint32_t milliseconds) {
     timeout = milliseconds;
 }

@@ -35,10 +35,6 @@ EMMCMonitor::EMMCMonitor()
     createEvents();
 }
 
-EMMCMonitor::~EMMCMonitor() noexcept(false) {
-    stopAtEnd();
-}
-
 bool EMMCMonitor::start() {
     if (!MonitorThread::start()) {
         return false;

@@ -10,10 +10,6 @@ USBDeviceMonitor::USBDeviceMonitor()
     createEvents();
 }
 
-USBDeviceMonitor::~USBDeviceMonitor() noexcept(false) {
-    stopAtEnd();
-}
-
 void USBDeviceMonitor::addObserver(USBDeviceMonitorObserver* observer) {
     observers.add(observer);
 }
