@@ -11,7 +11,8 @@
 //
 // One thread creates the window, runs its loop and, when `run` has returned, destroys the object: the platform hands a
 // window's messages only to the thread that made it, and only that one can destroy it. `registerHandler`,
-// `clearHandlers` and `stop` may be called from any thread; the object may go while a `stop` has yet to return.
+// `clearHandlers` and `stop` may be called from any thread while the object is there. It may go before the `stop` that
+// has ended its loop returns, but not while another `stop` begins.
 // Handlers run on the loop's thread, one at a time, and never while another thread registers.
 //
 // Failures are standard exceptions: "Failed to register message only window class", "Failed to create message only
@@ -40,7 +41,8 @@ public:
     // Asks the loop to end. From another thread it returns when the loop has ended; on the loop's own thread at once,
     // and the loop ends when it comes to the request. False, at once, if the window was never created or there is no
     // room for a message: the loop then goes on. From another thread it waits for ever if a WM_CLOSE that was sent, not
-    // posted, has destroyed the window: that loop does not end.
+    // posted, has destroyed the window: that loop does not end. A loop that is run again before the waiting thread
+    // wakes is waited for, too.
     bool stop();
 
 private:

@@ -148,12 +148,12 @@ void MessageOnlyWindow::Implementation::run() {
         }
         running = true;
         EventModify(loopDone, EVENT_RESET);
+        loopThreadId = GetCurrentThreadId(); // from now on `stop` waits
     }
     const LoopEnd end(*this);
     if (!created) {
         create(L"iMOW" + OrvaUtils::decimal(++automaticClassNames));
     }
-    loopThreadId = GetCurrentThreadId();
     loop();
 }
 

@@ -58,6 +58,14 @@ void MonitorThread::stop() {
     }
 }
 
+void MonitorThread::stopAtEnd() {
+    if (hasThread()) {
+        OrvaUtils::Teardown steps;
+        steps.run([this] { stop(); });
+        steps.finish();
+    }
+}
+
 bool MonitorThread::hasEnded() const {
     return !hasThread() || WaitForSingleObject(threadHandle, 0) == WAIT_OBJECT_0;
 }

@@ -11,7 +11,8 @@
 // running. A monitor derives from this class. It says what its loop does, and what its failures are called.
 //
 // The owner calls everything here on one thread. It makes the monitor with `new` and ends it with `stopAndDelete`, or,
-// where others than the thread depend on it, by `stop` and a look at `hasEnded`. The destructor does not stop.
+// where others than the thread depend on it, by `stop` and a look at `hasEnded`. The destructor of a monitor stops,
+// too, and may throw what `stop` throws: a monitor must not be deleted while its thread goes on.
 class MonitorThread {
 public:
     MonitorThread(const MonitorThread&) = delete;
@@ -19,7 +20,8 @@ public:
 
     // False when the monitor is running. Otherwise makes the thread and returns when the thread has decided to run or
     // to give up; at the latest after 20000 ms, and at once when the platform twice refuses to wait. A thread that the
-    // platform does not make counts as one that has ended.
+    // platform does not make counts as one that has ended. A thread that is still undecided when this is called again
+    // is forgotten: its handle is closed, and `hasEnded` tells of the new one.
     bool start();
     // Does nothing unless the monitor is running. Asks the thread to end and waits for it, at most 20000 ms. Throws the
     // monitor's failure "Failed to terminate monitor thread" when that is not enough, or when the platform twice
@@ -43,8 +45,11 @@ protected:
     void createEvents();
     // The loop has decided to run.
     void tellDecision();
-    // Whether the last `start` has made a thread.
+    // Whether there is a handle: the last `start` has made a thread, and no `stop` has seen its end.
     bool hasThread() const;
+    // For the monitor's destructor, while all that the thread uses is there: `stop`, unless that was done. Throws its
+    // failure, unless an exception is in flight.
+    void stopAtEnd();
 
     // Calls the wait function, and once more when the platform refuses the wait.
     template<typename Wait>

@@ -50,11 +50,11 @@ public:
     // notification.
     void waitForCalls(const Observer* removed, DWORD limit) {
         constexpr DWORD POLL_INTERVAL = 10; // ms
-        DWORD waited = 0;
+        const DWORD begun = GetTickCount();
         for (Entry* entry = &first; entry != nullptr; entry = entry->next) {
             if (entry->removed == removed) {
                 entry->removed = nullptr; // another observer may get the same address
-                for (; entry->calls != 0 && waited < limit; waited += POLL_INTERVAL) {
+                while (entry->calls != 0 && GetTickCount() - begun < limit) {
                     Sleep(POLL_INTERVAL);
                 }
             }

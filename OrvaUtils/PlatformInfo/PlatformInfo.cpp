@@ -111,11 +111,11 @@ void PlatformInfo::load() {
     try {
         Tags::TagStore store;
         std::array<std::uint8_t, sizeof modelCode> code{};
-        if (readTag(store, MODEL_TAG, code)) {
+        if (!modelPresent && readTag(store, MODEL_TAG, code)) {
             modelCode = static_cast<std::uint16_t>(code[0] | code[1] << 8);
             modelPresent = true;
         }
-        guidPresent = readTag(store, GUID_TAG, guid) || guidPresent;
+        guidPresent = guidPresent || readTag(store, GUID_TAG, guid);
     } catch (const Exception&) { // no library, or a store that cannot be opened or closed: what was read counts
     }
 }

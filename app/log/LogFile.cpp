@@ -35,6 +35,15 @@ void LogFile::retire() {
     }
 }
 
+bool LogFile::closeIfAlone() {
+    std::int32_t logAndCaller = 2;
+    if (!users.compare_exchange_strong(logAndCaller, 0)) {
+        return false;
+    }
+    CloseHandle(handle);
+    return true;
+}
+
 void LogFile::Leave::operator()(LogFile* file) const {
     file->retire();
 }

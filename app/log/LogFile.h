@@ -26,8 +26,11 @@ public:
     bool isFree() const;
     // Null while it is free.
     Use use();
-    // Ends the log's own use. Once after each `open`.
+    // Ends the log's own use. Once after each `open` that has succeeded.
     void retire();
+    // Closes it and ends the log's own use and the calling thread's, if no other thread uses it; otherwise does
+    // nothing and answers false.
+    bool closeIfAlone();
 
     // The size in bytes of what lies at the path now, opened for reading; 0 if that fails.
     std::uint32_t size() const;

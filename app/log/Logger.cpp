@@ -94,16 +94,25 @@ Claim claim(std::atomic<std::int32_t>& changing) {
 } // namespace
 
 Logger::~Logger() {
+    close();
+}
+
+void Logger::close() {
     for (const std::wstring& line : pending) {
         output(line);
     }
-    if (!current.load()->isFree()) {
+    if (changing.exchange(1) == 0 && !current.load()->isFree()) { // for good: no thread opens a file any more
         current.load()->retire();
     }
 }
 
 Logger& Logger::instance() {
-    static Logger logger;
+    static Logger& logger = *new Logger; // never freed: threads may write while the process ends
+    static struct AtExit {
+        ~AtExit() {
+            logger.close();
+        }
+    } atExit;
     return logger;
 }
 
@@ -211,7 +220,7 @@ LogFile::Use Logger::openFirst() {
     }
     LogFile::Use use = useCurrent();
     if (use == nullptr) {
-        current.load()->open(determinePath(), OPEN_ALWAYS);
+        current.load()->open(pathOf(currentIndex), OPEN_ALWAYS);
         use = useCurrent();
     }
     return use;
@@ -223,16 +232,22 @@ void Logger::rotate(LogFile::Use& full) {
     if (mine == nullptr || current != full.get() || !next.isFree()) {
         return;
     }
-    if (++currentIndex >= maxFiles) {
-        currentIndex = 0;
+    const std::int32_t index = currentIndex + 1 < maxFiles ? currentIndex + 1 : 0;
+    std::wstring path = pathOf(index); // before any change: memory may be short
+    if (filePath.empty() && index != currentIndex) {
+        full->retire();
+    } else if (full->closeIfAlone()) {
+        full.release();
+    } else {
+        return; // the only file is not emptied under another thread
     }
-    next.open(determinePath(), CREATE_ALWAYS);
+    next.open(std::move(path), CREATE_ALWAYS);
+    currentIndex = index;
     current = &next;
-    full->retire();
     full = useCurrent();
 }
 
-std::wstring Logger::determinePath() {
+std::wstring Logger::pathOf(std::int32_t index) {
     if (!filePath.empty()) {
         return filePath;
     }
@@ -240,10 +255,10 @@ std::wstring Logger::determinePath() {
         const std::wstring program = Paths::runningExecutable();
         directory = program.substr(0, program.rfind(L'\\'));
     }
-    if (currentIndex == -1) {
-        currentIndex = newestIndex();
+    if (index == -1) {
+        index = currentIndex = newestIndex();
     }
-    return directory + L'\\' + baseName + widened(std::to_string(currentIndex)) + extension;
+    return directory + L'\\' + baseName + widened(std::to_string(index)) + extension;
 }
 
 std::int32_t Logger::newestIndex() const {

@@ -26,22 +26,25 @@ inline constexpr std::int32_t Debug = 3;
 // The outputs are a set of rotating files, the debugger and the standard output. A file holds one byte a character;
 // characters that need more become "?".
 //
-// The log never fails towards its callers: a line that cannot be written to the file is lost there.
+// A line that cannot be written to the file is lost there, and nobody is told. Only memory that runs out comes out, as
+// std::bad_alloc: that line is lost.
 //
 // Any thread may write at any time, and none waits for another: there is no lock. One thread at a time changes the
 // file. A line that another thread writes meanwhile goes to the older file, which then exceeds its limit by more than
-// one line; while there is no file yet, it is lost. With one file alone, zeros may stand before it. The settings,
-// listeners and the queue are for one thread: the log is set up before other threads write.
+// one line; while there is no file, it is lost. With one file alone, only a thread that is the only one to write then
+// empties it, and the file grows until there is one. The settings, listeners and the queue are for one thread: the log
+// is set up before other threads write.
 class Logger {
 public:
     // A log with the defaults below. The program uses the one of `instance`.
     Logger() = default;
     Logger(const Logger&) = delete;
     Logger& operator=(const Logger&) = delete;
-    // Outputs what is queued.
+    // Outputs what is queued and closes the file.
     ~Logger();
 
-    // The log of the process, made at the first call and destroyed at the process's exit.
+    // The log of the process, made at the first call. At the process's exit it does what the destructor does, but stays
+    // in memory: threads that go on may write to it, and no file takes their lines any more.
     static Logger& instance();
 
     // Whether there is any output or listener.
@@ -65,7 +68,7 @@ public:
     void setToConsole(bool on); // off
     void setToDebugger(bool on); // off
     void setToFile(bool on); // on
-    // Off: lines are kept in memory until the log is destroyed. On by default.
+    // Off: lines are kept in memory until the log's end. On by default.
     void setImmediate(bool on);
     // The complete path of the one file; empty, the default: the files are named by the following settings.
     void setFilePath(std::wstring path);
@@ -81,12 +84,13 @@ public:
     void setThreshold(std::int32_t level); // Info
 
 private:
+    void close();
     void output(const std::wstring& line);
     void outputToFile(const std::wstring& line);
     LogFile::Use useCurrent();
     LogFile::Use openFirst();
     void rotate(LogFile::Use& full);
-    std::wstring determinePath();
+    std::wstring pathOf(std::int32_t index); // -1: of the file that was written last
     std::int32_t newestIndex() const;
 
     bool toConsole = false;
@@ -102,7 +106,7 @@ private:
     std::int32_t highestLevel = LogLevel::Info;
     LogFile files[2]; // the current one, and the one before it until nobody writes to it
     std::atomic<LogFile*> current = &files[0];
-    std::atomic<std::int32_t> changing = 0; // 1: a thread opens a file
+    std::atomic<std::int32_t> changing = 0; // 1: a thread opens a file, or the log is closed
     std::int32_t currentIndex = -1; // not yet determined
     std::vector<std::wstring> pending;
     std::vector<LogListener*> listeners;

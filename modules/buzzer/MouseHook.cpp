@@ -31,7 +31,9 @@ MouseHook& MouseHook::instance() {
 }
 
 MouseHook::MouseHook() {
-    Logger::instance(); // to be destroyed later than this: the threads that are left may write to it
+    Logger::instance(); // to be closed later than this
+    observers = new ObserverList<MouseHookObserver>;
+    keepUntilProcessEnds(observers); // the threads that are left may still look at it
     touchEvent = createEvent();
     stopEvent = createEvent();
     if (touchEvent == nullptr || stopEvent == nullptr) {
@@ -42,8 +44,6 @@ MouseHook::MouseHook() {
         }
         throw OrvaUtils::Exception(L"Cannot create events for mouse hook");
     }
-    observers = new ObserverList<MouseHookObserver>;
-    keepUntilProcessEnds(observers); // the threads that are left may still look at it
 }
 
 // The stop event stays open: the threads that are left wait for it until the process ends.

@@ -14,7 +14,8 @@ public:
     // Reads the file. False when it cannot be read or one of the values is missing or of another kind; the fields then
     // count for nothing. The frequency's range is not checked.
     bool read(const std::wstring& path);
-    // Replaces the file. False when that fails; it may then be cut short.
+    // Replaces the file. False when that fails: see saveDocument. Throws std::bad_alloc when there is no memory for
+    // the document; the file is then as it was.
     bool write(const std::wstring& path) const;
 
     bool enabled = false;

@@ -42,7 +42,7 @@ public:
 
 private:
     ScreenSaver(HINSTANCE instance, const std::wstring& className);
-    ~ScreenSaver() override = default;
+    ~ScreenSaver() noexcept(false) override = default;
 
     std::atomic<bool> active = false;
     std::atomic<bool> useBlackScreen = true;

@@ -21,6 +21,9 @@ class UserInactivityMonitor : public MonitorThread {
 public:
     // Throws "Cannot create event".
     UserInactivityMonitor();
+    ~UserInactivityMonitor() noexcept(false) {
+        stopAtEnd();
+    }
 
     // 60000 at first. A wait that has begun goes on as it is; the first one begins with the start.
     void setTimeout(std::uint32_t milliseconds);

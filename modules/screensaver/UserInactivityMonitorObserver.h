@@ -9,5 +9,5 @@ class UserInactivityMonitorObserver {
 public:
     // An exception that leaves it is logged and ends the monitor for good.
     virtual void notify(const UserActivityEvent& event) = 0;
-    virtual ~UserInactivityMonitorObserver() = default;
+    virtual ~UserInactivityMonitorObserver() noexcept(false) = default;
 };

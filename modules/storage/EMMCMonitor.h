@@ -11,6 +11,9 @@ public:
     // Begins a session: count and duration of the last one become 0 in the file. Then throws "Cannot create event" if
     // the platform gives it none.
     EMMCMonitor();
+    ~EMMCMonitor() noexcept(false) {
+        stopAtEnd();
+    }
 
     // False when it was started before, also when it was stopped since. The first update may still be under way when
     // this returns. Throws "Cannot create thread".

@@ -18,8 +18,8 @@ struct EMMCStatistics {
     // Zeros if there is no file, or if it cannot be read in three attempts; a value that it lacks is 0. Pauses 100 ms
     // after each attempt that has failed.
     static EMMCStatistics load();
-    // Replaces the file, in at most three attempts with the same pauses. A failure is silent; the file may then be cut
-    // short.
+    // Replaces the file, in at most three attempts with the same pauses. A failure is silent; what the file then holds
+    // says saveDocument. Throws std::bad_alloc when there is no memory for the document; the file is then as it was.
     static void save(const EMMCStatistics& statistics);
 
 private:

@@ -22,6 +22,9 @@ class USBDeviceMonitor : public MonitorThread {
 public:
     // Throws "Cannot create event".
     USBDeviceMonitor();
+    ~USBDeviceMonitor() noexcept(false) {
+        stopAtEnd();
+    }
 
     void addObserver(USBDeviceMonitorObserver* observer);
     void removeObserver(USBDeviceMonitorObserver* observer);

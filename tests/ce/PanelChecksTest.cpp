@@ -65,6 +65,12 @@ TEST(PanelChecks, TheLogLosesNoLineOfSeveralThreads) {
     rotating_log::expectAllLines(panel.panel().hostPath("\\Log"));
 }
 
+TEST(PanelChecks, TheLogWritesWholeLinesToFilesThatItUsesAgain) {
+    PanelChecks panel;
+    EXPECT_EQ(panel.run(program, "log-of-two-files"), 0U);
+    EXPECT_FALSE(rotating_log::readLines(panel.panel().hostPath("\\Log")).empty());
+}
+
 TEST(PanelChecks, WindowProceduresKeepParametersAndExceptions) {
     PanelChecks panel;
     const auto process = panel.driver().start(program, "window");

@@ -182,8 +182,8 @@ TEST(Buzzer, ReplacesANegativeFrequencyByThePanelsOwn) {
         std::uint16_t model;
         int written;
         std::uint32_t frequency;
-    } cases[] = {{1026, -1, 3400}, {1027, -1, 3400}, {1030, -1, 3400}, {1025, -1, 2400},
-                 {1028, -1, 2400}, {2, -1, 2400},    {1026, 0, 0}};
+    } cases[] = {{0x402, -1, 3400}, {0x403, -1, 3400}, {0x406, -1, 3400}, {0x401, -1, 2400},
+                 {0x404, -1, 2400}, {2, -1, 2400},     {0x402, 0, 0}};
     for (const auto& [model, written, frequency] : cases) {
         const std::string content = "<TouchBuzzer><Settings><Enabled>1</Enabled><Frequency>" + std::to_string(written) +
                                     "</Frequency><Other/></Settings></TouchBuzzer>";

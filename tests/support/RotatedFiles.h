@@ -4,8 +4,10 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <map>
 #include <regex>
 #include <set>
+#include <string>
 
 namespace rotating_log {
 

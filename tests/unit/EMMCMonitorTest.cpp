@@ -33,12 +33,6 @@ std::uint64_t timeOf(const std::function<void()>& operation) { // panel ms
 
 const auto failure = messageOf<EMMCException>;
 
-struct Monitor : EMMCMonitor {
-    ~Monitor() {
-        EXPECT_NO_THROW(stop());
-    }
-};
-
 void count(std::uint32_t value) {
     devices().setValues("SHC1", {value});
 }
@@ -155,7 +149,7 @@ TEST(EMMCMonitor, BeginsASessionAndUpdatesItAtOnceAndEveryFiveMinutes) {
     count(40);
     setTicks(61999);
     {
-        Monitor monitor;
+        EMMCMonitor monitor;
         EXPECT_EQ(readFile(statisticsPath), statisticsFile({"0", "0", "0", "0", "1000", "99"}));
         pass(1000);
         EXPECT_EQ(readFile(statisticsPath), statisticsFile({"0", "0", "0", "0", "1000", "99"})) << "it was not started";
@@ -190,7 +184,7 @@ TEST(EMMCMonitor, BeginsASessionAndUpdatesItAtOnceAndEveryFiveMinutes) {
 
 TEST(EMMCMonitor, TakesTheFileAsItIsAtEachUpdate) {
     writeFile(statisticsPath, "");
-    Monitor monitor;
+    EMMCMonitor monitor;
     ASSERT_TRUE(monitor.start());
     count(7);
     pass(0);
@@ -220,7 +214,7 @@ TEST(EMMCMonitor, ReportsWhatThePlatformDoesNotGive) {
     EXPECT_EQ(failure([] { EMMCMonitor(); }), L"Cannot create event");
     EXPECT_EQ(readFile(statisticsPath), statisticsFile({"0", "0", "0", "0", "3", "4"}))
         << "the session has begun by then";
-    Monitor monitor;
+    EMMCMonitor monitor;
     failCall("CreateThread");
     EXPECT_EQ(failure([&] { monitor.start(); }), L"Cannot create thread");
     EXPECT_TRUE(monitor.start()) << "nothing runs, so it can be tried again";
@@ -228,7 +222,7 @@ TEST(EMMCMonitor, ReportsWhatThePlatformDoesNotGive) {
 
 TEST(EMMCMonitor, StandsARefusedWait) {
     writeFile(statisticsPath, "");
-    Monitor monitor;
+    EMMCMonitor monitor;
     ASSERT_TRUE(monitor.start());
     pass(0);
     driver().addFault({"WaitForSingleObject", "", 0, 2, 2});

@@ -37,10 +37,13 @@ TEST(LoggerStress, LosesNoLineOfSeveralThreads) {
 }
 
 TEST(LoggerStress, WritesWholeLinesToItsFilesOnly) {
-    {
-        const RotatedLog log(2, 2000);
-        rotating_log::readLines(testing_panel::hostPath("\\Log"));
-        EXPECT_EQ(testing_panel::list("\\Log"), (std::vector<std::string>{"log0.txt", "log1.txt"}));
+    for (const auto& [count, names] :
+         {std::pair{2, std::vector<std::string>{"log0.txt", "log1.txt"}}, {1, {"log0.txt"}}}) {
+        {
+            const RotatedLog log(count, 2000);
+            rotating_log::readLines(testing_panel::hostPath("\\Log"));
+            EXPECT_EQ(testing_panel::list("\\Log"), names);
+        }
+        EXPECT_EQ(openFiles(), 0U);
     }
-    EXPECT_EQ(openFiles(), 0U);
 }

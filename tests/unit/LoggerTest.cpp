@@ -104,7 +104,9 @@ TEST(Logger, ContinuesTheFileWrittenLast) {
             touchFile(L"\\Log\\helper_log1.txt");
             advance(later);
             touchFile(last);
+            startTrace();
             log.write(L"here", LogLevel::Info);
+            EXPECT_EQ(trace({"FindClose"}).size(), 1U);
             EXPECT_EQ(messages(std::filesystem::path(last).string()), "INFO;here\n");
         }
     }

@@ -124,7 +124,7 @@ TEST(PlatformInfo, TakesAShorterTagForNoneAndTheBeginningOfALongerOne) {
     }
     devices().setTag(18, {"\x06\x04\0\0", 4});
     devices().setTag(48, "0123456789abcdefg");
-    EXPECT_EQ(PlatformInfo::instance().getModelCode(), 1030);
+    EXPECT_EQ(PlatformInfo::instance().getModelCode(), 0x406);
     EXPECT_EQ(guid(), "0123456789abcdef");
 }
 

@@ -32,12 +32,6 @@ void unplug(const std::string& device) {
     panel::Panel(panelDirectory()).disks().unplug(device);
 }
 
-struct Monitor : USBDeviceMonitor {
-    ~Monitor() {
-        EXPECT_NO_THROW(stop());
-    }
-};
-
 // "0 DSK1: \Hard Disk"
 class Recorder : public USBDeviceMonitorObserver {
 public:
@@ -79,7 +73,7 @@ TEST(USBDeviceMonitor, TellsOfVolumesAndOfDevicesThatGo) {
     Recorder recorder;
     Recorder twice;
     Recorder gone;
-    Monitor monitor;
+    USBDeviceMonitor monitor;
     monitor.addObserver(&twice);
     monitor.addObserver(&recorder);
     monitor.addObserver(&twice);
@@ -112,7 +106,7 @@ TEST(USBDeviceMonitor, EndsWithAnObserverThatThrows) {
     for (const bool familiar : {true, false}) {
         Thrower thrower(familiar);
         Recorder recorder;
-        Monitor monitor;
+        USBDeviceMonitor monitor;
         monitor.addObserver(&thrower);
         monitor.addObserver(&recorder);
         EXPECT_TRUE(monitor.start());
@@ -131,7 +125,7 @@ TEST(USBDeviceMonitor, NeedsAnEventButMissesNoThread) {
     failCall("CreateEventW");
     EXPECT_EQ(failure([] { USBDeviceMonitor monitor; }), L"Cannot create event");
     plug({}, 60000);
-    Monitor monitor;
+    USBDeviceMonitor monitor;
     failCall("CreateThread");
     EXPECT_TRUE(monitor.start());
     EXPECT_TRUE(monitor.start()) << "it did not run";

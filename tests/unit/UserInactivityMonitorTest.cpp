@@ -28,12 +28,6 @@ struct Recorder : UserInactivityMonitorObserver {
 
 using Heard = decltype(Recorder::heard);
 
-struct Monitor : UserInactivityMonitor {
-    ~Monitor() {
-        EXPECT_NO_THROW(stop());
-    }
-};
-
 void user(bool active) {
     panel::setUserActive(active);
     driver().settle();
@@ -44,7 +38,7 @@ void user(bool active) {
 TEST(UserInactivityMonitor, ReportsTheUserAfterTheTimeout) {
     user(false);
     Recorder recorder;
-    Monitor monitor;
+    UserInactivityMonitor monitor;
     monitor.addObserver(&recorder);
     ASSERT_TRUE(monitor.start());
     monitor.setTimeout(500); // for the next wait only
@@ -69,7 +63,7 @@ TEST(UserInactivityMonitor, ReportsTheUserAfterTheTimeout) {
 TEST(UserInactivityMonitor, ReportsAnActiveUserOnceAtTheStart) {
     user(true);
     Recorder recorder;
-    Monitor monitor;
+    UserInactivityMonitor monitor;
     monitor.addObserver(&recorder);
     monitor.start();
     pass(100000);
@@ -85,7 +79,7 @@ TEST(UserInactivityMonitor, TellsItsObserversInTheirOrder) {
     std::string order;
     Recorder first;
     Recorder second;
-    Monitor monitor;
+    UserInactivityMonitor monitor;
     first.reaction = [&] { order += '1'; };
     second.reaction = [&] {
         order += '2';
@@ -104,7 +98,7 @@ TEST(UserInactivityMonitor, TellsItsObserversInTheirOrder) {
 TEST(UserInactivityMonitor, StartsOnceAndCanBeStoppedAtOnce) {
     user(false);
     Recorder recorder;
-    Monitor monitor;
+    UserInactivityMonitor monitor;
     monitor.stop();
     for (int round = 0; round < 100; ++round) {
         ASSERT_TRUE(monitor.start());
@@ -117,7 +111,7 @@ TEST(UserInactivityMonitor, StartsOnceAndCanBeStoppedAtOnce) {
 TEST(UserInactivityMonitor, StaysSilentWithoutThePlatformsEvents) {
     user(true);
     Recorder recorder;
-    Monitor monitor;
+    UserInactivityMonitor monitor;
     monitor.addObserver(&recorder);
     for (const unsigned call : {1U, 2U}) {
         driver().clearFaults();
@@ -141,7 +135,7 @@ TEST(UserInactivityMonitor, HasFailuresOfItsOwn) {
     user(false);
     Recorder recorder;
     recorder.reaction = [] { Sleep(30000); };
-    Monitor monitor;
+    UserInactivityMonitor monitor;
     monitor.addObserver(&recorder);
     monitor.start();
     pass(60000);

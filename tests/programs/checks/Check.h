@@ -15,6 +15,7 @@ void exceptions();
 void statics();
 void heap();
 void log();
+void logOfTwoFiles();
 void registry();
 void window();
 void stack();

@@ -9,3 +9,9 @@ void checks::log() {
     log.write(L"9/0", LogLevel::Info);
     onThreads(rotating_log::THREADS, [&](unsigned thread) { rotating_log::write(log, thread); });
 }
+
+void checks::logOfTwoFiles() {
+    Logger log;
+    rotating_log::setUp(log, 2);
+    onThreads(rotating_log::THREADS, [&](unsigned thread) { rotating_log::write(log, thread, 500); });
+}

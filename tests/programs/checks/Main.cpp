@@ -26,6 +26,7 @@ constexpr Group groups[] = {
     {L"statics", statics},
     {L"heap", heap},
     {L"log", log},
+    {L"log-of-two-files", logOfTwoFiles},
     {L"registry", registry},
     {L"window", window},
     {L"stack", stack},
