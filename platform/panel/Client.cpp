@@ -19,7 +19,7 @@ std::uint32_t messageNumber(Image& image, const std::string& name) {
             return static_cast<std::uint32_t>(number);
     } catch (const std::logic_error&) { // a name, then
     }
-    const std::uint32_t registered = name.empty() ? 0 : messages::registerName(image, name);
+    const std::uint32_t registered = name.empty() ? 0 : messages::registerName(image, name, false);
     if (!registered)
         throw std::runtime_error("not the name of a message: \"" + name + "\"");
     return registered;
@@ -35,9 +35,9 @@ std::uint32_t findWindow(const std::string& className) {
 std::vector<std::string> registeredMessages() {
     const Call call;
     std::vector<std::string> names;
-    for (const auto& name : call.image.registeredMessages)
-        if (name[0])
-            names.emplace_back(name);
+    for (std::uint32_t index = 0; index < maxRegisteredMessages; ++index)
+        if (call.image.programsMessages[index])
+            names.emplace_back(call.image.registeredMessages[index]);
     return names;
 }
 

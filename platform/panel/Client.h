@@ -13,7 +13,7 @@ inline constexpr std::uint32_t noLimit = 0xFFFFFFFF;
 
 std::uint32_t findWindow(const std::string& className); // its number, case-blind; 0: there is none
 
-std::vector<std::string> registeredMessages(); // names, since boot
+std::vector<std::string> registeredMessages(); // names that programs have registered since boot
 
 // `message` is a registered message's name, or a number ("0x10"). Waits for the window procedure's result; empty when
 // the window went, or did not answer in so many ms of panel time.

@@ -222,15 +222,21 @@ void Devices::save(const DeviceState& state) const {
     host::writeFile(fileOf(state.name).string(), json.dump(2) + '\n');
 }
 
-void Devices::setBehaviour(std::string_view name, Behaviour behaviour, std::string_view operation) const {
+void Devices::check(std::string_view name, Behaviour behaviour, std::string_view operation) {
     const DeviceFacts& device = facts(name);
     if (device.operations.empty())
         throw std::runtime_error(std::string(device.name) + " is asked nothing; it is there or not (add, remove)");
     if (behaviour.kind == Behaviour::Kind::code && device.name != "tags")
         throw std::runtime_error("only functions of the tag library give a code");
+    if (!operation.empty())
+        checkOperation(device, operation);
+}
+
+void Devices::setBehaviour(std::string_view name, Behaviour behaviour, std::string_view operation) const {
+    check(name, behaviour, operation);
+    const DeviceFacts& device = facts(name);
     std::vector<std::string> operations;
     if (!operation.empty()) {
-        checkOperation(device, operation);
         operations.emplace_back(operation);
     } else {
         for (const OperationFacts& known : device.operations)

@@ -100,6 +100,8 @@ public:
     DeviceState state(std::string_view name) const;
     bool has(std::string_view name) const;
 
+    // Throws std::runtime_error if the device cannot be told so; without operation: of any.
+    static void check(std::string_view name, Behaviour behaviour, std::string_view operation = {});
     // Without operation: every one of the device. A request that waits in a driver looks again.
     void setBehaviour(std::string_view name, Behaviour behaviour, std::string_view operation = {}) const;
     void setPresent(std::string_view name, bool present) const;

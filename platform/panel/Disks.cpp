@@ -73,18 +73,6 @@ void removeIfEmpty(const fs::path& folder) {
     fs::remove(folder, ignored);
 }
 
-// Why it cannot be a volume's name; empty: it can. The platform has 64 characters for "\\" + name + zero.
-std::string faultOf(const std::string& name) {
-    const bool odd =
-        name == "." || name == ".." || name.find_first_of("/\\:*?\"<>|") != std::string::npos ||
-        std::any_of(name.begin(), name.end(), [](char byte) { return static_cast<unsigned char>(byte) < ' '; });
-    if (name.empty() || odd || !utf8::is_valid(name.begin(), name.end()))
-        return "not a name for a volume: \"" + name + '"';
-    if (name.size() > sizeof PartitionRecord::volume - 2)
-        return "too long for the name of a volume: \"" + name + '"';
-    return {};
-}
-
 // What somebody has written into the file by hand is held against the rules of plugging.
 void checkStored(const Disk& disk) {
     std::string fault;
@@ -95,7 +83,7 @@ void checkStored(const Disk& disk) {
             fault = equalCaseBlind(partition.volume, "MMCMemory") || equalCaseBlind(partition.volume, "NANDFlash") ||
                             equalCaseBlind(partition.volume, "Windows")
                         ? "\"" + partition.volume + "\" is the panel's own"
-                        : faultOf(partition.volume);
+                        : Disks::faultOf(partition.volume);
     if (!fault.empty())
         throw std::runtime_error(fault);
 }
@@ -140,6 +128,17 @@ void addDevice(Image& image, const Disk& disk) {
 }
 
 } // namespace
+
+std::string Disks::faultOf(const std::string& name) {
+    const bool odd =
+        name == "." || name == ".." || name.find_first_of("/\\:*?\"<>|") != std::string::npos ||
+        std::any_of(name.begin(), name.end(), [](char byte) { return static_cast<unsigned char>(byte) < ' '; });
+    if (name.empty() || odd || !utf8::is_valid(name.begin(), name.end()))
+        return "not a name for a volume: \"" + name + '"';
+    if (name.size() > sizeof PartitionRecord::volume - 2)
+        return "too long for the name of a volume: \"" + name + '"';
+    return {};
+}
 
 Disks::Disks(fs::path panelDirectory) : root(std::move(panelDirectory)), file(root / "devices/disks.json") {}
 
@@ -337,6 +336,7 @@ void Disks::tellAttributes(const Disk& disk) const {
         return;
     const Lock lock(*kernel.image);
     setVolumes(*kernel.image, volumes());
+    names::changed(*kernel.image);
     for (BlockDeviceRecord& record : kernel.image->blockDevices)
         for (std::uint32_t index = 0; record.used && record.name == disk.device && index < record.partitionCount;
              ++index)

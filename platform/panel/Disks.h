@@ -54,6 +54,9 @@ public:
     // By the device or one of its volumes, case-blind; with all its partitions. Announced, too.
     void unplug(const std::string& name) const;
 
+    // Why it cannot be a volume's name; empty: it can. The platform has 64 characters for "\\" + name + zero.
+    static std::string faultOf(const std::string& name);
+
     void create() const; // of a new panel: none
     void show(Image& image) const; // puts volumes and block devices into a booting panel's kernel file
 

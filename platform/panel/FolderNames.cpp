@@ -46,7 +46,8 @@ struct Known {
 
 // The last used one first.
 Known& known(const Image& image, Folder folder) {
-    static std::list<Known> folders;
+    // Never destroyed: threads may still ask while the process ends.
+    static auto& folders = *new std::list<Known>;
     const auto found = std::find_if(folders.begin(), folders.end(),
                                     [&](const Known& each) { return each.image == &image && each.folder == folder; });
     if (found == folders.end()) {

@@ -29,13 +29,19 @@ public:
     Image* const image;
 };
 
-// While it lives, other commands that change the panel as a whole wait.
+// While it lives, other commands that change the panel as a whole wait. `atMost`: real ms after which it goes on
+// without their consent; 0: it does not.
 class Change {
 public:
-    explicit Change(const std::filesystem::path& root)
+    explicit Change(const std::filesystem::path& root, std::uint32_t atMost = 0)
         : directory(open(root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
-        while (flock(directory, LOCK_EX | (patience::limit.milliseconds ? LOCK_NB : 0)) != 0 && errno == EWOULDBLOCK) {
-            if (waited >= patience::limit.milliseconds)
+        const std::uint32_t limit = atMost ? atMost : patience::limit.milliseconds;
+        while (flock(directory, LOCK_EX | (limit ? LOCK_NB : 0)) != 0 && (errno == EWOULDBLOCK || errno == EINTR)) {
+            if (errno == EINTR)
+                continue;
+            if (waited >= limit && atMost)
+                break;
+            if (waited >= limit)
                 patience::limit.giveUp("another command is changing the panel and does not go on");
             usleep(1000 * glance);
             waited += glance;

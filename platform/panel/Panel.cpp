@@ -102,7 +102,11 @@ void Panel::fill(const PanelOptions& options) const {
 Panel::Panel(const Fresh& fresh) : root(fs::absolute(fresh.directory).lexically_normal()) {}
 
 Panel::Panel(const fs::path& directory) : root(fs::absolute(directory).lexically_normal()) {
-    if (!fs::exists(root / "devices/panel.json"))
+    std::error_code error;
+    const bool exists = fs::exists(root / "devices/panel.json", error);
+    if (error == std::errc::permission_denied)
+        checkOwner();
+    if (!exists)
         throw std::runtime_error("not a panel: " + directory.string() + " (panel create makes one)");
 }
 
@@ -113,11 +117,12 @@ fs::path Panel::hostPath(std::string_view panelPath) const {
 }
 
 void Panel::checkOwner() const {
-    const std::string kernel = (root / "run/kernel").string();
-    struct stat status {};
-    if (faccessat(AT_FDCWD, kernel.c_str(), R_OK | W_OK, AT_EACCESS) == 0 || errno != EACCES ||
-        stat(kernel.c_str(), &status) != 0)
+    fs::path reached = kernelFile(root);
+    if (faccessat(AT_FDCWD, reached.c_str(), R_OK | W_OK, AT_EACCESS) == 0 || errno != EACCES)
         return;
+    struct stat status {};
+    while (stat(reached.c_str(), &status) != 0 && reached.has_relative_path())
+        reached = reached.parent_path();
     const std::string owner = userName(status.st_uid);
     throw std::runtime_error(owner + " has booted this panel, and you are " + userName(geteuid()) + ": work on it as " +
                              owner + ", or on a copy of your own (" + root.string() + ')');
@@ -198,7 +203,7 @@ void Panel::boot(const BootOptions& options) {
 // A kernel file that cannot be trusted, or whose lock somebody does not let go, is removed: programs that still run
 // hear of that, and end.
 void Panel::stop(void (*settleRegistry)(const fs::path&), const char* whatFails) {
-    const Change change(root);
+    const Change change(root, lockPatience);
     Image* image = nullptr;
     bool sound = true;
     std::int64_t date = 0;
@@ -227,7 +232,7 @@ void Panel::stop(void (*settleRegistry)(const fs::path&), const char* whatFails)
         fs::remove_all(kernelFile(root));
     if (image)
         unmapImage(image);
-    std::string lost;
+    std::string lost = sound ? "" : ": the clock's date is lost";
     const auto keep = [&](const char* what, const std::function<void()>& store) {
         try {
             store();

@@ -92,7 +92,9 @@ struct Launch {
     pid_t starter;
     bool closesFile; // the program does without it once it runs
     bool watch; // stay, and do for a program what it cannot do itself: note its exit code, end it when it must end
-    std::string kernelFile;
+    const std::string& root; // the panel's
+    std::uint64_t kernelDevice;
+    std::uint64_t kernelInode;
     pid_t owner; // the host process whose end ends it; 0: none
 };
 
@@ -110,7 +112,7 @@ void execute(const Launch& launch) {
 
 // Until the program ends by itself, and its exit code is noted; or this kills all that it has started, and itself.
 [[noreturn]] void watchOver(pid_t program, const Launch& launch) {
-    const KernelAlarm alarm(launch.kernelFile.c_str());
+    const KernelAlarm alarm(launch.root.c_str(), launch.kernelDevice, launch.kernelInode);
     pollfd entries[] = {{host::openProcess(program), POLLIN, 0},
                         {launch.owner ? host::openProcess(launch.owner) : -1, POLLIN, 0},
                         {alarm.descriptor(), POLLIN, 0}};
@@ -182,7 +184,9 @@ Launch prepare(Image& image, const std::string& root, ProgramKind kind, int file
                   getpid(),
                   kind == ProgramKind::native,
                   !record.aware,
-                  root + "/run/kernel",
+                  root,
+                  image.fileDevice,
+                  image.fileInode,
                   record.owner ? processes::at(image, record.owner).hostPid : 0};
     if (interpreted) {
         launch.texts = {emulator, loaderPath(), programPath};

@@ -7,8 +7,10 @@
 #include "platform/panel/kernel/Soundness.h"
 #include "platform/panel/kernel/Wait.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <stdexcept>
 #include <sys/mman.h>
@@ -44,8 +46,13 @@ std::uint32_t headSum(const Image& image) {
 
 Image* mapImage(const std::string& path, bool tables) {
     const int file = open(path.c_str(), O_RDWR | O_CLOEXEC);
-    if (file < 0)
+    if (file < 0 && (errno == ENOENT || errno == ENOTDIR))
         return nullptr;
+    if (file < 0) {
+        const bool full = errno == EMFILE || errno == ENFILE;
+        throw std::runtime_error("cannot open " + path + ": " + std::strerror(errno) +
+                                 (full ? " (ulimit -n)" : remedy));
+    }
     struct stat status {};
     const bool whole = fstat(file, &status) == 0 && status.st_size == static_cast<off_t>(sizeof(Image));
     void* address = whole ? mmap(nullptr, sizeof(Image), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0) : MAP_FAILED;
@@ -116,18 +123,16 @@ void Runtime::attachProgram() {
     root = directory;
     try {
         mapped = mapImage(root + "/run/kernel", false);
+        if (!mapped || slot < 1 || slot > maxProcesses || !begin(slot, serial))
+            throw std::runtime_error("The panel has been switched off.");
+        processSlot = slot;
+        part = Part::program;
+        adoptThread(processRecord().mainThread);
+        watcher = std::make_unique<Watcher>(*mapped, root, false);
     } catch (const std::runtime_error& error) {
         std::fprintf(stderr, "%s\n", error.what());
         _exit(127);
     }
-    if (!mapped || slot < 1 || slot > maxProcesses || !begin(slot, serial)) {
-        std::fputs("The panel has been switched off.\n", stderr);
-        _exit(127);
-    }
-    processSlot = slot;
-    part = Part::program;
-    adoptThread(processRecord().mainThread);
-    watcher = std::make_unique<Watcher>(*mapped, root, false);
 }
 
 bool Runtime::begin(Slot slot, std::uint32_t serial) {

@@ -88,8 +88,8 @@ std::uint32_t callingThreadNumber();
 std::uint32_t callsMade(std::string_view function);
 
 // Maps the kernel file of a booted panel; null if there is none, also if it is a copy of another panel's, or of another
-// boot of the host. One that is damaged, or of another version, is a std::runtime_error. Unmapped by unmapImage.
-// `tables`: looks at them too, which takes the lock.
+// boot of the host. One that is damaged, of another version, or cannot be opened is a std::runtime_error. Unmapped by
+// unmapImage. `tables`: looks at them too, which takes the lock.
 Image* mapImage(const std::string& path, bool tables = true);
 std::uint32_t headSum(const Image& image);
 void unmapImage(Image* image);

@@ -5,9 +5,11 @@
 #include "platform/panel/kernel/Processes.h"
 #include "platform/panel/kernel/Scheduler.h"
 
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <fcntl.h>
+#include <stdexcept>
 #include <sys/eventfd.h>
 #include <sys/inotify.h>
 #include <sys/stat.h>
@@ -18,7 +20,8 @@ namespace panel {
 
 namespace {
 
-constexpr std::uint32_t harm = IN_MODIFY | IN_MOVE_SELF;
+constexpr std::uint32_t lockPatience = 1000; // real ms between two looks at the kernel file while the lock is stuck
+constexpr int withoutBell = 1000; // real ms between two looks where nothing rings
 
 std::string kernelFile(const std::string& directory) {
     return directory + "/run/kernel";
@@ -26,26 +29,44 @@ std::string kernelFile(const std::string& directory) {
 
 } // namespace
 
-KernelAlarm::KernelAlarm(const char* kernelFile)
-    : file(open(kernelFile, O_RDONLY | O_CLOEXEC)), bell(inotify_init1(IN_CLOEXEC | IN_NONBLOCK)) {
-    inotify_add_watch(bell, kernelFile, harm | IN_ATTRIB); // the last: it was removed, or only has a new time stamp
+KernelAlarm::KernelAlarm(const char* root, std::uint64_t device, std::uint64_t inode)
+    : fileDevice(device), fileInode(inode), bell(inotify_init1(IN_CLOEXEC | IN_NONBLOCK)) {
+    const auto hears = [&](const char* place, std::uint32_t events) {
+        std::snprintf(file, sizeof file, "%s%s", root, place);
+        return inotify_add_watch(bell, file, events) >= 0;
+    };
+    const bool all = hears("", IN_MOVE_SELF) && hears("/run", IN_MOVE_SELF | IN_DELETE) &&
+                     hears("/run/kernel", IN_MODIFY | IN_MOVE_SELF | IN_ATTRIB); // the last: also a new time stamp
+    std::snprintf(file, sizeof file, "%s/run/kernel", root);
+    if (all)
+        return;
+    close(bell);
+    bell = -1;
 }
 
 KernelAlarm::~KernelAlarm() {
-    close(file);
     close(bell);
 }
 
+int KernelAlarm::patience() const {
+    return bell < 0 ? withoutBell : -1;
+}
+
 KernelAlarm::State KernelAlarm::look() const {
-    bool harmed = false;
+    bool written = false;
     alignas(inotify_event) char text[1024];
     for (ssize_t length = 0; (length = read(bell, text, sizeof text)) > 0;)
-        for (const char* at = text; at < text + length; at += sizeof(inotify_event))
-            harmed = harmed || (reinterpret_cast<const inotify_event*>(at)->mask & harm);
+        for (const char* at = text; at < text + length;) {
+            const auto& event = *reinterpret_cast<const inotify_event*>(at);
+            written = written || (event.mask & IN_MODIFY);
+            at += sizeof event + event.len;
+        }
     struct stat status {};
-    if (fstat(file, &status) != 0 || status.st_size != static_cast<off_t>(sizeof(Image)))
-        return State::cut;
-    return harmed ? State::written : status.st_nlink == 0 ? State::gone : State::fine;
+    if (stat(file, &status) != 0)
+        return errno == ENOENT || errno == ENOTDIR ? State::gone : State::fine;
+    if (status.st_dev != fileDevice || status.st_ino != fileInode || status.st_nlink == 0)
+        return State::gone;
+    return status.st_size != static_cast<off_t>(sizeof(Image)) ? State::cut : written ? State::written : State::fine;
 }
 
 void Watcher::announce(const std::string& directory) {
@@ -53,22 +74,27 @@ void Watcher::announce(const std::string& directory) {
 }
 
 Watcher::Watcher(Image& watchedImage, const std::string& directory, bool isDriver)
-    : image(watchedImage), root(directory), driver(isDriver), alarm(kernelFile(directory).c_str()) {
+    : image(watchedImage),
+      root(directory),
+      driver(isDriver),
+      alarm(directory.c_str(), watchedImage.fileDevice, watchedImage.fileInode) {
     entries[stopping] = {eventfd(0, EFD_CLOEXEC), POLLIN, 0};
+    if (entries[stopping].fd < 0)
+        throw std::runtime_error("no more file descriptors (ulimit -n)");
     entries[ringing] = {alarm.descriptor(), POLLIN, 0};
     sigset_t all;
     sigset_t before;
     sigfillset(&all);
     pthread_sigmask(SIG_SETMASK, &all, &before); // signals are for the program's own threads
-    started = pthread_create(&thread, nullptr, run, this) == 0;
+    const bool started = pthread_create(&thread, nullptr, run, this) == 0;
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    if (!started)
+        throw std::runtime_error("no more threads (ulimit -u)");
 }
 
 Watcher::~Watcher() {
-    if (started) {
-        eventfd_write(entries[stopping].fd, 1);
-        pthread_join(thread, nullptr);
-    }
+    eventfd_write(entries[stopping].fd, 1);
+    pthread_join(thread, nullptr);
     close(entries[stopping].fd);
     for (std::uint32_t index = firstProcess; index < used; ++index)
         close(entries[index].fd);
@@ -81,32 +107,40 @@ void* Watcher::run(void* watcher) {
 
 void Watcher::watch() {
     while (goesOn()) {
-        look();
-        poll(entries, used, alarm.patience());
+        const bool looked = look();
+        poll(entries, used, !looked ? 0 : unwatched ? withoutBell : alarm.patience());
         if (entries[stopping].revents)
             return;
         forgetDead();
     }
 }
 
-void Watcher::look() {
+bool Watcher::look() {
     {
-        const Lock lock(image);
+        const Lock lock(image, lockPatience);
+        if (!lock.isHeld())
+            return false;
         watchNew();
         processes::noticeDead(image);
         scheduler::step(image);
     }
     scheduler::deliverWakes(image);
+    return true;
 }
 
 void Watcher::watchNew() {
+    unwatched = false;
     for (const ProcessRecord& process : usedProcesses(image)) {
         bool known = process.state == ProcessState::free || process.hostPid <= 0 || process.hostPid == getpid();
         for (std::uint32_t index = firstProcess; index < used; ++index)
             known = known || (watched[index].pid == process.hostPid && watched[index].start == process.hostStart);
-        const int opened = known || used == capacity ? -1 : host::openProcess(process.hostPid);
-        if (opened < 0)
+        if (known)
             continue;
+        const int opened = used == capacity ? -1 : host::openProcess(process.hostPid);
+        if (opened < 0) {
+            unwatched = unwatched || used == capacity || errno != ESRCH;
+            continue;
+        }
         entries[used] = {opened, POLLIN, 0};
         watched[used++] = {process.hostPid, process.hostStart, !process.driver};
     }
@@ -141,7 +175,7 @@ void Watcher::endProcess() {
     if (!driver)
         raise(SIGKILL);
     std::fprintf(stderr, "panel: the panel is gone: somebody removed or changed %s\n", kernelFile(root).c_str());
-    _exit(1);
+    _exit(exitCode);
 }
 
 } // namespace panel

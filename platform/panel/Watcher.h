@@ -3,23 +3,25 @@
 // the kernel file.
 //
 // The dead are taken out of the tables, and who waited for them goes on. A process that begins is announced by a new
-// time stamp of the kernel file. A kernel file that was removed, moved away, cut short or written over is a panel that
-// is gone (it changes through mappings alone): a program of it is killed, a driver ends with exit code 1 and one line
-// on standard error, unless the panel had been switched off before.
+// time stamp of the kernel file. A kernel file that was removed, moved away (or a folder with it), replaced, cut short
+// or written over is a panel that is gone (it changes through mappings alone): a program of it is killed, a driver ends
+// with one line on standard error, unless the panel had been switched off before. Also while the lock is stuck.
 #pragma once
 
 #include "platform/panel/kernel/Image.h"
 
+#include <climits>
 #include <poll.h>
 #include <pthread.h>
 #include <string>
 
 namespace panel {
 
-// Rings when something happens to the kernel file. System calls alone: also for a process that was just forked.
+// Rings when something happens to the kernel file, or to one of the panel's folders above it. System calls alone: also
+// for a process that was just forked.
 class KernelAlarm {
 public:
-    explicit KernelAlarm(const char* kernelFile);
+    KernelAlarm(const char* root, std::uint64_t device, std::uint64_t inode); // of the mapped kernel file
     ~KernelAlarm();
     KernelAlarm(const KernelAlarm&) = delete;
     KernelAlarm& operator=(const KernelAlarm&) = delete;
@@ -27,19 +29,20 @@ public:
     int descriptor() const { // polls as readable when it rings; -1: the host has no more of them
         return bell;
     }
-    int patience() const { // real ms after which one looks without its ringing; below 0: never
-        return bell < 0 ? 1000 : -1;
-    }
+    int patience() const; // real ms after which one looks without its ringing; below 0: never
     enum class State { fine, written, gone, cut };
     State look() const;
 
 private:
-    int file;
+    const std::uint64_t fileDevice;
+    const std::uint64_t fileInode;
+    char file[PATH_MAX];
     int bell;
 };
 
 class Watcher {
 public:
+    // Throws std::runtime_error if the host has no descriptor or thread left.
     Watcher(Image& image, const std::string& directory, bool isDriver);
     ~Watcher(); // waits for the thread; not with the lock held
     Watcher(const Watcher&) = delete;
@@ -47,6 +50,8 @@ public:
 
     // Tells all watchers of the panel that a process has joined it.
     static void announce(const std::string& directory);
+
+    static inline std::atomic<int> exitCode = 1; // of a driver whose panel is gone
 
 private:
     enum Place : std::uint32_t { stopping, ringing, firstProcess };
@@ -60,7 +65,7 @@ private:
 
     static void* run(void* watcher);
     void watch();
-    void look(); // at the tables
+    bool look(); // at the tables; false: somebody keeps the lock
     void watchNew();
     void forgetDead();
     bool goesOn(); // the panel is there
@@ -73,8 +78,8 @@ private:
     pollfd entries[capacity];
     Watched watched[capacity];
     std::uint32_t used = firstProcess;
+    bool unwatched = false; // a process, for want of a descriptor
     pthread_t thread{};
-    bool started = false;
 };
 
 } // namespace panel

@@ -149,8 +149,16 @@ void change(const panel::Devices& devices, const DeviceOptions& options) {
         throw Misuse(options.action + " takes the device as a whole, not \"" + options.words.front() + '"');
     if (addsOrRemoves)
         return devices.setPresent(options.device, options.action == "add");
-    if (options.action == "set")
+    if (options.action == "set") {
+        const panel::DeviceFacts& device = panel::Devices::facts(options.device);
+        if (device.values.empty() || options.words.size() != device.values.size())
+            throw Misuse(std::string(device.name) + " has " + std::to_string(device.values.size()) + " values, not " +
+                         std::to_string(options.words.size()));
         return devices.setValues(options.device, valuesOf(options.words));
+    }
+    orMisuse([&] { panel::Devices::check(options.device, behaviourOf(options)); });
+    for (const std::string& operation : options.words)
+        orMisuse([&] { panel::Devices::check(options.device, behaviourOf(options), operation); });
     if (options.words.empty())
         return devices.setBehaviour(options.device, behaviourOf(options));
     for (const std::string& operation : options.words)

@@ -35,6 +35,9 @@ void plug(panel::Panel panel, const PlugOptions& options) {
     panel::Disk disk;
     disk.readyAfter = options.neverReady ? panel::never : parseDuration(options.readyAfter);
     disk.inPlace = options.inPlace;
+    for (const std::string& volume : options.names)
+        if (const std::string fault = panel::Disks::faultOf(volume); !fault.empty())
+            throw Misuse(fault);
     auto name = options.names.begin();
     for (const std::string& folder : options.folders) {
         const bool hasFolder = folder != notMounted;

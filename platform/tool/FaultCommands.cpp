@@ -53,9 +53,14 @@ void addAdd(CLI::App& faults, Tool& tool) {
         ->type_name("N");
     command->add_flag("--cut", options->cut, "The panel's power is cut there, instead");
     command->callback([options, &tool] {
-        if (!panel::functionNamed(options->fault.function))
+        const auto function = panel::functionNamed(options->fault.function);
+        if (!function)
             throw Misuse("the platform has no function \"" + options->fault.function +
                          "\" (panel fault functions lists them, in exact case)");
+        if (!options->cut && !panel::facts(*function).canFail)
+            throw Misuse(options->fault.function + " cannot fail");
+        if (options->fault.call == 0)
+            throw Misuse("calls are counted from 1");
         options->fault.action = options->cut ? FaultAction::cut : FaultAction::fail;
         panel::Driver(tool.panel()).addFault(options->fault);
     });

@@ -8,8 +8,11 @@ namespace tool {
 
 std::vector<std::string> FileTail::newLines(const std::filesystem::path& file) {
     constexpr std::size_t known = 64;
-    std::ifstream stream(file, std::ios::binary);
-    if (!stream)
+    std::error_code missing;
+    std::ifstream stream;
+    if (std::filesystem::is_regular_file(file, missing))
+        stream.open(file, std::ios::binary);
+    if (!stream.is_open()) // also a named pipe, whose reader would wait
         return {};
     std::string found(beginning.size(), '\0');
     stream.read(found.data(), static_cast<std::streamsize>(found.size()));

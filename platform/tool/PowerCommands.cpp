@@ -20,6 +20,8 @@ struct CreateOptions {
 };
 
 void create(const CreateOptions& options) {
+    if (options.directory.empty())
+        throw Misuse("a panel wants a directory, and \"\" names none");
     panel::PanelOptions facts = options.facts;
     int used = 0;
     if (std::sscanf(options.screen.c_str(), "%ux%u%n", &facts.screenWidth, &facts.screenHeight, &used) != 2 ||

@@ -69,11 +69,15 @@ void send(Tool& tool, const SendOptions& options) {
     const auto wParam = static_cast<std::uint32_t>(parameter(options.wParam));
     const auto lParam = static_cast<std::int32_t>(parameter(options.lParam));
     const std::uint32_t limit = parseLimit(options.limit);
+    const bool named = !isNumber(options.message);
+    const std::int64_t number = named ? 0 : parseNumber(options.message);
+    if (number < 0 || number > 0xFFFF)
+        throw Misuse("a message's number has 16 bits: " + options.message + " has more");
     const panel::Driver driver(tool.panel());
     const std::uint32_t window = panel::findWindow(options.window);
     if (!window)
         throw std::runtime_error("no window of class " + options.window + " (panel status lists the windows)");
-    if (!options.force && !isNumber(options.message))
+    if (!options.force && named)
         checkMessage(options.message);
     if (options.post)
         return panel::postMessage(window, options.message, wParam, lParam);

@@ -2,6 +2,8 @@
 #include "platform/tool/Table.h"
 #include "platform/tool/Units.h"
 
+#include "platform/panel/Watcher.h"
+
 #include <nlohmann/json.hpp>
 
 #include <cstdio>
@@ -108,6 +110,7 @@ void addStartCommand(CLI::App& app, Tool& tool) {
     command->footer(help);
     command->callback([options, command, &tool] {
         tool.failureCode = options->wait ? notStarted : failed;
+        panel::Watcher::exitCode = tool.failureCode;
         std::vector<std::string> words = command->remaining();
         words.insert(words.end(), tool.behindDashes.begin(), tool.behindDashes.end());
         start(tool, *options, words);

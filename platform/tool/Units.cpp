@@ -30,8 +30,7 @@ std::uint64_t parseDuration(const std::string& text) {
     try {
         std::size_t used = 0;
         value = std::stod(text.substr(0, digits), &used);
-        if (used == digits)
-            value *= unitOf(text.substr(digits));
+        value = used == digits ? value * unitOf(text.substr(digits)) : -1;
     } catch (const std::exception&) {
         value = -1;
     }
@@ -90,7 +89,7 @@ std::int64_t parseDate(const std::string& text) {
     const std::time_t seconds = known ? timegm(&date) : -1;
     // timegm makes the 1st of March of the 30th of February
     if (seconds < 0 || date.tm_mday != asked.tm_mday || date.tm_mon + 1 != asked.tm_mon ||
-        date.tm_hour != asked.tm_hour)
+        date.tm_hour != asked.tm_hour || date.tm_min != asked.tm_min || date.tm_sec != asked.tm_sec)
         throw Misuse("not a date: \"" + text + "\" (such as 2024-03-07 or 2024-03-07T06:05:09, UTC)");
     return static_cast<std::int64_t>(seconds) * 1000;
 }

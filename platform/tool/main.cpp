@@ -1,10 +1,12 @@
 // The panel command.
+#include "platform/panel/Watcher.h"
 #include "platform/panel/kernel/Patience.h"
 #include "platform/tool/Commands.h"
 #include "platform/tool/Interruption.h"
 #include "platform/tool/Units.h"
 
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <string_view>
@@ -45,6 +47,13 @@ const tool::Tool* current;
     _exit(current->failureCode);
 }
 
+// Somebody has cut the kernel file short, and this process was in the middle of it before its watcher could look.
+void endWithoutKernel(int) {
+    constexpr std::string_view text = "panel: the panel is gone: somebody has cut run/kernel short\n";
+    [[maybe_unused]] const auto written = write(STDERR_FILENO, text.data(), text.size());
+    _exit(panel::Watcher::exitCode);
+}
+
 void limitPatience(const tool::Tool& tool, const std::string& duration) {
     constexpr std::uint64_t longest = 0x7FFFFFFF;
     current = &tool;
@@ -55,6 +64,7 @@ void limitPatience(const tool::Tool& tool, const std::string& duration) {
 
 int main(int argc, char** argv) {
     tool::endDriverWhenInterrupted();
+    std::signal(SIGBUS, endWithoutKernel);
     CLI::App app{description, "panel"};
     app.require_subcommand(0, 1);
     tool::Tool shared(app);

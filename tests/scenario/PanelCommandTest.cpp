@@ -87,7 +87,11 @@ TEST_F(PanelCommand, RunsTheHelperFromCreationToItsEnd) {
     EXPECT_EQ(json("send ORVATarvexHelper ORVATarvexMsg 0").at("result"), 1);
     EXPECT_EQ(call("send -- ORVATarvexHelper ORVATarvexMsg 0 -1").text, "1\n");
     fails("send ORVATarvexHelper ORVATarvexMsgs 1", "ORVATarvexMsg; --force sends it");
-    EXPECT_EQ(call("send --force ORVATarvexHelper Unknown 0").text, "0\n");
+    for (int times = 0; times < 2; ++times) {
+        EXPECT_EQ(call("send --force ORVATarvexHelper Unknown 0").text, "0\n");
+        fails("send ORVATarvexHelper Unknown 0", "ORVATarvexMsg; --force");
+    }
+    isMisused("send ORVATarvexHelper 0x10000 0", "16 bits");
     succeed("send ORVATarvexHelper ORVATarvexMsg 1 --post");
     const Json ended = json("wait --exit TarvexHelper.exe");
     EXPECT_EQ(ended.at("exitCode"), 0);
@@ -129,11 +133,18 @@ TEST_F(PanelCommand, SaysWhatIsWrongInOneLine) {
     fails("plug missing-folder", "missing-folder");
     fails("unplug 'Hard Disk'", "Hard Disk");
     isMisused("device BKL2 refuse", "BKL2");
-    fails("device BKL1 refuse beep", "beep");
+    isMisused("device BKL1 refuse beep", "beep");
+    isMisused("device tags code TAG_Nope", "TAG_Nope");
+    isMisused("device NANDFlash set 1", "0 values");
     isMisused("device BKL1 explode", "explode");
     isMisused("device BKL1 set 1 2 3 4294967296", "32 bits");
-    fails("device BKL1 set 1 2", "4 values");
-    fails("fault add Sleep", "cannot fail");
+    isMisused("device BKL1 set 1 2", "4 values");
+    isMisused("fault add Sleep", "cannot fail");
+    isMisused("fault add CreateFileW --call 0", "from 1");
+    isMisused("create ''", "names none");
+    for (const std::string name : {"'a\\b'", "..", "''"})
+        isMisused("plug p --as " + name, "not a name for a volume");
+    isMisused("plug p --as " + std::string(63, 'n'), "too long");
     isMisused("fault add createfilew", "panel fault functions");
     isMisused("registry read 'HKEY_NONE\\a' v", "HKEY_NONE");
     fails("registry list 'HKLM\\none'", "no such key");
@@ -148,7 +159,9 @@ TEST_F(PanelCommand, SaysWhatIsWrongInOneLine) {
     isMisused("registry write 'HKLM\\a' v 'x' --type REG_BINARY", "hexadecimal");
     isMisused("registry write 'HKLM\\a' v 1 --type WORD", "WORD");
     isMisused("registry write 'HKLM\\a' v x --type REG_DWORD", "not a number");
-    isMisused("advance soon", "soon");
+    for (const char* duration : {"soon", "1.2.3", "5..s"})
+        isMisused(std::string("advance ") + duration, duration);
+    isMisused("create q --date 2024-03-07T06:05:99", "not a date");
     isMisused("create q --date 2024-02-30", "not a date");
     isMisused("create q --guid 00", "16 bytes");
     isMisused("boot --factor 0", "between 0.001 and 100000");
@@ -163,7 +176,8 @@ TEST_F(PanelCommand, SaysWhatIsWrongInOneLine) {
     fails("wait --window Never --limit 5s", "Never", 124);
     writeText(directory / "p/devices/tags/18", "02 O4");
     fails("tag list", "devices/tags/18: not bytes");
-    for (const char* file : {"devices/BKL1.json", "devices/tags/48", "devices/requests", "devices/touches"}) {
+    for (const char* file :
+         {"devices/BKL1.json", "devices/tags/48", "devices/requests", "devices/touches", "run/trace"}) {
         fs::remove(directory / "p" / file);
         ASSERT_EQ(mkfifo((directory / "p" / file).c_str(), 0600), 0);
     }
@@ -171,6 +185,7 @@ TEST_F(PanelCommand, SaysWhatIsWrongInOneLine) {
     fails("tag list", "devices/tags/");
     succeed("touch");
     succeed("device BZR1");
+    succeed("trace show");
     before = "trap '' XFSZ; ulimit -f 0;"; // like a disk that is full
     fails("create q", "cannot make a panel in q: cannot write ");
     EXPECT_FALSE(fs::exists(directory / "q"));

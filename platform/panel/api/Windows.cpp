@@ -87,7 +87,7 @@ UINT RegisterWindowMessageW(LPCWSTR name) noexcept {
     if (text.empty())
         return gate.fails(UINT{0}, ERROR_INVALID_PARAMETER);
     const Lock lock(gate.image());
-    const UINT number = messages::registerName(gate.image(), text);
+    const UINT number = messages::registerName(gate.image(), text, !gate.runtime.processRecord().driver);
     return number ? gate.done(number) : gate.fails(number, ERROR_NOT_ENOUGH_MEMORY);
 }
 

@@ -286,6 +286,7 @@ struct Image {
     std::uint32_t endedCount; // since boot
     char volumes[maxVolumes][64]; // top folders that are volumes of their own; empty: free
     char registeredMessages[maxRegisteredMessages][128];
+    std::uint8_t programsMessages[maxRegisteredMessages]; // 1: a program has registered it, not a command alone
     ProgramRecord programs[maxPrograms];
     FaultRecord faults[maxFaults];
     LingeringRecord lingering[maxLingering];
@@ -309,7 +310,7 @@ static_assert(sizeof(MessageRecord) == 48 && sizeof(ObjectRecord) == 864 && size
 // would misread the tables. A new table of Image joins by a line here.
 constexpr std::uint32_t layoutNumber() {
     const std::size_t facts[] = {
-        2, // counts what changes in meaning alone
+        3, // counts what changes in meaning alone
         sizeof(Image),
         offsetof(Image, on),
         offsetof(Image, clock),

@@ -21,7 +21,7 @@ std::int32_t threadOf(std::uint32_t owner) {
 }
 
 bool isGone(std::uint32_t owner) {
-    const std::uint64_t start = host::startTime(threadOf(owner));
+    const std::uint64_t start = threadOf(owner) ? host::startTime(threadOf(owner)) : 0;
     const std::uint32_t noted = owner >> idBits & startMask;
     return start == 0 || (start != host::unknown && noted != startMask && noted != start % startMask);
 }

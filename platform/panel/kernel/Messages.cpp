@@ -151,15 +151,18 @@ void removeThread(Image& image, Slot thread) {
             answerNothing(image, sender, scheduler::at(image, sender).replyToken);
 }
 
-std::uint32_t registerName(Image& image, std::string_view name) {
+std::uint32_t registerName(Image& image, std::string_view name, bool byProgram) {
     for (std::uint32_t index = 0; index < maxRegisteredMessages; ++index) {
         auto& known = image.registeredMessages[index];
         if (name.size() >= sizeof known)
             return 0;
         if (known[0] == 0)
             copyText(known, name);
-        if (equalCaseBlind(known, name))
-            return firstRegistered + index;
+        if (!equalCaseBlind(known, name))
+            continue;
+        if (byProgram)
+            image.programsMessages[index] = 1;
+        return firstRegistered + index;
     }
     return 0;
 }

@@ -27,7 +27,7 @@ std::uint32_t findWindow(Image& image, std::string_view className); // case-blin
 void removeWindow(Image& image, std::uint32_t number);
 void removeThread(Image& image, Slot thread); // its windows, queues and hook
 
-std::uint32_t registerName(Image& image, std::string_view name); // 0xC000 on; 0 if the table is full
+std::uint32_t registerName(Image& image, std::string_view name, bool byProgram); // 0xC000 on; 0 if the table is full
 
 // Appends and returns. False if there is no such window, or no room.
 bool post(Image& image, const Message& message);

@@ -200,12 +200,9 @@ void end(Image& image, Slot process, std::uint32_t exitCode) {
         if (ended.holders == 0)
             ended.type = ObjectType::free;
     }
-    record.state = ProcessState::free; // not before: whoever is killed in here leaves it to be ended again
-    if (record.owner != process)
-        return;
     bool own = false; // this process's program: last, so that no other one is left
     for (ProcessRecord& owned : usedProcesses(image)) {
-        if (owned.state == ProcessState::free || owned.owner != process)
+        if (owned.state == ProcessState::free || owned.owner != process || &owned == &record)
             continue;
         owned.owner = 0;
         if (owned.hostPid == getpid())
@@ -213,6 +210,7 @@ void end(Image& image, Slot process, std::uint32_t exitCode) {
         else
             killHostProcess(owned);
     }
+    record.state = ProcessState::free; // not before: whoever is killed in here leaves it to be ended again
     if (own)
         raise(SIGKILL);
 }
