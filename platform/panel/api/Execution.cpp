@@ -80,7 +80,7 @@ BOOL CreateProcessW(LPCWSTR module, LPWSTR commandLine, SECURITY_ATTRIBUTES* pro
         splitCommandLine(program, arguments);
     Image& image = gate.image();
     const Lock lock(image);
-    processes::noticeDead(image); // makes room, and reaps the host's children
+    processes::noticeDead(image); // makes room
     const Started started = startProgram(image, gate.runtime.directory(),
                                          searchProgram(gate.runtime.directory(), program), arguments, gate.slot());
     if (!started.process)
