@@ -143,6 +143,8 @@ void checkProcess(const panel::Panel& panel, const panel::PanelStatus& status, c
 void wait(Tool& tool, const WaitOptions& options) {
     if (options.window.empty() == options.process.empty())
         throw Misuse("wait for what? Name either --window CLASS or --exit PROCESS");
+    if (options.process.ends_with('#'))
+        throw Misuse("which start of the program? \"" + options.process + "\" wants a number");
     const std::uint32_t limit = parseLimit(options.limit);
     const panel::Panel panel = tool.panel();
     panel::Driver driver(panel);

@@ -48,6 +48,8 @@ void addSet(CLI::App& tags, Tool& tool) {
         ->type_name("N")
         ->excludes(bytes);
     command->callback([options, &tool] {
+        if (options->bytes.empty() && options->number.empty())
+            throw Misuse("a tag's data are BYTES, or --number");
         std::string content;
         for (const std::string& word : options->bytes)
             content += orMisuse([&] { return panel::parseHex(word); });
