@@ -6,6 +6,7 @@
 #include "app/log/Logger.h"
 
 #include <cstdlib>
+#include <new>
 #include <typeinfo>
 
 namespace {
@@ -29,15 +30,16 @@ std::wstring mostDerivedClass(const OrvaUtils::Exception& exception) {
 } // namespace
 
 void reportFailure() {
+    exitCode = 1;
     Logger& log = Logger::instance();
     try {
         throw;
     } catch (const OrvaUtils::Exception& exception) {
-        if (log.admits(LogLevel::Error)) {
+        try {
             log.writeParts(LogLevel::Error, {L"Exception ", mostDerivedClass(exception), L": ", exception.message()});
+        } catch (const std::bad_alloc&) { // memory is too short for the class's name: the line is lost
         }
     } catch (...) {
         log.writeParts(LogLevel::Error, {L"Unexpected error"});
     }
-    exitCode = 1;
 }

@@ -17,10 +17,11 @@ constexpr std::int32_t FIRST_MINOR_VERSION_WITH_EMMC = 15;
 
 // Ends the monitor behind the modules and before the dispatcher, also when an exception is in flight.
 struct UsbMonitorOwner {
+    UsbMonitorOwner() : monitor(new USBDeviceMonitor) {} // the compiler leaks what throws in a member's own initialiser
     ~UsbMonitorOwner() noexcept(false) {
         stopAndDelete(monitor);
     }
-    USBDeviceMonitor* const monitor = new USBDeviceMonitor;
+    USBDeviceMonitor* const monitor;
 };
 
 void runModules() {

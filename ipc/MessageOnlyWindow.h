@@ -35,14 +35,14 @@ public:
     // Forgets all handlers: the platform's default procedure answers every message from now on.
     void clearHandlers();
     // Serves all windows of the calling thread until this one was asked to close, the thread is asked to quit or an
-    // exception ends it; can be called again afterwards. Makes the window, with a class name of its own, if `create`
-    // has not.
+    // exception ends it; can be called again after a loop that has left the window in place. Makes the window, with a
+    // class name of its own, if `create` has not.
     void run();
     // Asks the loop to end. From another thread it returns when the loop has ended; on the loop's own thread at once,
     // and the loop ends when it comes to the request. False, at once, if the window was never created or there is no
-    // room for a message: the loop then goes on. From another thread it waits for ever if a WM_CLOSE that was sent, not
-    // posted, has destroyed the window: that loop does not end. A loop that is run again before the waiting thread
-    // wakes is waited for, too.
+    // room for a message: the loop then goes on. From another thread it waits for ever if the window is gone while
+    // a loop runs, as a WM_CLOSE that was sent, not posted, destroys it: that loop does not end. A loop that is run
+    // again before the waiting thread wakes is waited for, too.
     bool stop();
 
 private:

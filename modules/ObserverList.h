@@ -10,8 +10,8 @@
 //
 // Each notification calls the observers in the order of their registration, as often as they were added. An observer
 // that was removed is not called any more, unless a notification is about to call it in that moment; one that is added
-// during a notification need not be called by it. Nothing here waits but `waitForCalls`, and there is no lock: an entry
-// is never freed while the list lives, and counts the notifications that are at it.
+// during a notification need not be called by it. An observer is never null. Nothing here waits but `waitForCalls`, and
+// there is no lock: an entry is never freed while the list lives, and counts the notifications that are at it.
 template<class Observer>
 class ObserverList {
 public:
@@ -25,7 +25,7 @@ public:
         }
     }
 
-    // Duplicates are allowed.
+    // Duplicates are allowed. Uses the last entry again if it is free; entries before one in use are not used again.
     void add(Observer* observer) {
         Entry* const end = last;
         if (end->observer == nullptr && end->calls == 0) {

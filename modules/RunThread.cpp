@@ -5,14 +5,11 @@
 
 DWORD runThread(DWORD (*body)(LPVOID), LPVOID argument) noexcept {
     try {
-        try {
-            return body(argument);
-        } catch (const OrvaUtils::Exception& exception) {
-            Logger::instance().write(exception.message(), LogLevel::Error);
-        } catch (...) {
-            Logger::instance().write(L"Generic exception", LogLevel::Error);
-        }
-    } catch (...) { // the line needed memory, too
+        return body(argument);
+    } catch (const OrvaUtils::Exception& exception) {
+        Logger::instance().write(exception.message(), LogLevel::Error);
+    } catch (...) {
+        Logger::instance().write(L"Generic exception", LogLevel::Error);
     }
     return 0;
 }

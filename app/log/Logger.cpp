@@ -9,6 +9,7 @@
 #include <cstdarg>
 #include <iterator>
 #include <memory>
+#include <new>
 #include <optional>
 #include <utility>
 
@@ -129,37 +130,37 @@ bool Logger::admits(std::int32_t level) const {
 }
 
 void Logger::write(std::wstring_view message, std::int32_t level) {
-    if (level > highestLevel) {
-        return;
+    if (level <= highestLevel) {
+        writeLine(level, {message});
     }
-    std::wstring line = linePrefix(level);
-    line.append(message) += L'\n';
+}
+
+void Logger::write(std::string_view message, std::int32_t level) try {
+    write(widened(message), level);
+} catch (const std::bad_alloc&) { // memory is too short for the line: it is lost
+}
+
+void Logger::writeParts(std::int32_t level, std::initializer_list<std::wstring_view> parts) {
+    if (admits(level)) {
+        writeLine(level, parts);
+    }
+}
+
+void Logger::writeLine(std::int32_t level, std::initializer_list<std::wstring_view> parts) try {
+    LogRecord record{{}, level};
+    for (const std::wstring_view part : parts) {
+        record.message += part;
+    }
+    std::wstring line = linePrefix(level) + record.message + L'\n';
     if (immediate) {
         output(line);
     } else {
         pending.push_back(std::move(line));
     }
-    if (!listeners.empty()) {
-        const LogRecord record{std::wstring(message), level};
-        for (LogListener* listener : listeners) {
-            listener->receive(record);
-        }
+    for (LogListener* listener : listeners) {
+        listener->receive(record);
     }
-}
-
-void Logger::write(std::string_view message, std::int32_t level) {
-    write(widened(message), level);
-}
-
-void Logger::writeParts(std::int32_t level, std::initializer_list<std::wstring_view> parts) {
-    if (!admits(level)) {
-        return;
-    }
-    std::wstring message;
-    for (const std::wstring_view part : parts) {
-        message += part;
-    }
-    write(message, level);
+} catch (const std::bad_alloc&) { // memory is too short for the line: it is lost
 }
 
 void Logger::writeFormatted(const wchar_t* format, ...) {

@@ -26,8 +26,8 @@ inline constexpr std::int32_t Debug = 3;
 // The outputs are a set of rotating files, the debugger and the standard output. A file holds one byte a character;
 // characters that need more become "?".
 //
-// A line that cannot be written to the file is lost there, and nobody is told. Only memory that runs out comes out, as
-// std::bad_alloc: that line is lost.
+// Logging never fails: a line that cannot be written to the file is lost there, a line that memory is too short for is
+// lost altogether, and nobody is told.
 //
 // Any thread may write at any time, and none waits for another: there is no lock. One thread at a time changes the
 // file. A line that another thread writes meanwhile goes to the older file, which then exceeds its limit by more than
@@ -85,6 +85,7 @@ public:
 
 private:
     void close();
+    void writeLine(std::int32_t level, std::initializer_list<std::wstring_view> parts);
     void output(const std::wstring& line);
     void outputToFile(const std::wstring& line);
     LogFile::Use useCurrent();

@@ -216,7 +216,7 @@ TEST(MonitorThread, LetsNothingOutOfItsThread) {
     struct : LogListener {
         void receive(const LogRecord& record) override {
             if (record.message == L"too long") {
-                throw std::bad_alloc(); // as the log does when memory is short
+                throw std::bad_alloc(); // memory is short
             }
             messages += record.message + L'|';
         }
