@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cstdio>
 #include <cstring>
 #include <fcntl.h>
 #include <pwd.h>
@@ -41,9 +42,16 @@ void writeJson(const fs::path& path, const Json& json) {
     host::writeFile(path.string(), json.dump(2) + '\n');
 }
 
+// From the machine's own list: the loader is linked statically, and getpwuid needs shared libraries.
 std::string userName(uid_t id) {
-    const passwd* user = getpwuid(id);
-    return user ? user->pw_name : "user " + std::to_string(id);
+    std::string name = "user " + std::to_string(id);
+    if (std::FILE* const users = std::fopen("/etc/passwd", "re")) {
+        while (const passwd* user = fgetpwent(users))
+            if (user->pw_uid == id)
+                name = user->pw_name;
+        std::fclose(users);
+    }
+    return name;
 }
 
 std::string kernelFile(const fs::path& root) {

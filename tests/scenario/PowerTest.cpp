@@ -1,4 +1,4 @@
-// The panel's power and its disks.
+// The panel's power: boot, off, a power cut, and what a damaged or lost kernel file costs.
 #include "platform/panel/Runtime.h"
 #include "platform/panel/kernel/Host.h"
 #include "platform/panel/kernel/Lock.h"
@@ -18,15 +18,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* actor = "\\MMCMemory\\Actor.exe";
-
-// A folder of the host with a file, and with a link that leads out of it.
-struct HostFolder : FreshFolder {
-    HostFolder() {
-        writeText(path / "disk/sub/file.txt", "content");
-        writeText(path / "precious/file.txt", "content");
-        fs::create_directory_symlink(path / "precious", path / "disk/link");
-    }
-};
 
 } // namespace
 
@@ -192,7 +183,7 @@ namespace {
 } // namespace
 
 TEST(Power, NothingOutlivesATestThatIsKilled) {
-    const HostFolder host;
+    const FreshFolder host;
     int pids[2];
     ASSERT_EQ(pipe(pids), 0);
     const pid_t test = fork(); // before this process has a part in a panel
@@ -260,7 +251,7 @@ TEST(Power, ADamagedKernelFileEndsWhatRunsAndIsNeverOff) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        const HostFolder host;
+        const FreshFolder host;
         panel::Panel panel = newPanel(host.path / "panel");
         fs::copy_file(programFile("Actor"), panel.hostPath(actor));
         panel.boot({});
@@ -339,63 +330,6 @@ TEST(Power, AtRestInFlowingTimeAPanelWakesOnlyForEvents) {
     panel.terminate();
 }
 
-TEST(Disks, ArePluggedAsCopiesOrInPlaceAndUnplugged) {
-    ScenarioPanel panel;
-    const HostFolder host;
-    const fs::path folder = host.path / "disk";
-    EXPECT_THROW(panel.panel().plug({{{panel.panel().directory(), "Hard Disk"}}}), std::runtime_error);
-    panel.panel().plug({{{folder, "Hard Disk"}}});
-    EXPECT_EQ(panel.read("\\Hard Disk\\sub\\file.txt"), "content");
-    fs::remove(panel.panel().hostPath("\\Hard Disk\\sub\\file.txt"));
-    EXPECT_TRUE(fs::exists(folder / "sub/file.txt")); // it was a copy
-    panel.panel().plug({{{folder, "Hard Disk2"}}, 0, true});
-    EXPECT_THROW(panel.panel().plug({{{folder, "hard disk2"}}}), std::runtime_error);
-    EXPECT_THROW(panel.panel().plug({{{folder, "a\\b"}}}), std::runtime_error);
-    EXPECT_THROW(panel.panel().plug({{{folder / "none", "Hard Disk3"}}}), std::runtime_error);
-    EXPECT_THROW(panel.panel().disks().unplug("MMCMemory"), std::runtime_error);
-    panel.put("\\Hard Disk2\\Tarvex\\TarvexHelper.exe", helperFile());
-    fs::create_directory_symlink(host.path / "precious", folder / "Tarvex/link");
-    EXPECT_EQ(panel.run("\\Hard Disk2\\Tarvex\\TarvexHelper.exe"), 0U); // which deletes its folder
-    EXPECT_TRUE(fs::exists(host.path / "precious/file.txt")); // but nothing outside of the disk
-    panel.reboot();
-    EXPECT_EQ(panel.read("\\Hard Disk2\\sub\\file.txt"), "content"); // still plugged
-    panel.panel().disks().unplug("HARD DISK2");
-    EXPECT_TRUE(fs::exists(folder / "sub/file.txt")); // it was in place
-    panel.panel().disks().unplug("Hard Disk");
-    EXPECT_FALSE(panel.exists("\\Hard Disk"));
-}
-
-TEST(Disks, WrittenByHandNeverLeadOutOfThePanel) {
-    ScenarioPanel panel;
-    panel.write("\\precious.txt", "content");
-    for (const char* volume : {"../precious", "", "MMCMemory", "windows"}) {
-        writeText(panel.panel().directory() / "devices/disks.json",
-                  R"([{"device":"DSK1:","inPlace":false,"readyAfter":0,"partitions":[{"volume":")" +
-                      std::string(volume) + R"(","attributes":16}]}])");
-        EXPECT_THROW(panel.panel().disks().unplug("DSK1:"), std::runtime_error) << volume;
-    }
-    EXPECT_TRUE(panel.exists("\\precious.txt"));
-    EXPECT_TRUE(panel.exists("\\MMCMemory"));
-    panel.panel().disks().create(); // empty again
-}
-
-TEST(Disks, OfTwoPluggedAtOnceBothStay) {
-    ScenarioPanel panel;
-    const HostFolder host;
-    std::vector<pid_t> children;
-    for (int index = 0; index < 6; ++index) {
-        children.push_back(fork());
-        if (children.back() == 0) {
-            panel::Panel(panel.panel().directory()).plug({{{host.path / "disk", ""}}});
-            _exit(0);
-        }
-    }
-    for (const pid_t child : children)
-        waitpid(child, nullptr, 0);
-    for (int index = 0; index < 6; ++index)
-        panel.panel().disks().unplug("Hard Disk" + (index ? std::to_string(index + 1) : ""));
-}
-
 TEST(Starting, IsFinishedWithoutAStarterThatWasKilled) {
     int names[2];
     ASSERT_EQ(pipe(names), 0);
@@ -422,7 +356,7 @@ TEST(Starting, IsFinishedWithoutAStarterThatWasKilled) {
 
 TEST(Power, IsNotOnInACopyOfAPanel) {
     ScenarioPanel panel;
-    const HostFolder host;
+    const FreshFolder host;
     fs::copy(panel.panel().directory(), host.path / "copy", fs::copy_options::recursive);
     EXPECT_FALSE(panel::Panel(host.path / "copy").isOn());
     EXPECT_TRUE(panel.panel().isOn());
