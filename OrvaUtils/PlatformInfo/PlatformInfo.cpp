@@ -119,9 +119,9 @@ void PlatformInfo::load() {
             modelPresent = true;
         }
         guidPresent = guidPresent || readTag(store, GUID_TAG, guid);
+    } catch (const Exception&) {
         // The library may be missing, or the store cannot be opened or closed. Values that were read by then stay
         // valid.
-    } catch (const Exception&) {
     }
 }
 

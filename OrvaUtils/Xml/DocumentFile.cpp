@@ -15,8 +15,8 @@ bool loadDocument(tinyxml2::XMLDocument& document, const std::wstring& path) {
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(_wfopen(path.c_str(), L"rb"), std::fclose);
     try {
         return file != nullptr && document.LoadFile(file.get()) == tinyxml2::XML_SUCCESS;
-        // The file is larger than the free memory. The incomplete document is discarded.
     } catch (const std::bad_alloc&) {
+        // The file is larger than the free memory. The incomplete document is discarded.
         document.Clear();
         return false;
     }
