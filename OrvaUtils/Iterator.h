@@ -5,7 +5,7 @@ namespace OrvaUtils {
 template<class Item>
 // Walks a sequence once, from front to back: `for (; !it.atEnd(); it.advance()) use(it.current());`
 //
-// An iterator is for one thread. The factory function that creates it says who owns it.
+// Only one thread may use an iterator. The factory function that creates it says who owns it.
 class Iterator {
 public:
     // Tells whether no items are left. It stays true once it is true.

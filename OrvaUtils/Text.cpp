@@ -34,7 +34,7 @@ std::wstring toWide(std::string_view utf8) {
     // The unchecked conversions below are only safe for valid UTF-8.
     utf8::replace_invalid(utf8.begin(), utf8.end(), std::back_inserter(valid), REPLACEMENT);
     std::wstring text;
-    // On the panel a wide character has 16 bits, in the simulation 32. Only this file looks at the difference.
+    // A wide character has 16 or 32 bits, depending on the platform. Only this file looks at the difference.
     if constexpr (sizeof(wchar_t) == 2) {
         utf8::unchecked::utf8to16(valid.begin(), valid.end(), std::back_inserter(text));
     } else {

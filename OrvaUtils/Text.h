@@ -16,7 +16,7 @@ std::wstring toWide(std::string_view utf8);
 std::string toUtf8(std::wstring_view text);
 
 // Convert the text of platform records (registry data, driver and partition records) to wide text and back. These
-// records hold 16 bits a character, little-endian. Zeros are characters like any other; an odd last byte is ignored.
+// records hold 16 bits per character, little-endian. Zeros are characters like any other; an odd last byte is ignored.
 // Sizes are in bytes. The functions do not fail, and keep unpaired surrogates.
 std::wstring fromText16(const std::uint8_t* bytes, std::size_t size);
 std::vector<std::uint8_t> toText16(std::wstring_view text);

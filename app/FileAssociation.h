@@ -1,8 +1,8 @@
 // The association of ".osr" files (software repositories) with the application Tarvex: keys in HKEY_CLASSES_ROOT. Call
 // both functions on the main thread during start-up.
 //
-// A missing key or value means "not configured". Any other failure throws OrvaUtils::Registry::RegistryException, also
-// a value that is not a REG_SZ.
+// A missing key or value means "not configured". Any other failure throws OrvaUtils::Registry::RegistryException; so
+// does a value that is not a REG_SZ.
 #pragma once
 
 // Tells whether ".osr" belongs to the class "osrfile" and this class opens with the installed application. Both texts

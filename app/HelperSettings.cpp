@@ -64,7 +64,7 @@ HelperSettings::HelperSettings()
         return;
     }
     tinyxml2::XMLDocument document;
-    // The log level stays 0: an unreadable document counts as empty.
+    // The log level stays 0: a document that cannot be read counts as empty.
     if (!OrvaUtils::Xml::loadDocument(document, path)) {
         return;
     }

@@ -41,7 +41,7 @@ bool hasLeftovers(const std::wstring& directory) {
 } // namespace
 
 const std::wstring& ownExecutable() {
-    // The path stays the same in the whole process, also after the file was renamed.
+    // The path stays the same in the whole process, even after the file was renamed.
     static const std::wstring path = Paths::runningExecutable();
     if (path.empty()) {
         throw Exception();

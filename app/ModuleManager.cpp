@@ -15,7 +15,7 @@ ModuleManager::ModuleManager(IPCDispatcher& dispatcher, USBDeviceMonitor& usbMon
         modules.push_back(ConfigurationApplier::create(usbMonitor));
     } catch (...) {
         for (const IModule* module : modules) {
-            // The modules are deliberately not deleted: their threads go on until the process ends.
+            // The modules are deliberately not deleted: their threads continue until the process ends.
             keepUntilProcessEnds(module);
         }
         throw;

@@ -16,7 +16,7 @@ namespace {
 // Platforms before version x.15 get no eMMC monitor.
 constexpr std::int32_t FIRST_MINOR_VERSION_WITH_EMMC = 15;
 
-// Stops and deletes the USB monitor after the modules and before the dispatcher, also during stack unwinding.
+// Stops and deletes the USB monitor after the modules and before the dispatcher, even during stack unwinding.
 struct UsbMonitorOwner {
     // With an initialiser at the member itself, the compiler leaks the monitor if its constructor throws.
     UsbMonitorOwner() : monitor(new USBDeviceMonitor) {}
@@ -56,7 +56,7 @@ void RunModuleManager() {
         }
     } catch (...) {
         reportFailure();
-        // Deliberate: after a failure the eMMC monitor is neither stopped nor deleted, and its thread goes on.
+        // Deliberate: after a failure the eMMC monitor is neither stopped nor deleted, and its thread continues.
         keepUntilProcessEnds(emmcMonitor);
     }
 }

@@ -9,5 +9,5 @@
 // association, save the settings, and start the application if a restore is in progress. If the helper was started from
 // anywhere else, it installs what is missing, deletes the place of its start and sets `restartNeeded`.
 //
-// A step that fails for good throws an OrvaUtils::Exception; the later steps are then not done.
+// A step that cannot be completed throws an OrvaUtils::Exception; the later steps are then not done.
 void RunStartupSequence(StartupContext& context);

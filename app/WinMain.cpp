@@ -21,7 +21,7 @@ std::exception_ptr failureOfMouseHook() {
 } // namespace
 
 int WINAPI WinMain(HINSTANCE, HINSTANCE, LPWSTR, int) {
-    // Deliberate: the events of the mouse hook are created before everything else, also before the instance mutex.
+    // Deliberate: the events of the mouse hook are created before everything else, even before the instance mutex.
     const std::exception_ptr hookFailure = failureOfMouseHook();
     exitCode = 0;
     // The mutex is not owned. Only the existence of its name keeps a second instance away.

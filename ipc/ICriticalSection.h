@@ -21,7 +21,7 @@ public:
 // Creates a critical section that no thread owns. Throws std::bad_alloc if memory is short.
 std::unique_ptr<ICriticalSection> createCriticalSection();
 
-// Enters a critical section in the constructor and leaves it in the destructor, also when an exception passes. The
+// Enters a critical section in the constructor and leaves it in the destructor, even when an exception passes. The
 // critical section is not owned and must live longer.
 class CriticalSectionGuard {
 public:

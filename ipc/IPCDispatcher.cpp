@@ -49,7 +49,7 @@ std::uint32_t IPCDispatcher::handleMessage(HWND, UINT, WPARAM wParam, LPARAM) {
 }
 
 void IPCDispatcher::terminate() {
-    // If the message queue is full, the loop goes on, and the next command must still reach its handler.
+    // If the message queue is full, the loop continues, and the next command must still reach its handler.
     if (messageWindow->stop()) {
         messageWindow->clearHandlers();
     }

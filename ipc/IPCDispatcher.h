@@ -16,7 +16,7 @@
 //
 // The dispatcher itself handles "ORVATarvexMsg". Command 1 ends `run` and answers 0; every other command answers 1.
 // After command 1 no handler is called again. If the window's message queue is full, command 1 answers 0, but `run`
-// goes on and so do the handlers.
+// continues and so do the handlers.
 //
 // The main thread creates the object, registers the handlers, calls `run` and destroys the object. Handlers are called
 // on the thread of `run`.

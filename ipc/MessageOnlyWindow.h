@@ -19,7 +19,7 @@
 // returned.
 //
 // Errors are standard exceptions with the texts given below. An exception that leaves a handler ends `run` and comes
-// out of it, also if another thread or process sent the message; the sender then receives 0. An exception that leaves
+// out of it, even if another thread or process sent the message; the sender then receives 0. An exception that leaves
 // the handler of WM_CREATE is lost: `create` fails instead.
 class MessageOnlyWindow {
 public:
@@ -49,7 +49,7 @@ public:
     // without a limit until the loop has ended. If the loop thread calls `run` again before the waiting thread wakes,
     // `stop` waits for that loop, too.
     //
-    // Returns false at once if the window was never created or the message queue is full; the loop then goes on. On
+    // Returns false at once if the window was never created or the message queue is full; the loop then continues. On
     // another thread it never returns if the window was destroyed while the loop runs: a WM_CLOSE that was sent and not
     // posted does this, and that loop does not end.
     bool stop();

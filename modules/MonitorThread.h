@@ -7,8 +7,8 @@
 
 #include <atomic>
 
-// The worker thread of a monitor: it starts and stops the thread and knows whether it runs. Base class of all monitors;
-// a derived class supplies the loop that runs on the thread and the exception that reports failures.
+// The worker thread of a monitor: it starts and stops the thread and knows whether it runs. It is the base class of all
+// monitors; a derived class supplies the loop that runs on the thread and the exception that reports failures.
 //
 // Threads: one owner thread calls all public operations. The loop runs on the worker thread.
 //

@@ -32,7 +32,7 @@ public:
     void add(Observer* observer) {
         Entry* const end = last;
         if (end->observer == nullptr && end->calls == 0) {
-            end->observer = observer; // free, with none behind it
+            end->observer = observer; // the last entry is free
         } else {
             end->next = new Entry{observer};
             last = end->next;

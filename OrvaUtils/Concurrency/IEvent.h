@@ -6,7 +6,7 @@ namespace OrvaUtils::Concurrency {
 
 // A manual-reset event without a name: once set, it releases every wait until it is reset.
 //
-// Any thread may call any operation, also at the same time. If the platform could not create the event, the object
+// Any thread may call any operation, even at the same time. If the platform could not create the event, the object
 // exists nevertheless: its waits return WAIT_FAILED, and `set` and `reset` return false.
 class IEvent {
 public:

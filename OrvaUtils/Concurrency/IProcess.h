@@ -10,7 +10,7 @@ namespace OrvaUtils::Concurrency {
 // A child process: its program, its arguments and, after `start`, its handles.
 //
 // The child does not inherit handles, environment or current directory. The destructor closes the two handles; it
-// neither ends the child nor waits for it. An object is for one thread at a time.
+// neither ends the child nor waits for it. Only one thread at a time may use an object.
 class IProcess {
 public:
     // Starts the child. Returns the process handle, which the object still owns, or null if the platform cannot start

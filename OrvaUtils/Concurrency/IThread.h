@@ -9,7 +9,7 @@ namespace OrvaUtils::Concurrency {
 // A worker thread that executes an IRunnable.
 //
 // Call `start`, then `stop`, then delete this object, then delete the runnable. The destructor only closes the thread's
-// handle: it does not stop the thread and does not delete the runnable. An object is for one owner thread.
+// handle: it does not stop the thread and does not delete the runnable. Only one thread, the owner, may use the object.
 class IThread {
 public:
     // Creates a thread that runs `runnable` at once. Returns the thread handle, which the object still owns, or null if

@@ -9,7 +9,7 @@ namespace OrvaUtils::Concurrency {
 
 namespace {
 
-// These variables are deliberately neither locked nor atomic: the callers ensure that one thread asks at a time.
+// These variables are deliberately neither locked nor atomic: the callers ensure that one thread calls at a time.
 bool tickCountInitialised = false;
 DWORD lastTickCount = 0;
 std::uint32_t tickCountWraps = 0;

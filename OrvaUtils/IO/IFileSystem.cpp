@@ -107,7 +107,6 @@ void IFileSystem::deleteDirectoryContents(const std::wstring& path, const std::w
         if (entry.kind == DirectoryEntry::Kind::File) {
             deleteOrRenameFile(full, discarded);
         } else {
-            // This call recurses into the subdirectory.
             deleteDirectoryOrRename(full, discarded);
         }
     }

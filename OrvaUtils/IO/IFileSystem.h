@@ -69,7 +69,7 @@ public:
     virtual bool moveFile(const std::wstring& source, const std::wstring& destination) = 0;
     // Moves a file after it has deleted or renamed an existing destination.
     virtual bool moveFileReplacing(const std::wstring& source, const std::wstring& destination);
-    // Deletes a file, also a read-only file. Returns false if the file is missing or in use.
+    // Deletes a file, even a read-only file. Returns false if the file is missing or in use.
     virtual bool deleteFile(const std::wstring& path) = 0;
     // Deletes a file. If that fails, renames the file with the prefix "_rm_"; a file that already has the prefix keeps
     // its name. Always returns true.
@@ -102,7 +102,7 @@ public:
     virtual void cleanupDirectory(const std::wstring& path);
 
     // Creates a shortcut file that runs `target` with `arguments`. Puts `target` in double quotes unless it begins with
-    // one. Always returns true, also if the platform call fails.
+    // one. Always returns true, even if the platform call fails.
     virtual bool createShortcut(const std::wstring& shortcutPath, const std::wstring& target,
                                 const std::wstring& arguments) = 0;
 

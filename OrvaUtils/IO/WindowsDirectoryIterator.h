@@ -10,7 +10,7 @@ namespace OrvaUtils::IO {
 
 // Lists a directory with FindFirstFileW and FindNextFileW.
 //
-// The iterator is for one thread. A platform failure ends the listing without a report. The destructor closes the
+// Only one thread may use the iterator. A platform failure ends the listing without a report. The destructor closes the
 // search.
 class WindowsDirectoryIterator : public DirectoryIterator {
 public:

@@ -129,7 +129,7 @@ bool WindowsFileSystem::moveFile(const std::wstring& source, const std::wstring&
 bool WindowsFileSystem::deleteFile(const std::wstring& path) {
     Logger::instance().writeParts(LogLevel::Debug, {L"Deleting file ", path});
     const DWORD attributes = GetFileAttributesW(path.c_str());
-    // Deliberate: if the attributes cannot be read, all bits are set and the call writes all of them but this bit.
+    // Deliberate: if the attributes cannot be read, all bits are set and the call writes all of them except this bit.
     if ((attributes & FILE_ATTRIBUTE_READONLY) != 0) {
         SetFileAttributesW(path.c_str(), attributes & ~FILE_ATTRIBUTE_READONLY);
     }

@@ -20,7 +20,7 @@ constexpr std::uint32_t GUID_TAG = 48;
 // The names of the types from 1 on.
 constexpr std::string_view TYPE_NAMES[] = {"WinCE-X86", "WinCE-ARM", "Win32", "Win64"};
 
-// The names are made up: see the header.
+// The names are invented: see the header.
 struct Model {
     std::uint16_t code;
     const wchar_t* name;

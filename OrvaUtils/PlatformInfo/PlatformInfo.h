@@ -42,8 +42,8 @@ public:
     // Returns the model code of the panel, or 0 if it cannot be read. Does not throw for a missing or broken tag store.
     std::uint16_t getModelCode();
     // Returns the name of a model, or "unknown". Only the low 16 bits of the code count. The 31 codes 1 to 22 and 0x400
-    // to 0x408 have names. This project made the names up; the names that the models have in the field are not known
-    // here.
+    // to 0x408 have names. This project has invented these names. The names that the models have in the field are not
+    // known here.
     static std::wstring getModelName(std::uint32_t code);
 
     // Returns the identity of the panel. Throws PlatformInfoException "Guid not present" if it cannot be read.

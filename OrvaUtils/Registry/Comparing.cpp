@@ -7,7 +7,6 @@ namespace OrvaUtils::Registry {
 
 namespace {
 
-// Throws if the comparison failed.
 void require(bool equal, const wchar_t* failure) {
     if (!equal) {
         throw RegistryException(failure);

@@ -8,8 +8,8 @@ namespace OrvaUtils::Registry {
 
 // An open registry key, which its destructor closes.
 //
-// The platform can delete neither an open key nor a key above it: keep the life of this object short. The object is for
-// one thread at a time.
+// The platform can delete neither an open key nor a key above it: keep the life of this object short. Only one thread
+// at a time may use the object.
 class Key {
 public:
     // Opens the subkey with `openKey` and throws its RegistryException.

@@ -15,7 +15,7 @@ namespace OrvaUtils::Registry {
 //
 // The enumerator does not own the key. It does not notice changes: after a deletion the later names move to lower
 // indexes, and the enumeration skips a name. A platform failure ends the enumeration without a report, and so does a
-// name of 260 characters or more. The object is for one thread.
+// name of 260 characters or more. Only one thread may use the object.
 class NameEnumerator {
 public:
     NameEnumerator(const NameEnumerator&) = delete;

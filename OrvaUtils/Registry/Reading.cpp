@@ -13,7 +13,7 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// Larger values need a second query. The size is in bytes.
+// Larger values need a second query.
 constexpr std::size_t FIRST_BUFFER = 50; // bytes
 
 struct Data {

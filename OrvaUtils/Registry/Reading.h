@@ -1,4 +1,4 @@
-// Functions that read a value of an open key, one function a type.
+// Functions that read a value of an open key, one function for each type.
 //
 // They throw RegistryException: "Cannot query the given registry value" if the value is missing or cannot be read, and
 // "Unexpected value type" if the value has another type than the function expects. An empty name means the default
@@ -23,7 +23,7 @@ std::uint32_t readDword(HKEY key, const std::wstring& name);
 std::uint32_t readDwordBigEndian(HKEY key, const std::wstring& name);
 // Reads a REG_SZ value up to its first zero character, or completely if it has no zero character.
 std::wstring readString(HKEY key, const std::wstring& name);
-// Opens the subkey, reads the value and closes the subkey. Throws also the exception of `openKey`.
+// Opens the subkey, reads the value and closes the subkey. Also throws the exception of `openKey`.
 std::wstring readString(HKEY root, const std::wstring& subkey, const std::wstring& name);
 // Reads a REG_EXPAND_SZ value like a REG_SZ value. Names of variables are not expanded.
 std::wstring readExpandString(HKEY key, const std::wstring& name);

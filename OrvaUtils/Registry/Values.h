@@ -1,5 +1,5 @@
-// The classes of registry values, one class a registry type. Each object has a `name` and `data`; the functions of
-// Reading.h and Writing.h use the same data types.
+// The classes of registry values, one class for each registry type. Each object has a `name` and `data`; the functions
+// of Reading.h and Writing.h use the same data types.
 #pragma once
 
 #include "OrvaUtils/Registry/Value.h"

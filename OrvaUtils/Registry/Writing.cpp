@@ -28,7 +28,7 @@ void writeText(HKEY key, const std::wstring& name, DWORD type, std::wstring text
 } // namespace
 
 void writeBinary(HKEY key, const std::wstring& name, const std::vector<std::uint8_t>& bytes) {
-    // RegSetValueExW gets a valid address also for an empty value.
+    // RegSetValueExW gets a valid address even for an empty value.
     const std::uint8_t nothing = 0;
     write(key, name, REG_BINARY, bytes.empty() ? &nothing : bytes.data(), bytes.size(),
           L"Failed to set REG_BINARY value");

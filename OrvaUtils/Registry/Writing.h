@@ -1,4 +1,4 @@
-// Functions that write a value into an open key, one function a type.
+// Functions that write a value into an open key, one function for each type.
 //
 // Each function makes one call of RegSetValueExW and replaces an existing value of any type. If the call fails, the
 // function throws RegistryException: "Failed to set REG_BINARY value", with the type of the function. The two number

@@ -65,8 +65,8 @@ Outcome read(std::uint32_t tagId, std::vector<std::uint8_t>& buffer, DWORD& size
 
 TagStore::TagStore() : library(L"tagUserAPI.dll", DynamicLibrary::Lifetime::Object) {
     for (std::size_t function = 0; function < table.size(); ++function) {
-        // Every function is looked up, also functions that this class does not call. A library that lacks a function is
-        // refused.
+        // Every function is looked up, including functions that this class does not call. A library that lacks a
+        // function is refused.
         table[function] = library.getAddress(NAMES[function]);
     }
     check(Function::TAG_Open, call<decltype(&TAG_Open)>(Function::TAG_Open));
@@ -93,7 +93,7 @@ std::uint32_t TagStore::getData(std::uint32_t tagId, std::vector<std::uint8_t>& 
 std::uint32_t TagStore::getDataGrowing(std::uint32_t tagId, std::vector<std::uint8_t>& buffer) {
     DWORD size = 0;
     Outcome outcome = read(tagId, buffer, size);
-    // The result of the first call does not matter: some libraries may report a small buffer as an error.
+    // The result of the first call does not matter: the library may report a small buffer as an error.
     if (size > buffer.size()) {
         buffer.resize(size);
         outcome = read(tagId, buffer, size);

@@ -13,8 +13,8 @@ namespace OrvaUtils::Xml {
 //             <Enabled>1</Enabled>
 //
 // To read a file, call `open` and then `read` for each value. To write a file, call `createEmpty`, then `write` for
-// each value in order, then `save`. The object is for one thread at a time. Failures are results; only std::bad_alloc
-// is thrown.
+// each value in order, then `save`. Only one thread at a time may use the object. Failures are results; only
+// std::bad_alloc is thrown.
 class SettingsDocument {
 public:
     // Copies its arguments and does not touch the file.

@@ -206,7 +206,7 @@ void Logger::outputToFile(const std::wstring& line) {
     if (file == nullptr) {
         file = openFirst();
     }
-    // The size is measured before each line, so one thread alone exceeds the limit by one line at most.
+    // The size is measured before each line, so without other threads a file exceeds its limit by one line at most.
     if (file != nullptr && maxFileSize != 0 && file->size() > maxFileSize) {
         rotate(file);
     }
@@ -245,7 +245,7 @@ void Logger::rotate(LogFile::Use& full) {
     // The two objects alternate: the older file stays open until its last user has left.
     LogFile& next = files[full.get() == &files[0] ? 1 : 0];
     const Claim mine = claim(changing);
-    // The line goes to the full file if another thread rotates, has rotated, or still writes to the file before.
+    // The line goes to the full file if another thread rotates, has rotated, or still writes to the previous file.
     if (mine == nullptr || current != full.get() || !next.isFree()) {
         return;
     }

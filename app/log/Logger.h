@@ -23,7 +23,7 @@ inline constexpr std::int32_t Debug = 3;
 //     2024-03-07 06:05:09,8532110;INFO;Init of Helper
 //
 // The time is UTC. The number after the comma is deliberately the whole tick count: the milliseconds since the system
-// started. The outputs are a set of rotating files, the debugger and the standard output. A file holds one byte a
+// started. The outputs are a set of rotating files, the debugger and the standard output. A file holds one byte per
 // character; characters above 0xFF become "?".
 //
 // Errors: logging never fails and never reports a failure of its own. A line that cannot be written to the file is lost

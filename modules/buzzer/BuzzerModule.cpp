@@ -19,7 +19,7 @@ constexpr wchar_t NAME[] = L"BuzzerModule";
 constexpr DWORD RELOAD = 1;
 constexpr std::int32_t CLICK = 50; // ms
 
-// Returns the default frequency of the panel's model in Hz. A model that cannot be read has code 0.
+// Returns the default frequency of the panel's model in Hz. The code of a model that cannot be read is 0.
 std::int32_t defaultFrequency() {
     switch (OrvaUtils::PlatformInfo::instance().getModelCode()) {
     case 0x402:
@@ -86,8 +86,8 @@ std::uint32_t BuzzerModule::loadSettings() {
 void BuzzerModule::apply() {
     if (!enabled) {
         switchOff();
-        // Deliberate: a buzzer that exists keeps its frequency.
     } else if (buzzer == nullptr) {
+        // Deliberate: a buzzer that exists keeps its frequency.
         buzzer = new TouchBuzzer(CLICK, frequencyHz);
         // The result is ignored: without a hook the buzzer stays silent.
         MouseHook::instance().install();

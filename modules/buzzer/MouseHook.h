@@ -28,7 +28,7 @@ public:
     // already or the platform cannot install a hook; the platform has room for one hook. If CreateThread fails, the
     // hook stays installed without a new thread.
     bool install();
-    // Removes the hook. Returns true also if no hook is installed. Returns false if the platform fails to remove the
+    // Removes the hook. Returns true even if no hook is installed. Returns false if the platform fails to remove the
     // hook: the hook then stays installed.
     bool uninstall();
 

@@ -72,10 +72,10 @@ void BlackScreen::show() {
 }
 
 void BlackScreen::hide() {
-    // The cursor must be visible again when the window is gone.
     post(HIDE);
 }
 
+// The window is hidden before it is closed: the cursor must be visible again when the window is gone.
 void BlackScreen::destroy() {
     post(HIDE);
     post(WM_CLOSE);

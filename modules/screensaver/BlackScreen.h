@@ -24,7 +24,7 @@ public:
     void create();
     // Shows the window and decrements the display count of the cursor.
     void show();
-    // Hides the window and increments the display count of the cursor, also if the window is hidden already.
+    // Hides the window and increments the display count of the cursor, even if the window is hidden already.
     void hide();
     // Hides and destroys the window.
     void destroy();

@@ -20,11 +20,11 @@ ScreenSaver::ScreenSaver(HINSTANCE instance, const std::wstring& className)
 void ScreenSaver::remove(ScreenSaver* screenSaver) {
     OrvaUtils::Teardown steps;
     steps.run([=] { screenSaver->deactivate(); });
-    // The window goes even if the screen could not be restored.
+    // The window is destroyed even if the screen could not be restored.
     screenSaver->blackScreen.destroy();
     steps.run([=] { screenSaver->monitor.stop(); });
     screenSaver->monitor.removeObserver(screenSaver);
-    // The monitor's thread uses the object, so the object may only go after the thread.
+    // The monitor's thread uses the object, so the object may only be deleted after the thread has ended.
     if (screenSaver->monitor.hasEnded()) {
         delete screenSaver;
     } else {

@@ -16,7 +16,8 @@
 // The thread of the inactivity monitor calls `notify`. There is no lock between the two.
 //
 // Errors: a failure of the backlight driver throws ScreenBackLightException out of the operation that used the driver.
-// The screen saver then counts as engaged or not as it did before the operation.
+// Its state, engaged or not, then stays as it was before the operation. A failure in `notify` ends the monitor
+// permanently: only the operations of the main thread engage or restore from then on.
 class ScreenSaver : public UserInactivityMonitorObserver {
 public:
     // Creates a screen saver and starts its monitor. At first the time-out is 60000 ms and the screen saver uses the

@@ -150,8 +150,8 @@ void ScreenSaverModule::engage() {
         enabled = true;
         apply();
     }
-    if (screenSaver != nullptr) { // not after command 2 has removed an enabled one
-        // There is no screen saver if it is enabled but command 2 has removed it.
+    // The pointer is null if the screen saver is enabled but command 2 has removed it.
+    if (screenSaver != nullptr) {
         screenSaver->activate();
     }
 }

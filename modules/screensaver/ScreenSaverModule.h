@@ -11,15 +11,15 @@ class ScreenSaver;
 // The screen saver as a module: it creates or removes the ScreenSaver, as the settings file "ScreenSaverConfig.xml" in
 // the installation directory and the commands of the message "ORVATarvexScreenSaverMsg" say.
 //
-//     command  argument    action                                                      answer
-//     1        -           reads the file again                                        0, or 2: file unreadable
-//     2        0           removes the screen saver                                    0
-//     2        not 0       creates a screen saver with its defaults, unless one exists 0
-//     3        ms          sets the time-out                                           0, or 3: not above 0
-//     4        0 to 255    sets the level; 0 is the black window                       0, or 3: out of range
-//     5        0           disables the screen saver and removes it                    0
-//     5        not 0       enables the screen saver and engages it at once             0
-//     others   -           nothing                                                     1
+//     command  argument  action                                                       answer
+//     1        -         reads the file again                                         0, or 2: file unreadable
+//     2        0         removes the screen saver                                     0
+//     2        not 0     creates a screen saver with its defaults, unless one exists  0
+//     3        ms        sets the time-out                                            0, or 3: not above 0
+//     4        0 to 255  sets the level; 0 is the black window                        0, or 3: out of range
+//     5        0         disables the screen saver and removes it                     0
+//     5        not 0     enables the screen saver and engages it at once              0
+//     others   -         nothing                                                      1
 //
 // A file that cannot be read disables the screen saver. Commands 3 to 5 change values in memory, until the file is read
 // again. Command 2 does not change whether the screen saver is enabled: while it is disabled, commands 3 and 4 remove a

@@ -6,8 +6,8 @@
 // change, and restores it afterwards.
 //
 // The owner calls `unlockFor` before each change and `relock` after the last change; the destructor does nothing. Both
-// throw FlashNotWritableException and leave the guard unchanged if the protection cannot be switched. The object is for
-// one thread.
+// throw FlashNotWritableException and leave the guard unchanged if the protection cannot be switched. Only one thread
+// may use the object.
 class FlashWriteGuard {
 public:
     // Lifts the protection. Does nothing if the path lies elsewhere or this guard has lifted the protection already.

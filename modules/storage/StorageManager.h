@@ -9,10 +9,10 @@
 // The platform's storage manager: stores (block devices) and their partitions.
 //
 // The functions are not linked, but looked up by name in "coredll.dll". The operations return the results of the
-// platform unchanged and do not throw. The object is for one thread at a time.
+// platform unchanged and do not throw. Only one thread at a time may use the object.
 class StorageManager {
 public:
-    // Looks up all functions of the storage manager, also those that the helper does not call. Throws
+    // Looks up all functions of the storage manager, including those that the helper does not call. Throws
     // OrvaUtils::LoadLibraryException for the first function that is missing. Program code uses `getStorageManager`.
     StorageManager();
     StorageManager(const StorageManager&) = delete;

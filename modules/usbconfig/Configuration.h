@@ -26,8 +26,8 @@ class XMLElement;
 //     </Tarvex>
 //
 // All attributes are required. A section may occur several times; sections of other names are skipped. A password
-// consists of pairs of hexadecimal digits. Names and the words "RunProcess", "0" and "1" are case-sensitive. An object
-// is for one thread.
+// consists of pairs of hexadecimal digits. Names and the words "RunProcess", "0" and "1" are case-sensitive. Only one
+// thread may use an object.
 class Configuration {
 public:
     // Reads the file and runs nothing. Throws OrvaUtils::Xml::XmlException if the file cannot be read, is not XML or

@@ -8,7 +8,7 @@
 
 // The platform's notifications of block devices that are attached and detached, received through a message queue.
 //
-// The object is for one thread at a time. The destructor closes nothing: call `stop`.
+// Only one thread at a time may use the object. The destructor closes nothing: call `stop`.
 class DeviceNotifications {
 public:
     // One notification.
