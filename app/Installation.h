@@ -25,8 +25,9 @@ std::wstring findApplicationSource();
 // place that the helper was started from does not matter for this choice. Throws the exceptions of `copyHelperFile`; a
 // folder copy skips files that it cannot copy.
 void installApplication();
-// Copies the helper and replaces `destination`. Creates the destination's directory if only the last level is missing.
-// Throws "Cannot find <source> to copy" and "Cannot copy <source> to <destination>".
+// Copies the helper and replaces `destination`, unless the destination is read-only or in use. Creates the
+// destination's directory if only the last level is missing. Throws "Cannot find <source> to copy" and "Cannot copy
+// <source> to <destination>".
 void copyHelperFile(const std::wstring& source, const std::wstring& destination);
 
 // Deletes the place that the helper was started from, and adds the directory of its leftovers to the settings.

@@ -5,7 +5,7 @@
 
 #include <string>
 
-// Tells whether a path begins with "\NANDFlash" (case-insensitive). The text alone counts: \NANDFlashX does, too.
+// Tells whether a path begins with "\NANDFlash" (case-insensitive). Only the text counts: \NANDFlashX begins so, too.
 bool isOnNandFlash(const std::wstring& path);
 
 // Lifts the write protection. Throws FlashNotWritableException if the volume's driver is missing or the request fails.
