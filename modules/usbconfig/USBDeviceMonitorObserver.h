@@ -7,7 +7,7 @@
 class USBDeviceMonitorObserver {
 public:
     // A volume has become available, or a device was detached. An exception that leaves this function is logged and
-    // ends the monitor for good.
+    // ends the monitor permanently.
     virtual void onDeviceEvent(const USBDeviceEvent& event) = 0;
     virtual ~USBDeviceMonitorObserver() noexcept(false) = default;
 };
