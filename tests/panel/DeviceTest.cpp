@@ -149,29 +149,6 @@ TEST(Devices, BlockOrTakeTheirTimeOnDemand) {
     EXPECT_EQ(devices().requests("BZR1").at(1).time, 5300U);
 }
 
-TEST(Devices, WhoseStateNobodyCanReadAreBroken) {
-    const HANDLE device = openDevice(L"BKL1:");
-    writeText(panelDirectory() / "devices/BKL1.json", "{");
-    EXPECT_EQ(control(device, readLevels, {}, 16), ERROR_GEN_FAILURE);
-    EXPECT_EQ(openDevice(L"BKL1:"), INVALID_HANDLE_VALUE);
-    EXPECT_THROW(static_cast<void>(devices().state("BKL1")), std::runtime_error);
-    writeText(panelDirectory() / "devices/BKL1.json",
-              R"({"present": true, "values": [1, 2, 3, 4294967296], "does": {}})");
-    EXPECT_THROW(static_cast<void>(devices().state("BKL1")), std::runtime_error);
-    EXPECT_THROW(static_cast<void>(devices().state("BKL2")), std::runtime_error);
-    EXPECT_THROW(devices().setBehaviour("SHC1", {}, "beep"), std::runtime_error);
-}
-
-TEST(Counter, AnswersTheCountThatItWasSetTo) {
-    const HANDLE device = openDevice(L"SHC1:");
-    for (const std::uint32_t count : {0U, 12345U, 0xFFFFFFFFU}) {
-        devices().setValues("SHC1", {count});
-        Words answer;
-        EXPECT_EQ(control(device, 0x72EE8, {}, 4, &answer), 0U);
-        EXPECT_EQ(answer, (Words{count}));
-    }
-}
-
 TEST(Flash, RefusesEveryChangeWhileItIsProtected) {
     writeFile("\\NANDFlash\\there", "x");
     writeFile("\\NANDFlash\\folder\\file", "y");
@@ -233,20 +210,4 @@ TEST(Flash, RefusesToBeSwitchedWhenToldSo) {
     DWORD count = 0;
     EXPECT_FALSE(WriteFile(file, "x", 1, &count, nullptr)); // also through what is open already
     EXPECT_EQ(GetLastError(), ERROR_WRITE_PROTECT);
-}
-
-TEST(Devices, PassTheGateWithTheirBytes) {
-    const HANDLE device = openDevice(L"BKL1:");
-    failCall("DeviceIoControl", 2);
-    startTrace();
-    control(device, writeLevels, {1, 0, 255, 0});
-    control(device, readLevels, {}, 16);
-    control(device, readLevels, {}, 16);
-    const std::string handle = trace().at(0).substr(16, trace().at(0).find(',') - 16);
-    EXPECT_EQ(
-        trace(),
-        (std::vector<std::string>{
-            "DeviceIoControl(" + handle + ", 0x113040c, {01 00 00 00 00 00 00 00 ff 00 00 00 00 00 00 00}, {}) = 1",
-            "DeviceIoControl(" + handle + ", 0x1130408, {}) = 0 fault error 31", "GetLastError() = 31",
-            "DeviceIoControl(" + handle + ", 0x1130408, {}, {01 00 00 00 00 00 00 00 ff 00 00 00 00 00 00 00}) = 1"}));
 }

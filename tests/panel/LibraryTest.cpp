@@ -117,18 +117,3 @@ TEST(TagLibrary, FailsOnDemand) {
     EXPECT_EQ(tags.read(18, 2, size), "");
     EXPECT_EQ(tags.error, ERROR_GEN_FAILURE);
 }
-
-TEST(TagLibrary, PassesTheGate) {
-    Tags tags;
-    startTrace();
-    DWORD size = 0;
-    tags.read(18, 1, size);
-    tags.set(18, 2, "\x01\x04", &tags.error);
-    failCall("TAG_Delete");
-    EXPECT_FALSE(tags.remove(18, &tags.error));
-    EXPECT_EQ(tags.error, ERROR_GEN_FAILURE);
-    GetProcAddressW(tags.library, L"TAG_Open");
-    EXPECT_EQ(trace(), (std::vector<std::string>{"TAG_Get_Data(18, 1, 2, {02}) = 1", "TAG_Set_Data(18, {01 04}) = 1",
-                                                 "TAG_Delete(18) = 0 fault error 31",
-                                                 "GetProcAddressW(0x30000, \"TAG_Open\") = \"found\""}));
-}

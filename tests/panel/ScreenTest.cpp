@@ -86,26 +86,3 @@ TEST(Screen, FollowsPostedMessagesOnTheWindowsThread) {
     EXPECT_EQ(GetLastError(), ERROR_INVALID_WINDOW_HANDLE);
     EXPECT_FALSE(UpdateWindow(black));
 }
-
-TEST(Screen, CountsWhoWantsTheCursor) {
-    EXPECT_EQ(driver().status().screen.cursorCount, 0);
-    EXPECT_EQ(ShowCursor(FALSE), -1);
-    EXPECT_EQ(ShowCursor(TRUE), 0);
-    EXPECT_EQ(ShowCursor(TRUE), 1);
-    EXPECT_EQ(driver().status().screen.cursorCount, 1);
-    EXPECT_EQ(GetStockObject(99), nullptr);
-}
-
-TEST(Events, AreCountedByTheirNames) {
-    for (int round = 0; round < 3; ++round) {
-        const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, L"BackLightLevelChangeEvent");
-        EventModify(event, EVENT_SET);
-        CloseHandle(event); // nobody holds it: the count is all that stays
-    }
-    EventModify(CreateEventW(nullptr, FALSE, FALSE, nullptr), EVENT_SET);
-    EventModify(CreateEventW(nullptr, FALSE, FALSE, L"Reset"), EVENT_RESET);
-    const auto signals = driver().status().signals;
-    ASSERT_EQ(signals.size(), 1U);
-    EXPECT_EQ(signals[0].event, "BackLightLevelChangeEvent");
-    EXPECT_EQ(signals[0].count, 3U);
-}
