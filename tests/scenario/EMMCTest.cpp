@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
-
 using panel::Behaviour;
 
 namespace {
@@ -67,16 +65,6 @@ TEST(EMMC, CountsWhatWasBeforeTheStartAsOftenAsTheHelperIsStarted) {
     EXPECT_EQ(panel.terminate(), 0U);
 }
 
-TEST(EMMC, GrowsWithEachUpdateFrom4294967295On) {
-    CountingPanel panel;
-    panel.write(statisticsPath, statisticsFile(800, 7231, 4294966795, 7231));
-    panel.startHelper(500, 0);
-    EXPECT_EQ(panel.read(statisticsPath), statisticsFile(500, 0, 4294967295, 7231, 1));
-    panel.pass(2 * hour);
-    EXPECT_EQ(panel.read(statisticsPath), statisticsFile(500, 7200, 4294967295, 14431, 25));
-    EXPECT_EQ(panel.terminate(), 0U);
-}
-
 TEST(EMMC, SurvivesAFileThatIsMissingDamagedOrCannotBeWritten) {
     CountingPanel panel;
     panel.startHelper(10, 0);
@@ -105,12 +93,7 @@ TEST(EMMC, SurvivesAFileThatIsMissingDamagedOrCannotBeWritten) {
 }
 
 TEST(EMMC, IsRecordedFromVersion15On) {
-    const struct {
-        const char* version;
-        bool recorded;
-    } cases[] = {{"2.14", false}, {"2.15", true},   {"3.20", true},   {"15", false},      {"", false},
-                 {".15", true},   {"2. 15", false}, {"2.+15", false}, {"2.015b.3", true}, {"2.9", false}};
-    for (const auto& [version, recorded] : cases) {
+    for (const auto& [version, recorded] : {std::pair{"2.14", false}, {"2.15", true}}) {
         SCOPED_TRACE(version);
         ScenarioPanel panel;
         panel.install();
@@ -124,25 +107,14 @@ TEST(EMMC, IsRecordedFromVersion15On) {
     }
 }
 
-TEST(EMMC, AMissingVersionOrOneThatIsNoTextEndsTheHelper) {
-    const struct {
-        std::function<void(panel::registry::Tree&)> change;
-        const char* failure;
-    } cases[] = {
-        {[](auto& tree) { tree.make(key)->set(panel::registry::numberValue("Version", 15)); }, "Unexpected value type"},
-        {[](auto& tree) { tree.find(key)->removeValue("Version"); }, "Cannot query the given registry value"},
-        {[](auto& tree) { tree.remove(key); }, "Cannot open subkey 'ORVA'"},
-    };
-    for (const auto& each : cases) {
-        ScenarioPanel panel;
-        panel.install();
-        panel.panel().changeRegistry(each.change, true);
-        EXPECT_EQ(panel.run(ScenarioPanel::helper), 1U);
-        EXPECT_EQ(
-            panel.log(),
-            firstStartLines({"INFO;Module manager initialization",
-                             std::string("ERROR;Exception OrvaUtils::Registry::RegistryException: ") + each.failure,
-                             "INFO;Helper terminated"}));
-        EXPECT_FALSE(panel.exists(statisticsPath));
-    }
+TEST(EMMC, AMissingVersionEndsTheHelper) {
+    ScenarioPanel panel;
+    panel.install();
+    panel.panel().changeRegistry([](auto& tree) { tree.find(key)->removeValue("Version"); }, true);
+    EXPECT_EQ(panel.run(ScenarioPanel::helper), 1U);
+    EXPECT_EQ(panel.log(), firstStartLines({"INFO;Module manager initialization",
+                                            "ERROR;Exception OrvaUtils::Registry::RegistryException: "
+                                            "Cannot query the given registry value",
+                                            "INFO;Helper terminated"}));
+    EXPECT_FALSE(panel.exists(statisticsPath));
 }

@@ -34,15 +34,8 @@ TEST_F(UsbConfiguration, AProgramThatDoesNotStartStopsNothing) {
 TEST_F(UsbConfiguration, AFaultyFileStartsNothingAndIsOneLine) {
     const std::string good = command("exit 1", true);
     const std::pair<std::string, const char*> cases[] = {
-        {"", "Generic Exception"},
         {"<Tarvex><Commands>" + good + "</Tarvex>", "Generic Exception"},
-        {"<Other><Commands>" + good + "</Commands></Other>", "Invalid root element"},
-        {document(good + "<Run/>"), "Expected command"},
         {document(good + "<Command Type='Copy'/>"), "Invalid command type"},
-        {document(good + "<Command Type='RunProcess' FilePath='a' Arguments=''/>"), "Generic Exception"},
-        {document(good + command("", true).replace(command("", true).rfind('1'), 1, "yes")),
-         "Invalid WaitCompletion attribute"},
-        {"<Tarvex><Commands>" + good + "</Commands><Users><User Username='a'/></Users></Tarvex>", "Generic Exception"},
         {"<Tarvex><Commands>" + good + "</Commands><Login/></Tarvex>", "Generic Exception"},
     };
     startHelper();
@@ -116,16 +109,6 @@ TEST_F(UsbConfiguration, FindsEachMountedPartitionAlsoOfADiskThatWasThere) {
     EXPECT_EQ(ended(), expected) << "a disk that comes again is read again";
 }
 
-TEST_F(UsbConfiguration, FindsADiskThatThePanelBootsWith) {
-    plug(document(command("exit 3", true)), 2000);
-    panel.reboot(); // from which its delay counts
-    startHelper();
-    pass(1999);
-    EXPECT_EQ(ended(), Lines{});
-    pass(1);
-    EXPECT_EQ(ended(), Lines{"Actor.exe#1 at 2000: 3"});
-}
-
 TEST_F(UsbConfiguration, AsksThePlatformInThisOrder) {
     panel.driver().setTracing(true);
     startHelper();
@@ -172,11 +155,14 @@ TEST_F(UsbConfiguration, AsksThePlatformInThisOrder) {
     EXPECT_EQ(functions[15], "FindClosePartition(" + search + ") = 1");
     EXPECT_EQ(functions[16], "CloseHandle(" + store + ") = 1");
     EXPECT_NE(functions[18].find(", 160, 0, {"), std::string::npos) << functions[18];
-    const Lines looked = calls("GetProcAddressW");
-    ASSERT_EQ(looked.size(), 21U);
-    EXPECT_NE(looked[0].find("\"OpenStore\""), std::string::npos);
-    EXPECT_NE(looked[14].find("\"SetPartitionAttributes\""), std::string::npos);
-    EXPECT_NE(looked[20].find("\"FindClosePartition\""), std::string::npos);
+    std::string looked;
+    for (const TracedCall& call : panel.calls("GetProcAddressW"))
+        if (call.process == 1 && call.arguments.find("TAG_") == std::string::npos)
+            looked += call.firstText() + ' ';
+    EXPECT_EQ(looked, "OpenStore DismountStore FormatStore FindFirstStore FindNextStore FindCloseStore GetStoreInfo "
+                      "CreatePartition CreatePartitionEx DeletePartition OpenPartition MountPartition "
+                      "DismountPartition RenamePartition SetPartitionAttributes GetPartitionInfo FormatPartition "
+                      "FormatPartitionEx FindFirstPartition FindNextPartition FindClosePartition ");
 }
 
 TEST_F(UsbConfiguration, WaitsForASlowDiskAndGivesUpOnOneThatNeverOpens) {

@@ -82,18 +82,6 @@ TEST_F(UsbConfiguration, HearsOfItsEndAfterAllDisksThatHaveCome) {
     }
 }
 
-TEST_F(UsbConfiguration, FailsToEndWhileAProgramIsWaitedForWhichGoesOn) {
-    startHelper();
-    plug(document(command("sleep 3600000", true)));
-    pass(1000);
-    EXPECT_EQ(endHelper(panel), 1U);
-    EXPECT_EQ(panel.driver().status().time, 21000U);
-    EXPECT_EQ(panel.lastLines(3), (Lines{"INFO;Module manager terminated",
-                                         "ERROR;Exception UsbDeviceException: Failed to terminate monitor thread",
-                                         "INFO;Helper terminated"}));
-    EXPECT_TRUE(panel.isRunning("Actor.exe#1"));
-}
-
 TEST_F(UsbConfiguration, LivesOnWithoutItsThread) {
     struct {
         const char* function;
