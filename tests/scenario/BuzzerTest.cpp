@@ -209,12 +209,17 @@ TEST(Buzzer, IsOffWithoutSettings) {
     panel.startInPlace();
     EXPECT_EQ(panel.clicksOf(leftPress), Words{});
     EXPECT_EQ(panel.tell(1), 2);
-    for (const char* settings : {"<Frequency>3400</Frequency>", "<Enabled>1</Enabled><Frequency>x</Frequency>",
-                                 "<Enabled>x</Enabled><Frequency>3400</Frequency>"})
-        EXPECT_EQ(panel.reload("<TouchBuzzer><Settings>" + std::string(settings) + "</Settings></TouchBuzzer>"), 2);
-    EXPECT_EQ(panel.clicksOf(leftPress), Words{});
+    for (const char* content : {
+             "<TouchBuzzer><Settings><Frequency>7</Frequency></Settings></TouchBuzzer>",
+             "<TouchBuzzer><Settings><Enabled>yes</Enabled><Frequency>7</Frequency></Settings></TouchBuzzer>",
+             "<TouchBuzzer><Settings><Enabled>1</Enabled><Frequency>high</Frequency></Settings></TouchBuzzer>",
+             "<ScreenSaver><Settings><Enabled>1</Enabled><Frequency>7</Frequency></Settings></ScreenSaver>",
+         }) {
+        EXPECT_EQ(panel.reload(content), 2) << content;
+        EXPECT_EQ(panel.clicksOf(leftPress), Words{}) << content;
+    }
     EXPECT_EQ(panel.terminate(), 0U);
-    EXPECT_EQ(panel.buzzerLog().at(0), "ERROR;BuzzerModule;settings error");
+    EXPECT_EQ(panel.errors(), Lines(6, "ERROR;BuzzerModule;settings error"));
 }
 
 TEST(Buzzer, StaysSilentWithoutItsDriver) {
@@ -233,14 +238,14 @@ TEST(Buzzer, StaysSilentWhenTheHookIsRefused) {
     BuzzerPanel panel(buzzerSettings(true, 3400));
     panel.failCall("SetWindowsHookExW");
     panel.startInPlace();
-    EXPECT_EQ(panel.clicksOf(leftPress), Words{});
     const std::uint32_t threads = panel.threads();
+    EXPECT_EQ(panel.clicksOf(leftPress), Words{});
     EXPECT_EQ(panel.tell(1), 0);
     EXPECT_EQ(panel.clicksOf(leftPress), Words{}) << "it is not asked for again";
     EXPECT_EQ(panel.reload(buzzerSettings(false, 3400)), 0);
     EXPECT_EQ(panel.reload(buzzerSettings(true, 3400)), 0);
-    EXPECT_EQ(panel.threads(), threads + 1) << "there was none for the refused hook";
     EXPECT_EQ(panel.clicksOf(leftPress), Words{3400});
+    EXPECT_EQ(panel.threads(), threads + 1) << "the first one with the hook alone";
     EXPECT_EQ(panel.terminate(), 0U);
     EXPECT_EQ(panel.errors(), Lines{});
 }
@@ -271,7 +276,18 @@ TEST(Buzzer, WithoutItsEventsThereIsNoHelper) {
     for (const std::uint32_t call : {1U, 2U}) {
         const std::size_t lines = panel.log().size();
         panel.driver().addFault({"CreateEventW", "TarvexHelper.exe", call + 2, 1, call});
+        panel.driver().setTracing(true);
         EXPECT_EQ(panel.run(ScenarioPanel::helper), 1U);
+        std::string event; // the other one
+        for (const TracedCall& each : panel.calls()) {
+            if (each.process != call + 2)
+                continue;
+            if (each.function == "CreateEventW" && !each.failed)
+                event = each.result;
+            else if (each.function == "CloseHandle" && each.arguments == event)
+                event = "closed";
+        }
+        EXPECT_EQ(event, "closed");
         EXPECT_EQ(panel.log().size(), lines + 2);
         EXPECT_EQ(panel.lastLines(2),
                   (Lines{"INFO;Init of Helper",

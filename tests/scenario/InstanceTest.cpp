@@ -114,9 +114,9 @@ TEST(Instance, StartsTheApplicationWhenARestoreIsInProgress) {
 TEST(Instance, FailsWithoutTheApplicationThatARestoreNeeds) {
     ScenarioPanel panel;
     panel.put(ScenarioPanel::helper, helperFile());
-    panel.write(settingsPath, restoring + "\n");
+    panel.write(settingsPath, restoring + "<!-- -->");
     EXPECT_EQ(panel.run(ScenarioPanel::helper), 1U);
+    EXPECT_EQ(panel.read(settingsPath), restoring) << "saved before";
     EXPECT_EQ(panel.log(),
               firstStartLines({"INFO;Follow up needed", "ERROR;Exception OrvaUtils::Exception: Cannot start tarvex"}));
-    EXPECT_EQ(panel.read(settingsPath), restoring) << "saved before";
 }

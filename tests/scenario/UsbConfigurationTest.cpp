@@ -155,14 +155,17 @@ TEST_F(UsbConfiguration, AsksThePlatformInThisOrder) {
     EXPECT_EQ(functions[15], "FindClosePartition(" + search + ") = 1");
     EXPECT_EQ(functions[16], "CloseHandle(" + store + ") = 1");
     EXPECT_NE(functions[18].find(", 160, 0, {"), std::string::npos) << functions[18];
-    std::string looked;
+    Lines looked;
     for (const TracedCall& call : panel.calls("GetProcAddressW"))
-        if (call.process == 1 && call.arguments.find("TAG_") == std::string::npos)
-            looked += call.firstText() + ' ';
-    EXPECT_EQ(looked, "OpenStore DismountStore FormatStore FindFirstStore FindNextStore FindCloseStore GetStoreInfo "
-                      "CreatePartition CreatePartitionEx DeletePartition OpenPartition MountPartition "
-                      "DismountPartition RenamePartition SetPartitionAttributes GetPartitionInfo FormatPartition "
-                      "FormatPartitionEx FindFirstPartition FindNextPartition FindClosePartition ");
+        if (call.arguments.find("TAG_") == std::string::npos)
+            looked.push_back(call.firstText());
+    EXPECT_EQ(looked, (Lines{"OpenStore",          "DismountStore",     "FormatStore",
+                             "FindFirstStore",     "FindNextStore",     "FindCloseStore",
+                             "GetStoreInfo",       "CreatePartition",   "CreatePartitionEx",
+                             "DeletePartition",    "OpenPartition",     "MountPartition",
+                             "DismountPartition",  "RenamePartition",   "SetPartitionAttributes",
+                             "GetPartitionInfo",   "FormatPartition",   "FormatPartitionEx",
+                             "FindFirstPartition", "FindNextPartition", "FindClosePartition"}));
 }
 
 TEST_F(UsbConfiguration, WaitsForASlowDiskAndGivesUpOnOneThatNeverOpens) {

@@ -1,7 +1,6 @@
 #include "OrvaUtils/IO/FileSystemException.h"
 #include "OrvaUtils/IO/IFileSystem.h"
 #include "OrvaUtils/Text.h"
-#include "app/log/Logger.h"
 #include "tests/support/TestPanel.h"
 #include "tests/unit/MessageOf.h"
 
@@ -122,26 +121,6 @@ TEST(FileSystem, DeletesReadOnlyFilesButNoDirectories) {
         << "all bits but the read-only one";
 }
 
-TEST(FileSystem, LogsWhatItDeletesForDebugging) {
-    struct : LogListener {
-        void receive(const LogRecord& record) override {
-            EXPECT_EQ(record.level, LogLevel::Debug);
-            heard += record.message + L'\n';
-        }
-        std::wstring heard;
-    } listener;
-    Logger::instance().setToFile(false);
-    Logger::instance().addListener(&listener);
-    for (const std::int32_t threshold : {LogLevel::Info, LogLevel::Debug}) {
-        Logger::instance().setThreshold(threshold);
-        writeFile("\\D\\_rm_T\\file", "");
-        EXPECT_EQ(listener.heard, L"");
-        getFileSystem().cleanupDirectory(L"\\D");
-    }
-    EXPECT_EQ(listener.heard,
-              L"Cleaning up directory \\D\nDeleting directory \\D\\_rm_T\nDeleting file \\D\\_rm_T\\file\n");
-}
-
 TEST(FileSystem, RenamesBusyFilesAway) {
     IFileSystem& files = getFileSystem();
     for (const char* path : {"\\D\\free", "\\D\\busy", "\\D\\_rm_busy", "\\D\\_rm_2_busy\\folder"}) {
@@ -188,18 +167,8 @@ TEST(FileSystem, DeletesTreesAndLaterTheirLeftovers) {
     files.cleanupDirectory(L"\\D");
     EXPECT_EQ(list("\\D"), (Names{"_rmfile", "file_rm_"}));
     files.cleanupDirectory(L"\\missing");
-}
-
-TEST(FileSystem, DeletesSelectedContents) {
-    IFileSystem& files = getFileSystem();
-    for (const char* path : {"\\D\\a.txt", "\\D\\b.txt", "\\D\\c.log", "\\D\\d.txt\\keep.log", "\\D\\e\\f.txt"}) {
-        writeFile(path, "");
-    }
-    files.deleteDirectoryContents(L"\\D", L"*.txt", L"b*");
-    EXPECT_EQ(list("\\D"), (Names{"b.txt", "c.log", "e"}));
-    files.deleteDirectoryContents(L"\\D", L"*", L"");
-    EXPECT_EQ(list("\\D"), Names{});
-    EXPECT_TRUE(exists("\\D"));
+    files.deleteDirectoryContents(L"\\D", L"*file*", L"_rm*");
+    EXPECT_EQ(list("\\D"), Names{"_rmfile"});
 }
 
 TEST(FileSystem, RefusesEmptyNamesOfTrees) {
@@ -234,6 +203,8 @@ TEST(FileSystem, CopiesTrees) {
     }
     EXPECT_EQ(copied, 3U) << "one that fails stays missing and stops no other";
 
+    files.copyDirectory(L"\\P", L"\\S", false, L"?");
+    EXPECT_EQ(list("\\P"), (Names{"a", "b"})) << "as the pattern says";
     files.copyDirectory(L"\\missing\\D", L"\\S", true, L"*");
     EXPECT_FALSE(exists("\\missing"));
     startTrace();
@@ -241,15 +212,6 @@ TEST(FileSystem, CopiesTrees) {
     EXPECT_EQ(trace({"FindFirstFileW", "CreateDirectoryW"}),
               (Names{R"(FindFirstFileW("\missing\*") = -1 error 2)", R"(CreateDirectoryW("\E") = 1)"}));
     EXPECT_TRUE(exists("\\E"));
-}
-
-TEST(FileSystem, SelectsWhatToCopyAtEveryDepth) {
-    for (const char* path : {"\\S\\a.txt", "\\S\\b", "\\S\\c.txt\\d.txt", "\\S\\c.txt\\e", "\\S\\f\\g.txt"}) {
-        writeFile(path, "");
-    }
-    getFileSystem().copyDirectory(L"\\D", L"\\S", false, L"*.txt");
-    EXPECT_EQ(list("\\D"), (Names{"a.txt", "c.txt"}));
-    EXPECT_EQ(list("\\D\\c.txt"), Names{"d.txt"});
 }
 
 TEST(FileSystem, CopiesAndMovesOverWhatIsThere) {
@@ -307,20 +269,9 @@ TEST(FileSystem, ListsByPattern) {
 }
 
 TEST(FileSystem, CreatesShortcuts) {
-    const struct {
-        const wchar_t* target;
-        const wchar_t* arguments;
-        const char* content;
-    } cases[] = {
-        {L"\\D\\app.exe", L"", "12#\"\\D\\app.exe\""},
-        {L"\\D\\app.exe", L"-x", "15#\"\\D\\app.exe\" -x"},
-        {L"\"\\D\\app.exe\"", L"-x", "15#\"\\D\\app.exe\" -x"},
-    };
     writeFile("\\D\\unrelated", "");
-    for (const auto& [target, arguments, content] : cases) {
-        EXPECT_TRUE(getFileSystem().createShortcut(L"\\D\\app.lnk", target, arguments));
-        EXPECT_EQ(readFile("\\D\\app.lnk"), content);
-        EXPECT_TRUE(getFileSystem().createShortcut(L"\\D\\app.lnk", target, arguments)) << "which is there already";
-        getFileSystem().deleteFile(L"\\D\\app.lnk");
+    for (int round = 0; round < 2; ++round) { // also one that is there
+        EXPECT_TRUE(getFileSystem().createShortcut(L"\\D\\app.lnk", L"\\D\\app.exe", L"-x"));
+        EXPECT_EQ(readFile("\\D\\app.lnk"), "15#\"\\D\\app.exe\" -x");
     }
 }

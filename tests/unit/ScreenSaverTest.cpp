@@ -91,24 +91,6 @@ TEST(ScreenBackLight, KeepsWhatItDoesNotUnderstandAsItWasWhenOpened) {
     EXPECT_EQ(lastWritten(), (Words{20, 11, 22, 13})) << "an answer without words";
 }
 
-TEST(ScreenBackLight, TellsOfEachChange) {
-    const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, L"BackLightLevelChangeEvent");
-    const auto told = [&] { return WaitForSingleObject(event, 0) == WAIT_OBJECT_0; };
-    ScreenBackLight backLight;
-    EXPECT_FALSE(told());
-    backLight.dim();
-    EXPECT_TRUE(told());
-    EXPECT_FALSE(told());
-    refuse("write");
-    EXPECT_EQ(failure([&] { backLight.restore(); }), L"backlight: Cannot update driver settings");
-    EXPECT_FALSE(told());
-    obey();
-    failCall("CreateEventW");
-    backLight.restore();
-    EXPECT_FALSE(told());
-    EXPECT_EQ(driver().status().backLight, (Words{200, 1, 200, 1}));
-}
-
 TEST(ScreenSaver, EngagesAndRestoresOnce) {
     panel::setUserActive(false);
     ScreenSaver* const screenSaver = ScreenSaver::create(GetModuleHandleW(nullptr), CLASS_NAME);
