@@ -78,18 +78,6 @@ TEST(Notifications, AnnounceWhatIsThereAndWhatComesAndGoes) {
     thePanel().disks().unplug("Hard Disk"); // nobody reads it
 }
 
-TEST(Notifications, RefuseWhatAPanelRefuses) {
-    EXPECT_EQ(RequestDeviceNotifications(&blockDevices, nullptr, TRUE), nullptr);
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
-    panel::Fault fault{"CreateMsgQueue", ""};
-    fault.answer = -1; // not what a panel answers
-    driver().addFault(fault);
-    EXPECT_EQ(makeQueue(), INVALID_HANDLE_VALUE);
-    EXPECT_EQ(driver().faults().at(0).answer, -1);
-    MSGQUEUEOPTIONS options{16, 0, 0, 160, TRUE};
-    EXPECT_EQ(CreateMsgQueue(nullptr, &options), nullptr);
-}
-
 TEST(Stores, OpenWhenTheyAreReadyAndListTheirPartitions) {
     const FreshFolder folder;
     panel::Disk disk;

@@ -72,14 +72,6 @@ TEST(Windows, AreCreatedAndDestroyedWithTheirMessages) {
     EXPECT_EQ(GetLastError(), ERROR_CANNOT_FIND_WND_CLASS);
 }
 
-TEST(Messages, RegisteredNumbersAreTheSameEverywhere) {
-    const UINT first = RegisterWindowMessageW(L"Some message");
-    EXPECT_GE(first, 0xC000U);
-    EXPECT_EQ(RegisterWindowMessageW(L"some MESSAGE"), first);
-    EXPECT_NE(RegisterWindowMessageW(L"Another"), first);
-    EXPECT_EQ(RegisterWindowMessageW(L""), 0U);
-}
-
 TEST(Messages, ComeInOrderToTheirThreadAndQuitEndsTheLoop) {
     const HWND window = makeWindow(L"W");
     EXPECT_TRUE(PostMessageW(window, 0x401, 1, -2));

@@ -146,9 +146,6 @@ TEST(Touches, LandOnTheUppermostWindowAndMakeTheUserActive) {
               "       700 release 799 0 on nothing\n"
               "       700 right-press 15 30 on Left of TarvexHelper.exe#1\n"
               "       700 move 15 30 on Left of TarvexHelper.exe#1\n");
-    EXPECT_EQ(devices().touches().at(1).event, "release");
-    EXPECT_EQ(devices().touches().at(1).window, "Left");
-    EXPECT_EQ(devices().touches().at(3).window, "");
 }
 
 TEST(MouseHook, SeesEveryEventBeforeItLandsAndMayKeepIt) {

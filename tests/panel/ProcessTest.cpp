@@ -68,15 +68,6 @@ TEST(Processes, AreFoundByABareNameAndGetItAsTheirCommandLine) {
     EXPECT_EQ(lines, "Actor.exe#1 Actor\nActor.exe#2 Actor.exe\ndotted.name#1 dotted.name\nActor.exe#3 sleep\n");
 }
 
-TEST(Processes, AtMostThirtyTwo) {
-    installActor();
-    int started = 0;
-    while (create(L"\\MMCMemory\\Actor.exe", L"wait never"))
-        ++started;
-    EXPECT_EQ(GetLastError(), ERROR_NO_PROC_SLOTS);
-    EXPECT_EQ(started, 31); // and this test
-}
-
 TEST(Processes, StandStillUntilTheirStarterWaitsOrEnds) {
     installActor();
     create(L"\\MMCMemory\\Actor.exe", L"set begun");
@@ -103,22 +94,6 @@ TEST(Processes, TakeTheirObjectsWithThem) {
     EXPECT_TRUE(DeleteFileW(L"\\MMCMemory\\file"));
     EXPECT_EQ(run("lock m"), 0U);
     EXPECT_EQ(run("crash"), 0xC0000005U);
-}
-
-TEST(Processes, KeepTheirFileBusyAndTheirPath) {
-    installActor("\\MMCMemory\\d\\Actor.exe");
-    const auto process = driver().start("MMCMemory\\D\\actor.EXE", "wait end");
-    driver().settle();
-    EXPECT_FALSE(DeleteFileW(L"\\MMCMemory\\d\\Actor.exe"));
-    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
-    writeFile("\\MMCMemory\\new", "new");
-    EXPECT_FALSE(CopyFileW(L"\\MMCMemory\\new", L"\\MMCMemory\\d\\Actor.exe", FALSE));
-    EXPECT_TRUE(MoveFileW(L"\\MMCMemory\\d", L"\\MMCMemory\\e"));
-    EXPECT_FALSE(DeleteFileW(L"\\MMCMemory\\e\\Actor.exe"));
-    EXPECT_EQ(driver().status().processes.at(0).path, "\\MMCMemory\\D\\actor.EXE");
-    EventModify(CreateEventW(nullptr, TRUE, FALSE, L"end"), EVENT_SET);
-    EXPECT_EQ(driver().waitForExit(process, 1000), 0U);
-    EXPECT_TRUE(DeleteFileW(L"\\MMCMemory\\e\\Actor.exe"));
 }
 
 TEST(Processes, ThatDoNotKnowThePanelDoNotHoldItsTime) {
