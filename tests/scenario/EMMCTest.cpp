@@ -65,29 +65,17 @@ TEST(EMMC, CountsWhatWasBeforeTheStartAsOftenAsTheHelperIsStarted) {
     EXPECT_EQ(panel.terminate(), 0U);
 }
 
-TEST(EMMC, SurvivesAFileThatIsMissingDamagedOrCannotBeWritten) {
+TEST(EMMC, SurvivesAFileThatCannotBeWritten) {
     CountingPanel panel;
     panel.startHelper(10, 0);
-    std::filesystem::remove(panel.panel().hostPath(statisticsPath));
-    panel.pass(300000);
-    EXPECT_EQ(panel.read(statisticsPath), statisticsFile(10, 300, 10, 300)) << "begun anew";
-    panel.write(statisticsPath, "<EMMC><Settings><TotalDuration>77</TotalDur");
-    panel.pass(300000);
-    EXPECT_EQ(panel.read(statisticsPath), "<EMMC><Settings><TotalDuration>77</TotalDur") << "looked at again";
-    panel.pass(300);
-    EXPECT_EQ(panel.read(statisticsPath), statisticsFile(10, 300, 10, 300)) << "begun anew";
-    panel.write(statisticsPath, "<EMMC><Settings><TotalDuration>77</TotalDuration></Settings></EMMC>");
-    panel.pass(300000);
-    EXPECT_EQ(panel.read(statisticsPath), statisticsFile(10, 300, 10, 377)) << "what there is counts";
-
     const std::filesystem::path host = panel.panel().hostPath(statisticsPath);
     std::filesystem::permissions(host, std::filesystem::perms::owner_read);
     panel.setCount(15);
     panel.pass(300300);
-    EXPECT_EQ(panel.read(statisticsPath), statisticsFile(10, 300, 10, 377));
+    EXPECT_EQ(panel.read(statisticsPath), statisticsFile(10, 0, 10, 0));
     std::filesystem::permissions(host, std::filesystem::perms::owner_write, std::filesystem::perm_options::add);
     panel.pass(300000);
-    EXPECT_EQ(panel.read(statisticsPath), statisticsFile(15, 600, 15, 677)) << "five minutes are lost, but no write";
+    EXPECT_EQ(panel.read(statisticsPath), statisticsFile(15, 300, 15, 300)) << "five minutes are lost, but no write";
     EXPECT_EQ(panel.terminate(), 0U);
     EXPECT_EQ(panel.errors(), Lines{}) << "nothing of this is reported";
 }
