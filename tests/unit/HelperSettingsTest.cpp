@@ -48,6 +48,7 @@ TEST(HelperSettings, ReadsAndSavesEveryRule) {
         {"settings after the restores",
          "<OrvaTarvex><Restore/><Settings><Parameters LogLevel='4'/></Settings></OrvaTarvex>", settingsFile(4)},
         {"no parameters", "<OrvaTarvex><Settings/></OrvaTarvex>", settingsFile(0)},
+        {"no settings", "<OrvaTarvex/>", settingsFile(0)},
         {"no level", "<OrvaTarvex><Settings><Parameters/></Settings></OrvaTarvex>", settingsFile(2)},
         {"no number", "<OrvaTarvex><Settings><Parameters LogLevel='much'/></Settings></OrvaTarvex>", settingsFile(2)},
         {"below zero", "<OrvaTarvex><Settings><Parameters LogLevel='-1'/></Settings></OrvaTarvex>", settingsFile(-1)},
@@ -117,15 +118,4 @@ TEST(HelperSettings, SavesOnlyTheStateOfARestoreNotInProgress) {
     settings.save();
     EXPECT_EQ(readFile(settingsPath),
               settingsFile(2, {}, "    <Restore InProgress=\"0\"/>\n    <Restore InProgress=\"1\"/>\n"));
-}
-
-TEST(HelperSettings, ReportsNoFailure) {
-    writeFile(settingsPath, settingsFile(7, {"\\kept"}));
-    failCall("CreateFileW");
-    HelperSettings unreadable;
-    EXPECT_EQ(unreadable.logLevel, 0);
-    EXPECT_TRUE(unreadable.cleanupDirectories.empty());
-    failCall("CreateFileW");
-    unreadable.save();
-    EXPECT_EQ(readFile(settingsPath), settingsFile(7, {"\\kept"}));
 }

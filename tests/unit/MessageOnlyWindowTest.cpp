@@ -212,15 +212,6 @@ TEST(MessageOnlyWindow, RunsOneLoopAtATime) {
     EXPECT_EQ(elsewhere, "Message loop already running");
 }
 
-TEST(MessageOnlyWindow, EndsItsLoopWhenMessagesFail) {
-    KnownWindow window;
-    failCall("GetMessageW");
-    window.run();
-    window.post(WM_CLOSE);
-    window.run();
-    EXPECT_FALSE(PostMessageW(window.handle, WM_NULL, 0, 0));
-}
-
 TEST(MessageOnlyWindow, LetsRegistrationsWaitForHandlers) {
     KnownWindow window;
     std::atomic<bool> registered = false;
