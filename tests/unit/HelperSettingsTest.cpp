@@ -17,14 +17,6 @@ const std::string PLAIN = R"(InProgress="1" RepositoryPath="\a.osr" Force="0")";
 
 } // namespace
 
-TEST(HelperSettings, HasDefaultsWithoutADocument) {
-    writeFile("\\MMCMemory\\Tarvex\\unrelated", "");
-    HelperSettings settings;
-    EXPECT_EQ(settings.logLevel, 2);
-    settings.save();
-    EXPECT_EQ(readFile(settingsPath), settingsFile(2));
-}
-
 TEST(HelperSettings, ReadsAndSavesEveryRule) {
     const std::string complete =
         settingsFile(3, {"\\Hard Disk", "\\M\xC3\xBCll &amp; &lt;&quot;Rest&quot;&gt;"},
