@@ -6,7 +6,6 @@
 
 #include <windows.h>
 
-#include <algorithm>
 #include <gtest/gtest.h>
 #include <map>
 

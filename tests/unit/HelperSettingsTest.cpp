@@ -111,3 +111,13 @@ TEST(HelperSettings, SavesOnlyTheStateOfARestoreNotInProgress) {
     EXPECT_EQ(readFile(settingsPath),
               settingsFile(2, {}, "    <Restore InProgress=\"0\"/>\n    <Restore InProgress=\"1\"/>\n"));
 }
+
+TEST(HelperSettings, ReportsNoFailure) {
+    writeFile(settingsPath, settingsFile(7, {"\\kept"}));
+    failCall("CreateFileW");
+    HelperSettings unreadable;
+    EXPECT_EQ(unreadable.logLevel, 0);
+    failCall("CreateFileW");
+    unreadable.save();
+    EXPECT_EQ(readFile(settingsPath), settingsFile(7, {"\\kept"}));
+}

@@ -2,7 +2,6 @@
 #include "OrvaUtils/Concurrency/ISystem.h"
 #include "OrvaUtils/Exception.h"
 #include "ipc/ICriticalSection.h"
-#include "platform/panel/Client.h"
 #include "tests/support/TestPanel.h"
 #include "tests/unit/MessageOf.h"
 #include "tests/unit/OtherThread.h"
@@ -11,7 +10,6 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
-#include <optional>
 #include <stdexcept>
 
 using namespace testing_panel;

@@ -1,4 +1,3 @@
-#include "OrvaUtils/Registry/Comparing.h"
 #include "OrvaUtils/Registry/Key.h"
 #include "OrvaUtils/Registry/Reading.h"
 #include "OrvaUtils/Registry/Registry.h"
