@@ -83,7 +83,8 @@ TEST_F(UsbConfiguration, LooksAtDisksOnly) {
     const std::string document2 = document(command("exit 2", true));
     panel.panel().plug({{partition("Storage Card", document2), partition("hard disk", document2),
                          partition("My USB Disk", document2), partition("Hard Disk2", document2)}});
-    panel.panel().plug({{{disks.path, "USB Disk"}}}); // without a file in its root
+    fs::create_directory(disks.path / "Tarvex.xml");
+    panel.panel().plug({{{disks.path, "USB Disk"}}}); // without a file of that name in its root
     pass(1000);
     EXPECT_EQ(ended(), (Lines{"Actor.exe#1 at 500: 2", "Actor.exe#2 at 500: 2"}));
     EXPECT_EQ(logged(), Lines{});

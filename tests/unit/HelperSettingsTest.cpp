@@ -17,14 +17,6 @@ const std::string PLAIN = R"(InProgress="1" RepositoryPath="\a.osr" Force="0")";
 
 } // namespace
 
-TEST(HelperSettings, HasDefaultsWithoutADocument) {
-    writeFile("\\MMCMemory\\Tarvex\\unrelated", "");
-    HelperSettings settings;
-    EXPECT_EQ(settings.logLevel, 2);
-    settings.save();
-    EXPECT_EQ(readFile(settingsPath), settingsFile(2));
-}
-
 TEST(HelperSettings, ReadsAndSavesEveryRule) {
     const std::string complete =
         settingsFile(3, {"\\Hard Disk", "\\M\xC3\xBCll &amp; &lt;&quot;Rest&quot;&gt;"},
@@ -48,6 +40,7 @@ TEST(HelperSettings, ReadsAndSavesEveryRule) {
         {"settings after the restores",
          "<OrvaTarvex><Restore/><Settings><Parameters LogLevel='4'/></Settings></OrvaTarvex>", settingsFile(4)},
         {"no parameters", "<OrvaTarvex><Settings/></OrvaTarvex>", settingsFile(0)},
+        {"no settings", "<OrvaTarvex/>", settingsFile(0)},
         {"no level", "<OrvaTarvex><Settings><Parameters/></Settings></OrvaTarvex>", settingsFile(2)},
         {"no number", "<OrvaTarvex><Settings><Parameters LogLevel='much'/></Settings></OrvaTarvex>", settingsFile(2)},
         {"below zero", "<OrvaTarvex><Settings><Parameters LogLevel='-1'/></Settings></OrvaTarvex>", settingsFile(-1)},
@@ -124,7 +117,6 @@ TEST(HelperSettings, ReportsNoFailure) {
     failCall("CreateFileW");
     HelperSettings unreadable;
     EXPECT_EQ(unreadable.logLevel, 0);
-    EXPECT_TRUE(unreadable.cleanupDirectories.empty());
     failCall("CreateFileW");
     unreadable.save();
     EXPECT_EQ(readFile(settingsPath), settingsFile(7, {"\\kept"}));

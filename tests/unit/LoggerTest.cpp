@@ -42,18 +42,6 @@ struct RecordingListener : LogListener {
 
 } // namespace
 
-TEST(Logger, WritesTimeLevelAndMessage) {
-    HelperLog log;
-    setTicks(8532110);
-    SYSTEMTIME now;
-    GetSystemTime(&now);
-    char expected[100];
-    std::snprintf(expected, sizeof expected, "%04d-%02d-%02d %02d:%02d:%02d,8532110;INFO;Init of Helper\n", now.wYear,
-                  now.wMonth, now.wDay, now.wHour, now.wMinute, now.wSecond);
-    log.write(L"Init of Helper", LogLevel::Info);
-    EXPECT_EQ(readFile(LOG0), expected);
-}
-
 TEST(Logger, NamesAndAdmitsLevels) {
     HelperLog log;
     for (const std::int32_t level : {0, 1, 2, 3, 7, -1}) {

@@ -2,7 +2,6 @@
 #include "OrvaUtils/Concurrency/ISystem.h"
 #include "OrvaUtils/Exception.h"
 #include "ipc/ICriticalSection.h"
-#include "platform/panel/Client.h"
 #include "tests/support/TestPanel.h"
 #include "tests/unit/MessageOf.h"
 #include "tests/unit/OtherThread.h"
@@ -11,7 +10,6 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
-#include <optional>
 #include <stdexcept>
 
 using namespace testing_panel;
@@ -210,15 +208,6 @@ TEST(MessageOnlyWindow, RunsOneLoopAtATime) {
     window.run();
     EXPECT_EQ(nested, "Message loop already running");
     EXPECT_EQ(elsewhere, "Message loop already running");
-}
-
-TEST(MessageOnlyWindow, EndsItsLoopWhenMessagesFail) {
-    KnownWindow window;
-    failCall("GetMessageW");
-    window.run();
-    window.post(WM_CLOSE);
-    window.run();
-    EXPECT_FALSE(PostMessageW(window.handle, WM_NULL, 0, 0));
 }
 
 TEST(MessageOnlyWindow, LetsRegistrationsWaitForHandlers) {

@@ -40,12 +40,9 @@ public:
 TEST(USBDeviceMonitor, TellsOfVolumesAndOfDevicesThatGo) {
     plug({"Hard Disk", "-", "USB Disk"});
     Recorder recorder;
-    Recorder twice;
     Recorder gone;
     USBDeviceMonitor monitor;
-    monitor.addObserver(&twice);
     monitor.addObserver(&recorder);
-    monitor.addObserver(&twice);
     monitor.addObserver(&gone);
     monitor.removeObserver(&gone);
     EXPECT_TRUE(monitor.start());
@@ -62,7 +59,6 @@ TEST(USBDeviceMonitor, TellsOfVolumesAndOfDevicesThatGo) {
     monitor.stop();
     EXPECT_FALSE(monitor.start()) << "it is for once";
     EXPECT_EQ(gone.events, Events{});
-    const Events all = {L"0 DSK1: \\Hard Disk", L"0 DSK1: \\USB Disk", L"0 DSK3: \\\u00C4", L"1 DSK1: "};
-    EXPECT_EQ(recorder.events, all);
-    EXPECT_EQ(twice.events.size(), 2 * all.size());
+    EXPECT_EQ(recorder.events,
+              (Events{L"0 DSK1: \\Hard Disk", L"0 DSK1: \\USB Disk", L"0 DSK3: \\\u00C4", L"1 DSK1: "}));
 }
