@@ -25,7 +25,4 @@ TEST(Libraries, AreFoundWhateverTheCaseWithAndWithoutTheirEnding) {
     EXPECT_FALSE(FreeLibrary(core));
     EXPECT_EQ(LoadLibraryW(L"other.dll"), nullptr);
     EXPECT_EQ(GetLastError(), ERROR_MOD_NOT_FOUND);
-    devices().setPresent("tags", false);
-    EXPECT_EQ(LoadLibraryW(L"tagUserAPI.dll"), nullptr);
-    EXPECT_EQ(GetLastError(), ERROR_MOD_NOT_FOUND);
 }
