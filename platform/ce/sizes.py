@@ -14,7 +14,7 @@ PARTS = [ # the first that fits an object's path
     (r"libc\.a", "C library: formatted text, memory, streams"),
     (r"libtinyxml2\.a", "XML"),
     (r"libhelper\.a", "the helper"),
-    (r"runtime\.dir/Header", "head of the file"),
+    (r"runtime\.dir/Header", "header of the file"),
     (r"runtime\.dir/Imports", "imports: table and thunks"),
     (r"runtime\.dir", "C run time of `platform/ce` and `platform/crt`"),
 ]
@@ -45,7 +45,7 @@ def sizes(link_map):
 def main(link_map, executable):
     parts = sizes(link_map)
     whole = os.path.getsize(executable)
-    parts["filling up to whole pages"] = whole - sum(parts.values())
+    parts["padding to whole pages"] = whole - sum(parts.values())
     print("| part | bytes |\n|---|---:|")
     for name, size in (+parts).most_common():  # without what takes none
         print(f"| {name} | {size:,} |")
