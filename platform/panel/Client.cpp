@@ -21,7 +21,7 @@ std::uint32_t messageNumber(Image& image, const std::string& name) {
     }
     const std::uint32_t registered = name.empty() ? 0 : messages::registerName(image, name, false);
     if (!registered)
-        throw std::runtime_error("not the name of a message: \"" + name + "\"");
+        throw std::runtime_error("not a message name: \"" + name + "\"");
     return registered;
 }
 

@@ -44,7 +44,7 @@ std::vector<std::uint32_t> valuesFrom(const Json& numbers) {
     std::vector<std::uint32_t> values;
     for (const Json& number : numbers) {
         if (!number.is_number_unsigned() || number.get<std::uint64_t>() > UINT32_MAX)
-            throw std::runtime_error("no value of 32 bits: " + number.dump());
+            throw std::runtime_error("not a 32-bit value: " + number.dump());
         values.push_back(number);
     }
     return values;
@@ -69,7 +69,7 @@ void checkOperation(const DeviceFacts& device, std::string_view operation) {
         return;
     if (std::none_of(device.operations.begin(), device.operations.end(), named))
         throw std::runtime_error("the device " + std::string(device.name) + " has no \"" + std::string(operation) +
-                                 "\" (panel device " + std::string(device.name) + " shows what it has)");
+                                 "\" (panel device " + std::string(device.name) + " lists its operations)");
 }
 
 std::string lineOf(const Request& request) {
@@ -125,7 +125,7 @@ LandedTouch touchFrom(const std::string& line) {
 std::string tagFrom(const fs::path& file) {
     try {
         if (!fs::is_regular_file(file))
-            throw std::runtime_error("it is no regular file");
+            throw std::runtime_error("it is not a regular file");
         return parseHex(host::readFile(file.string()));
     } catch (const std::exception& error) {
         throw std::runtime_error("not readable: " + file.string() + ": " + error.what());
@@ -204,7 +204,7 @@ DeviceState Devices::state(std::string_view name) const {
         throw std::runtime_error("not readable: " + fileOf(device.name).string() + ": " + error.what());
     }
     if (state.values.size() != device.values.size())
-        throw std::runtime_error("not as many values as the device has: " + fileOf(device.name).string());
+        throw std::runtime_error("wrong number of values: " + fileOf(device.name).string());
     return state;
 }
 
@@ -225,9 +225,10 @@ void Devices::save(const DeviceState& state) const {
 void Devices::check(std::string_view name, Behaviour behaviour, std::string_view operation) {
     const DeviceFacts& device = facts(name);
     if (device.operations.empty())
-        throw std::runtime_error(std::string(device.name) + " is asked nothing; it is there or not (add, remove)");
+        throw std::runtime_error(std::string(device.name) +
+                                 " has no operations; it can only be added or removed (add, remove)");
     if (behaviour.kind == Behaviour::Kind::code && device.name != "tags")
-        throw std::runtime_error("only functions of the tag library give a code");
+        throw std::runtime_error("only functions of the tag library return an error code");
     if (!operation.empty())
         checkOperation(device, operation);
 }

@@ -82,7 +82,7 @@ void checkStored(const Disk& disk) {
         if ((isMounted(partition) || !partition.volume.empty()) && fault.empty())
             fault = equalCaseBlind(partition.volume, "MMCMemory") || equalCaseBlind(partition.volume, "NANDFlash") ||
                             equalCaseBlind(partition.volume, "Windows")
-                        ? "\"" + partition.volume + "\" is the panel's own"
+                        ? "\"" + partition.volume + "\" is a folder of the panel itself"
                         : Disks::faultOf(partition.volume);
     if (!fault.empty())
         throw std::runtime_error(fault);
@@ -134,9 +134,9 @@ std::string Disks::faultOf(const std::string& name) {
         name == "." || name == ".." || name.find_first_of("/\\:*?\"<>|") != std::string::npos ||
         std::any_of(name.begin(), name.end(), [](char byte) { return static_cast<unsigned char>(byte) < ' '; });
     if (name.empty() || odd || !utf8::is_valid(name.begin(), name.end()))
-        return "not a name for a volume: \"" + name + '"';
+        return "not a valid volume name: \"" + name + '"';
     if (name.size() > sizeof PartitionRecord::volume - 2)
-        return "too long for the name of a volume: \"" + name + '"';
+        return "too long for a volume name: \"" + name + '"';
     return {};
 }
 
@@ -239,7 +239,8 @@ void Disks::check(const Disk& disk, const std::vector<Disk>& known) const {
         if (const std::string fault = faultOf(name); !fault.empty())
             throw std::runtime_error(fault);
         if (lies(partition.folder, root) || lies(root, partition.folder))
-            throw std::runtime_error("the folder and the panel lie in each other: " + partition.folder.string());
+            throw std::runtime_error("the folder contains the panel, or the panel the folder: " +
+                                     partition.folder.string());
         if (contains(names, name))
             throw std::runtime_error("the panel has a \"" + name + "\" already (panel unplug removes a disk)");
         names.push_back(name);
@@ -248,7 +249,7 @@ void Disks::check(const Disk& disk, const std::vector<Disk>& known) const {
             throw std::runtime_error("the panel has as many volumes as it can (panel unplug removes a disk)");
     }
     if (disk.partitions.size() > maxPartitions)
-        throw std::runtime_error("a disk has no more than " + std::to_string(maxPartitions) + " partitions");
+        throw std::runtime_error("a disk has at most " + std::to_string(maxPartitions) + " partitions");
 }
 
 void Disks::tell(const Disk& disk, bool attached) const {

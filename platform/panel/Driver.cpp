@@ -50,7 +50,7 @@ const char* errorText(std::uint32_t error) {
     case 89:
         return "the panel runs as many programs as it can";
     case 123:
-        return "that is no path of the panel (such as \\MMCMemory\\Tarvex\\Tarvex.exe)";
+        return "that is not a panel path (such as \\MMCMemory\\Tarvex\\Tarvex.exe)";
     case 206:
         return "its path or its arguments are too long";
     default:
@@ -119,9 +119,9 @@ std::vector<InitStart> Driver::startInit() {
             continue;
         registry::textOf(value, start.path); // also of one that is not terminated as it should be
         if (value.type != registry::typeText && value.type != registry::typeExpandText)
-            start.failure = "it is no text";
+            start.failure = "it is not a text";
         else if (start.path.empty())
-            start.failure = "it names no program";
+            start.failure = "it does not name a program";
         else if (start.path.find('\\') == std::string::npos)
             start.path = "\\Windows\\" + start.path;
         starts.push_back(std::move(start));
@@ -310,7 +310,7 @@ void Driver::addFault(const Fault& fault) {
         call.image.faultCount.fetch_add(1, std::memory_order_relaxed);
         return;
     }
-    throw std::runtime_error("the panel keeps no more than " + std::to_string(maxFaults) + " faults at a time");
+    throw std::runtime_error("the panel keeps at most " + std::to_string(maxFaults) + " faults at a time");
 }
 
 std::vector<Fault> Driver::faults() {

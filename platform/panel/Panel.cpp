@@ -66,7 +66,7 @@ bool isEmptyOrMissing(const fs::path& directory) {
 
 Panel Panel::create(const fs::path& directory, const PanelOptions& options) {
     if (!isEmptyOrMissing(directory))
-        throw std::runtime_error("there is something already: " + directory.string() + " (choose another directory)");
+        throw std::runtime_error("the directory is not empty: " + directory.string() + " (choose another directory)");
     for (const std::string& device : options.without)
         Devices::facts(device); // throws for an unknown one, before anything is made
     const bool existed = fs::exists(directory);
@@ -82,7 +82,7 @@ Panel Panel::create(const fs::path& directory, const PanelOptions& options) {
                 fs::remove_all(entry, ignored);
         else
             fs::remove_all(directory, ignored);
-        throw std::runtime_error("cannot make a panel in " + directory.string() + ": " + error.what());
+        throw std::runtime_error("cannot create a panel in " + directory.string() + ": " + error.what());
     }
 }
 
@@ -252,11 +252,11 @@ void Panel::stop(void (*settleRegistry)(const fs::path&), const char* whatFails)
     if (sound)
         keep("the clock's date is lost", [&] { saveDate(date); });
     if (!lost.empty())
-        throw std::runtime_error("the panel is off, but not in order" + lost);
+        throw std::runtime_error("the panel is off, but the shutdown was not clean" + lost);
 }
 
 void Panel::off() {
-    stop(registry::flushAll, "what the registry has not flushed is lost");
+    stop(registry::flushAll, "unflushed registry changes are lost");
 }
 
 void Panel::cut() {

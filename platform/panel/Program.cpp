@@ -237,14 +237,13 @@ bool canRun(const char* program) {
 
 std::string whyNot(ProgramKind kind) {
     if (kind == ProgramKind::none)
-        return "it is no program (a program for the panel's simulation, a panel executable, or a script that begins "
-               "with #!)";
+        return "it is not a program (a program of the simulation, a panel executable, or a script that begins with #!)";
     if (kind == ProgramKind::panelExecutable && !canRun(loaderPath()))
-        return std::string("it is a panel executable, and the loader that it takes is missing or no program: ") +
-               loaderPath() + " (cmake --preset loader && ninja -C build/loader makes it)";
+        return std::string("it is a panel executable, and its loader is missing or not executable: ") + loaderPath() +
+               " (cmake --preset loader && ninja -C build/loader builds it)";
     if (kind == ProgramKind::panelExecutable && !canRun(emulator))
-        return std::string("it is a panel executable, and the emulator that it takes is missing or no program: ") +
-               emulator + " (script/setup installs it)";
+        return std::string("it is a panel executable, and its emulator is missing or not executable: ") + emulator +
+               " (script/setup installs it)";
     return {};
 }
 

@@ -76,13 +76,13 @@ Json toJson(const Value& value) {
 
 std::uint32_t numberFrom(const Json& json) {
     if (!json.is_number_unsigned() || json.get<std::uint64_t>() > 0xFFFFFFFF)
-        throw std::runtime_error("not a number of 32 bits: " + json.dump());
+        throw std::runtime_error("not a 32-bit number: " + json.dump());
     return json.get<std::uint32_t>();
 }
 
 void checkIsObject(const Json& json, const std::string& what) {
     if (!json.is_object())
-        throw std::runtime_error(what + " is no JSON object");
+        throw std::runtime_error(what + " is not a JSON object");
 }
 
 Value toValue(const std::string& name, const Json& json) {
@@ -163,7 +163,7 @@ std::uint32_t typeNamed(std::string_view name) {
             return type;
     std::uint32_t type = 0;
     if (!name.starts_with("REG_") || !numberIn(name.substr(4), type))
-        throw std::runtime_error("not a type of registry values: \"" + std::string(name) + "\" (such as REG_SZ)");
+        throw std::runtime_error("not a registry type: \"" + std::string(name) + "\" (such as REG_SZ)");
     return type;
 }
 
@@ -188,7 +188,7 @@ Tree load(const fs::path& panel, Copy copy) {
     Tree tree;
     try {
         const Json json = Json::parse(host::readFile(file.string()));
-        checkIsObject(json, "the whole");
+        checkIsObject(json, "the file");
         for (const auto& [path, values] : json.items()) {
             checkIsObject(values, '"' + path + '"');
             Key* key = tree.make(path);

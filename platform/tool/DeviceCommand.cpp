@@ -186,18 +186,16 @@ Examples:
 } // namespace
 
 void addDeviceCommand(CLI::App& app, Tool& tool) {
-    auto* command = app.add_subcommand("device", "Look at the panel's devices, and tell them what to do");
+    auto* command = app.add_subcommand("device", "Show the panel's devices, and set their values and behaviour");
     auto options = std::make_shared<DeviceOptions>();
-    command->add_option("DEVICE", options->device, "Its name; without one all are listed");
-    command->add_option("ACTION", options->action, "What it is to do")
+    command->add_option("DEVICE", options->device, "Name of the device; default: list all devices");
+    command->add_option("ACTION", options->action, "Action")
         ->check(CLI::IsMember({"show", "refuse", "block", "delay", "code", "answer", "set", "add", "remove"}));
-    command->add_option("WORDS", options->words, "Operations, or values");
-    command->add_option("--error", options->error, "The error of a refusal, or the error code")
+    command->add_option("WORDS", options->words, "Operations for a behaviour, or values for set");
+    command->add_option("--error", options->error, "Error number for refuse, error code for code")
         ->type_name("N")
         ->capture_default_str();
-    command->add_option("--time", options->time, "How long a delayed answer takes")
-        ->type_name("DURATION")
-        ->capture_default_str();
+    command->add_option("--time", options->time, "Duration for delay")->type_name("DURATION")->capture_default_str();
     command->add_flag("--json", options->json, "Answer in JSON");
     command->footer(examples);
     command->callback([options, &tool] {

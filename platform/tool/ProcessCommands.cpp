@@ -78,10 +78,10 @@ void addPs(CLI::App& app, Tool& tool) {
         bool all = false;
         bool json = false;
     };
-    auto* command = app.add_subcommand(
-        "ps", "List the programs that run on the panel, and the platform calls that their threads wait in");
+    auto* command =
+        app.add_subcommand("ps", "List the running programs, and the platform calls in which their threads wait");
     auto options = std::make_shared<Options>();
-    command->add_flag("--all", options->all, "With those that have ended, and their exit codes, and panel commands");
+    command->add_flag("--all", options->all, "Also list ended programs with their exit codes, and panel commands");
     command->add_flag("--json", options->json, "Answer in JSON");
     command->callback([options, &tool] { list(tool.panel(), options->all, options->json); });
 }
@@ -144,7 +144,7 @@ void wait(Tool& tool, const WaitOptions& options) {
     if (options.window.empty() == options.process.empty())
         throw Misuse("wait for what? Name either --window CLASS or --exit PROCESS");
     if (options.process.ends_with('#'))
-        throw Misuse("which start of the program? \"" + options.process + "\" wants a number");
+        throw Misuse("which start of the program? \"" + options.process + "\" needs a number");
     const std::uint32_t limit = parseLimit(options.limit);
     const panel::Panel panel = tool.panel();
     panel::Driver driver(panel);
@@ -173,13 +173,14 @@ void wait(Tool& tool, const WaitOptions& options) {
 }
 
 void addWait(CLI::App& app, Tool& tool) {
-    auto* command = app.add_subcommand("wait", "Let panel time pass until something has happened");
+    auto* command = app.add_subcommand("wait", "Let panel time pass until a window exists or a program has ended");
     auto options = std::make_shared<WaitOptions>();
-    command->add_option("--window", options->window, "A window of this class is there")->type_name("CLASS");
+    command->add_option("--window", options->window, "Wait for a window of this class")->type_name("CLASS");
     command
-        ->add_option("--exit", options->process, "It has ended: TarvexHelper.exe#2, or TarvexHelper.exe, the last one")
+        ->add_option("--exit", options->process,
+                     "Wait for the end of TarvexHelper.exe#2, or of the last TarvexHelper.exe")
         ->type_name("PROCESS");
-    command->add_option("--limit", options->limit, "How long at most; exit code 124 if it has passed")
+    command->add_option("--limit", options->limit, "Time-out; exit code 124 if it passes")
         ->type_name("DURATION")
         ->capture_default_str();
     command->add_flag("--json", options->json, "Answer in JSON");

@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr const char* description = "Makes a simulated operator panel and works with it.";
+constexpr const char* description = "Creates and controls a simulated operator panel.";
 
 constexpr const char* examples = R"(
 Begin with:
@@ -25,9 +25,9 @@ Begin with:
   panel -C my-panel log --follow
   panel -C my-panel status
 
-Durations are 1500, 1500ms, 5s, 2min or 1h, in the panel's time (--patience: in real time).
-On a panel booted with --stepped, time moves only while one of these commands waits: advance, start --wait, send,
-touch, wait, log --until. "advance 0ms" lets no time pass: it returns when all programs wait.
+A duration is 1500, 1500ms, 5s, 2min or 1h, in panel time (--patience: in real time).
+After boot --stepped, panel time moves only while one of these commands waits: advance, start --wait, send, touch,
+wait, log --until. "advance 0ms" lets no time pass: it returns when all programs wait.
 )";
 
 // The first word that names a command; empty if none does.
@@ -69,10 +69,8 @@ int main(int argc, char** argv) {
     app.require_subcommand(0, 1);
     tool::Tool shared(app);
     std::string patience = "30s";
-    app.add_option(
-           "--patience", patience,
-           "How long to wait, in real time, while a program keeps stepped time or the panel from moving; 0: for "
-           "ever")
+    app.add_option("--patience", patience,
+                   "Time-out in real time for a program or command that keeps the panel from moving on; 0: no time-out")
         ->type_name("DURATION")
         ->envname("PANEL_PATIENCE")
         ->capture_default_str();

@@ -82,7 +82,7 @@ Server::Server(const Commands& panelCommands, panel::Panel shown, int port)
         {"Cache-Control", "no-store"},
     });
     server.set_exception_handler([](const Request&, Response& response, std::exception_ptr) {
-        refuse(response, 400, "This cannot be answered");
+        refuse(response, 400, "The request cannot be answered");
     });
     server.set_pre_routing_handler(
         [this](const Request& request, Response& response) { return admit(request, response); });
@@ -91,7 +91,7 @@ Server::Server(const Commands& panelCommands, panel::Panel shown, int port)
         port ? server.bind_to_port("127.0.0.1", port) : (port = server.bind_to_any_port("127.0.0.1")) > 0;
     if (!bound)
         throw std::runtime_error("the port " + std::to_string(port) +
-                                 " cannot be had (another --port, or none for any)");
+                                 " is not available (choose another --port, or leave it out)");
     host = port == 80 ? "127.0.0.1" : "127.0.0.1:" + std::to_string(port);
     state = std::make_unique<State>(commands, panel.directory());
     std::thread([this] { server.listen_after_bind(); }).detach();
@@ -110,20 +110,20 @@ httplib::Server::HandlerResponse Server::admit(const Request& request, Response&
     const bool hostNamed = request.get_header_value_count("Host") == 1 && request.get_header_value("Host") == host;
     const bool foreign = request.has_header("Origin") && request.get_header_value("Origin") != "http://" + host;
     if (!known || !hostNamed || foreign)
-        return refuse(response, 403, "Not for you"), handled;
+        return refuse(response, 403, "Access denied"), handled;
     const std::string name = request.path.substr(start.size());
     const PageFile* file = pageFile(name);
     if (name == "run" && request.method == "POST") {
         const bool packed = request.has_header("Content-Encoding"); // it could grow to any size
         if (request.get_header_value("Content-Type") == "application/json" && !packed)
             return httplib::Server::HandlerResponse::Unhandled;
-        refuse(response, 415, "In plain JSON only");
+        refuse(response, 415, "The request must be plain JSON");
     } else if (request.method == "GET" && name == "events") {
         stream(response);
     } else if (request.method == "GET" && file) {
         response.set_content(file->content.data(), file->content.size(), std::string(file->type));
     } else {
-        refuse(response, 404, "There is no such thing here");
+        refuse(response, 404, "Not found");
     }
     return handled;
 }

@@ -88,10 +88,10 @@ TEST(ChangedExecutable, IsRefusedInOneLineWhenItIsLoaded) {
         Change change;
         const char* why;
     } cases[] = {
-        {header16(pe::optionalSize, 0x60), "its optional header is no PE32 one"},
-        {header16(pe::magic, 0x020B), "its optional header is no PE32 one"},
-        {header16(pe::characteristics, 0x210F), "it is a library, or was not linked to its end"},
-        {header16(pe::characteristics, 0x010D), "it is a library, or was not linked to its end"},
+        {header16(pe::optionalSize, 0x60), "its optional header is not a PE32 header"},
+        {header16(pe::magic, 0x020B), "its optional header is not a PE32 header"},
+        {header16(pe::characteristics, 0x210F), "it is a library, or was not completely linked"},
+        {header16(pe::characteristics, 0x010D), "it is a library, or was not completely linked"},
         {header16(pe::sectionCount, 0), "its entry lies outside of its code"},
         {header32(pe::entryPoint, 0x10), "its entry lies outside of its code"},
         {header32(pe::entryPoint, 0xFFFFFFFE), "its entry lies outside of its code"},

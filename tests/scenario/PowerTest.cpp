@@ -126,7 +126,7 @@ TEST(Power, OnStartsWhatIsListedHoweverItIsWritten) {
     std::string started;
     for (const panel::InitStart& start : panel.driver().startInit())
         started += std::to_string(start.number) + ' ' + start.process.name + start.failure + '\n';
-    EXPECT_EQ(started, "1 A.exe#1\n2 A.exe#2\n3 it is no text\n4 it names no program\n");
+    EXPECT_EQ(started, "1 A.exe#1\n2 A.exe#2\n3 it is not a text\n4 it does not name a program\n");
 }
 
 TEST(Power, ACutInAProgramsCallLeavesWhatWasWrittenAndNothingElse) {

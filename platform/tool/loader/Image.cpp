@@ -73,13 +73,13 @@ bool inside(const std::vector<pe::Section>& sections, std::uint32_t flag, std::u
 
 void check(const Headers& headers, const std::string& file, const std::vector<pe::Section>& sections) {
     if (file.compare(0, 2, "MZ") != 0 || headers.word(0) != pe::signature || headers.half(pe::machine) != pe::arm)
-        refuse("it is no program for this panel's machine");
+        refuse("it is not a program for this panel's machine");
     if (headers.half(pe::optionalSize) != pe::wholeOptionalHeader || headers.half(pe::magic) != pe::pe32)
-        refuse("its optional header is no PE32 one");
+        refuse("its optional header is not a PE32 header");
     if (headers.half(pe::subsystem) != pe::panelSubsystem)
         refuse("it is for another subsystem than the panel's");
     if ((headers.half(pe::characteristics) & (pe::executable | pe::isLibrary)) != pe::executable)
-        refuse("it is a library, or was not linked to its end");
+        refuse("it is a library, or was not completely linked");
     for (const pe::Section& section : sections) {
         if (std::uint64_t{section.place} + section.fileSize > file.size())
             refuse("the file is cut short");
@@ -208,7 +208,7 @@ Image load(const std::string& hostPath) {
     mprotect(start, size, PROT_READ);
     for (const pe::Section& section : sections)
         if (mprotect(start + section.address, sizeOf(section), protectionOf(section.flags)) != 0)
-            refuse("a section cannot be protected as it asks for");
+            refuse("a section cannot be protected as its flags demand");
     return {base + headers.word(pe::entryPoint)};
 }
 

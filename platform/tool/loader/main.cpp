@@ -39,7 +39,7 @@ using Entry = void (*)(HINSTANCE, HINSTANCE, LPWSTR, int);
 
 int main(int argc, char** argv) {
     if (argc != 2) {
-        std::fputs("usage: loader FILE (a panel starts it for a panel executable)\n", stderr);
+        std::fputs("usage: loader FILE (the simulated panel starts panel executables with it)\n", stderr);
         return 127;
     }
     struct sigaction action {};
