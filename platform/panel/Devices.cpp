@@ -19,7 +19,7 @@ using Json = nlohmann::ordered_json;
 
 namespace {
 
-constexpr std::string_view kinds[] = {"answer", "refuse", "block", "delay", "code"}; // by Behaviour::Kind
+constexpr std::string_view kinds[] = {"answer", "refuse", "block", "delay", "code"}; // in the order of Behaviour::Kind
 
 std::string textOf(const Behaviour& behaviour) {
     const std::string kind(kinds[static_cast<std::size_t>(behaviour.kind)]);
@@ -39,7 +39,7 @@ Behaviour behaviourFrom(const std::string& text) {
     return behaviour;
 }
 
-// The library would cut what is too large.
+// Reads the values one by one, since the JSON library would silently cut a number of more than 32 bits.
 std::vector<std::uint32_t> valuesFrom(const Json& numbers) {
     std::vector<std::uint32_t> values;
     for (const Json& number : numbers) {
@@ -54,7 +54,7 @@ std::string_view withoutSeparator(std::string_view path) {
     return path.starts_with('\\') ? path.substr(1) : path;
 }
 
-// Threads that wait in a driver look again what it does.
+// Releases the threads that wait in a driver. They read the device's behaviour again.
 void wakeWaiting(Image& image) {
     for (Slot thread = 1; thread <= image.threadsUsed; ++thread) {
         const ThreadRecord& record = scheduler::at(image, thread);
@@ -84,7 +84,7 @@ std::string lineOf(const Request& request) {
 
 Request requestFrom(const std::string& line) {
     Request request;
-    const std::size_t thread = line.find(" t", line.find('#')); // a program's name may have blanks
+    const std::size_t thread = line.find(" t", line.find('#')); // the name of a program may contain blanks
     std::istringstream head(line.substr(0, thread));
     head >> request.time >> std::ws;
     std::getline(head, request.process);
@@ -132,7 +132,7 @@ std::string tagFrom(const fs::path& file) {
     }
 }
 
-// The tag library's operations are its functions.
+// The operations of the tag library are its functions.
 std::vector<OperationFacts> tagOperations() {
     return {
 #define TAG_FUNCTION(name) {#name, 0, 0, 0},
@@ -143,7 +143,7 @@ std::vector<OperationFacts> tagOperations() {
 } // namespace
 
 const std::vector<DeviceFacts>& knownDevices() {
-    // Never destroyed: threads may still ask while the process ends.
+    // Never destroyed: threads may still use it while the process ends.
     static const auto& devices = *new std::vector<DeviceFacts>{
         {"BKL1", "BKL1:", "backlight", {{"read", 0x01130408, 0, 16}, {"write", 0x0113040C, 16, 0}}, {200, 1, 200, 1}},
         {"BZR1", "BZR1:", "buzzer", {{"beep", 0x01012EF4, 8, 0}}, {}},
@@ -191,7 +191,7 @@ fs::path Devices::fileOf(std::uint32_t tag) const {
 DeviceState Devices::state(std::string_view name) const {
     const DeviceFacts& device = facts(name);
     DeviceState state{std::string(device.name), false, device.values, {}};
-    if (!fs::exists(fileOf(device.name))) // one that the panel was not made with
+    if (!fs::exists(fileOf(device.name))) // the panel is older than this device: it lacks the device
         return state;
     try {
         const Json json = Json::parse(host::readFile(fileOf(device.name).string()));
@@ -242,6 +242,7 @@ void Devices::setBehaviour(std::string_view name, Behaviour behaviour, std::stri
     } else {
         for (const OperationFacts& known : device.operations)
             operations.emplace_back(known.name);
+        // "answer" for the whole device also ends a refusal of CreateFileW.
         if (behaviour.kind == Behaviour::Kind::answer)
             operations.emplace_back("open");
     }
@@ -272,6 +273,8 @@ void Devices::setValues(std::string_view name, const std::vector<std::uint32_t>&
                                  std::to_string(values.size()));
     changed.values = values;
     save(changed);
+    // The kernel file holds the record of the running backlight driver; the device's file only holds the record at
+    // boot.
     if (change.image() && changed.name == "BKL1")
         std::copy(values.begin(), values.end(), change.image()->backLight);
 }

@@ -13,7 +13,7 @@ constexpr std::string_view rootNames[][2] = {{"HKEY_CLASSES_ROOT", "HKCR"},
                                              {"HKEY_LOCAL_MACHINE", "HKLM"},
                                              {"HKEY_USERS", "HKU"}};
 
-// Cuts the first name off a path.
+// Removes the first name from a path and returns it.
 std::string_view takeName(std::string_view& path) {
     const auto end = std::min(path.find('\\'), path.size());
     const std::string_view name = path.substr(0, end);

@@ -1,4 +1,4 @@
-// The registry's values as text, and its files.
+// Converts the registry's values to and from text, and reads and writes its files.
 #include "platform/panel/Registry.h"
 
 #include "platform/panel/Hex.h"
@@ -22,7 +22,8 @@ constexpr std::string_view typeNames[] = {"REG_NONE",   "REG_SZ",      "REG_EXPA
                                           "REG_BINARY", "REG_DWORD",   "REG_DWORD_BIG_ENDIAN",
                                           "REG_LINK",   "REG_MULTI_SZ"};
 
-void append(Bytes& data, std::string_view text) { // terminated
+// Appends a text with its terminating zero.
+void append(Bytes& data, std::string_view text) {
     std::u16string wide;
     std::string valid;
     utf8::replace_invalid(text.begin(), text.end(), std::back_inserter(valid), 0xFFFDU);
@@ -41,7 +42,8 @@ std::u16string unitsOf(const Bytes& data) {
     return units;
 }
 
-std::string toText(const std::u16string& units) { // what is no character goes: the bytes differ then
+// Drops invalid sequences. The caller notices because the text then differs from the bytes.
+std::string toText(const std::u16string& units) {
     std::string text;
     try {
         utf8::utf16to8(units.begin(), units.end(), std::back_inserter(text));

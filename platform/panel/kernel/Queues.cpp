@@ -69,7 +69,7 @@ void announce(Image& image, Slot queue, std::string_view device, bool attached) 
     detail.cbName = static_cast<int>(2 * (device.size() + 1));
     std::memcpy(bytes, &detail, nameOffset);
     for (std::size_t index = 0; index < device.size(); ++index)
-        bytes[nameOffset + 2 * index] = static_cast<std::uint8_t>(device[index]); // names are ASCII
+        bytes[nameOffset + 2 * index] = static_cast<std::uint8_t>(device[index]); // device names are ASCII
     push(image, queue, bytes, nameOffset + static_cast<std::uint32_t>(detail.cbName));
 }
 
