@@ -47,7 +47,7 @@ std::string joined(const std::vector<std::uint32_t>& numbers) {
     return text;
 }
 
-// What it does otherwise than to answer: "write refuses with error 31".
+// Lists the operations that do not simply work: "write refuses with error 31".
 std::string peculiarities(const panel::DeviceState& state) {
     std::string text;
     for (const auto& [operation, behaviour] : state.behaviours)
@@ -55,7 +55,7 @@ std::string peculiarities(const panel::DeviceState& state) {
     return text;
 }
 
-// What its kind is asked, and "open" if it has been told what to do then.
+// Lists the operations of the device, and "open" if it has a behaviour.
 std::vector<std::string> operationsOf(const panel::DeviceFacts& facts, const panel::DeviceState& state) {
     std::vector<std::string> names;
     if (state.behaviours.contains("open"))

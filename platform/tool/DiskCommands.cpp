@@ -55,7 +55,7 @@ void plug(panel::Panel panel, const PlugOptions& options) {
     if (name != options.names.end())
         throw Misuse("\"" + *name + "\" names no partition (each --as names one FOLDER, in order)");
     const std::string device = panel.plug(disk);
-    for (const panel::Disk& plugged : panel.disks().list()) // with the names that it was given
+    for (const panel::Disk& plugged : panel.disks().list()) // read again: plugging has chosen the volumes' names
         for (std::size_t index = 0; plugged.device == device && index < disk.partitions.size(); ++index)
             disk.partitions[index].volume = plugged.partitions.at(index).volume;
     for (const panel::Partition& partition : disk.partitions)

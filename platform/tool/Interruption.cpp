@@ -11,7 +11,7 @@ namespace tool {
 
 namespace {
 
-int signals[2]; // a pipe: a handler may do little more than write
+int signals[2]; // a pipe from the signal handler, which may call little more than write, to the thread
 
 void note(int signal) {
     const auto number = static_cast<unsigned char>(signal);

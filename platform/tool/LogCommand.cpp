@@ -24,7 +24,7 @@ public:
     Printer(const panel::Panel& panel, const LogOptions& options)
         : log(panel), wanted(options.until), skip(options.skip) {}
 
-    // What is new; true if the wanted text stands in it. No line behind that one is printed.
+    // Prints the new lines. Stops behind the first line with the wanted text, and returns whether it was found.
     bool print() {
         for (const std::string& line : log.newLines()) {
             ++lines;

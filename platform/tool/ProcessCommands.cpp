@@ -23,7 +23,7 @@ using Json = nlohmann::ordered_json;
 
 std::string stateOf(const panel::ProcessStatus& process) {
     if (process.threads == 0)
-        return "unknown"; // a program that knows nothing of the panel
+        return "unknown"; // panel time does not wait for this program, so its threads are unknown
     return process.threads == process.waiting ? "waits" : "runs";
 }
 
@@ -93,12 +93,12 @@ struct WaitOptions {
     std::string limit = "1min";
 };
 
-// Whether a process is meant by "TarvexHelper.exe#2", or by "TarvexHelper.exe".
+// Returns whether the user means this process: "TarvexHelper.exe" means all starts, "TarvexHelper.exe#2" one start.
 bool isMeant(const std::string& wanted, const std::string& name) {
     return panel::equalCaseBlind(wanted, name) || panel::equalCaseBlind(wanted, name.substr(0, name.rfind('#')));
 }
 
-// The latest start of the program if it has ended.
+// Returns the latest start of the program, unless a start of it still runs.
 std::optional<panel::EndedStatus> findEnded(panel::Driver& driver, const std::string& wanted) {
     const panel::PanelStatus status = driver.status();
     for (const auto& process : status.processes)
@@ -119,7 +119,8 @@ void report(const panel::EndedStatus& ended, bool json) {
                     toned(std::to_string(ended.exitCode), ended.exitCode ? Tone::bad : Tone::good).c_str());
 }
 
-// A program that has not been started yet has a file at least. Of links only those of disks plugged in place count.
+// Returns whether the panel has a file of this name. `wait --exit` accepts a program that was not started yet, but not
+// a mistyped name. The search follows no links except disks that were plugged in place.
 bool hasFile(const panel::Panel& panel, const std::string& process) {
     const std::string name = process.substr(0, process.rfind('#'));
     const auto isIt = [&](const fs::directory_entry& entry) {

@@ -35,7 +35,7 @@ void checkLength(const std::string& name) {
                      " characters at most: \"" + name + '"');
 }
 
-// With the root's full name, and without a separator at the end.
+// Returns the path with the full name of its root and without a trailing separator.
 std::string fullPath(std::string path) {
     if (path.ends_with('\\'))
         path.pop_back();

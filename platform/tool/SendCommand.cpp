@@ -26,7 +26,7 @@ struct SendOptions {
     bool json = false;
 };
 
-// The panel's parameters have 32 bits, signed or not.
+// Reads a message parameter. It has 32 bits on a panel; signed and unsigned numbers are accepted.
 std::int64_t parameter(const std::string& text) {
     const std::int64_t value = parseNumber(text);
     if (value < INT32_MIN || value > UINT32_MAX)
@@ -53,7 +53,7 @@ bool isNumber(const std::string& text) {
     }
 }
 
-// A mistyped name would be sent too, and answered like a true one.
+// Rejects unknown names: a window also replies to a mistyped message, so the mistake would not be noticed.
 void checkMessage(const std::string& message) {
     std::string known;
     for (const std::string& name : panel::registeredMessages()) {

@@ -31,7 +31,7 @@ struct StartOptions {
     std::string limit = "1min";
 };
 
-// One string, as the platform hands it over.
+// Joins the arguments into one string, as the platform passes it.
 std::string commandLine(const std::vector<std::string>& words) {
     std::string line;
     for (const std::string& word : words) {
@@ -41,7 +41,7 @@ std::string commandLine(const std::vector<std::string>& words) {
     return line;
 }
 
-// What the program has printed, which is seldom more than the report of its crash.
+// Returns the output of the program.
 std::string output(const panel::Panel& panel, const std::string& process) {
     std::ifstream file(panel.directory() / "run/output" / process, std::ios::binary);
     std::ostringstream content;
@@ -104,7 +104,7 @@ void addStartCommand(CLI::App& app, Tool& tool) {
     command->add_option("--limit", options->limit, "Time-out of --wait")->type_name("DURATION")->capture_default_str();
     command->add_flag("--json", options->json, "Answer in JSON");
     command->prefix_command();
-    command->fallthrough(false); // the program's arguments are its own
+    command->fallthrough(false); // the program's arguments are not options of panel
     command->footer(help);
     command->callback([options, command, &tool] {
         tool.failureCode = options->wait ? notStarted : failed;

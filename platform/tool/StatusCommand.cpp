@@ -43,7 +43,7 @@ void addRunning(Json& answer, const panel::PanelStatus& status, std::size_t faul
             {{"class", window.className}, {"process", window.process}, {"visible", window.visible}});
 }
 
-// The four words of the driver's record; the first and the third are levels of brightness.
+// Words 0 and 2 of the backlight's record are the brightness levels.
 std::string levels(const panel::PanelStatus& status) {
     const std::vector<std::uint32_t>& words = status.backLight;
     std::string record;

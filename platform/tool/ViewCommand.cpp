@@ -14,7 +14,7 @@ struct ViewOptions {
     bool stay = false;
 };
 
-// Becomes the program that serves the page, which lies beside this one.
+// Replaces this process by `panel-view`, which lies beside this program.
 void view(const panel::Panel& panel, const ViewOptions& options) {
     const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe").parent_path() / "panel-view";
     const std::string port = std::to_string(options.port);

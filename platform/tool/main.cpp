@@ -1,4 +1,4 @@
-// The panel command.
+// The entry point of the `panel` command.
 #include "platform/panel/Watcher.h"
 #include "platform/panel/kernel/Patience.h"
 #include "platform/tool/Commands.h"
@@ -30,7 +30,7 @@ After boot --stepped, panel time moves only while one of these commands waits: a
 wait, log --until. "advance 0ms" lets no time pass: it returns when all programs wait.
 )";
 
-// The first word that names a command; empty if none does.
+// Returns the first word that names a command, or "".
 std::string_view commandOf(const CLI::App& app, int argc, char** argv) {
     for (int index = 1; index < argc; ++index)
         for (const CLI::App* command : app.get_subcommands({}))
@@ -41,13 +41,13 @@ std::string_view commandOf(const CLI::App& app, int argc, char** argv) {
 
 const tool::Tool* current;
 
-// The process ends at once: it may be in the middle of whatever waits for ever.
+// Called by a wait that would never end. Ends the process at once, since other threads may wait for ever, too.
 [[noreturn]] void giveUp(const std::string& why) {
     tool::complain(why + " (--patience allows more)");
     _exit(current->failureCode);
 }
 
-// Somebody has cut the kernel file short, and this process was in the middle of it before its watcher could look.
+// SIGBUS: somebody has truncated the kernel file, and this process read the mapping before its watcher noticed.
 void endWithoutKernel(int) {
     constexpr std::string_view text = "panel: the panel is gone: somebody has cut run/kernel short\n";
     [[maybe_unused]] const auto written = write(STDERR_FILENO, text.data(), text.size());
@@ -75,7 +75,7 @@ int main(int argc, char** argv) {
         ->envname("PANEL_PATIENCE")
         ->capture_default_str();
     app.parse_complete_callback([&] { limitPatience(shared, patience); });
-    app.fallthrough(); // -C may stand behind the command too
+    app.fallthrough(); // allows -C behind the command, too
     tool::addPowerCommands(app, shared);
     tool::addDiskCommands(app, shared);
     tool::addDeviceCommand(app, shared);
@@ -91,9 +91,9 @@ int main(int argc, char** argv) {
     tool::addTraceCommands(app, shared);
     tool::addFaultCommands(app, shared);
     tool::addViewCommand(app, shared);
-    app.footer(examples); // last: the commands do not inherit it then
+    app.footer(examples); // last, so that the commands do not inherit the footer
     char** end = argv + argc;
-    if (commandOf(app, argc, argv) == "start") { // what is behind its "--" is the program's
+    if (commandOf(app, argc, argv) == "start") { // the words behind "--" belong to the started program
         end = std::find(argv, end, std::string_view("--"));
         shared.behindDashes.assign(std::min(end + 1, argv + argc), argv + argc);
     }

@@ -1,7 +1,7 @@
-// Windows, window classes, messages.
+// Windows, window classes and messages.
 //
-// A window belongs to the thread that made it. Its procedure runs on that thread only: in DispatchMessageW for a posted
-// message, inside GetMessageW for one that another thread has sent.
+// A window belongs to the thread that created it. Its procedure runs on that thread only: in DispatchMessageW for a
+// posted message, inside GetMessageW for a message that another thread has sent.
 #include "platform/panel/Gate.h"
 #include "platform/panel/Text.h"
 #include "platform/panel/api/Numbers.h"
@@ -24,7 +24,7 @@ struct WindowClass {
     ATOM atom;
 };
 
-// The classes of this process by folded name; touched under the kernel file's lock.
+// The window classes of this process by folded name. Access needs the kernel's lock.
 std::map<std::string, WindowClass> classes;
 ATOM lastAtom = 0xBFFF;
 
@@ -32,7 +32,7 @@ WNDPROC procedureOf(const WindowRecord& window) {
     return reinterpret_cast<WNDPROC>(static_cast<std::uintptr_t>(window.procedure));
 }
 
-// What the program lets out of its procedure ends the process: foreign frames would not carry it.
+// noexcept: an exception that leaves the procedure ends the process, as it cannot pass through the platform's frames.
 LRESULT callProcedure(WNDPROC procedure, std::uint32_t window, UINT message, std::uint64_t wParam,
                       std::int64_t lParam) noexcept {
     return procedure(windowOf(window), message, static_cast<WPARAM>(wParam), static_cast<LPARAM>(lParam));
@@ -190,7 +190,7 @@ BOOL DestroyWindow(HWND window) noexcept {
 
 LRESULT DefWindowProcW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
     Gate gate(Function::DefWindowProcW, window, trace::Hex{message}, wParam);
-    static_cast<void>(lParam); // often an address, which differs from run to run
+    static_cast<void>(lParam); // not traced: it is often an address, which differs from run to run
     if (message == WM_CLOSE) {
         bool own = false;
         {
@@ -239,7 +239,7 @@ BOOL GetMessageW(MSG* message, HWND window, UINT first, UINT last) noexcept {
 
 BOOL TranslateMessage(const MSG* message) noexcept {
     Gate gate(Function::TranslateMessage, trace::Hex{message->message});
-    return gate.done(FALSE); // no keyboard: nothing to translate
+    return gate.done(FALSE); // the panel has no keyboard, so there is nothing to translate
 }
 
 LRESULT DispatchMessageW(const MSG* message) noexcept {
@@ -253,7 +253,7 @@ BOOL PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexc
         return gate.fault<BOOL>();
     const Lock lock(gate.image());
     const messages::Message posted{numberOf(window), message, wParam, lParam, 0, 0, 0};
-    if (!window) // to the thread itself
+    if (!window) // without a window the message goes to the calling thread
         return messages::postToThread(gate.image(), gate.slot(), posted) ? gate.done(TRUE)
                                                                          : gate.fails(FALSE, ERROR_NOT_ENOUGH_QUOTA);
     if (!messages::window(gate.image(), numberOf(window)))

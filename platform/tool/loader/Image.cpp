@@ -19,13 +19,13 @@ namespace pe = panel::pe;
 constexpr std::uint32_t page = 0x1000;
 constexpr std::uint32_t byOrdinal = 0x80000000;
 constexpr std::uint32_t longestName = 255;
-constexpr unsigned importBlocks = 2; // the program's, its run time's
+constexpr unsigned importBlocks = 2; // the imports of the program and of its run time
 
 [[noreturn]] void refuse(const std::string& why) {
     throw std::runtime_error(why);
 }
 
-// The headers, as the file has them.
+// Reads and checks the headers of the file.
 class Headers {
 public:
     explicit Headers(const std::string& content) : file(content), start(at<std::uint32_t>(pe::signaturePlace)) {}
@@ -92,7 +92,7 @@ void check(const Headers& headers, const std::string& file, const std::vector<pe
         refuse("its entry lies outside of its code");
 }
 
-// The image in memory, by addresses that count from its base.
+// The image in memory. Addresses count from its base.
 class Memory {
 public:
     Memory(std::uint32_t base, std::uint32_t bytes)
@@ -140,7 +140,8 @@ std::string printable(const std::string& name) {
     return text;
 }
 
-struct ImportBlock { // one record of the import directory
+// A record of the import directory.
+struct ImportBlock {
     std::uint32_t lookup;
     std::uint32_t time;
     std::uint32_t forwarders;
@@ -154,7 +155,7 @@ void bindBlock(const Memory& memory, const std::vector<pe::Section>& sections, c
          offset += 4) {
         if (entry & byOrdinal)
             refuse("it imports a function by its number");
-        const std::string name = memory.text(std::uint64_t{entry} + 2); // behind the hint
+        const std::string name = memory.text(std::uint64_t{entry} + 2); // the name follows a 16-bit hint
         const auto address = reinterpret_cast<std::uintptr_t>(functionNamed(name, runTime));
         if (address == 0)
             missing += (missing.empty() ? " " : ", ") + printable(name);
@@ -183,7 +184,7 @@ void bindImports(const Memory& memory, const std::vector<pe::Section>& sections,
         refuse("the panel has no" + missing);
 }
 
-// Who may do what with a section.
+// Returns the memory protection of a section.
 int protectionOf(std::uint32_t flags) {
     return (flags & pe::canRead ? PROT_READ : 0) | (flags & pe::canWrite ? PROT_WRITE : 0) |
            (flags & pe::canExecute ? PROT_EXEC : 0);
