@@ -1,4 +1,4 @@
-// The heap under malloc: one reserved block, committed as it is needed.
+// The heap of malloc: one reserved block, which is committed in steps as malloc needs it.
 #include "platform/ce/Coredll.h"
 
 #include <cerrno>
@@ -8,14 +8,14 @@ struct _reent;
 
 namespace {
 
-// Reservations of 2 MB and more lie outside of the process's own 32 MB.
+// 8 MB. A reservation of 2 MB or more lies outside of the process's own 32 MB.
 constexpr DWORD reserved = 0x800000;
 constexpr DWORD step = 0x10000;
 
 RunTimeLock heapLock;
 char* base;
-char* end; // of what is in use
-char* committed; // up to here
+char* end; // end of the used part
+char* committed; // end of the committed part
 
 } // namespace
 

@@ -4,8 +4,8 @@
 
 namespace {
 
-constexpr std::uintptr_t currentProcess = 66; // the pseudo handle
-constexpr DWORD exceptionCode = 0xC0000005; // of a process that a fault has ended
+constexpr std::uintptr_t currentProcess = 66; // pseudo handle of the calling process
+constexpr DWORD exceptionCode = 0xC0000005; // exit code of a crashed process
 
 } // namespace
 
@@ -23,7 +23,7 @@ void __libc_init_array();
     std::exit(WinMain(instance, previous, commandLine, show));
 }
 
-// The constructors are all in the arrays.
+// The C library calls these two, but all constructors and destructors are in the arrays.
 void _init() {}
 void _fini() {}
 

@@ -1,7 +1,8 @@
-// The commands of `panel`. Each function adds its commands to the application; both arguments live until it has run.
+// The commands of `panel`. Each function adds its commands to the application. Both arguments must live until the
+// application has run.
 //
-// A command that fails throws std::runtime_error with a text for people: what, and the remedy; one that was used
-// wrongly throws Misuse (Units.h).
+// A command that fails throws std::runtime_error with a text for people, which names the problem and the remedy. A
+// command that was used wrongly throws Misuse (Units.h).
 #pragma once
 
 #include "platform/tool/Tool.h"

@@ -8,9 +8,9 @@ namespace view {
 
 namespace {
 
-constexpr std::size_t mostBytes = 128 << 10; // of a request, with its header
-constexpr std::chrono::seconds mostTime(10); // for all of it
-constexpr timeval patience{5, 0}; // for the next byte, either way
+constexpr std::size_t mostBytes = 128 << 10; // size of a request with its header
+constexpr std::chrono::seconds mostTime(10); // duration of a request
+constexpr timeval patience{5, 0}; // wait for the next byte in either direction
 
 class Connection : public httplib::Stream {
 public:
@@ -41,7 +41,7 @@ public:
     bool is_readable() const override {
         return true;
     }
-    bool is_writable() const override { // false, too, once the other side has gone
+    bool is_writable() const override { // also false once the client has closed the connection
         pollfd entry{file, POLLOUT | POLLRDHUP, 0};
         return poll(&entry, 1, static_cast<int>(patience.tv_sec * 1000)) > 0 && entry.revents == POLLOUT;
     }

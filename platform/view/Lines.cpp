@@ -4,7 +4,7 @@ namespace view {
 
 namespace {
 
-constexpr std::ptrdiff_t most = 4000; // lines of a file that are handed over at once: the last ones
+constexpr std::ptrdiff_t most = 4000; // most lines that are passed at once; earlier lines are dropped
 
 std::vector<std::string> lastOf(std::vector<std::string> lines) {
     if (std::ssize(lines) > most)

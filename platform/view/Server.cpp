@@ -19,12 +19,12 @@ using httplib::Request;
 using httplib::Response;
 
 constexpr std::size_t mostBody = 64 << 10; // bytes
-constexpr int mostStreams = 8; // pages at a time
-constexpr int mostCommands = 12; // at a time
+constexpr int mostStreams = 8; // pages at the same time
+constexpr int mostCommands = 12; // commands at the same time
 constexpr int threads = mostStreams + mostCommands + 12;
-constexpr std::chrono::seconds heartbeat(15); // by which a page that was closed is noticed
+constexpr std::chrono::seconds heartbeat(15); // interval of empty events, which detect a closed page
 
-// What a page may run: all that does not look at, make or serve panels as a whole.
+// The commands that a page may run: those that change this panel.
 constexpr std::string_view admitted[] = {"boot",  "off",    "cut",  "advance", "plug", "unplug",   "device", "tag",
                                          "touch", "active", "idle", "start",   "send", "registry", "trace",  "fault"};
 
@@ -69,10 +69,11 @@ Server::Server(const Commands& panelCommands, panel::Panel shown, int port)
     : commands(panelCommands), panel(std::move(shown)), token(newToken()) {
     server.new_task_queue = [] { return new httplib::ThreadPool(threads); };
     server.set_payload_max_length(mostBody);
-    server.set_socket_options([](socket_t socket) { // the library's own would let others listen at the same port
-        const int yes = 1;
-        setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
-    });
+    server.set_socket_options(
+        [](socket_t socket) { // the library's own options would let other programs bind the same port
+            const int yes = 1;
+            setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+        });
     server.set_default_headers({
         {"Content-Security-Policy", "default-src 'none'; script-src 'self'; style-src 'self'; connect-src 'self'; "
                                     "img-src data:; base-uri 'none'; form-action 'none'; frame-ancestors 'none'"},
@@ -101,8 +102,8 @@ std::string Server::address() const {
     return "http://" + host + '/' + token + '/';
 }
 
-// Answers all but the one request with a body. No other page can name the token; the host name keeps out one whose own
-// name was made to mean this machine.
+// Handles all requests except the one with a body. Other pages do not know the token. The check of the host name keeps
+// out pages whose own host name resolves to this machine (DNS rebinding).
 httplib::Server::HandlerResponse Server::admit(const Request& request, Response& response) {
     constexpr auto handled = httplib::Server::HandlerResponse::Handled;
     const std::string start = '/' + token + '/';
@@ -114,7 +115,7 @@ httplib::Server::HandlerResponse Server::admit(const Request& request, Response&
     const std::string name = request.path.substr(start.size());
     const PageFile* file = pageFile(name);
     if (name == "run" && request.method == "POST") {
-        const bool packed = request.has_header("Content-Encoding"); // it could grow to any size
+        const bool packed = request.has_header("Content-Encoding"); // a compressed body could expand to any size
         if (request.get_header_value("Content-Type") == "application/json" && !packed)
             return httplib::Server::HandlerResponse::Unhandled;
         refuse(response, 415, "The request must be plain JSON");
@@ -132,7 +133,7 @@ void Server::run(const Request& request, Response& response) {
     const std::shared_ptr<void> done(nullptr, [this](void*) { --atWork; });
     if (++atWork > mostCommands)
         return refuse(response, 503, "Too many commands at a time");
-    const Outcome outcome = commands.run(wordsOf(request.body)); // what throws is answered with 400
+    const Outcome outcome = commands.run(wordsOf(request.body)); // an exception becomes the status 400
     response.set_content(dump({{"code", outcome.code}, {"output", outcome.output}, {"errors", outcome.errors}}),
                          "application/json");
 }
