@@ -1,6 +1,6 @@
-// What it costs to copy a folder of small files on the simulated panel with the helper's file system, and to delete the
-// copy again; beside it, on the same host's files, std::filesystem. The argument is the number of files; "per_file", in
-// processor time, must not grow with it.
+// Measures how long the helper's file system takes on the simulated panel to copy a folder of small files and to delete
+// the copy. For comparison std::filesystem does the same on the host. The argument is the number of files. "per_file",
+// the processor time per file, must not grow with it.
 //
 //     build/native/FolderCopy
 #include "OrvaUtils/IO/IFileSystem.h"
@@ -19,7 +19,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A panel that is on, with a folder of files, and this process on it as a driver.
+// A panel that is on and has a folder of files. This process is a driver of it.
 class FullPanel {
 public:
     explicit FullPanel(std::int64_t files) : simulated(panel::Panel::create(freshDirectory(), {})) {

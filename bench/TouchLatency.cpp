@@ -1,7 +1,7 @@
-// How long a touch takes to the buzzer's request on an idle panel with a flowing clock, from the moment in which it is
-// made outside of the helper's process to the moment in which a second thread, which has slept since before the touch,
-// is woken by the request in the panel's record; and, as the floor under it, how long it takes two threads of one
-// process to hand on an eventfd. Each figure is one of 1,000.
+// Measures the time from a touch to the buzzer's request on an idle panel with a flowing clock. The time starts when
+// another process than the helper's makes the touch. It ends when the request's line in devices/requests wakes a second
+// thread, which has slept since before the touch. As a lower bound it also measures how long two threads of one process
+// take to pass an eventfd. Each measurement is repeated 1,000 times.
 //
 //     build/native/TouchLatency           PANEL_HELPER=FILE names another helper than that of this build
 #include "platform/panel/Client.h"
@@ -34,9 +34,9 @@ namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
 constexpr int touches = 1000;
-constexpr std::uint32_t limit = 60000; // ms of panel time
-constexpr int patience = 10000; // ms
-constexpr auto pause = std::chrono::milliseconds(2); // until all are idle again
+constexpr std::uint32_t limit = 60000; // time-out in panel ms
+constexpr int patience = 10000; // time-out in real ms
+constexpr auto pause = std::chrono::milliseconds(2); // time in which all threads become idle again
 
 constexpr const char* helper = "\\MMCMemory\\Tarvex\\TarvexHelper.exe";
 constexpr const char* settings =
@@ -91,7 +91,7 @@ public:
     IdlePanel(const IdlePanel&) = delete;
     IdlePanel& operator=(const IdlePanel&) = delete;
 
-    // From a touch to its request, after a pause.
+    // Returns the time from a touch to its request, after a pause.
     Clock::duration touch() {
         auto arrival = std::async(std::launch::async, [this, before = recorded()] { return growthFrom(before); });
         std::this_thread::sleep_for(pause);
@@ -108,7 +108,7 @@ private:
         return name;
     }
 
-    // When the record has become longer than this.
+    // Returns the time at which the file has become longer than this.
     Clock::time_point growthFrom(off_t before) const {
         char events[4096];
         for (pollfd ready{changes, POLLIN, 0}; poll(&ready, 1, patience) == 1;) {
@@ -135,7 +135,7 @@ void touchToRequest(benchmark::State& state) {
     try {
         IdlePanel panel;
         Samples samples;
-        panel.touch(); // the first one still loads code
+        panel.touch(); // the first touch still loads code
         for ([[maybe_unused]] auto iteration : state) {
             samples.add(state, panel.touch());
         }

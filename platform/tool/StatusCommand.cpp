@@ -101,7 +101,7 @@ void addRunning(Table& facts, const panel::PanelStatus& status, std::size_t faul
     facts.add({"clock", stepped ? "stepped" : status.factor == 1 ? "flowing" : factor});
     facts.add({"date", formatDate(status.date)});
     facts.add({"tick count", std::to_string(status.ticks)});
-    facts.add({"user", !status.userActive   ? "unknown: there is no power manager"
+    facts.add({"user", !status.userActive   ? "unknown: the panel has no power manager"
                        : *status.userActive ? "active"
                                             : "inactive"});
     facts.add({"backlight", levels(status)});
