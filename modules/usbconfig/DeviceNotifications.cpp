@@ -20,7 +20,7 @@ constexpr std::size_t NAME_OFFSET = offsetof(DEVDETAIL, szName);
 } // namespace
 
 // Deliberate: only -1 counts as a failure of these two calls, while the platform documents null for them. See
-// docs/behaviours.md.
+// docs/behaviours.md, "Disks: devices".
 void DeviceNotifications::start() {
     MSGQUEUEOPTIONS options{};
     options.dwSize = sizeof options;

@@ -1,5 +1,5 @@
 // What a failing call or a power cut costs: for good, as no later start can know what was lost, or, in parentheses, of
-// what the helper does for the rest of its life. docs/behaviours.md has the same in words.
+// what the helper does for the rest of its life. docs/reliability.md has the same in words.
 #pragma once
 
 #include "tests/scenario/Sweep.h"
