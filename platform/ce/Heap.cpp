@@ -35,6 +35,7 @@ void* _sbrk(std::ptrdiff_t increment) {
     }
     char* const start = end;
     char* const wanted = end + increment;
+    // Committed pages are never given back: a negative increment only moves the end.
     while (committed < wanted) {
         if (runtime_VirtualAlloc(committed, step, MEM_COMMIT, PAGE_READWRITE) == nullptr) {
             errno = ENOMEM;

@@ -15,6 +15,7 @@ void* __dso_handle = nullptr;
 void __libc_init_array();
 
 [[noreturn]] void runProgram(HINSTANCE instance, HINSTANCE previous, LPWSTR commandLine, int show) {
+    // The heap comes first: the constructors in the arrays allocate memory.
     initialiseHeap();
     initialiseExceptions();
     initialiseStreams();
@@ -41,6 +42,7 @@ void _fini() {}
 }
 
 void endProcess(DWORD exitCode) noexcept {
+    // The platform may return from the call before it ends the process.
     for (;;)
         runtime_TerminateProcess(reinterpret_cast<HANDLE>(currentProcess), exitCode);
 }

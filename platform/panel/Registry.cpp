@@ -40,6 +40,7 @@ const Value* Key::value(std::string_view valueName) const {
 
 void Key::set(Value made) {
     const auto found = named(values, made.name);
+    // An existing value keeps its place and the spelling of its name.
     if (found == values.end()) {
         values.push_back(std::move(made));
     } else {

@@ -42,7 +42,7 @@ std::u16string unitsOf(const Bytes& data) {
     return units;
 }
 
-// Drops invalid sequences. The caller notices because the text then differs from the bytes.
+// Returns "" for an invalid sequence. The caller notices that, because the text then differs from the bytes.
 std::string toText(const std::u16string& units) {
     std::string text;
     try {
@@ -61,6 +61,7 @@ std::uint32_t numberOf(const Value& value) {
     return value.data[0] | value.data[1] << 8 | value.data[2] << 16 | static_cast<std::uint32_t>(value.data[3]) << 24;
 }
 
+// Chooses the most readable form that gives back the same bytes.
 Json toJson(const Value& value) {
     Json json{{"type", typeName(value.type)}};
     std::string text;
@@ -114,6 +115,7 @@ fs::path fileOf(const fs::path& panel, Copy copy) {
 
 } // namespace
 
+// The text is well-formed if converting it back gives the same bytes.
 bool textOf(const Value& value, std::string& text) {
     if (value.type != typeText && value.type != typeExpandText)
         return false;
@@ -127,6 +129,7 @@ bool textsOf(const Value& value, std::vector<std::string>& texts) {
         return false;
     texts.clear();
     std::u16string units = unitsOf(value.data);
+    // An empty text ends the list.
     for (auto end = units.find(u'\0'); end != 0 && end != std::u16string::npos; end = units.find(u'\0')) {
         texts.push_back(toText(units.substr(0, end)));
         units.erase(0, end + 1);
@@ -212,6 +215,7 @@ void store(const fs::path& panel, Copy copy, const Tree& tree) {
     host::writeFile(fileOf(panel, copy).string(), json.dump(2, ' ', false, Json::error_handler_t::replace) + '\n');
 }
 
+// Other roots keep their flushed state: a power cut then loses only their changes.
 void flush(const fs::path& panel, std::string_view root) {
     const Tree now = load(panel, Copy::now);
     Tree flash = load(panel, Copy::flash);

@@ -22,6 +22,7 @@ void waitForSignal() {
     unsigned char number = 0;
     if (read(signals[0], &number, 1) != 1)
         return;
+    // Takes the lock and frees memory, which a signal handler must not do.
     panel::Runtime::endProcess(0);
     _exit(128 + number);
 }

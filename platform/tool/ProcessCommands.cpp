@@ -162,6 +162,7 @@ void wait(Tool& tool, const WaitOptions& options) {
             return ended.has_value();
         },
         limit);
+    // The condition above also ends the wait when the panel goes off.
     if (!driver.isOn())
         throw std::runtime_error("the panel was switched off meanwhile");
     if (ended)

@@ -172,7 +172,7 @@ void remove(panel::Panel panel, const Options& options, bool wholeKey) {
         throw Misuse(path + " is a root and stays (name a key below it)");
     if (!wholeKey && !keyOf(tree, options.key).value(options.value))
         throw std::runtime_error("the key " + options.key + " has no value \"" + options.value + '"');
-    keyOf(tree, options.key);
+    keyOf(tree, options.key); // throws if the key does not exist
     panel.changeRegistry(
         [&](registry::Tree& changed) {
             registry::Key* key = changed.find(path);

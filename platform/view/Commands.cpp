@@ -36,8 +36,8 @@ public:
     const int file;
 };
 
-// Runs in the child after the fork, so it uses system calls only. The child gets no descriptors, a fresh signal mask
-// and its own process group: Ctrl-C ends the server, not its commands.
+// Runs in the child after the fork, so it uses system calls only. The child gets no other descriptors, an empty signal
+// mask and its own process group: Ctrl-C ends the server, not its commands. SIGTERM ends the child if this thread ends.
 [[noreturn]] void become(char* const* arguments, const Capture& output, const Capture& errors) {
     sigset_t none;
     sigemptyset(&none);

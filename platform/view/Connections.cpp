@@ -21,6 +21,7 @@ public:
 
     ssize_t read(char* place, std::size_t size) override {
         if (at == end) {
+            // The socket's time-out limits each read. This limits their sum: a client could send a byte at a time.
             if (total >= mostBytes || std::chrono::steady_clock::now() > deadline)
                 return -1;
             const ssize_t got = recv(file, buffer, sizeof buffer, 0);
@@ -38,6 +39,7 @@ public:
     ssize_t write(const char* place, std::size_t size) override {
         return send(file, place, size, MSG_NOSIGNAL);
     }
+    // The library asks this before a read. The read itself waits, with a time-out.
     bool is_readable() const override {
         return true;
     }

@@ -32,6 +32,7 @@ void* runThread(void* argument) noexcept {
     return nullptr;
 }
 
+// The host thread is detached: the panel's own thread object reports its end.
 bool launchThread(ThreadStart* start) {
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
@@ -114,6 +115,7 @@ BOOL GetExitCodeProcess(HANDLE process, DWORD* exitCode) noexcept {
     const Slot slot = objects::resolve(gate.image(), gate.process(), numberOf(process));
     if (!slot || objects::at(gate.image(), slot).type != ObjectType::process)
         return gate.fails(FALSE, ERROR_INVALID_HANDLE);
+    // A process may have died a moment ago, and no watcher has noticed it yet.
     processes::noticeDead(gate.image());
     const ObjectRecord& record = objects::at(gate.image(), slot);
     *exitCode = record.signalled ? record.exitCode : STILL_ACTIVE;

@@ -62,6 +62,7 @@ std::string below(const std::string& path, LPCWSTR subkey) {
 // Returns whether the key or one of its subkeys is open in any process.
 bool isOpen(const Image& image, const std::string& path) {
     const std::string folded = fold(path);
+    // The separator keeps "init" from matching "initial".
     for (const ObjectRecord& object : usedObjects(image)) {
         if (object.type != ObjectType::key)
             continue;
@@ -108,6 +109,7 @@ template<class Action>
 LONG withKey(Gate& gate, HKEY key, bool changes, Action action) {
     return withTree(gate, key, changes, [&](Tree& tree, const std::string& path) -> LONG {
         Key* found = tree.find(path);
+        // The key may have gone while it was open: a person can edit the file.
         return found ? action(*found) : ERROR_KEY_DELETED;
     });
 }
@@ -131,6 +133,7 @@ LONG giveData(const Value& value, DWORD* type, BYTE* data, DWORD* size) {
         *type = value.type;
     if (!size)
         return data ? ERROR_INVALID_PARAMETER : ERROR_SUCCESS;
+    // The size is stored even on failure, so that the caller can get a larger buffer.
     const DWORD room = *size;
     *size = static_cast<DWORD>(value.data.size());
     if (!data)

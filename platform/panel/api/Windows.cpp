@@ -47,6 +47,7 @@ LRESULT callWindow(Gate& gate, std::uint32_t window, UINT message, std::uint64_t
     {
         const Lock lock(gate.image());
         const WindowRecord* record = messages::window(gate.image(), window);
+        // The procedure's address is valid in its own process only.
         if (record && record->thread == gate.slot())
             procedure = procedureOf(*record);
     }
@@ -58,6 +59,7 @@ LRESULT callWindow(Gate& gate, std::uint32_t window, UINT message, std::uint64_t
 
 namespace {
 
+// The window must still exist while its procedure handles the last two messages.
 void destroy(Gate& gate, std::uint32_t window) {
     callWindow(gate, window, WM_DESTROY, 0, 0);
     callWindow(gate, window, WM_NCDESTROY, 0, 0);
@@ -70,6 +72,7 @@ bool isOwn(Gate& gate, std::uint32_t window) {
     return record && record->thread == gate.slot();
 }
 
+// Runs the procedure of a message that another thread has sent, and releases the sender.
 void answerSent(Gate& gate, const messages::Message& sent) {
     const LRESULT result =
         sent.window ? callWindow(gate, sent.window, sent.message, sent.wParam, sent.lParam) : callHook(gate, sent);
@@ -153,6 +156,7 @@ HWND CreateWindowExW(DWORD extendedStyle, LPCWSTR className, LPCWSTR title, DWOR
     const auto creation = reinterpret_cast<std::intptr_t>(&create);
     std::int32_t sizes[10] = {};
     callWindow(gate, window, WM_GETMINMAXINFO, 0, reinterpret_cast<std::intptr_t>(sizes));
+    // A procedure refuses the creation by 0 for WM_NCCREATE or -1 for WM_CREATE.
     bool made = callWindow(gate, window, WM_NCCREATE, 0, creation) != 0;
     if (made) {
         callWindow(gate, window, WM_NCCALCSIZE, 0, reinterpret_cast<std::intptr_t>(sizes));
@@ -212,6 +216,7 @@ BOOL GetMessageW(MSG* message, HWND window, UINT first, UINT last) noexcept {
         return gate.fails(-1, ERROR_INVALID_WINDOW_HANDLE);
     for (;;) {
         messages::Message taken;
+        // Sent messages come before posted ones. The procedure runs without the lock, since it calls the API.
         if (messages::takeSent(gate.image(), gate.slot(), taken)) {
             lock.release();
             answerSent(gate, taken);

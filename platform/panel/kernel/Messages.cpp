@@ -185,6 +185,7 @@ bool send(Image& image, Slot sender, const Message& message) {
 }
 
 bool sendToThread(Image& image, Slot sender, Slot thread, const Message& message) {
+    // The number of the wait is unique, so it also serves as the token.
     Message sent = message;
     sent.sender = sender;
     sent.token = ++image.waitOrder;

@@ -89,6 +89,8 @@ Slot makeThreadRecord(Image& image, Slot process) {
     return 0;
 }
 
+// Returns the exit code of a process that has ended on the host. A program that takes part in the panel ends itself
+// with endProcess, so without a recorded code the process was killed.
 std::uint32_t codeOfDead(const ProcessRecord& process) {
     if (process.exitKnown.load(std::memory_order_acquire))
         return process.exitCode.load(std::memory_order_relaxed);
@@ -96,6 +98,7 @@ std::uint32_t codeOfDead(const ProcessRecord& process) {
 }
 
 void killHostProcess(const ProcessRecord& process) {
+    // The start time guards against a reused pid; pid 1 and below would hit other processes.
     if (process.hostPid <= 1 || !host::isAlive(process.hostPid, process.hostStart))
         return;
     ::kill(-process.hostPid, SIGKILL); // the process group, with the children of a script

@@ -21,6 +21,7 @@ bool push(Image& image, Slot queue, const void* message, std::uint32_t size) {
     ObjectRecord& record = objects::at(image, queue);
     Slot* last = &record.subject;
     std::uint32_t count = 0;
+    // Finds the end of the list and counts its messages.
     for (; *last; last = &at(image, *last).next)
         ++count;
     if (size > record.size || (record.limit && count >= record.limit))

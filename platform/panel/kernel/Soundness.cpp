@@ -71,6 +71,7 @@ bool isSound(const Image& image, const ProcessRecord& process) {
 }
 
 bool isSound(const Image& image, const ThreadRecord& thread) {
+    // waitCount is checked below, but the range must be valid even for a wrong count.
     const auto* const end = thread.waitObjects + std::min(thread.waitCount, maxWaitObjects);
     const bool waits = thread.waitKind == WaitKind::objects;
     return thread.state <= ThreadState::waiting && thread.process - 1 < image.processesUsed &&
@@ -82,6 +83,7 @@ bool isSound(const Image& image, const ThreadRecord& thread) {
            thread.replyFrom <= image.threadsUsed;
 }
 
+// Returns whether all lists of messages end and share no record.
 bool listsEnd(const Image& image) {
     Chains<maxMessages> messages;
     Chains<maxQueueMessages> queued;

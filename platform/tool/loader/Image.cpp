@@ -204,6 +204,7 @@ Image load(const std::string& hostPath) {
         std::memcpy(memory.at(section.address, section.fileSize), file.data() + section.place, section.fileSize);
     if (const std::uint32_t directory = headers.word(pe::importDirectory))
         bindImports(memory, sections, directory);
+    // The code was written as data, so the instruction cache must be cleared before it runs.
     char* const start = memory.at(0, size);
     __builtin___clear_cache(start, start + size);
     mprotect(start, size, PROT_READ);
