@@ -137,7 +137,7 @@ TEST_F(PanelCommand, SaysWhatIsWrongInOneLine) {
     isMisused("device tags code TAG_Nope", "TAG_Nope");
     isMisused("device NANDFlash set 1", "0 values");
     isMisused("device BKL1 explode", "explode");
-    isMisused("device BKL1 set 1 2 3 4294967296", "32 bits");
+    isMisused("device BKL1 set 1 2 3 4294967296", "32-bit");
     isMisused("device BKL1 set 1 2", "4 values");
     isMisused("fault add Sleep", "cannot fail");
     isMisused("fault add CreateFileW --call 0", "from 1");
@@ -236,7 +236,7 @@ TEST_F(PanelCommand, ShowsDevicesAndTellsThemWhatToDo) {
     EXPECT_EQ(json("status").at("backLight"), Json({128, 1, 128, 1}));
     EXPECT_EQ(json("status").at("flashWritable"), false);
     EXPECT_EQ(json("device SHC1").at("present"), false);
-    isMisused("device SHC1 add 5", "as a whole");
+    isMisused("device SHC1 add 5", "the whole device");
     succeed("device SHC1 add");
     succeed("device SHC1 refuse open --error 2");
     EXPECT_EQ(json("device SHC1").at("does").at("open"), "refuses with error 2");
