@@ -141,7 +141,7 @@ TEST_F(PanelCommand, SaysWhatIsWrongInOneLine) {
     isMisused("device BKL1 set 1 2", "4 values");
     isMisused("fault add Sleep", "cannot fail");
     isMisused("fault add CreateFileW --call 0", "from 1");
-    isMisused("create ''", "names none");
+    isMisused("create ''", "not a directory for a panel");
     for (const std::string name : {"'a\\b'", "..", "''"})
         isMisused("plug p --as " + name, "not a valid volume name");
     isMisused("plug p --as " + std::string(63, 'n'), "too long");
