@@ -5,11 +5,10 @@
 // - A process has ended, in whatever way. The watcher removes it from the tables and releases the threads that waited
 //   for it.
 // - A process has joined the panel. The joining process announces itself by a new time stamp of the kernel file.
-// - The panel is gone: somebody removed, moved, replaced, truncated or overwrote the kernel file or moved a folder
-// above
-//   it. (The panel itself changes the file only through mappings.) The watcher kills a program. It ends a driver with
-//   one line on standard error, unless the panel was switched off before. This works even while the kernel's lock is
-//   stuck.
+// - The panel is gone: somebody removed, moved, replaced, truncated or overwrote the kernel file, or moved a folder
+//   above it. (The panel itself changes the file only through mappings.) The watcher kills a program. It ends a driver
+//   with one line on standard error, unless the panel was switched off before. This works even while the kernel's lock
+//   is stuck.
 #pragma once
 
 #include "platform/panel/kernel/Image.h"

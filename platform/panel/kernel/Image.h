@@ -98,8 +98,7 @@ struct ProcessRecord {
     Slot starter; // the thread that started the process, while the process stands still for it
     Slot owner; // the driver with whose end this process ends; a driver that owns programs names itself; 0: no owner
     std::atomic<std::uint32_t> released; // futex word: 1 once the process may begin
-    std::atomic<std::uint32_t>
-        exitKnown; // 1: exitCode is valid; the watching parent of a program that is not aware sets it
+    std::atomic<std::uint32_t> exitKnown; // 1: exitCode is valid; set by the parent of a program that is not aware
     std::atomic<std::uint32_t> exitCode;
     Slot mainThread;
     Slot object; // the process object
@@ -268,8 +267,7 @@ struct Image {
     std::uint64_t fileInode;
     char hostBoot[40]; // host::bootId at boot: after a reboot of the host the panel is off
     std::uint32_t headSum; // checksum of the four fields above, which never change
-    std::atomic<std::uint32_t>
-        lock; // the kernel's lock (Lock.h): the owner, and in the top bit whether a thread sleeps on it
+    std::atomic<std::uint32_t> lock; // the kernel's lock (Lock.h): its owner; top bit: a thread sleeps on it
     std::atomic<std::uint32_t> on; // 1 while the panel has power
     std::uint32_t threadsUsed; // number of records that were ever used; searches stop there
     std::uint32_t objectsUsed;
@@ -298,8 +296,7 @@ struct Image {
     std::uint32_t endedCount; // number of programs that have ended since boot
     char volumes[maxVolumes][64]; // names of the volumes; empty: the entry is free
     char registeredMessages[maxRegisteredMessages][128];
-    std::uint8_t
-        programsMessages[maxRegisteredMessages]; // 1: a program, not only a command, has registered the message
+    std::uint8_t programsMessages[maxRegisteredMessages]; // 1: registered by a program, not only by a command
     ProgramRecord programs[maxPrograms];
     FaultRecord faults[maxFaults];
     LingeringRecord lingering[maxLingering];
