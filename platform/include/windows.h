@@ -148,18 +148,21 @@ struct CRITICAL_SECTION {
     DWORD dwContentions;
 };
 
+// Prepares a section for use. Call it once before any other function.
 void WINAPI InitializeCriticalSection(CRITICAL_SECTION* section) noexcept;
 // Waits until the section is free and enters it. The owner may enter again.
 void WINAPI EnterCriticalSection(CRITICAL_SECTION* section) noexcept;
 // Leaves the section once. If the calling thread does not own the section, later calls of EnterCriticalSection may wait
 // for ever [ms886733].
 void WINAPI LeaveCriticalSection(CRITICAL_SECTION* section) noexcept;
+// Frees the resources of a section. No thread may use it any more.
 void WINAPI DeleteCriticalSection(CRITICAL_SECTION* section) noexcept;
 
 // ---- Threads, processes, modules ------------------------------------------------------------------------------------
 
 using LPTHREAD_START_ROUTINE = DWORD(WINAPI*)(LPVOID);
 
+// The handles and ids of a new process. The caller closes both handles.
 struct PROCESS_INFORMATION {
     HANDLE hProcess;
     HANDLE hThread;
@@ -221,12 +224,14 @@ HMODULE WINAPI LoadLibraryW(LPCWSTR library) noexcept;
 FARPROC WINAPI GetProcAddressW(HMODULE library, LPCWSTR function) noexcept;
 // Unloads a library. Each LoadLibraryW needs one FreeLibrary.
 BOOL WINAPI FreeLibrary(HMODULE library) noexcept;
+// Suspends the calling thread. INFINITE means for ever.
 void WINAPI Sleep(DWORD milliseconds) noexcept;
 // Sends a text to the debugger. The simulated panel writes it to run/output.
 void WINAPI OutputDebugStringW(LPCWSTR text) noexcept;
 
 // ---- Time -----------------------------------------------------------------------------------------------------------
 
+// A date and time of day, in UTC here.
 struct SYSTEMTIME {
     WORD wYear;
     WORD wMonth; // 1 to 12
@@ -257,6 +262,7 @@ inline constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
 
 inline constexpr DWORD FILE_FLAG_RANDOM_ACCESS = 0x10000000;
 
+// Access rights, share modes and dispositions of CreateFileW; origins of SetFilePointer.
 inline constexpr DWORD GENERIC_READ = 0x80000000;
 inline constexpr DWORD GENERIC_WRITE = 0x40000000;
 inline constexpr DWORD FILE_SHARE_READ = 1;
@@ -271,6 +277,7 @@ inline constexpr DWORD FILE_CURRENT = 1;
 inline constexpr DWORD FILE_END = 2;
 inline constexpr DWORD INVALID_SET_FILE_POINTER = 0xFFFFFFFF;
 
+// A result of a search.
 struct WIN32_FIND_DATAW {
     DWORD dwFileAttributes;
     FILETIME ftCreationTime;
@@ -294,15 +301,20 @@ BOOL WINAPI WriteFile(HANDLE file, LPCVOID buffer, DWORD bytes, DWORD* written, 
 // Moves the file position and returns its low 32 bits. `distanceHigh` is null or points to 0 [ms891933]; the call then
 // stores the high 32 bits there. Returns INVALID_SET_FILE_POINTER on failure.
 DWORD WINAPI SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD origin) noexcept;
+// Copies a file with its attributes and write time. Does not write onto a read-only, open or running file.
 BOOL WINAPI CopyFileW(LPCWSTR source, LPCWSTR destination, BOOL failIfExists) noexcept;
 // Renames or moves a file or folder. Never replaces an existing file [ms891388].
 BOOL WINAPI MoveFileW(LPCWSTR source, LPCWSTR destination) noexcept;
+// Deletes a file. Fails with ERROR_ACCESS_DENIED if it is read-only or a process runs from it, and with
+// ERROR_SHARING_VIOLATION if it is open.
 BOOL WINAPI DeleteFileW(LPCWSTR path) noexcept;
+// Creates a folder. The folder above it must exist. Fails with ERROR_ALREADY_EXISTS if the name is taken.
 BOOL WINAPI CreateDirectoryW(LPCWSTR path, SECURITY_ATTRIBUTES* security) noexcept;
 // Removes a folder. Fails with ERROR_DIR_NOT_EMPTY if the folder is not empty.
 BOOL WINAPI RemoveDirectoryW(LPCWSTR path) noexcept;
 // Returns FILE_ATTRIBUTE_* bits, or INVALID_FILE_ATTRIBUTES on failure.
 DWORD WINAPI GetFileAttributesW(LPCWSTR path) noexcept;
+// Sets or clears the read-only attribute of a file.
 BOOL WINAPI SetFileAttributesW(LPCWSTR path, DWORD attributes) noexcept;
 // Starts a search. The last component of the pattern may hold "*" and "?". The results do not include "." and "..".
 // Returns INVALID_HANDLE_VALUE if nothing matches. FindNextFileW returns FALSE with ERROR_NO_MORE_FILES at the end.

@@ -20,6 +20,7 @@ extern "C" {
 // A window procedure. It runs on the thread that created the window.
 using WNDPROC = LRESULT(CALLBACK*)(HWND, UINT, WPARAM, LPARAM);
 
+// A window class, as RegisterClassW takes it.
 struct WNDCLASSW {
     UINT style;
     WNDPROC lpfnWndProc;
@@ -54,6 +55,7 @@ struct POINT {
     LONG y;
 };
 
+// A message, as GetMessageW stores it.
 struct MSG {
     HWND hwnd;
     UINT message;
@@ -80,6 +82,7 @@ inline constexpr UINT WM_LBUTTONUP = 0x0202;
 inline constexpr UINT WM_RBUTTONDOWN = 0x0204;
 inline constexpr UINT WM_RBUTTONUP = 0x0205;
 inline constexpr UINT WM_USER = 0x0400;
+// Window styles and extended window styles.
 inline constexpr DWORD WS_VISIBLE = 0x10000000;
 inline constexpr DWORD WS_POPUP = 0x80000000;
 inline constexpr DWORD WS_EX_TOPMOST = 0x8;
@@ -102,16 +105,20 @@ HWND WINAPI CreateWindowExW(DWORD extendedStyle, LPCWSTR className, LPCWSTR titl
                             int height, HWND parent, HMENU menu, HINSTANCE instance, LPVOID parameter) noexcept;
 // Destroys a window. Only the thread that created the window may call this.
 BOOL WINAPI DestroyWindow(HWND window) noexcept;
+// Handles a message as a window does by default. WM_CLOSE destroys the window. WM_NCCREATE returns 1, all other
+// messages 0.
 LRESULT WINAPI DefWindowProcW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
 // Waits for the next posted message of the calling thread and removes it. Returns TRUE for a message, FALSE for
 // WM_QUIT, -1 on failure. While it waits, it runs the window procedures for messages that other threads send.
 BOOL WINAPI GetMessageW(MSG* message, HWND window, UINT first, UINT last) noexcept;
+// Translates key messages. A panel has no keyboard, so the call does nothing here.
 BOOL WINAPI TranslateMessage(const MSG* message) noexcept;
 // Calls the window procedure for a posted message and returns its result.
 LRESULT WINAPI DispatchMessageW(const MSG* message) noexcept;
 // Appends a message to the queue of the window's thread and returns at once. With a null window the message goes to the
 // calling thread's queue. Fails with ERROR_NOT_ENOUGH_QUOTA if the queue is full.
 BOOL WINAPI PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept;
+// Returns the size of the screen in pixels for SM_CXSCREEN and SM_CYSCREEN, and 0 for other indexes.
 int WINAPI GetSystemMetrics(int index) noexcept;
 
 // ---- The screen -----------------------------------------------------------------------------------------------------
@@ -140,6 +147,7 @@ using HHOOK = HHOOK__*;
 // swallows the event: no window gets it.
 using HOOKPROC = LRESULT(CALLBACK*)(int code, WPARAM wParam, LPARAM lParam);
 
+// A mouse event, as the hook procedure gets it.
 struct MSLLHOOKSTRUCT {
     POINT pt; // screen coordinates in pixels
     DWORD mouseData;

@@ -25,6 +25,7 @@ struct Volume {
     bool inPlace; // the volume is the host's folder itself, not a copy
 };
 
+// A partition of a disk, to be plugged or already plugged.
 struct Partition {
     std::filesystem::path folder; // host folder with the partition's files; used by `plug` only, not stored
     // Name of the volume. If it is empty, `plug` gives a mounted partition the next free name of "Hard Disk",
@@ -33,6 +34,7 @@ struct Partition {
     std::uint32_t attributes = mountedPartition; // PARTITION_ATTRIBUTE_* bits
 };
 
+// A disk, to be plugged or already plugged. It has at most 8 partitions.
 struct Disk {
     std::vector<Partition> partitions;
     std::uint64_t readyAfter = 0; // panel ms from plugging or booting until OpenStore succeeds; or `never`

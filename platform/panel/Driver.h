@@ -29,6 +29,7 @@ struct CallStatus {
     std::string call; // as the trace shows it: "Sleep[1](1000)"
 };
 
+// A process that runs on the panel.
 struct ProcessStatus {
     std::string name; // "TarvexHelper.exe#2"
     std::string path;
@@ -41,6 +42,7 @@ struct ProcessStatus {
     std::vector<CallStatus> calls;
 };
 
+// A window of a program.
 struct WindowStatus {
     std::string className;
     std::string process;
@@ -54,6 +56,7 @@ struct EndedStatus {
     std::uint64_t time; // panel ms
 };
 
+// The screen as the user sees it.
 struct ScreenStatus {
     std::string cover; // class of the uppermost window that covers the whole screen; empty: no such window
     std::string process; // process of that window
@@ -67,6 +70,7 @@ struct SignalStatus {
     std::uint32_t count; // how often it was set
 };
 
+// The state of a panel at one moment, taken under the kernel's lock.
 struct PanelStatus {
     ClockMode mode;
     double factor; // panel seconds per real second in flowing mode
@@ -142,13 +146,16 @@ public:
 
     // Returns false once this panel was switched off, even if the panel was booted again.
     bool isOn();
+    // Returns the state of the panel. The calling driver itself is left out.
     PanelStatus status();
     void setTicks(std::uint32_t ticks); // sets the current tick count
     void setTracing(bool on); // does not clear the trace
 
     // Adds a fault. Throws if the function is unknown or cannot fail, or if the panel has maxFaults faults.
     void addFault(const Fault& fault);
+    // Returns all faults with their hits, in no particular order.
     std::vector<Fault> faults();
+    // Removes all faults.
     void clearFaults();
 
     // Waits until the host processes of ended programs are gone. Their complete output is in run/output then.

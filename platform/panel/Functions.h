@@ -20,6 +20,7 @@ enum class Function : std::uint32_t {
 
 inline constexpr auto functionCount = static_cast<std::size_t>(Function::count);
 
+// A line of the table.
 struct FunctionFacts {
     std::string_view name;
     bool canFail;
@@ -27,6 +28,7 @@ struct FunctionFacts {
     std::uint32_t lastError; // last error after a failing call
 };
 
+// Returns the line of a function.
 const FunctionFacts& facts(Function function);
 // Finds a function by name, case-sensitively.
 std::optional<Function> functionNamed(std::string_view name);

@@ -19,6 +19,7 @@ namespace panel {
 // panel that was switched off keeps its kernel file until the next boot: check `image->on` too.
 class Mapping {
 public:
+    // Throws std::runtime_error if the file is damaged or cannot be opened (Runtime.h).
     explicit Mapping(const std::filesystem::path& root) : image(mapImage((root / "run/kernel").string())) {}
     ~Mapping() {
         if (image)

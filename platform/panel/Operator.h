@@ -14,6 +14,7 @@ namespace panel {
 // Sets the events of the power manager. Throws if the panel has no power manager.
 void setUserActive(bool active);
 
+// A touch of the screen.
 struct Touch {
     enum class Kind { tap, press, release, move }; // a tap is a press followed by a release
     Kind kind = Kind::tap;

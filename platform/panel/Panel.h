@@ -36,12 +36,14 @@ struct PanelOptions {
     std::string guid = std::string("\x00\x11\x22\x33\x44\x55\x66\x77\x88\x99\xaa\xbb\xcc\xdd\xee\xff", 16); // tag 48
 };
 
+// The clock of a booting panel.
 struct BootOptions {
     ClockMode mode = ClockMode::flowing;
     double factor = 1; // flowing mode: panel seconds per real second, 0.001 to 100000
     std::uint32_t ticks = 0; // tick count at boot in ms
 };
 
+// A panel by its directory. Any number of objects and processes may use the same directory.
 class Panel {
 public:
     // Creates a panel. The directory must be empty or not exist. A failure leaves nothing behind.
@@ -67,6 +69,7 @@ public:
 
     // Returns the screen size and the date of the last shutdown. The other fields keep their defaults.
     PanelOptions options() const;
+    // Returns whether the panel has power.
     bool isOn() const;
     // Switches the panel on. Driver::startInit then starts the programs of the registry.
     void boot(const BootOptions& options);

@@ -23,6 +23,7 @@ struct Place {
         0; // if it does not exist: ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND, ERROR_INVALID_NAME, ...
     struct stat status {}; // valid if it exists
 
+    // An existing folder; an existing file; an existing file without write permission.
     bool isDirectory() const {
         return exists && S_ISDIR(status.st_mode);
     }

@@ -23,6 +23,7 @@ ProgramKind kindOf(const std::string& hostPath);
 // qemu-arm-static and the loader: the one of the build, or the file that PANEL_LOADER in the environment names.
 std::string whyNot(ProgramKind kind);
 
+// The result of a start: a process or an error.
 struct Started {
     Slot process = 0;
     std::uint32_t error = 0; // the Windows error if process is 0

@@ -28,12 +28,14 @@ inline constexpr std::uint32_t typeTexts = 7; // REG_MULTI_SZ
 
 using Bytes = std::vector<std::uint8_t>;
 
+// A value: raw bytes with a type.
 struct Value {
     std::string name; // empty: the key's default value
     std::uint32_t type = typeBinary;
     Bytes data;
 };
 
+// A key with its values and subkeys. Names are found case-insensitively.
 struct Key {
     std::string name;
     std::vector<Value> values; // in order of creation

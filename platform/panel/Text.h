@@ -31,6 +31,7 @@ bool numberIn(std::string_view text, std::uint32_t& number);
 
 // Returns the text without case. Two texts are equal case-insensitively if their folded forms are equal.
 std::string fold(std::string_view text);
+// Compares two texts case-insensitively.
 inline bool equalCaseBlind(std::string_view first, std::string_view second) {
     return first.size() == second.size() && fold(first) == fold(second);
 }

@@ -38,6 +38,7 @@ inline constexpr std::uint64_t never = ~std::uint64_t{0}; // a deadline that nev
 
 using Slot = std::uint32_t; // index + 1; 0: no record
 
+// The types of kernel objects. Handles to all types share one table per process.
 enum class ObjectType : std::uint32_t {
     free,
     event,
@@ -78,6 +79,7 @@ struct ObjectRecord {
     char name[788]; // events and mutexes: the name in UTF-8; registry keys: the path
 };
 
+// An entry of a process's table of handles.
 struct HandleRecord {
     Slot object; // 0: closed
     std::uint32_t serial; // how often the entry was used; part of the handle's number
@@ -86,6 +88,8 @@ struct HandleRecord {
 // `created`: the process stands still for its starter.
 enum class ProcessState : std::uint32_t { free, created, running };
 
+// A process of the panel: a program or a driver. The record is free again when the process has ended; its process
+// object keeps the exit code as long as a handle refers to it.
 struct ProcessRecord {
     ProcessState state;
     std::int32_t hostPid;
@@ -116,6 +120,7 @@ enum class ThreadState : std::uint32_t { free, running, waiting };
 // that blocks or delays.
 enum class WaitKind : std::uint32_t { none, time, objects, section, message, reply, device };
 
+// A thread with its wait and its message queues. The scheduler (Scheduler.h) changes the state.
 struct ThreadRecord {
     ThreadState state;
     Slot process;
@@ -144,6 +149,7 @@ struct ThreadRecord {
     char call[120]; // the platform call in which the thread waits, as the trace shows it; empty: no call
 };
 
+// A posted or sent message. Messages form linked lists: the queues of threads, and the list of free records.
 struct MessageRecord {
     Slot next;
     Slot window;
@@ -156,6 +162,7 @@ struct MessageRecord {
     std::int64_t lParam;
 };
 
+// A window. Its number, which is also its handle, consists of the serial and the slot.
 struct WindowRecord {
     std::uint32_t used;
     std::uint32_t serial;
@@ -169,6 +176,7 @@ struct WindowRecord {
     char className[128];
 };
 
+// A message in a point-to-point message queue (Queues.h).
 struct QueueMessageRecord {
     std::uint32_t used;
     Slot next;
@@ -176,12 +184,14 @@ struct QueueMessageRecord {
     std::uint8_t bytes[maxQueueMessageSize];
 };
 
+// A partition of a block device (Disks.h).
 struct PartitionRecord {
     char volume[64]; // name of the volume, without a backslash; it also names a partition that is not mounted yet
     std::uint32_t attributes; // PARTITION_ATTRIBUTE_* bits
     std::uint32_t unused;
 };
 
+// A plugged disk. A new disk in the same record has another serial, so handles to the old disk become invalid.
 struct BlockDeviceRecord {
     std::uint32_t used;
     std::uint32_t serial; // differs for each use of the record
@@ -192,19 +202,23 @@ struct BlockDeviceRecord {
     PartitionRecord partitions[maxPartitions];
 };
 
+// The low-level mouse hook of the panel.
 struct HookRecord {
     Slot thread; // the thread that installed the hook; 0: no hook is installed
     std::uint32_t serial;
     std::uint64_t procedure; // address in the thread's process
 };
 
+// A program that was started since boot, by its file name.
 struct ProgramRecord {
     char name[128]; // file name, in the spelling of the first start
     std::uint32_t starts; // number of starts since boot
 };
 
+// The two modes of panel time (Clock.h).
 enum class ClockMode : std::uint32_t { stepped, flowing };
 
+// The clock of the panel. Tick count and date follow from `now`.
 struct ClockRecord {
     ClockMode mode;
     std::uint32_t factor; // flowing mode: panel ms per 1000 real ms
@@ -215,8 +229,10 @@ struct ClockRecord {
     std::uint32_t unused;
 };
 
+// `fail`: the call fails; `cut`: the power is cut at the call; `none`: the record is free.
 enum class FaultAction : std::uint32_t { none, fail, cut };
 
+// An injected fault (Driver.h). All conditions must match the call.
 struct FaultRecord {
     FaultAction action;
     std::uint32_t function; // a value of Function
@@ -260,6 +276,7 @@ struct SignalRecord {
     std::uint32_t unused;
 };
 
+// The whole content of the file.
 struct Image {
     std::atomic<std::uint32_t> magic; // boot sets it last; the Watcher clears it when the file was overwritten
     std::uint32_t version; // imageVersion
