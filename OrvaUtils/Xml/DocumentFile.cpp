@@ -11,16 +11,19 @@
 namespace OrvaUtils::Xml {
 
 bool loadDocument(tinyxml2::XMLDocument& document, const std::wstring& path) {
+    // _wfopen uses the platform's file functions, so the library needs no path.
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(_wfopen(path.c_str(), L"rb"), std::fclose);
     try {
         return file != nullptr && document.LoadFile(file.get()) == tinyxml2::XML_SUCCESS;
-    } catch (const std::bad_alloc&) { // more than the heap holds
+    } catch (const std::bad_alloc&) {
+        // The file is larger than the free memory. The incomplete document is discarded.
         document.Clear();
         return false;
     }
 }
 
 bool saveDocument(const tinyxml2::XMLDocument& document, const std::wstring& path) {
+    // The document is printed before the file is opened: CREATE_ALWAYS empties the file, and memory may be short.
     tinyxml2::XMLPrinter text;
     try {
         document.Print(&text);
@@ -32,7 +35,8 @@ bool saveDocument(const tinyxml2::XMLDocument& document, const std::wstring& pat
     if (file == INVALID_HANDLE_VALUE) {
         return false;
     }
-    const auto size = static_cast<DWORD>(text.CStrSize()) - 1; // without the terminating zero
+    // The size includes a terminating zero, which does not belong to the file.
+    const auto size = static_cast<DWORD>(text.CStrSize()) - 1;
     DWORD written = 0;
     const bool complete = WriteFile(file, text.CStr(), size, &written, nullptr) && written == size;
     return CloseHandle(file) && complete;

@@ -37,6 +37,7 @@ using WPARAM = std::uintptr_t;
 using LPARAM = std::intptr_t;
 using LRESULT = std::intptr_t;
 using HANDLE = void*;
+static_assert(sizeof(void*) != 4 || (sizeof(WCHAR) == 2 && WCHAR(-1) > 0)); // a panel's
 
 struct HINSTANCE__;
 using HINSTANCE = HINSTANCE__*;
@@ -147,6 +148,7 @@ struct CRITICAL_SECTION {
     DWORD needtrap; // simulated panel: 1 after a thread that did not own the section has left it
     DWORD dwContentions;
 };
+static_assert(sizeof(void*) != 4 || sizeof(CRITICAL_SECTION) == 20);
 
 // Prepares a section for use. Call it once before any other function.
 void WINAPI InitializeCriticalSection(CRITICAL_SECTION* section) noexcept;
@@ -169,8 +171,9 @@ struct PROCESS_INFORMATION {
     DWORD dwProcessId;
     DWORD dwThreadId;
 };
+static_assert(sizeof(void*) != 4 || sizeof(PROCESS_INFORMATION) == 16);
 
-struct STARTUPINFOW { // 68 bytes on a panel
+struct STARTUPINFOW {
     DWORD cb;
     LPWSTR lpReserved;
     LPWSTR lpDesktop;
@@ -190,6 +193,7 @@ struct STARTUPINFOW { // 68 bytes on a panel
     HANDLE hStdOutput;
     HANDLE hStdError;
 };
+static_assert(sizeof(void*) != 4 || sizeof(STARTUPINFOW) == 68);
 
 inline constexpr DWORD STILL_ACTIVE = 259;
 
@@ -242,6 +246,7 @@ struct SYSTEMTIME {
     WORD wSecond;
     WORD wMilliseconds;
 };
+static_assert(sizeof(SYSTEMTIME) == 16);
 
 struct FILETIME { // units of 100 ns since 1601-01-01 UTC
     DWORD dwLowDateTime;
@@ -288,6 +293,7 @@ struct WIN32_FIND_DATAW {
     DWORD dwOID;
     WCHAR cFileName[MAX_PATH];
 };
+static_assert(offsetof(WIN32_FIND_DATAW, cFileName) == 40 && sizeof(WIN32_FIND_DATAW) == 40 + MAX_PATH * sizeof(WCHAR));
 
 // Opens or creates a file, or opens a driver by its device name ("BKL1:", "\\NANDFlash\\Vol:"). Fails with
 // ERROR_FILE_NOT_FOUND if the panel lacks the file or device, and with ERROR_SHARING_VIOLATION if another open handle

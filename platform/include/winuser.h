@@ -33,6 +33,7 @@ struct WNDCLASSW {
     LPCWSTR lpszMenuName;
     LPCWSTR lpszClassName;
 };
+static_assert(sizeof(void*) != 4 || sizeof(WNDCLASSW) == 40);
 
 // WM_NCCREATE and WM_CREATE pass a pointer to this record in lParam.
 struct CREATESTRUCTW {
@@ -49,6 +50,7 @@ struct CREATESTRUCTW {
     LPCWSTR lpszClass;
     DWORD dwExStyle;
 };
+static_assert(sizeof(void*) != 4 || sizeof(CREATESTRUCTW) == 48);
 
 struct POINT {
     LONG x;
@@ -64,6 +66,7 @@ struct MSG {
     DWORD time; // tick count when the message was posted
     POINT pt;
 };
+static_assert(sizeof(void*) != 4 || sizeof(MSG) == 28);
 
 inline constexpr UINT WM_NULL = 0x0000;
 inline constexpr UINT WM_CREATE = 0x0001;
