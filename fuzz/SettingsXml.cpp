@@ -7,8 +7,8 @@
 
 namespace {
 
-constexpr const char* FILE_PATH =
-    "\\MMCMemory\\Tarvex\\EMMC.xml"; // fixed path of the statistics; the other files can have any path
+// Fixed path of the statistics; the other files can have any path.
+constexpr const char* FILE_PATH = "\\MMCMemory\\Tarvex\\EMMC.xml";
 constexpr const wchar_t* PATH = L"\\MMCMemory\\Tarvex\\EMMC.xml";
 
 // Some large counts deliberately grow when they are saved, so these inputs are skipped.

@@ -193,10 +193,8 @@ void Panel::boot(const BootOptions& options) {
     fs::create_directories(root / "run/output");
     const std::string fresh = (root / "run/kernel.new").string();
     const int file = open(fresh.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
-    const int error =
-        file < 0
-            ? errno
-            : posix_fallocate(file, 0, sizeof(Image)); // so that no later write to the mapping can fail on a full disk
+    // Allocated in full, so that no later write to the mapping can fail on a full disk.
+    const int error = file < 0 ? errno : posix_fallocate(file, 0, sizeof(Image));
     void* address = error ? MAP_FAILED : mmap(nullptr, sizeof(Image), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
     if (file >= 0)
         close(file);

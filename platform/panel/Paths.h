@@ -19,8 +19,8 @@ struct Place {
     std::string host; // host path of the file, or of the file that would be created
     names::Folder folder; // the host folder that holds it
     bool exists = false;
-    std::uint32_t error =
-        0; // if it does not exist: ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND, ERROR_INVALID_NAME, ...
+    // The reason if it does not exist: ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND, ERROR_INVALID_NAME, ...
+    std::uint32_t error = 0;
     struct stat status {}; // valid if it exists
 
     // An existing folder; an existing file; an existing file without write permission.

@@ -93,8 +93,8 @@ ThreadContext::~ThreadContext() {
     {
         const Lock lock(*image);
         const ThreadRecord& record = scheduler::at(*image, slot);
-        if (record.state != ThreadState::free &&
-            record.id == id) // otherwise the process has ended, and the slot may be in use again
+        // Otherwise the process has ended, and the slot may be in use again.
+        if (record.state != ThreadState::free && record.id == id)
             processes::endThread(*image, slot);
         scheduler::step(*image);
     }

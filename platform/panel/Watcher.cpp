@@ -35,9 +35,9 @@ KernelAlarm::KernelAlarm(const char* root, std::uint64_t device, std::uint64_t i
         std::snprintf(file, sizeof file, "%s%s", root, place);
         return inotify_add_watch(bell, file, events) >= 0;
     };
-    const bool all =
-        hears("", IN_MOVE_SELF) && hears("/run", IN_MOVE_SELF | IN_DELETE) &&
-        hears("/run/kernel", IN_MODIFY | IN_MOVE_SELF | IN_ATTRIB); // IN_ATTRIB also reports a new time stamp
+    // IN_ATTRIB also reports a new time stamp.
+    const bool all = hears("", IN_MOVE_SELF) && hears("/run", IN_MOVE_SELF | IN_DELETE) &&
+                     hears("/run/kernel", IN_MODIFY | IN_MOVE_SELF | IN_ATTRIB);
     std::snprintf(file, sizeof file, "%s/run/kernel", root);
     if (all)
         return;
@@ -86,8 +86,8 @@ Watcher::Watcher(Image& watchedImage, const std::string& directory, bool isDrive
     sigset_t all;
     sigset_t before;
     sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all,
-                    &before); // the new thread inherits the mask: the program's own threads handle signals
+    // The new thread inherits the mask: signals are for the program's own threads.
+    pthread_sigmask(SIG_SETMASK, &all, &before);
     const bool started = pthread_create(&thread, nullptr, run, this) == 0;
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
     if (!started)

@@ -69,11 +69,11 @@ Server::Server(const Commands& panelCommands, panel::Panel shown, int port)
     : commands(panelCommands), panel(std::move(shown)), token(newToken()) {
     server.new_task_queue = [] { return new httplib::ThreadPool(threads); };
     server.set_payload_max_length(mostBody);
-    server.set_socket_options(
-        [](socket_t socket) { // the library's own options would let other programs bind the same port
-            const int yes = 1;
-            setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
-        });
+    // The library's own options would let other programs bind the same port.
+    server.set_socket_options([](socket_t socket) {
+        const int yes = 1;
+        setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+    });
     server.set_default_headers({
         {"Content-Security-Policy", "default-src 'none'; script-src 'self'; style-src 'self'; connect-src 'self'; "
                                     "img-src data:; base-uri 'none'; form-action 'none'; frame-ancestors 'none'"},

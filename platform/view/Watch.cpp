@@ -75,8 +75,8 @@ void Watch::watchFolders() {
         around = add(root.parent_path()); // the panel may be created again
     else if (around >= 0)
         inotify_rm_watch(files, std::exchange(around, -1));
-    for (const char* folder :
-         {"run", "devices", "registry", "fs", "fs/MMCMemory", "fs/MMCMemory/Tarvex"}) // the last folder holds the log
+    // The last folder holds the log.
+    for (const char* folder : {"run", "devices", "registry", "fs", "fs/MMCMemory", "fs/MMCMemory/Tarvex"})
         add(root / folder);
 }
 

@@ -137,8 +137,8 @@ BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD bytes, DWORD* written, void*) 
     if (host < 0)
         return gate.fails(FALSE, ERROR_INVALID_HANDLE);
     const Slot object = objects::resolve(gate.image(), gate.process(), numberOf(file));
-    if (objects::at(gate.image(), object).subject &&
-        !gate.image().flashWritable) // the volume was protected after the file was opened
+    // The volume may have been protected after the file was opened.
+    if (objects::at(gate.image(), object).subject && !gate.image().flashWritable)
         return gate.fails(FALSE, ERROR_WRITE_PROTECT);
     const ssize_t length = write(host, buffer, bytes);
     *written = length < 0 ? 0 : static_cast<DWORD>(length);
@@ -159,8 +159,8 @@ DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD origi
     if (origin > FILE_END || (distanceHigh && *distanceHigh != 0))
         return gate.fails(INVALID_SET_FILE_POINTER, ERROR_INVALID_PARAMETER);
     constexpr int origins[] = {SEEK_SET, SEEK_CUR, SEEK_END};
-    const off_t offset = distanceHigh ? off_t{static_cast<DWORD>(distance)}
-                                      : off_t{distance}; // with a high part the low part is unsigned
+    // With a high part the low part is unsigned.
+    const off_t offset = distanceHigh ? off_t{static_cast<DWORD>(distance)} : off_t{distance};
     const auto position = lseek(host, offset, origins[origin]);
     if (position < 0)
         return gate.fails(INVALID_SET_FILE_POINTER, ERROR_INVALID_PARAMETER);

@@ -227,8 +227,8 @@ void EnterCriticalSection(CRITICAL_SECTION* section) noexcept {
     ++section->dwContentions;
     me.waitKind = WaitKind::section;
     me.waitKey = section->needtrap ? 0 : reinterpret_cast<std::uintptr_t>(section); // no leave ever matches the key 0
-    block(lock, gate.image(), gate.slot(),
-          never); // LeaveCriticalSection makes this thread the owner before it releases the thread
+    // LeaveCriticalSection makes this thread the owner before it releases the thread.
+    block(lock, gate.image(), gate.slot(), never);
 }
 
 void LeaveCriticalSection(CRITICAL_SECTION* section) noexcept {

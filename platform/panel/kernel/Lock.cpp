@@ -87,8 +87,8 @@ void Lock::release() {
     held = false;
     if (word.exchange(0) & sleepers)
         host::futexWake(word);
-    if (image.watched.load() &&
-        image.watched.exchange(0)) // after the change: a watcher sets the word before it reads the tables
+    // After the change: a watcher sets the word before it reads the tables.
+    if (image.watched.load() && image.watched.exchange(0))
         host::futexWake(image.watched, INT_MAX);
 }
 

@@ -213,8 +213,8 @@ void end(Image& image, Slot process, std::uint32_t exitCode) {
         else
             killHostProcess(owned);
     }
-    record.state =
-        ProcessState::free; // last: if this process is killed in here, another process repeats the whole function
+    // Last: if this process is killed in here, another process repeats the whole function.
+    record.state = ProcessState::free;
     if (own)
         raise(SIGKILL);
 }

@@ -110,8 +110,8 @@ void* address(Function* function) {
 
 Table programTable() {
     return {
-        {"CreateThread",
-         address(&program::CreateThread)}, // a map keeps the first entry of a name, so these replace the entries below
+        // A map keeps the first entry of a name, so these three replace the entries below.
+        {"CreateThread", address(&program::CreateThread)},
         {"RegisterClassW", address(&program::RegisterClassW)},
         {"SetWindowsHookExW", address(&program::SetWindowsHookExW)},
 #define COREDLL(name, how, failure, lastError) {#name, address(&::name)},
