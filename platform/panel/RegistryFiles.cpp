@@ -1,11 +1,11 @@
 // Converts the registry's values to and from text, and reads and writes its files.
+#include "platform/panel/Json.h"
 #include "platform/panel/Registry.h"
 
 #include "platform/panel/Hex.h"
 #include "platform/panel/Text.h"
 #include "platform/panel/kernel/Host.h"
 
-#include <nlohmann/json.hpp>
 #include <utf8.h>
 
 #include <iterator>
@@ -14,7 +14,6 @@
 namespace panel::registry {
 
 namespace fs = std::filesystem;
-using Json = nlohmann::ordered_json;
 
 namespace {
 
@@ -79,7 +78,7 @@ Json toJson(const Value& value) {
 
 std::uint32_t numberFrom(const Json& json) {
     if (!json.is_number_unsigned() || json.get<std::uint64_t>() > 0xFFFFFFFF)
-        throw std::runtime_error("not a 32-bit number: " + json.dump());
+        throw std::runtime_error("not a 32-bit number: " + jsonText(json));
     return json.get<std::uint32_t>();
 }
 
@@ -192,7 +191,7 @@ Tree load(const fs::path& panel, Copy copy) {
     const fs::path file = fileOf(panel, copy);
     Tree tree;
     try {
-        const Json json = Json::parse(host::readFile(file.string()));
+        const Json json = parseJson(host::readFile(file.string()));
         checkIsObject(json, "the file");
         for (const auto& [path, values] : json.items()) {
             checkIsObject(values, '"' + path + '"');
@@ -212,7 +211,7 @@ void store(const fs::path& panel, Copy copy, const Tree& tree) {
     Json json = Json::object();
     for (const Key& root : tree.roots())
         list(json, root.name, root);
-    host::writeFile(fileOf(panel, copy).string(), json.dump(2, ' ', false, Json::error_handler_t::replace) + '\n');
+    host::writeFile(fileOf(panel, copy).string(), jsonText(json) + '\n');
 }
 
 // Other roots keep their flushed state: a power cut then loses only their changes.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/panel/Driver.h"
+#include "platform/panel/Json.h"
 
 #include <CLI/CLI.hpp>
 
@@ -38,5 +39,8 @@ private:
 
 // Prints "panel: TEXT" as one line on standard error, even if the text holds line ends.
 void complain(const std::string& text);
+
+// Prints the output of a command with --json to standard output.
+void printJson(const panel::Json& answer);
 
 } // namespace tool
