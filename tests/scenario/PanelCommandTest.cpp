@@ -328,6 +328,21 @@ TEST_F(PanelCommand, StartsAndWaitsWithTheProgramsExitCode) {
     EXPECT_EQ(call("start --wait '\\MMCMemory\\Actor.exe' hold '\\MMCMemory\\Actor.exe'").code, 5);
     EXPECT_EQ(json("fault list").at(0).at("hits"), 1);
     succeed("cut");
+    for (const char* words : {"CreateFileW --nope", "1 Actor.exe#1 t1 Sleep[1](", "CreateFileW[1] --cut", ""})
+        isMisused("boot --fault '" + std::string(words) + "'", "");
+    succeed("registry write 'HKLM\\init' Launch1 '\\MMCMemory\\Actor.exe'");
+    EXPECT_EQ(json("boot --stepped --trace --fault 'CreateFileW --call 2' --fault ' 9 Actor.exe#1 t1 Sleep[1] --cut'")
+                  .at("started"),
+              Json({{{"launch", 1}, {"name", "Actor.exe#1"}}}));
+    EXPECT_EQ(json("fault list").at(1).at("cut"), true);
+    EXPECT_EQ(call("start --wait '\\MMCMemory\\Actor.exe' hold '\\MMCMemory\\Actor.exe' sleep 1").code, 0);
+    succeed("fault add --answer 66 --from \"$(" + programFile("panel").string() +
+            " -C p trace show --process Actor.exe#2 --function CreateFileW)\"");
+    const Json fault = json("fault list").at(2);
+    EXPECT_EQ(fault.at("program"), "Actor.exe");
+    EXPECT_EQ(fault.at("start"), 2);
+    isMisused("fault add --from 'CreateFileW[1]'", "not a line of the trace");
+    succeed("off");
     succeed("boot --flowing --factor 1000");
     EXPECT_EQ(call("start --wait '\\MMCMemory\\Actor.exe' sleep 1000 exit 3").code, 3);
 }
