@@ -83,6 +83,7 @@ int main(int argc, char** argv) {
     tool::addOperatorCommands(app, shared);
     tool::addStartCommand(app, shared);
     tool::addProcessCommands(app, shared);
+    tool::addWaitCommand(app, shared);
     tool::addSendCommand(app, shared);
     tool::addStatusCommand(app, shared);
     tool::addRegistryCommands(app, shared);

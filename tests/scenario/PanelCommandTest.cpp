@@ -346,3 +346,39 @@ TEST_F(PanelCommand, StartsAndWaitsWithTheProgramsExitCode) {
     succeed("boot --flowing --factor 1000");
     EXPECT_EQ(call("start --wait '\\MMCMemory\\Actor.exe' sleep 1000 exit 3").code, 3);
 }
+
+TEST_F(PanelCommand, WaitsForWhatScriptsAskFor) {
+    succeed("create p");
+    install();
+    writeText(directory / "p/fs/MMCMemory/Tarvex/ScreenSaverConfig.xml",
+              "<ScreenSaver><Settings><Enabled>1</Enabled><UserInactivityTimeout>60000</UserInactivityTimeout>"
+              "<MinLuminosityLevel>0</MinLuminosityLevel></Settings></ScreenSaver>");
+    succeed("registry write 'HKLM\\init' Launch61 '\\MMCMemory\\Tarvex\\TarvexHelper.exe'");
+    succeed("boot --stepped");
+    const struct {
+        const char *words, *field;
+        Json value;
+        std::uint64_t time; // since boot, behind the wait
+    } rows[] = {
+        {"--log 'Module manager init'", "line", nullptr, 0},
+        {"--shows nothing", "background", "none", 0},
+        {"--values SHC1 0", "values", {0}, 0},
+        {"--values bkl1 0 1", "values", {0, 1, 0, 1}, 60000},
+        {"--shows ORVASCREENSAVER", "background", "black", 60000},
+        {"--shows black", "process", "TarvexHelper.exe#1", 60000},
+        {"--request any", "device", "SHC1", 300000},
+        {"--request SHC1 count", "time", 600000, 600000}, // the next one, not that one again
+        {"--file '\\mmcmemory\\tarvex\\EMMC.xml'", "folder", false, 600000},
+    };
+    for (const auto& row : rows) {
+        const Json event = json("wait --limit 10min " + std::string(row.words));
+        EXPECT_TRUE(event.contains(row.field) && (row.value.is_null() || event.at(row.field) == row.value)) << event;
+        EXPECT_EQ(json("status").at("clock").at("time"), row.time) << row.words;
+        if (row.words == std::string("--values SHC1 0"))
+            succeed("idle");
+    }
+    for (const char* words : {"--file '\\MMCMemory\\No'", "--request BZR1 beep", "--values SHC1 1", "--shows white"})
+        fails("wait --limit 1s " + std::string(words), "after 1 s", 124);
+    for (const char* words : {"", "--file a --log b", "--request BZR1 read", "--values SHC1 1 2", "--values BZR1 1"})
+        isMisused("wait " + std::string(words), "");
+}
