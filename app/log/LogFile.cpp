@@ -58,7 +58,7 @@ std::uint32_t LogFile::size() const {
     return end == INVALID_SET_FILE_POINTER ? 0 : end;
 }
 
-void LogFile::write(const std::string& bytes) {
+void LogFile::write(std::string_view bytes) {
     if (SetFilePointer(handle, 0, nullptr, FILE_END) != INVALID_SET_FILE_POINTER) {
         DWORD written = 0;
         WriteFile(handle, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 
 // An open file that several threads write to, each line with one WriteFile.
 //
@@ -35,7 +36,7 @@ public:
     // The size in bytes of what lies at the path now, opened for reading; 0 if that fails.
     std::uint32_t size() const;
     // Appends; the bytes are lost if that fails.
-    void write(const std::string& bytes);
+    void write(std::string_view bytes);
 
 private:
     std::wstring path;

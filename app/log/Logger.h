@@ -48,11 +48,17 @@ public:
     static Logger& instance();
 
     // Whether there is any output or listener.
-    bool isEnabled() const;
+    bool isEnabled() const {
+        return toFile || toConsole || toDebugger || !listeners.empty();
+    }
     // The least important level that is written.
-    std::int32_t threshold() const;
-    // Whether a message of this level is worth building: isEnabled() and threshold() >= level.
-    bool admits(std::int32_t level) const;
+    std::int32_t threshold() const {
+        return highestLevel;
+    }
+    // Whether a message of this level is worth building.
+    bool admits(std::int32_t level) const {
+        return isEnabled() && threshold() >= level;
+    }
 
     // Writes a line if its level is at most the threshold. The second form widens each byte to one character.
     void write(std::wstring_view message, std::int32_t level);
@@ -86,8 +92,8 @@ public:
 private:
     void close();
     void writeLine(std::int32_t level, std::initializer_list<std::wstring_view> parts);
-    void output(const std::wstring& line);
-    void outputToFile(const std::wstring& line);
+    // `bytes` is the whole line; what is behind its stamp also comes as wide text.
+    void output(std::string_view bytes, std::size_t stampLength, std::initializer_list<std::wstring_view> message);
     LogFile::Use useCurrent();
     LogFile::Use openFirst();
     void rotate(LogFile::Use& full);
