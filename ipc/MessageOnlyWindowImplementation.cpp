@@ -2,7 +2,6 @@
 
 #include "OrvaUtils/Text.h"
 
-#include <map>
 #include <stdexcept>
 #include <utility>
 
@@ -12,26 +11,30 @@ std::atomic<std::uint32_t> automaticClassNames = 0;
 
 } // namespace
 
-// Deliberately no entry is ever removed: that of a window whose owner is gone has expired and counts as none.
+// The implementations by their windows, the latest first: a handle may come again. Deliberately no entry is ever
+// removed: that of a window whose owner is gone has expired and counts as none. So no thread needs a lock to look.
 class MessageOnlyWindow::Implementation::WindowMap {
 public:
-    static WindowMap& instance() {
-        static WindowMap& map = *new WindowMap; // windows may still get messages while the process ends
-        return map;
+    static void add(HWND window, std::weak_ptr<Implementation> implementation) {
+        auto* const entry = new Entry{window, std::move(implementation), latest};
+        while (!latest.compare_exchange_weak(entry->next, entry)) {
+        }
     }
-    void add(HWND window, std::weak_ptr<Implementation> implementation) {
-        const indev::CriticalSectionGuard guard(*lock);
-        entries[window] = std::move(implementation);
-    }
-    std::shared_ptr<Implementation> find(HWND window) {
-        const indev::CriticalSectionGuard guard(*lock);
-        const auto found = entries.find(window);
-        return found == entries.end() ? nullptr : found->second.lock();
+    static std::shared_ptr<Implementation> find(HWND window) {
+        const Entry* entry = latest;
+        while (entry != nullptr && entry->window != window) {
+            entry = entry->next;
+        }
+        return entry == nullptr ? nullptr : entry->implementation.lock();
     }
 
 private:
-    std::unique_ptr<indev::ICriticalSection> lock = indev::createCriticalSection();
-    std::map<HWND, std::weak_ptr<Implementation>> entries;
+    struct Entry {
+        const HWND window;
+        const std::weak_ptr<Implementation> implementation;
+        Entry* next;
+    };
+    static inline std::atomic<Entry*> latest = nullptr;
 };
 
 MessageOnlyWindow::Implementation::Implementation(MessageOnlyWindow* windowOwner)
@@ -103,12 +106,11 @@ LRESULT CALLBACK MessageOnlyWindow::Implementation::staticProcedure(HWND receive
                                                                     LPARAM lParam) {
     std::shared_ptr<Implementation> implementation;
     try {
-        WindowMap& map = WindowMap::instance();
         if (message == WM_CREATE) {
             const auto* creation = reinterpret_cast<const CREATESTRUCTW*>(lParam);
-            map.add(receiver, static_cast<Implementation*>(creation->lpCreateParams)->weak_from_this());
+            WindowMap::add(receiver, static_cast<Implementation*>(creation->lpCreateParams)->weak_from_this());
         }
-        implementation = map.find(receiver);
+        implementation = WindowMap::find(receiver);
         return implementation == nullptr ? DefWindowProcW(receiver, message, wParam, lParam)
                                          : implementation->procedure(receiver, message, wParam, lParam);
     } catch (...) { // the platform's frames below must not see it
