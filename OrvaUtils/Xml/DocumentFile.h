@@ -1,4 +1,4 @@
-// XML documents in files. The library never sees a path: it reads a file that was opened here, and prints into memory.
+// XML documents in files. The library never sees a file: it parses and prints memory.
 #pragma once
 
 #include <string>
