@@ -18,9 +18,8 @@ void writeNumber(HKEY key, const std::wstring& name, DWORD type, std::uint32_t n
     write(key, name, type, reinterpret_cast<const std::uint8_t*>(&number), sizeof number, failure);
 }
 
-void writeText(HKEY key, const std::wstring& name, DWORD type, std::wstring text, const wchar_t* failure) {
-    text += L'\0';
-    const std::vector<std::uint8_t> bytes = toText16(text);
+void writeText(HKEY key, const std::wstring& name, DWORD type, const std::wstring& text, const wchar_t* failure) {
+    const std::vector<std::uint8_t> bytes = toText16({text.c_str(), text.size() + 1}); // with the terminating zero
     write(key, name, type, bytes.data(), bytes.size(), failure);
 }
 

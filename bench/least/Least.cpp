@@ -1,7 +1,7 @@
 // The least that the helper's operations can take on a panel: the same platform calls with the same bytes, in straight
-// code. No classes of the helper's, no memory but the XML library's, numbers formatted by hand; what fails ends the
-// operation. bench/costs.py runs it in the helper's place and sets its instructions beside the helper's. Its argument
-// says what it does before the message loop:
+// code. No classes of the helper's, no memory but the XML library's, whose documents are used as they are; numbers are
+// formatted by hand; what fails ends the operation. bench/costs.py runs it in the helper's place and sets its
+// instructions beside the helper's. Its argument says what it does before the message loop:
 //
 //     (none)   the start of the installed helper, without settings and eMMC statistics
 //     touches  opens the log and waits for touches and commands
@@ -120,7 +120,9 @@ bool load(tinyxml2::XMLDocument& document, const wchar_t* path) {
     return document.Parse(text, size) == tinyxml2::XML_SUCCESS;
 }
 
-void save(const tinyxml2::XMLPrinter& printer, const wchar_t* path) {
+void save(const tinyxml2::XMLDocument& document, const wchar_t* path) {
+    tinyxml2::XMLPrinter printer;
+    document.Print(&printer);
     const HANDLE file =
         CreateFileW(path, GENERIC_WRITE, SHARED, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     DWORD written = 0;
@@ -141,6 +143,7 @@ unsigned commandCount;
 extern "C" [[gnu::noinline]] bool leastDocument() {
     tinyxml2::XMLDocument document;
     const tinyxml2::XMLElement* section = nullptr;
+    commandCount = 0;
     if (!load(document, DISK L"\\Tarvex.xml") || (section = document.FirstChildElement("Tarvex")) == nullptr)
         return false;
     for (section = section->FirstChildElement(); section != nullptr; section = section->NextSiblingElement()) {
@@ -219,20 +222,17 @@ void readStatistics(unsigned (&values)[6]) {
 }
 
 void writeStatistics(const unsigned (&values)[6]) {
-    tinyxml2::XMLPrinter printer;
-    printer.PushDeclaration("xml version=\"1.0\" encoding=\"UTF-8\"");
-    printer.OpenElement("EMMC");
-    printer.OpenElement("Settings");
+    tinyxml2::XMLDocument document;
+    document.InsertEndChild(document.NewDeclaration());
+    tinyxml2::XMLElement* const root = document.NewElement("EMMC");
+    document.InsertEndChild(root);
+    tinyxml2::XMLElement* const settings = root->InsertNewChildElement("Settings");
     for (unsigned index = 0; index < 6; ++index) {
         char text[11];
         *put(text, values[index]) = 0;
-        printer.OpenElement(STATISTICS[index]);
-        printer.PushText(text);
-        printer.CloseElement();
+        settings->InsertNewChildElement(STATISTICS[index])->SetText(text);
     }
-    printer.CloseElement();
-    printer.CloseElement();
-    save(printer, STATISTICS_FILE);
+    save(document, STATISTICS_FILE);
 }
 
 void updateStatistics(DWORD elapsed) {
@@ -320,6 +320,10 @@ unsigned answer(const char* received, const char* handled, unsigned command, boo
 }
 
 LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    static bool known = false;
+    known = known || message == WM_CREATE;
+    if (!known)
+        return DefWindowProcW(window, message, wParam, lParam);
     EnterCriticalSection(&dispatch);
     LRESULT result = 0;
     const auto command = static_cast<unsigned>(wParam);
