@@ -14,6 +14,7 @@ DynamicLibrary::DynamicLibrary(std::wstring libraryName, Lifetime libraryLifetim
 }
 
 DynamicLibrary::~DynamicLibrary() {
+    // With Lifetime::Process the library stays loaded, so its addresses stay valid when this object is gone.
     if (lifetime == Lifetime::Object) {
         FreeLibrary(library);
     }

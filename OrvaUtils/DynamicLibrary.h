@@ -6,22 +6,25 @@
 
 namespace OrvaUtils {
 
-// A library loaded by name, with its procedures looked up by name.
+// A library that is loaded at run time by its name, with a look-up of its procedures by name.
 //
-// Failures are LoadLibraryException: "Load <library> failed", "Get address of <procedure> failed". Any thread may call.
+// Failures throw LoadLibraryException. Any thread may call.
 class DynamicLibrary {
 public:
+    // Decides what the destructor does with the library.
     enum class Lifetime {
-        Process, // stays loaded until the process ends
-        Object, // unloaded by the destructor; the procedures' addresses are void then
+        Process, // the library stays loaded until the process ends
+        Object, // the destructor unloads the library; the addresses of its procedures become invalid
     };
 
+    // Loads the library. Throws "Load <library> failed".
     DynamicLibrary(std::wstring libraryName, Lifetime libraryLifetime);
     DynamicLibrary(const DynamicLibrary&) = delete;
     DynamicLibrary& operator=(const DynamicLibrary&) = delete;
     ~DynamicLibrary();
 
-    // Never null; to be cast to what the procedure is.
+    // Returns the address of a procedure, never null. The caller casts the address to the type of the procedure. Throws
+    // "Get address of <procedure> failed".
     void* getAddress(const std::wstring& procedure) const;
 
 private:

@@ -5,13 +5,15 @@
 
 namespace OrvaUtils {
 
-// The base of every exception of the program: one wide message in fixed English words.
+// The base class of all exceptions of the helper: one message of wide characters, a fixed English text.
 //
-// It is deliberately no std::exception: whoever handles standard exceptions does not swallow the program's own. The
-// log names the most derived class, so each room declares the classes of its failures, one line each:
+// The class is deliberately not derived from std::exception, so that handlers of standard exceptions do not catch it.
+// The log names the most derived class. Each part of the helper therefore declares its own classes, for example:
+//
 //     class FileSystemException : public OrvaUtils::Exception { using OrvaUtils::Exception::Exception; };
 class Exception {
 public:
+    // The message is "Generic Exception".
     Exception() = default;
     explicit Exception(std::wstring message) : text(std::move(message)) {}
     Exception(const Exception&) = default;

@@ -4,7 +4,7 @@
 
 namespace OrvaUtils {
 
-// A library, or one of its procedures, that the panel does not have.
+// A library cannot be loaded, or lacks a procedure. The message names the library or the procedure.
 class LoadLibraryException : public Exception {
 public:
     using Exception::Exception;

@@ -12,8 +12,10 @@ namespace OrvaUtils {
 
 namespace {
 
+// The Unicode replacement character.
 constexpr std::uint32_t REPLACEMENT = 0xFFFD;
 
+// UTF-16 writes a character above U+FFFF as a pair: a high surrogate, then a low surrogate.
 bool isHighSurrogate(std::uint32_t unit) {
     return unit >= 0xD800 && unit <= 0xDBFF;
 }
@@ -22,6 +24,7 @@ bool isLowSurrogate(std::uint32_t unit) {
     return unit >= 0xDC00 && unit <= 0xDFFF;
 }
 
+// Appends a 16-bit unit in little-endian order.
 void append16(std::vector<std::uint8_t>& bytes, std::uint32_t unit) {
     bytes.push_back(static_cast<std::uint8_t>(unit));
     bytes.push_back(static_cast<std::uint8_t>(unit >> 8));
@@ -36,7 +39,9 @@ std::wstring toWide(std::string_view utf8) {
         return text;
     }
     std::string valid;
+    // The unchecked conversions below are only safe for valid UTF-8.
     utf8::replace_invalid(other, utf8.end(), std::back_inserter(valid), REPLACEMENT);
+    // A wide character has 16 or 32 bits, depending on the platform. Only this file looks at the difference.
     if constexpr (sizeof(wchar_t) == 2) {
         utf8::unchecked::utf8to16(valid.begin(), valid.end(), std::back_inserter(text));
     } else {
@@ -45,6 +50,7 @@ std::wstring toWide(std::string_view utf8) {
     return text;
 }
 
+// The conversion does not use utf8::utf16to8: that function throws for an unpaired surrogate.
 std::string toUtf8(std::wstring_view text) {
     std::string utf8;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -66,6 +72,7 @@ std::wstring fromText16(const std::uint8_t* bytes, std::size_t size) {
     std::wstring text;
     for (std::size_t i = 0; i + 1 < size; i += 2) {
         const std::uint32_t unit = bytes[i] | (static_cast<std::uint32_t>(bytes[i + 1]) << 8);
+        // A pair of surrogates becomes one wide character. An unpaired surrogate stays as it is.
         if constexpr (sizeof(wchar_t) > 2) {
             if (isLowSurrogate(unit) && !text.empty() && isHighSurrogate(static_cast<std::uint32_t>(text.back()))) {
                 const std::uint32_t high = static_cast<std::uint32_t>(text.back()) - 0xD800;
@@ -87,6 +94,7 @@ std::vector<std::uint8_t> toText16(std::wstring_view text) {
     bytes.reserve(2 * text.size());
     for (const wchar_t character : text) {
         const auto point = static_cast<std::uint32_t>(character);
+        // No pair of surrogates can express this value.
         if (point > 0x10FFFF) {
             append16(bytes, REPLACEMENT);
         } else if (point > 0xFFFF) {

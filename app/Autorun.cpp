@@ -12,13 +12,14 @@ using namespace OrvaUtils::Registry;
 namespace {
 
 constexpr wchar_t START_LIST[] = L"init";
-constexpr wchar_t PROGRAM[] = L"Launch61"; // 61: its place in the order of start
+// The number 61 is the position of the helper in the order of start.
+constexpr wchar_t PROGRAM[] = L"Launch61";
 constexpr wchar_t PREDECESSORS[] = L"Depend61";
 
 } // namespace
 
 bool isAutorunConfigured() {
-    // Deliberate: which programs the helper waits for is nobody's concern, as long as there is a value.
+    // Deliberate: the data of "Depend61" do not matter as long as the value exists.
     if (!valueExists(HKEY_LOCAL_MACHINE, START_LIST, PROGRAM) ||
         !valueExists(HKEY_LOCAL_MACHINE, START_LIST, PREDECESSORS)) {
         return false;
@@ -29,6 +30,8 @@ bool isAutorunConfigured() {
 void configureAutorun() {
     const Key key(createKey(HKEY_LOCAL_MACHINE, START_LIST, 0));
     writeString(key.handle(), PROGRAM, Paths::HELPER);
-    writeBinary(key.handle(), PREDECESSORS, {50, 0}); // the program at place 50, in 16 bits
+    // The helper starts after the program at position 50. The number has 16 bits, little-endian.
+    writeBinary(key.handle(), PREDECESSORS, {50, 0});
+    // Without a flush, a power cut could lose both values.
     flushKey(HKEY_LOCAL_MACHINE);
 }

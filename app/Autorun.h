@@ -1,10 +1,12 @@
-// The helper's own place among the programs that the panel starts when it boots: the list "init" of the registry.
+// The autorun of the helper: its two values in HKEY_LOCAL_MACHINE\init, the list of programs that the panel starts when
+// it boots. Call both functions on the main thread during start-up.
 //
-// What is missing there means "not configured"; a failure, also a value of another type, throws
-// OrvaUtils::Registry::RegistryException.
+// A missing key or value means "not configured". Any other failure throws OrvaUtils::Registry::RegistryException; so
+// does a "Launch61" that is not a REG_SZ.
 #pragma once
 
-// Whether the list names the installed helper, its case aside, and an order of start, whichever that is.
+// Tells whether "Launch61" holds the path of the installed helper (case-insensitive) and "Depend61" exists. The data of
+// "Depend61" are not examined.
 bool isAutorunConfigured();
-// Writes both, and makes them last.
+// Writes both values and flushes HKEY_LOCAL_MACHINE.
 void configureAutorun();

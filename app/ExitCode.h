@@ -2,6 +2,6 @@
 
 #include <cstdint>
 
-// What the process ends with: 0 for a normal end, a second instance and a hand-over to another instance, 1 after a
-// failure that was caught. Used on the main thread only.
+// The exit code of the process. 0 means a normal end, a second instance, or a hand-over to the installed helper. 1
+// means that a failure was caught and logged. Only the main thread uses this variable.
 inline std::int32_t exitCode = 0;

@@ -11,10 +11,11 @@
 
 namespace {
 
-// The compiler calls OrvaUtils::Exception "N9OrvaUtils9ExceptionE" and EMMCException "13EMMCException". A name of any
-// other form (a template's, say) stays as it is.
+// The compiler's name of OrvaUtils::Exception is "N9OrvaUtils9ExceptionE", and that of EMMCException is
+// "13EMMCException". A name of any other form, such as that of a template, stays as it is.
 std::wstring mostDerivedClass(const OrvaUtils::Exception& exception) {
     const char* const mangled = typeid(exception).name();
+    // A class in a namespace has the form N <length><name>... E.
     const bool nested = *mangled == 'N';
     const char* at = mangled + (nested ? 1 : 0);
     std::string name;
@@ -33,11 +34,13 @@ void reportFailure() {
     exitCode = 1;
     Logger& log = Logger::instance();
     try {
+        // This throws the exception in flight again, to find out its class.
         throw;
     } catch (const OrvaUtils::Exception& exception) {
         try {
             log.writeParts(LogLevel::Error, {L"Exception ", mostDerivedClass(exception), L": ", exception.message()});
-        } catch (const std::bad_alloc&) { // memory is too short for the class's name: the line is lost
+        } catch (const std::bad_alloc&) {
+            // The name of the class does not fit into memory: the line is lost.
         }
     } catch (...) {
         log.writeParts(LogLevel::Error, {L"Unexpected error"});

@@ -1,5 +1,7 @@
 #pragma once
 
-// To be called in a `catch (...)`: logs the exception in flight as an error and makes the exit code 1. The program's
-// own exceptions give "Exception <most derived class>: <message>", all others "Unexpected error".
+// Logs the exception in flight at ERROR and sets the exit code to 1. Call it in a `catch (...)` on the main thread.
+//
+// The line is "Exception <most derived class>: <message>" for an OrvaUtils::Exception and "Unexpected error" for any
+// other exception. If memory is short, the line is lost. No exception leaves this function.
 void reportFailure();

@@ -12,12 +12,14 @@ using namespace OrvaUtils::Registry;
 
 namespace {
 
+// The default value of a key has an empty name.
 constexpr wchar_t DEFAULT_VALUE[] = L"";
 constexpr wchar_t EXTENSION[] = L".osr";
 constexpr wchar_t NEW_FILE[] = L".osr\\ShellNew";
 constexpr wchar_t FILE_CLASS[] = L"osrfile";
 constexpr wchar_t ICON[] = L"osrfile\\DefaultIcon";
 constexpr wchar_t OPEN_COMMAND[] = L"osrfile\\shell\\open\\command";
+// Selects the icon within Tarvex.exe.
 constexpr wchar_t ICON_NUMBER[] = L",-128";
 constexpr wchar_t FILE_ARGUMENT[] = L"\" \"%1\"";
 
@@ -25,6 +27,7 @@ std::wstring openCommand() {
     return std::wstring(L"\"") + Paths::APPLICATION + FILE_ARGUMENT;
 }
 
+// A missing key or value is no failure here: it means that the association is not configured.
 bool holds(const wchar_t* path, const std::wstring& text) {
     return valueExists(HKEY_CLASSES_ROOT, path, DEFAULT_VALUE) &&
            readString(HKEY_CLASSES_ROOT, path, DEFAULT_VALUE) == text;

@@ -1,11 +1,12 @@
-// Opens files of software repositories, ".osr", with the application Tarvex: keys below HKEY_CLASSES_ROOT.
+// The association of ".osr" files (software repositories) with the application Tarvex: keys in HKEY_CLASSES_ROOT. Call
+// both functions on the main thread during start-up.
 //
-// What is missing there means "not configured"; a failure, also a value of another type, throws
-// OrvaUtils::Registry::RegistryException.
+// A missing key or value means "not configured". Any other failure throws OrvaUtils::Registry::RegistryException; so
+// does a value that is not a REG_SZ.
 #pragma once
 
-// Whether ".osr" has its class, and that opens with the installed application, both to the letter. What else belongs to
-// the association is not looked at.
+// Tells whether ".osr" belongs to the class "osrfile" and this class opens with the installed application. Both texts
+// are compared case-sensitively. The other keys of the association are not examined.
 bool isAssociationConfigured();
-// Writes all of it. The caller flushes HKEY_CLASSES_ROOT.
+// Writes all five keys. The caller flushes HKEY_CLASSES_ROOT.
 void configureAssociation();

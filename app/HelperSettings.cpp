@@ -17,13 +17,13 @@ namespace {
 
 constexpr std::int32_t DEFAULT_LOG_LEVEL = 2;
 
-// The restore's second pair of flags, deliberately stricter than the first: nothing but "1" is true.
+// Reads the second pair of flags of a restore, which is deliberately stricter than the first pair: only "1" is true.
 bool isOne(const XMLElement& element, const char* name, bool missing) {
     const char* text = element.Attribute(name);
     return text == nullptr ? missing : std::strcmp(text, "1") == 0;
 }
 
-// The library would write "true" and "false".
+// The library would write "true" and "false"; the document holds "1" and "0".
 void setFlag(XMLElement& element, const char* name, bool value) {
     element.SetAttribute(name, value ? "1" : "0");
 }
@@ -31,11 +31,13 @@ void setFlag(XMLElement& element, const char* name, bool value) {
 void writeRestore(XMLElement& root, const RestoreRequest& request) {
     XMLElement& restore = *root.InsertNewChildElement("Restore");
     setFlag(restore, "InProgress", request.inProgress);
+    // A request that is not in progress needs no details.
     if (request.repositoryPath.empty() || !request.inProgress) {
         return;
     }
     restore.SetAttribute("RepositoryPath", toUtf8(request.repositoryPath).c_str());
     setFlag(restore, "Force", request.force);
+    // These two flags are only written if they differ from their defaults.
     if (!request.ignoreTarvexCpl) {
         setFlag(restore, "IgnoreTarvexCpl", false);
     }
@@ -62,6 +64,7 @@ HelperSettings::HelperSettings()
         return;
     }
     tinyxml2::XMLDocument document;
+    // The log level stays 0: a document that cannot be read counts as empty.
     if (!OrvaUtils::Xml::loadDocument(document, path)) {
         return;
     }
@@ -74,7 +77,7 @@ void HelperSettings::read(const XMLElement& root) {
     if (const XMLElement* settings = root.FirstChildElement("Settings")) {
         readSettings(*settings);
     }
-    // Deliberate: an element that does not say whether it is in progress is as the one before it.
+    // Deliberate: a "Restore" without "InProgress" keeps the value of the "Restore" before it.
     bool inProgress = false;
     for (const XMLElement* restore = root.FirstChildElement("Restore"); restore != nullptr;
          restore = restore->NextSiblingElement("Restore")) {
@@ -94,8 +97,8 @@ void HelperSettings::readSettings(const XMLElement& settings) {
         return;
     }
     const XMLElement* directory = directories->FirstChildElement("Directory");
+    // Deliberate: the loop never ends at an element without "Name". The helper never writes such an element.
     while (directory != nullptr) {
-        // Deliberate: the reader stays for ever on an element without a name. The helper never writes one.
         if (const char* name = directory->Attribute("Name")) {
             cleanupDirectories.push_back(toWide(name));
             directory = directory->NextSiblingElement("Directory");
@@ -106,6 +109,7 @@ void HelperSettings::readSettings(const XMLElement& settings) {
 void HelperSettings::readRestore(const XMLElement& restore) {
     const char* repositoryPath = restore.Attribute("RepositoryPath");
     const XMLElement* components = restore.FirstChildElement("Components");
+    // An incomplete request is dropped. The next `save` removes it from the document.
     if (repositoryPath == nullptr || components == nullptr) {
         return;
     }
@@ -118,8 +122,9 @@ void HelperSettings::readRestore(const XMLElement& restore) {
     for (const XMLElement* component = components->FirstChildElement("Component"); component != nullptr;
          component = component->NextSiblingElement("Component")) {
         const char* name = component->Attribute("Name");
+        // Deliberate: the components after one without a name are lost.
         if (name == nullptr) {
-            break; // deliberate: the later ones are lost
+            break;
         }
         request.components.push_back(toWide(name));
     }

@@ -10,34 +10,39 @@ namespace tinyxml2 {
 class XMLElement;
 }
 
-// The helper's settings: the document "config.xml" in the installation directory.
+// The settings of the helper: the document "config.xml" in the installation directory.
 //
-// Read when it is constructed, changed in memory, written as a whole by `save`, not at its end. Nothing reports a
-// failure: without a file there are the defaults, an unreadable one counts as empty. For the main thread only, during
-// start-up.
+// The constructor reads the document, the start-up steps change the fields in memory, and `save` writes the whole
+// document. The destructor does not save. Failures are not reported: a missing document gives the defaults, a document
+// that cannot be read counts as empty, and a failed `save` leaves the file as saveDocument describes. Only the main
+// thread uses the object, during start-up. A "Directory" element without the attribute "Name" deliberately blocks the
+// constructor for ever.
 class HelperSettings {
 public:
-    // Reads the document. The program uses the one of `instance`.
+    // Reads the document. Program code uses `instance` and does not create an object of its own.
     HelperSettings();
     HelperSettings(const HelperSettings&) = delete;
     HelperSettings& operator=(const HelperSettings&) = delete;
 
-    // The settings of the process, read at the first call.
+    // Returns the settings of the process. The first call reads the document.
     static HelperSettings& instance();
 
-    // Replaces the document. Of a restore request that is not in progress, or names no repository, only whether it is
-    // in progress is written.
+    // Replaces the document. A restore request that is not in progress, or has no repository path, is written without
+    // its details: only "InProgress" is kept.
     void save() const;
 
-    // The first restore request in progress, or null.
+    // Returns the first restore request that is in progress, or null. The pointer is valid until the list changes.
     const RestoreRequest* requestInProgress() const;
 
-    // In the order of the document.
+    // The requests in the order of the document. Requests that are not in progress, or lack a repository path or
+    // "Components", are not read.
     std::vector<RestoreRequest> restoreRequests;
-    // Directories with leftovers to be deleted at the next start.
+    // Directories whose leftovers the next start deletes, in the order of the document. An empty path makes every later
+    // start fail.
     std::vector<std::wstring> cleanupDirectories;
-    // Kept for others; the log's threshold is set independently of it. 2 without a document or a readable number, 0
-    // for a document without the element "Parameters".
+    // The attribute "LogLevel". The helper reads it and writes it back, and does not use it: the threshold of the log
+    // is set independently. It is 2 if there is no document or the attribute is not a number, and 0 if the document
+    // cannot be read or lacks the element "Parameters".
     std::int32_t logLevel = 0;
 
 private:

@@ -11,15 +11,19 @@
 
 namespace {
 
-constexpr unsigned HAND_OVER_PAUSE = 1000; // milliseconds, for this instance to be gone
+// The pause in milliseconds between the release of the mutex and the start of the installed helper. The name of the
+// mutex exists until this process ends: a helper that runs earlier takes itself for a second instance.
+constexpr unsigned HAND_OVER_PAUSE = 1000;
 
 void handOver(HANDLE& mutexHandle) {
     Logger::instance().writeParts(LogLevel::Info, {L"Restart from right path needed"});
+    // The installed helper reads the registered cleanup directory from the document.
     HelperSettings::instance().save();
-    // Deliberate: the lock is released but not closed; it goes with this process.
+    // Deliberate: the mutex is released but not closed. Its handle lives until this process ends.
     if (mutexHandle != nullptr) {
         ReleaseMutex(mutexHandle);
     }
+    // The caller must not release the mutex again.
     mutexHandle = nullptr;
     OrvaUtils::Concurrency::getSystem().sleep(HAND_OVER_PAUSE);
     startInstalledHelper();
@@ -31,6 +35,7 @@ bool InitializeHelper(HANDLE& mutexHandle, const std::exception_ptr& earlierFail
     try {
         configureLog();
         Logger::instance().writeParts(LogLevel::Info, {L"Init of Helper"});
+        // The failure is older than the log, so it is only reported here.
         if (earlierFailure != nullptr) {
             std::rethrow_exception(earlierFailure);
         }

@@ -4,8 +4,11 @@
 
 #include <exception>
 
-// Configures the log and runs the start-up sequence. True when the module manager is to run; false when this process is
-// to end, either because the installed helper has been started in its place or after a failure, which is logged and in
-// the exit code. The handle of the instance lock is cleared when the lock was released for the other instance. A
-// failure from before counts as that of the first step.
+// Configures the log, writes "Init of Helper" and runs the start-up sequence. Call it once, on the main thread.
+//
+// Returns true if the module manager is to run. Returns false if the process is to end: either the installed helper has
+// been started and takes over, or a step failed. A failure is logged and sets the exit code to 1. Nothing is thrown.
+//
+// `mutexHandle` is the single-instance mutex. The hand-over releases it and sets it to null. `earlierFailure` is a
+// failure from before the log was configured: it is reported as if the first step had failed.
 bool InitializeHelper(HANDLE& mutexHandle, const std::exception_ptr& earlierFailure = nullptr);

@@ -16,6 +16,7 @@ using OrvaUtils::IO::IFileSystem;
 
 namespace {
 
+// The search for the application uses the names without a leading separator, the test of a path uses them with it.
 constexpr wchar_t FIRST_DISK[] = L"Hard Disk";
 constexpr wchar_t SECOND_DISK[] = L"Hard Disk2";
 constexpr wchar_t FIRST_DISK_ROOT[] = L"\\Hard Disk";
@@ -26,11 +27,13 @@ std::wstring applicationFolder(const std::wstring& disk) {
     return getFileSystem().combinePath(disk, Paths::APPLICATION_NAME);
 }
 
+// The second comparison never decides, because "\Hard Disk2" begins with "\Hard Disk".
 bool isOnExternalDisk(const std::wstring& directory) {
     IFileSystem& files = getFileSystem();
     return files.isSubPath(FIRST_DISK_ROOT, directory) || files.isSubPath(SECOND_DISK_ROOT, directory);
 }
 
+// The pattern is wider than the prefix of a leftover, which is "_rm_".
 bool hasLeftovers(const std::wstring& directory) {
     return !directory.empty() && !getFileSystem().createDirectoryIterator(directory, L"_rm*")->atEnd();
 }
@@ -38,6 +41,7 @@ bool hasLeftovers(const std::wstring& directory) {
 } // namespace
 
 const std::wstring& ownExecutable() {
+    // The path stays the same in the whole process, even after the file was renamed.
     static const std::wstring path = Paths::runningExecutable();
     if (path.empty()) {
         throw Exception();
@@ -66,6 +70,7 @@ std::wstring findApplicationSource() {
 void installApplication() {
     IFileSystem& files = getFileSystem();
     if (!files.isFile(Paths::APPLICATION) && anyDiskHoldsApplication()) {
+        // Existing files stay: the disk adds only what is missing.
         files.copyDirectory(Paths::INSTALLATION_DIRECTORY, findApplicationSource(), false, L"*");
     } else {
         copyHelperFile(ownExecutable(), Paths::HELPER);
@@ -79,8 +84,10 @@ void copyHelperFile(const std::wstring& source, const std::wstring& destination)
     }
     const std::wstring directory = files.getDirectoryPart(destination);
     if (!files.isDirectory(directory)) {
+        // The result is not examined: without a directory the copy fails and is reported.
         files.createDirectory(directory);
     }
+    // The second look at the destination catches a copy that reported success without a file.
     if (!files.copyFile(source, destination, true) || !files.isFile(destination)) {
         throw Exception(L"Cannot copy " + source + L" to " + destination);
     }
@@ -91,6 +98,8 @@ void registerStartLocationForCleanup() {
     const std::wstring directory = files.getDirectoryPart(ownExecutable());
     std::wstring leftoversIn = directory;
     if (OrvaUtils::equalIgnoringCase(directory, LEGACY_DIRECTORY) || isOnExternalDisk(directory)) {
+        // The running executable is in use: the folder and the executable are renamed, so the leftovers lie in the
+        // parent.
         files.deleteDirectoryOrRename(directory);
         leftoversIn = files.getDirectoryPart(directory);
     } else {
@@ -103,6 +112,7 @@ void cleanupRegisteredDirectories() {
     std::vector<std::wstring>& directories = HelperSettings::instance().cleanupDirectories;
     std::vector<std::wstring> kept;
     for (const std::wstring& directory : directories) {
+        // This throws for an empty path. The list in the document then stays as it is.
         getFileSystem().cleanupDirectory(directory);
         if (hasLeftovers(directory)) {
             kept.push_back(directory);

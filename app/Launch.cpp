@@ -11,6 +11,7 @@ namespace {
 void startProgram(const wchar_t* path, const wchar_t* arguments, const wchar_t* failure) {
     using namespace OrvaUtils::Concurrency;
     const std::unique_ptr<IProcess> process(getSystem().createProcess(path, arguments, {}));
+    // The destructor of the process object closes the handles; the program continues.
     if (process == nullptr || process->start() == nullptr) {
         throw OrvaUtils::Exception(failure);
     }

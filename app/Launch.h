@@ -1,7 +1,8 @@
-// Starts the helper's and the application's installed programs, without waiting for them.
+// Functions that start the installed programs. They do not wait for the program and do not keep its handles. Failures
+// throw an OrvaUtils::Exception.
 #pragma once
 
-// Without arguments. Throws an OrvaUtils::Exception with "Cannot start default helper".
+// Starts \MMCMemory\Tarvex\TarvexHelper.exe without arguments. Throws "Cannot start default helper".
 void startInstalledHelper();
-// With "-wait", for the restore in progress. Throws an OrvaUtils::Exception with "Cannot start tarvex".
+// Starts \MMCMemory\Tarvex\Tarvex.exe with "-wait", so that it continues a restore. Throws "Cannot start tarvex".
 void startApplication();

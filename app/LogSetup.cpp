@@ -6,6 +6,7 @@
 
 void configureLog() {
     OrvaUtils::IO::IFileSystem& files = OrvaUtils::IO::getFileSystem();
+    // The log does not create its directory.
     if (!files.isDirectory(Paths::INSTALLATION_DIRECTORY)) {
         files.createDirectory(Paths::INSTALLATION_DIRECTORY);
     }

@@ -16,7 +16,8 @@ ModuleManager::ModuleManager(IPCDispatcher& dispatcher, USBDeviceMonitor& usbMon
         modules.push_back(ConfigurationApplier::create(usbMonitor));
     } catch (...) {
         for (const IModule* module : modules) {
-            keepUntilProcessEnds(module); // deliberately not deleted
+            // The modules are deliberately not deleted: their threads continue until the process ends.
+            keepUntilProcessEnds(module);
         }
         throw;
     }
@@ -25,6 +26,7 @@ ModuleManager::ModuleManager(IPCDispatcher& dispatcher, USBDeviceMonitor& usbMon
 ModuleManager::~ModuleManager() noexcept(false) {
     OrvaUtils::Teardown steps;
     for (IModule*& module : modules) {
+        // The pointer is cleared before the deletion, so that no module is deleted twice.
         steps.run([&] { delete std::exchange(module, nullptr); });
     }
     steps.finish();

@@ -7,15 +7,18 @@
 class IPCDispatcher;
 class USBDeviceMonitor;
 
-// The resident modules, from their creation to their end. For the main thread only.
+// The owner of the resident modules: it creates them in its constructor and deletes them in its destructor. Only the
+// main thread uses it.
 class ModuleManager {
 public:
-    // Creates the screen saver, the buzzer and the configuration applier, in this order. What a module's creation
-    // throws comes out; the modules before it are then left as they are, for the end of the process.
+    // Creates the screen saver, the buzzer and the configuration applier, in this order. The dispatcher and the monitor
+    // are not owned and must live longer. The exception of a module passes through; modules that exist by then are not
+    // deleted and stay until the process ends.
     ModuleManager(IPCDispatcher& dispatcher, USBDeviceMonitor& usbMonitor);
     ModuleManager(const ModuleManager&) = delete;
     ModuleManager& operator=(const ModuleManager&) = delete;
-    // Deletes every module, deliberately in the order of their creation; then throws what failed first.
+    // Deletes every module, deliberately in the order of creation. Then throws the first exception that a module's
+    // destructor threw, unless an exception is in flight.
     ~ModuleManager() noexcept(false);
 
 private:

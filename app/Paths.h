@@ -5,14 +5,15 @@
 
 namespace Paths {
 
+// The application, the helper, their settings files and the log files lie here.
 inline constexpr wchar_t INSTALLATION_DIRECTORY[] = L"\\MMCMemory\\Tarvex";
 inline constexpr wchar_t APPLICATION[] = L"\\MMCMemory\\Tarvex\\Tarvex.exe";
 inline constexpr wchar_t HELPER[] = L"\\MMCMemory\\Tarvex\\TarvexHelper.exe";
 inline constexpr wchar_t APPLICATION_FILE_NAME[] = L"Tarvex.exe";
 inline constexpr wchar_t APPLICATION_NAME[] = L"Tarvex";
 
-// The full path that the running program was started by; what follows its 260th character is lost.
-// Empty when the platform does not tell.
+// Returns the full path that the running program was started by, or an empty text if the platform does not know the
+// path. A path longer than 260 characters is cut. Any thread may call.
 std::wstring runningExecutable();
 
 } // namespace Paths

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
-// The second number of the platform's version, which the registry holds as text: 15 for "2.15". 0 for a text without a
-// dot, or without a digit behind the first one. Throws OrvaUtils::Registry::RegistryException without such a text.
+// Returns the second number of the platform's version: 15 for "2.15". The version is the REG_SZ value "Version" of
+// HKEY_LOCAL_MACHINE\ORVA. The result is 0 if the text has no dot or no digit after the first dot. Throws
+// OrvaUtils::Registry::RegistryException if the value is missing or has another type. Any thread may call.
 std::int32_t platformMinorVersion();

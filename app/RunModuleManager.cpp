@@ -13,11 +13,13 @@
 
 namespace {
 
+// Platforms before version x.15 get no eMMC monitor.
 constexpr std::int32_t FIRST_MINOR_VERSION_WITH_EMMC = 15;
 
-// Ends the monitor behind the modules and before the dispatcher, also when an exception is in flight.
+// Stops and deletes the USB monitor after the modules and before the dispatcher, even during stack unwinding.
 struct UsbMonitorOwner {
-    UsbMonitorOwner() : monitor(new USBDeviceMonitor) {} // the compiler leaks what throws in a member's own initialiser
+    // With an initialiser at the member itself, the compiler leaks the monitor if its constructor throws.
+    UsbMonitorOwner() : monitor(new USBDeviceMonitor) {}
     ~UsbMonitorOwner() noexcept(false) {
         stopAndDelete(monitor);
     }
@@ -25,9 +27,11 @@ struct UsbMonitorOwner {
 };
 
 void runModules() {
+    // The objects are destroyed in reverse order: modules, USB monitor, dispatcher.
     IPCDispatcher dispatcher;
     const UsbMonitorOwner usb;
     const ModuleManager modules(dispatcher, *usb.monitor);
+    // The modules observe the monitor before its thread runs: no device is missed.
     usb.monitor->start();
     dispatcher.run();
     Logger::instance().writeParts(LogLevel::Info, {L"Module manager terminated"});
@@ -40,17 +44,19 @@ void RunModuleManager() {
     EMMCMonitor* emmcMonitor = nullptr;
     try {
         Logger::instance().writeParts(LogLevel::Info, {L"Module manager initialization"});
-        // Deliberate: throws without a version, which ends the helper.
+        // Deliberate: a missing version throws and ends the helper.
         if (platformMinorVersion() >= FIRST_MINOR_VERSION_WITH_EMMC) {
             emmcMonitor = new EMMCMonitor;
             emmcMonitor->start();
         }
         runModules();
         if (emmcMonitor != nullptr) {
+            // A time-out throws. The pointer is cleared first, so the handler below does not touch the monitor.
             stopAndDelete(std::exchange(emmcMonitor, nullptr));
         }
     } catch (...) {
         reportFailure();
-        keepUntilProcessEnds(emmcMonitor); // deliberate: behind a failure it goes on, neither stopped nor deleted
+        // Deliberate: after a failure the eMMC monitor is neither stopped nor deleted, and its thread continues.
+        keepUntilProcessEnds(emmcMonitor);
     }
 }

@@ -4,12 +4,14 @@
 
 #include <string>
 
-// What the steps of the start-up sequence share.
+// The data that the steps of the start-up sequence share.
 struct StartupContext {
-    // Set when the helper does not run from its installation path, so that the installed one must take over.
+    // The sequence sets this if the helper was not started from its installation path: the installed helper must take
+    // over.
     bool restartNeeded = false;
-    // A backup of the Zentrix runtime, which waits to be put in place of the executable.
+    // A backup of the Zentrix runtime. Its existence means that a cleanup is pending.
     std::wstring zentrixBackupPath = inZentrixDirectory(L"_backup_ZentrixHMICE.exe");
+    // The executable of the Zentrix runtime, which the backup replaces.
     std::wstring zentrixExecutablePath = inZentrixDirectory(L"ZentrixHMICE.exe");
 
 private:

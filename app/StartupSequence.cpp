@@ -30,6 +30,7 @@ void runInstalled(const StartupContext& context) {
         configureAssociation();
         OrvaUtils::Registry::flushKey(HKEY_CLASSES_ROOT);
     }
+    // The document is saved in every start, before the application starts.
     HelperSettings::instance().save();
     if (HelperSettings::instance().requestInProgress() != nullptr) {
         log.writeParts(LogLevel::Info, {L"Follow up needed"});
@@ -40,10 +41,12 @@ void runInstalled(const StartupContext& context) {
 void runElsewhere(StartupContext& context) {
     Logger& log = Logger::instance();
     OrvaUtils::IO::IFileSystem& files = OrvaUtils::IO::getFileSystem();
+    // The text is only built if the log writes it.
     if (log.admits(LogLevel::Info)) {
         log.writeParts(LogLevel::Info,
                        {L"I am not executing from the right path (", files.getDirectoryPart(ownExecutable()), L")"});
     }
+    // An installed helper is not replaced: only the deletion and the hand-over follow.
     if (!files.isFile(Paths::HELPER)) {
         log.writeParts(LogLevel::Info, {L"Installing tarvex in the right path"});
         installApplication();

@@ -2,8 +2,12 @@
 
 #include "app/StartupContext.h"
 
-// Repairs the panel's installation. From the installation path: leftovers of earlier installations, the Zentrix
-// runtime, the helper's autorun, the application's file association, the settings, the follow-up of an interrupted
-// restore. From anywhere else: installs what is missing and asks, in the context, for a restart. A step that fails for
-// good throws an OrvaUtils::Exception.
+// Runs the steps that repair the panel's installation. Call it once, on the main thread.
+//
+// If the helper was started from its installation path (case-insensitive), the steps are, in this order: delete
+// leftovers of earlier installations, clean up the Zentrix runtime, write the autorun entries, write the file
+// association, save the settings, and start the application if a restore is in progress. If the helper was started from
+// anywhere else, it installs what is missing, deletes the place of its start and sets `restartNeeded`.
+//
+// A step that cannot be completed throws an OrvaUtils::Exception; the later steps are then not done.
 void RunStartupSequence(StartupContext& context);

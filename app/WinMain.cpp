@@ -8,7 +8,7 @@
 
 namespace {
 
-// Null: it was made.
+// Creates the mouse hook object. Returns null if that succeeds, otherwise the exception.
 std::exception_ptr failureOfMouseHook() {
     try {
         MouseHook::instance();
@@ -21,11 +21,13 @@ std::exception_ptr failureOfMouseHook() {
 } // namespace
 
 int WINAPI WinMain(HINSTANCE, HINSTANCE, LPWSTR, int) {
-    // Deliberate: the events of the touch hook come before everything else, also before the instance lock.
+    // Deliberate: the events of the mouse hook are created before everything else, even before the instance mutex.
     const std::exception_ptr hookFailure = failureOfMouseHook();
     exitCode = 0;
+    // The mutex is not owned. Only the existence of its name keeps a second instance away.
     HANDLE mutex = CreateMutexW(nullptr, FALSE, L"OrvaTarvexHelper.0");
     const bool firstInstance = mutex != nullptr && GetLastError() != ERROR_ALREADY_EXISTS;
+    // A second instance logs nothing and ends with exit code 0.
     if (firstInstance && InitializeHelper(mutex, hookFailure)) {
         RunModuleManager();
         Logger::instance().writeParts(LogLevel::Info, {L"Helper terminated"});

@@ -12,6 +12,7 @@ void cleanupZentrix(const StartupContext& context) {
     Logger& log = Logger::instance();
     OrvaUtils::IO::IFileSystem& files = OrvaUtils::IO::getFileSystem();
     makeFlashWritable();
+    // MoveFileW never replaces a file, so the executable must go first.
     if (files.isFile(context.zentrixExecutablePath)) {
         files.deleteOrRenameFile(context.zentrixExecutablePath);
     }
@@ -19,6 +20,6 @@ void cleanupZentrix(const StartupContext& context) {
         log.writeParts(LogLevel::Error, {L"Failed to cleanup zentrix"});
     }
     makeFlashReadOnly();
-    // Deliberate: spelled so, and also after the failure.
+    // Deliberate: the line is spelled so, and is also written after a failed move.
     log.writeParts(LogLevel::Info, {L"Zentrix cleanup succeded"});
 }

@@ -1,11 +1,13 @@
-// Puts a backup of the Zentrix runtime in place of its executable, on the write-protected NAND flash.
+// The cleanup of the Zentrix runtime: moves a backup of its executable into the place of the executable, on the
+// write-protected NAND flash. Call both functions on the main thread during start-up.
 #pragma once
 
 #include "app/StartupContext.h"
 
-// Whether there is a backup.
+// Tells whether there is a backup.
 bool needsZentrixCleanup(const StartupContext& context);
-// An executable that runs is renamed away. A backup that cannot be moved stays, for the next start, and is logged. When
-// the flash's write protection cannot be switched this throws FlashNotWritableException; if that was to be switched on
-// again, the flash stays writable.
+// Lifts the write protection, deletes the executable (a running executable is renamed), moves the backup into its place
+// and restores the write protection. If the move fails, the failure is logged and the backup stays for the next start.
+// Throws FlashNotWritableException if the write protection cannot be switched. After a failure to restore the
+// protection, the flash stays writable.
 void cleanupZentrix(const StartupContext& context);

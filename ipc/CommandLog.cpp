@@ -9,6 +9,7 @@ namespace CommandLog {
 
 namespace {
 
+// A message parameter may be wider than the 32 bits of a command code.
 std::wstring decimalCode(WPARAM command) {
     return OrvaUtils::decimal(static_cast<DWORD>(command));
 }

@@ -16,11 +16,13 @@ constexpr WPARAM TERMINATE_COMMAND = 1;
 IPCDispatcher::IPCDispatcher() : messageWindow(std::make_unique<MessageOnlyWindow>()) {}
 
 IPCDispatcher::~IPCDispatcher() noexcept {
-    messageWindow->clearHandlers(); // the adapters go first
+    // The adapters are destroyed before the window, so the window must forget them first.
+    messageWindow->clearHandlers();
 }
 
 void IPCDispatcher::registerHandler(const std::wstring& name, IPCMessageHandler* handler) {
     const UINT message = RegisterWindowMessageW(name.c_str());
+    // A list never moves its elements: the address of the adapter stays valid.
     messageWindow->registerHandler(message, &adapters.emplace_back(handler));
 }
 
@@ -30,6 +32,7 @@ void IPCDispatcher::run() {
         messageWindow->create(L"ORVATarvexHelper");
         messageWindow->run();
     } catch (const std::exception& failure) {
+        // An OrvaUtils::Exception is not a std::exception and passes through.
         throw IPCDispatcherException(OrvaUtils::widen(failure.what()));
     }
 }
@@ -37,6 +40,7 @@ void IPCDispatcher::run() {
 std::uint32_t IPCDispatcher::handleMessage(HWND, UINT, WPARAM wParam, LPARAM) {
     CommandLog::received(NAME, wParam);
     std::uint32_t result = CommandResult::UnknownCommand;
+    // Only the low 32 bits of the parameter are the command code.
     if (static_cast<DWORD>(wParam) == TERMINATE_COMMAND) {
         terminate();
         result = CommandResult::Done;
@@ -46,7 +50,8 @@ std::uint32_t IPCDispatcher::handleMessage(HWND, UINT, WPARAM wParam, LPARAM) {
 }
 
 void IPCDispatcher::terminate() {
-    if (messageWindow->stop()) { // otherwise it goes on: the next command must still reach it
+    // If the message queue is full, the loop continues, and the next command must still reach its handler.
+    if (messageWindow->stop()) {
         messageWindow->clearHandlers();
     }
 }

@@ -2,7 +2,8 @@
 
 #include "OrvaUtils/Exception.h"
 
-// The dispatcher's window or message loop failed.
+// The window or the message loop of the dispatcher failed, or a handler threw a standard exception. The message is the
+// text of the underlying exception.
 class IPCDispatcherException : public OrvaUtils::Exception {
 public:
     using OrvaUtils::Exception::Exception;

@@ -4,11 +4,14 @@
 
 namespace indev {
 
-// Handles a message of a MessageOnlyWindow, on the thread of its loop; the result is the message's. The window does not
-// own its handlers. (The destructor deliberately comes first here and last in IPCMessageHandler.)
+// A handler of any window message of a MessageOnlyWindow.
+//
+// The window calls the handler on the thread of its message loop and does not own it. The destructor deliberately comes
+// first here and last in IPCMessageHandler.
 class MESSAGEHANDLER {
 public:
     virtual ~MESSAGEHANDLER() = default;
+    // Handles one message. The result becomes the result of the window procedure.
     virtual LRESULT handleMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) = 0;
 };
 

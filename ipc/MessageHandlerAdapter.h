@@ -3,7 +3,8 @@
 #include "ipc/IPCMessageHandler.h"
 #include "ipc/MessageHandler.h"
 
-// Hands every message on to an IPCMessageHandler, which it does not own.
+// Adapts an IPCMessageHandler to the MESSAGEHANDLER interface: it forwards every message unchanged and returns the
+// handler's result. It does not own the handler.
 class MessageHandlerAdapter : public indev::MESSAGEHANDLER {
 public:
     explicit MessageHandlerAdapter(IPCMessageHandler* handler) : target(handler) {}

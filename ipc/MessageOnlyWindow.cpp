@@ -21,6 +21,7 @@ void MessageOnlyWindow::clearHandlers() {
 }
 
 void MessageOnlyWindow::run() {
+    // This reference keeps the implementation alive if the object is destroyed before the call returns.
     const std::shared_ptr<Implementation> kept = implementation;
     kept->run();
 }

@@ -7,47 +7,56 @@
 #include <memory>
 #include <string>
 
-// A hidden window of a named class, found by that name from other processes, and the message loop of its thread.
+// A hidden window of a named class and the message loop of its thread. Other processes find the window by the class
+// name.
 //
-// One thread creates the window, runs its loop and, when `run` has returned, destroys the object: the platform hands a
-// window's messages only to the thread that made it, and only that one can destroy it. `registerHandler`,
-// `clearHandlers` and `stop` may be called from any thread while the object is there. It may go before the `stop` that
-// has ended its loop returns, but not while another `stop` begins.
-// Handlers run on the loop's thread, one at a time, and never while another thread registers.
+// Threads: one thread, the loop thread, calls `create`, `run` and the destructor. The platform delivers messages only
+// to the thread that created the window, and only this thread can destroy the window. Any thread may call
+// `registerHandler`, `clearHandlers` and `stop` while the object exists. The destructor may run while another thread
+// still waits in a `stop` that has ended the loop, but not while a thread enters `stop`.
 //
-// Failures are standard exceptions: "Failed to register message only window class", "Failed to create message only
-// window", "Message loop already running". An exception that leaves a handler ends `run` and comes out of it, also when
-// the message was sent by another thread or process, which then receives 0. One that leaves the handler of WM_CREATE is
-// lost: the window cannot be created.
+// Handlers run on the loop thread, one at a time. A registration by another thread waits until the running handler has
+// returned.
+//
+// Errors are standard exceptions with the texts given below. An exception that leaves a handler ends `run` and comes
+// out of it, even if another thread or process sent the message; the sender then receives 0. An exception that leaves
+// the handler of WM_CREATE is lost: `create` fails instead.
 class MessageOnlyWindow {
 public:
+    // Creates no window yet.
     MessageOnlyWindow();
     MessageOnlyWindow(const MessageOnlyWindow&) = delete;
     MessageOnlyWindow& operator=(const MessageOnlyWindow&) = delete;
-    // Destroys the window, unless it is gone already, and its class.
+    // Destroys the window, unless it is gone already, and unregisters its class.
     ~MessageOnlyWindow();
 
-    // Registers the class and makes the window, once: a second call does nothing, whatever its name. After a failure
-    // there is neither, and it may be called again.
+    // Registers the window class and creates the window. Does nothing if the window was created before, whatever the
+    // name. Throws "Failed to register message only window class" or "Failed to create message only window". After a
+    // failure there is neither a class nor a window, and `create` may be called again.
     void create(const std::wstring& className);
-    // Binds a message to a handler, which is not owned; an earlier handler of that message is replaced.
+    // Binds a message to a handler, which is not owned. A later handler for the same message replaces the earlier one.
     void registerHandler(UINT message, indev::MESSAGEHANDLER* handler);
-    // Forgets all handlers: the platform's default procedure answers every message from now on.
+    // Forgets all handlers: from now on DefWindowProcW answers every message.
     void clearHandlers();
-    // Serves all windows of the calling thread until this one was asked to close, the thread is asked to quit or an
-    // exception ends it; can be called again after a loop that has left the window in place. Makes the window, with a
-    // class name of its own, if `create` has not.
+    // Runs the message loop, which serves all windows of the calling thread. The loop ends when it has dispatched
+    // WM_CLOSE to this window, when it receives WM_QUIT, or when a handler throws. Creates the window, with a generated
+    // class name, if `create` was not called. Throws the exceptions of `create`, and "Message loop already running" if
+    // another call of `run` is in progress. It may be called again while the window exists.
     void run();
-    // Asks the loop to end. From another thread it returns when the loop has ended; on the loop's own thread at once,
-    // and the loop ends when it comes to the request. False, at once, if the window was never created or there is no
-    // room for a message: the loop then goes on. From another thread it waits for ever if the window is gone while
-    // a loop runs, as a WM_CLOSE that was sent, not posted, destroys it: that loop does not end. A loop that is run
-    // again before the waiting thread wakes is waited for, too.
+    // Asks the loop to end by posting WM_CLOSE to the window.
+    //
+    // On the loop thread it returns at once, and the loop ends when it reaches the message. On another thread it waits
+    // without a limit until the loop has ended. If the loop thread calls `run` again before the waiting thread wakes,
+    // `stop` waits for that loop, too.
+    //
+    // Returns false at once if the window was never created or the message queue is full; the loop then continues. On
+    // another thread it never returns if the window was destroyed while the loop runs: a WM_CLOSE that was sent and not
+    // posted does this, and that loop does not end.
     bool stop();
 
 private:
     class Implementation;
 
-    // Shared with a `run` or `stop` that has yet to return.
+    // A running `run` or `stop` keeps a reference of its own: the implementation then outlives this object.
     std::shared_ptr<Implementation> implementation;
 };

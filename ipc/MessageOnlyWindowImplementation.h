@@ -7,8 +7,10 @@
 #include <exception>
 #include <map>
 
-// What the threads share: `window`, `running` and `loopThreadId` are read without a lock, `handlers` belongs to the
-// dispatch lock, everything else to the thread of the window.
+// The implementation of MessageOnlyWindow, shared by the window object and the calls in progress.
+//
+// Data shared between threads: `window`, `running` and `loopThreadId` are atomic and read without a lock.
+// `dispatchLock` guards `handlers`. Only the loop thread uses all other data.
 class MessageOnlyWindow::Implementation : public std::enable_shared_from_this<Implementation> {
 public:
     explicit Implementation(MessageOnlyWindow* windowOwner);
@@ -21,13 +23,14 @@ public:
     void clearHandlers();
     void run();
     bool stop();
-    // The owner's last call.
+    // Ends the loop and destroys the window. The destructor of the owner calls it last.
     void close();
 
 private:
+    // Finds the implementation of a window handle.
     class WindowMap;
 
-    // Restores the state of the loop however it ends.
+    // Marks the loop as ended in its destructor, however the loop ends.
     class LoopEnd {
     public:
         explicit LoopEnd(Implementation& implementation) : ended(implementation) {}
@@ -39,25 +42,28 @@ private:
         Implementation& ended;
     };
 
+    // The window procedure of the class: it finds the implementation of the window and catches all exceptions.
     static LRESULT CALLBACK staticProcedure(HWND receiver, UINT message, WPARAM wParam, LPARAM lParam);
+    // Calls the handler of the message, or DefWindowProcW.
     LRESULT procedure(HWND receiver, UINT message, WPARAM wParam, LPARAM lParam);
     void registerClass(const std::wstring& name);
     void createWindow();
     void destroy();
     void loop();
+    // Throws the exception that left a handler, if there is one.
     void rethrowFailure();
 
-    MessageOnlyWindow* owner; // deliberately kept, though nobody reads it
-    std::atomic<HWND> window = nullptr; // keeps its value when the window is gone
+    MessageOnlyWindow* owner; // deliberately kept, although no code reads it
+    std::atomic<HWND> window = nullptr; // keeps its value after the window was destroyed
     std::atomic<bool> running = false;
-    bool created = false; // or trying to
-    const HANDLE loopDone; // manual reset; open until the last `stop` has returned
+    bool created = false; // set before the attempt to create the window, cleared after a failure
+    const HANDLE loopDone; // manual-reset event, set while no loop runs; open until the last `stop` has returned
     std::unique_ptr<indev::ICriticalSection> creationLock = indev::createCriticalSection();
     std::unique_ptr<indev::ICriticalSection> loopLock = indev::createCriticalSection();
     std::unique_ptr<indev::ICriticalSection> dispatchLock = indev::createCriticalSection();
     std::map<UINT, indev::MESSAGEHANDLER*> handlers;
     std::wstring className;
     std::atomic<DWORD> loopThreadId = 0; // 0: no loop runs
-    bool gone = false; // the window was destroyed, by whomever
-    std::exception_ptr failure; // the first that left a handler and is not yet rethrown
+    bool gone = false; // WM_DESTROY has arrived
+    std::exception_ptr failure; // the first exception that left a handler and was not yet rethrown
 };

@@ -8,14 +8,17 @@ WindowsCriticalSection::WindowsCriticalSection() {
 
 void WindowsCriticalSection::enter() {
     EnterCriticalSection(&section);
+    // Only the owner writes both fields, within the critical section.
     owner = GetCurrentThreadId();
     ++depth;
 }
 
 void WindowsCriticalSection::leave() {
+    // A thread can find its own id here only if it is the owner, so the look needs no lock.
     if (owner != GetCurrentThreadId()) {
         return;
     }
+    // The owner is cleared before the platform lets the next thread in.
     if (--depth == 0) {
         owner = 0;
     }

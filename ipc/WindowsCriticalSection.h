@@ -8,7 +8,10 @@
 
 namespace indev {
 
-// Knows its owner: a leave by another thread ends here. The platform would let later enters wait for ever.
+// A CRITICAL_SECTION of the platform that knows its owner.
+//
+// A leave by a thread that is not the owner ends here. The platform would corrupt the critical section, and a later
+// enter could wait for ever.
 class WindowsCriticalSection : public ICriticalSection {
 public:
     WindowsCriticalSection();
@@ -20,8 +23,8 @@ public:
 
 private:
     CRITICAL_SECTION section;
-    std::atomic<DWORD> owner = 0; // thread id; 0: nobody
-    unsigned depth = 0; // how often the owner has entered; the owner's alone
+    std::atomic<DWORD> owner = 0; // thread id of the owner, 0 without an owner
+    unsigned depth = 0; // number of enters of the owner; only the owner uses it
 };
 
 } // namespace indev

@@ -1,6 +1,6 @@
 #pragma once
 
-// Notes an object that is deliberately never deleted: a thread goes on using it, or its handles must stay open. To a
-// leak checker the object then counts as in use. Any thread may call; null does nothing. Never fails: when memory is
-// short, the object stays without a note.
+// Records an object that is deliberately never deleted, because a thread still uses it or its handles must stay open. A
+// leak checker then finds the object reachable. Null does nothing. Any thread may call. If memory is short, the object
+// simply stays without a record.
 void keepUntilProcessEnds(const void* object) noexcept;

@@ -23,7 +23,9 @@ void MonitorThread::createEvents() {
     stopEvent = CreateEventW(nullptr, FALSE, FALSE, nullptr);
     decisionEvent = CreateEventW(nullptr, FALSE, FALSE, nullptr);
     if (stopEvent == nullptr || decisionEvent == nullptr) {
-        handles = Handles::Close; // there is no monitor
+        // The constructor of the monitor fails, so nothing uses the handles: the destructor closes the event that
+        // exists.
+        handles = Handles::Close;
         fail(L"Cannot create event");
     }
 }
@@ -33,10 +35,13 @@ bool MonitorThread::start() {
         return false;
     }
     close(threadHandle);
-    EventModify(stopEvent, EVENT_RESET); // of a stop that no thread has heard
-    EventModify(decisionEvent, EVENT_RESET); // of a thread that was too late with it
+    // Both events may still be set: the first by a stop that no thread heard, the second by a thread that decided too
+    // late.
+    EventModify(stopEvent, EVENT_RESET);
+    EventModify(decisionEvent, EVENT_RESET);
     threadHandle = CreateThread(nullptr, 0, entry, this, 0, nullptr);
     if (hasThread()) {
+        // A thread that gives up ends without telling its decision, so the wait also covers its end.
         const HANDLE decisions[] = {decisionEvent, threadHandle};
         waitTwiceIfRefused([&] { return WaitForMultipleObjects(2, decisions, FALSE, DECISION_OR_END_LIMIT); });
     }
@@ -49,7 +54,7 @@ void MonitorThread::stop() {
     }
     EventModify(stopEvent, EVENT_SET);
     if (hasThread()) {
-        // A thread that nobody could wait for may still run, and use what is about to go.
+        // After a failed wait the thread may still run and use data that the owner would delete.
         if (waitTwiceIfRefused([&] { return WaitForSingleObject(threadHandle, DECISION_OR_END_LIMIT); }) !=
             WAIT_OBJECT_0) {
             fail(L"Failed to terminate monitor thread");
@@ -61,12 +66,14 @@ void MonitorThread::stop() {
 void MonitorThread::stopAtEnd() {
     if (hasThread()) {
         OrvaUtils::Teardown steps;
+        // The exception must not leave a destructor that runs during stack unwinding.
         steps.run([this] { stop(); });
         steps.finish();
     }
 }
 
 bool MonitorThread::hasEnded() const {
+    // A wait of 0 ms only looks at the thread.
     return !hasThread() || WaitForSingleObject(threadHandle, 0) == WAIT_OBJECT_0;
 }
 
@@ -90,5 +97,6 @@ DWORD WINAPI MonitorThread::entry(LPVOID self) {
 
 DWORD MonitorThread::body(LPVOID self) {
     auto& monitor = *static_cast<MonitorThread*>(self);
+    // A thread of an earlier start may have set `running` after `start` looked at it: only one thread runs the loop.
     return monitor.running ? 0 : monitor.loop(monitor);
 }

@@ -7,59 +7,68 @@
 
 #include <atomic>
 
-// What the helper's monitors have in common: a worker thread, how it is started and stopped, and when it counts as
-// running. A monitor derives from this class. It says what its loop does, and what its failures are called.
+// The worker thread of a monitor: it starts and stops the thread and knows whether it runs. It is the base class of all
+// monitors; a derived class supplies the loop that runs on the thread and the exception that reports failures.
 //
-// The owner calls everything here on one thread. It makes the monitor with `new` and ends it with `stopAndDelete`, or,
-// where others than the thread depend on it, by `stop` and a look at `hasEnded`. The destructor of a monitor stops,
-// too, and may throw what `stop` throws: a monitor must not be deleted while its thread goes on.
+// Threads: one owner thread calls all public operations. The loop runs on the worker thread.
+//
+// Lifetime: the owner creates a monitor with `new` and ends it with `stopAndDelete`. An owner that has other objects
+// which depend on the monitor calls `stop` and then asks `hasEnded`. The destructor of a monitor also stops the thread
+// and may throw the exception of `stop`. A monitor must not be deleted while its thread runs.
 class MonitorThread {
 public:
     MonitorThread(const MonitorThread&) = delete;
     MonitorThread& operator=(const MonitorThread&) = delete;
 
-    // False when the monitor is running. Otherwise makes the thread and returns when the thread has decided to run or
-    // to give up; at the latest after 20000 ms, and at once when the platform twice refuses to wait. A thread that the
-    // platform does not make counts as one that has ended. A thread that is still undecided when this is called again
-    // is forgotten: its handle is closed, and `hasEnded` tells of the new one.
+    // Starts the thread. Returns false if the monitor is running already, otherwise true.
+    //
+    // Waits until the thread has decided: it runs its loop, or it gives up and ends. The wait lasts 20000 ms at most;
+    // if the wait fails twice, `start` returns at once. If CreateThread fails, the result is true all the same, and
+    // `hasEnded` is true. If an undecided thread of an earlier start exists, its handle is closed and `hasEnded` tells
+    // about the new thread.
     bool start();
-    // Does nothing unless the monitor is running. Asks the thread to end and waits for it, at most 20000 ms. Throws the
-    // monitor's failure "Failed to terminate monitor thread" when that is not enough, or when the platform twice
-    // refuses to wait; it can then be called again.
+    // Stops the thread: sets the stop event and waits for the thread to end, 20000 ms at most. Does nothing unless the
+    // monitor is running. Throws the monitor's exception "Failed to terminate monitor thread" after a time-out, or if
+    // the wait fails twice. `stop` may then be called again.
     void stop();
-    // Whether no thread uses the monitor, so that it can be deleted.
+    // Tells whether no thread uses the monitor, so that it can be deleted: there never was a thread, or it has ended.
     bool hasEnded() const;
 
 protected:
-    // Runs on the thread; what it returns is the thread's exit code. Gives up by returning; otherwise sets `running`,
-    // calls `tellDecision`, and goes on until the stop event is set.
+    // The loop of the monitor, which runs on the thread; its result is the thread's exit code. A loop that gives up
+    // returns at once. A loop that runs sets `running`, calls `tellDecision` and continues until the stop event is set.
     using Loop = DWORD (*)(MonitorThread& monitor);
-    // Throws the monitor's failure with this message.
+    // Throws the monitor's exception with this message.
     using Failure = void (*)(const wchar_t* message);
+    // Decides whether the handles of the thread and the events are closed.
     enum class Handles { Close, LeaveOpen };
 
+    // Stores its arguments and creates nothing.
     MonitorThread(Loop loopToRun, Failure failureToThrow, Handles ofThreadAndEvents = Handles::Close);
     ~MonitorThread();
 
-    // To be called once, by the monitor's constructor. Throws the failure "Cannot create event".
+    // Creates the events. The constructor of the monitor calls it once. Throws the monitor's exception "Cannot create
+    // event".
     void createEvents();
-    // The loop has decided to run.
+    // Tells `start` that the loop runs.
     void tellDecision();
-    // Whether there is a handle: the last `start` has made a thread, and no `stop` has seen its end.
+    // Tells whether there is a thread handle: the last `start` created a thread, and no `stop` has seen its end.
     bool hasThread() const;
-    // For the monitor's destructor, while all that the thread uses is there: `stop`, unless that was done. Throws its
-    // failure, unless an exception is in flight.
+    // Stops the thread unless that was done. The destructor of the monitor calls it first, while all data of the thread
+    // exist. Throws the exception of `stop`, unless an exception is in flight.
     void stopAtEnd();
 
-    // Calls the wait function, and once more when the platform refuses the wait.
+    // Calls a wait function, and calls it once more if the first wait fails.
     template<typename Wait>
     static DWORD waitTwiceIfRefused(Wait wait) {
         const DWORD woken = wait();
         return woken == WAIT_FAILED ? wait() : woken;
     }
 
-    std::atomic<bool> running = false; // set by the loop; where the loop does not clear it, the monitor starts once
-    HANDLE threadHandle = INVALID_HANDLE_VALUE; // also when its end was seen; null: it could not be made
+    // The loop sets this. A loop that does not clear it at its end lets the monitor start only once.
+    std::atomic<bool> running = false;
+    // INVALID_HANDLE_VALUE means that there is no thread or that its end was seen. Null means that CreateThread failed.
+    HANDLE threadHandle = INVALID_HANDLE_VALUE;
     HANDLE stopEvent = nullptr; // auto-reset
 
 private:
@@ -73,8 +82,8 @@ private:
     Handles handles;
 };
 
-// Stops a monitor and deletes it. While its thread goes on, the monitor stays until the process ends. Then throws what
-// `stop` has thrown, unless an exception is in flight.
+// Stops a monitor and deletes it. If the thread does not end, the monitor stays in memory until the process ends. Then
+// throws the exception of `stop`, unless an exception is in flight.
 template<class Monitor>
 void stopAndDelete(Monitor* monitor) {
     OrvaUtils::Teardown steps;

@@ -5,38 +5,41 @@
 #include <atomic>
 #include <utility>
 
-// The observers that a monitor or the mouse hook calls. They are not owned. One thread at a time adds and removes, also
-// while other threads notify, and also from within a notification.
+// The list of observers that a monitor or the mouse hook calls. Observers are not owned and never null.
 //
-// Each notification calls the observers in the order of their registration, as often as they were added. An observer
-// that was removed is not called any more, unless a notification is about to call it in that moment; one that is added
-// during a notification need not be called by it. An observer is never null. Nothing here waits but `waitForCalls`, and
-// there is no lock: an entry is never freed while the list lives, and counts the notifications that are at it.
+// Threads: one thread at a time adds and removes. Other threads may notify at the same time, and an observer may add or
+// remove during a notification. There is no lock, and only `waitForCalls` waits. An entry is never freed while the list
+// exists, and it counts the notifications that visit it.
+//
+// Order: a notification calls the observers in the order of registration, and an observer as often as it was added. A
+// removed observer is not called again, except by a notification that is just about to call it. An observer that is
+// added during a notification may be missed by that notification.
 template<class Observer>
 class ObserverList {
 public:
     ObserverList() = default;
     ObserverList(const ObserverList&) = delete;
     ObserverList& operator=(const ObserverList&) = delete;
-    // No notification may be under way.
+    // No notification may be in progress.
     ~ObserverList() {
         while (first.next != nullptr) {
             delete std::exchange(first.next, first.next->next);
         }
     }
 
-    // Duplicates are allowed. Uses the last entry again if it is free; entries before one in use are not used again.
+    // Adds an observer; it may be in the list already. Reuses the last entry if it is free. Throws std::bad_alloc if
+    // memory is short.
     void add(Observer* observer) {
         Entry* const end = last;
         if (end->observer == nullptr && end->calls == 0) {
-            end->observer = observer; // free, with none behind it
+            end->observer = observer; // the last entry is free
         } else {
             end->next = new Entry{observer};
             last = end->next;
         }
     }
 
-    // Removes every registration. The observer can be deleted when no notification is at it any more.
+    // Removes all registrations of an observer. Delete the observer only when no notification can still call it.
     void remove(const Observer* observer) {
         for (Entry* entry = &first; entry != nullptr; entry = entry->next) {
             if (entry->observer == observer) {
@@ -46,8 +49,8 @@ public:
         }
     }
 
-    // Behind `remove`: waits until no notification can still call the observer, at most `limit` ms. Not from within a
-    // notification.
+    // Waits until no notification can still call an observer that was removed, at most `limit` milliseconds. Do not
+    // call this from within a notification.
     void waitForCalls(const Observer* removed, DWORD limit) {
         constexpr DWORD POLL_INTERVAL = 10; // ms
         const DWORD begun = GetTickCount();
@@ -61,12 +64,14 @@ public:
         }
     }
 
-    // Runs `call` with each observer. What it throws comes out, and ends the notification.
+    // Runs `call` with each observer. An exception of `call` ends the notification and passes through.
     template<typename Call>
     void notify(Call call) {
         Entry* const end = last;
         for (Entry* entry = &first;; entry = entry->next) {
-            const Visit visit(entry->calls); // before the look: whoever removes and then sees 0 is not overtaken
+            // The visit is counted before the look at the observer: a thread that has removed the observer and then
+            // reads 0 can delete it.
+            const Visit visit(entry->calls);
             if (Observer* const observer = entry->observer) {
                 call(*observer);
             }
@@ -77,13 +82,15 @@ public:
     }
 
 private:
+    // One registration.
     struct Entry {
         std::atomic<Observer*> observer = nullptr; // null: the entry is free
         std::atomic<int> calls = 0;
-        const Observer* removed = nullptr; // who was here, for `waitForCalls`
+        const Observer* removed = nullptr; // the observer that was removed here, for `waitForCalls`
         Entry* next = nullptr; // set before `last`
     };
 
+    // Counts a notification at an entry for its own lifetime.
     class Visit {
     public:
         explicit Visit(std::atomic<int>& countOfCalls) : calls(countOfCalls) {

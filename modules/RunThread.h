@@ -2,7 +2,7 @@
 
 #include <windows.h>
 
-// The frame of every worker thread, for its entry: runs the body and returns its result, the thread's exit code. An
-// exception that leaves the body is logged at ERROR, with its message or as "Generic exception", and ends the thread
-// with 0. Nothing leaves this function.
+// Runs the body of a worker thread and returns its result as the exit code of the thread. Every worker thread of the
+// helper begins with it. An exception that leaves the body is logged at ERROR, with its message or as "Generic
+// exception", and ends the thread with exit code 0. No exception leaves this function.
 DWORD runThread(DWORD (*body)(LPVOID), LPVOID argument) noexcept;

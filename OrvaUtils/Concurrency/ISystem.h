@@ -11,29 +11,34 @@
 
 namespace OrvaUtils::Concurrency {
 
-// Threads, events, processes and time of the platform.
+// The platform's threads, events, critical sections, processes and time.
 //
-// What the create operations return belongs to the caller, who deletes it; they answer null when memory is short. No
-// operation of these interfaces throws, but for IProcess::getParameter: failures show in results.
+// The create operations return a new object, which the caller owns and deletes, or null if memory is short. Operations
+// of these interfaces report failures by their results and do not throw. The only exception is IProcess::getParameter.
 class ISystem {
 public:
-    // Milliseconds since the system started, past the 32-bit wrap of the platform's counter (49.7 days) as long as it
-    // is called at least once between two wraps. For one thread at a time: its state is not guarded.
+    // Returns the milliseconds since the system started as a 64-bit number. The platform's counter has 32 bits and
+    // wraps every 49.7 days; the result continues past a wrap only if the program calls this at least once between two
+    // wraps. The first call in the process returns the platform's counter as it is. The state has no lock,
+    // deliberately: one thread at a time may call.
     virtual std::uint64_t getTickCount64() = 0;
+    // Blocks the calling thread for this time.
     virtual void sleep(unsigned milliseconds) = 0;
+    // Creates a critical section that no thread owns.
     virtual ICriticalSection* createCriticalSection() = 0;
-    // Not set.
+    // Creates an event that is not set.
     virtual IEvent* createEvent() = 0;
-    // Nothing is started yet. An empty path: the program is the first word of the arguments.
+    // Creates a process object and starts nothing. If `path` is empty, the first word of `arguments` names the program.
+    // If `arguments` is empty, the child gets no command line.
     virtual IProcess* createProcess(const std::wstring& path, const std::wstring& arguments,
                                     const std::map<std::wstring, std::wstring>& parameters) = 0;
-    // Nothing is started yet.
+    // Creates a thread object and starts nothing.
     virtual IThread* createThread() = 0;
     virtual ~ISystem() = default;
 };
 
-// The one system of the process, made at the first call and deleted at the process's exit. Throws std::bad_alloc when
-// memory is short at that call; the next one then tries again.
+// Returns the one system object of the process. The first call creates it; process exit deletes it. Throws
+// std::bad_alloc if memory is short during the first call; the next call then tries again.
 ISystem& getSystem();
 
 } // namespace OrvaUtils::Concurrency

@@ -6,15 +6,17 @@
 
 namespace OrvaUtils::Concurrency {
 
-// A thread to be started. Deleting the object closes the thread's handle only: it neither stops the thread nor deletes
-// what the thread runs. The order is start, stop, delete the thread, delete the runnable.
+// A worker thread that executes an IRunnable.
+//
+// Call `start`, then `stop`, then delete this object, then delete the runnable. The destructor only closes the thread's
+// handle: it does not stop the thread and does not delete the runnable. Only one thread, the owner, may use the object.
 class IThread {
 public:
-    // Runs `runnable` (not owned) on a new thread, at once. The thread's handle, which stays the object's own, or null.
-    // The runnable lets no exception out: one that leaves it ends the process.
+    // Creates a thread that runs `runnable` at once. Returns the thread handle, which the object still owns, or null if
+    // CreateThread fails. The object does not own the runnable. An exception that leaves the runnable ends the process.
     virtual HANDLE start(IRunnable* runnable) = 0;
-    // Asks the runnable to stop and waits, without a limit, for the thread to end. The platform's answer to the wait.
-    // Only for a thread that was started.
+    // Calls `stop` of the runnable on the calling thread, then waits without a limit for the thread to end. Returns the
+    // result of WaitForSingleObject. `start` must have been called.
     virtual DWORD stop() = 0;
     virtual ~IThread() = default;
 };

@@ -9,7 +9,7 @@ namespace OrvaUtils::Concurrency {
 
 namespace {
 
-// Deliberately neither locked nor atomic: the callers see to it that one thread asks at a time.
+// These variables are deliberately neither locked nor atomic: the callers ensure that one thread calls at a time.
 bool tickCountInitialised = false;
 DWORD lastTickCount = 0;
 std::uint32_t tickCountWraps = 0;
@@ -40,6 +40,7 @@ private:
 
 class WindowsEvent : public IEvent {
 public:
+    // The result is not checked here. Operations on a null handle fail and report it.
     WindowsEvent() : handle(CreateEventW(nullptr, TRUE, FALSE, nullptr)) {}
     WindowsEvent(const WindowsEvent&) = delete;
     WindowsEvent& operator=(const WindowsEvent&) = delete;
@@ -79,9 +80,10 @@ public:
     WindowsProcess& operator=(const WindowsProcess&) = delete;
 
     HANDLE start() override {
+        // The handles of an earlier child are lost here, as the interface documents.
         process = nullptr;
         thread = nullptr;
-        // The platform may write into the command line.
+        // CreateProcessW may write into the command line, so it gets a copy.
         std::unique_ptr<wchar_t[]> commandLine;
         if (!arguments.empty()) {
             commandLine.reset(new (std::nothrow) wchar_t[arguments.size() + 1]());
@@ -139,6 +141,7 @@ private:
     HANDLE thread = nullptr;
 };
 
+// The thread's entry. IRunnable::run must not throw: nothing here catches an exception.
 DWORD WINAPI runRunnable(LPVOID argument) {
     static_cast<IRunnable*>(argument)->run();
     return 0;
@@ -152,6 +155,7 @@ public:
 
     HANDLE start(IRunnable* runnableToStart) override {
         runnable = runnableToStart;
+        // A zero stack size means the default size; the thread runs at once.
         handle = CreateThread(nullptr, 0, runRunnable, runnable, 0, &threadId);
         return handle;
     }
@@ -178,9 +182,11 @@ public:
     std::uint64_t getTickCount64() override {
         if (!tickCountInitialised) {
             tickCountInitialised = true;
+            // The first call has no earlier value to compare with.
             lastTickCount = GetTickCount();
         }
         const DWORD now = GetTickCount();
+        // The 32-bit counter of the platform has wrapped since the last call.
         if (lastTickCount > now) {
             ++tickCountWraps;
         }
@@ -202,6 +208,8 @@ public:
 
     IProcess* createProcess(const std::wstring& path, const std::wstring& arguments,
                             const std::map<std::wstring, std::wstring>& parameters) override {
+        // The strings and the map are copied, and the copies may fail. The interface promises null instead of an
+        // exception.
         try {
             return new WindowsProcess(path, arguments, parameters);
         } catch (const std::bad_alloc&) {
@@ -217,6 +225,7 @@ public:
 } // namespace
 
 ISystem& getSystem() {
+    // The destructor of this object runs at process exit.
     static const std::unique_ptr<ISystem> system(new WindowsSystem);
     return *system;
 }

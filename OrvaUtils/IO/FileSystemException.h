@@ -4,7 +4,10 @@
 
 namespace OrvaUtils::IO {
 
-// A bad argument of an operation on a directory tree.
+// An operation on a directory tree got an empty path.
+//
+// The message is "Invalid source directory", "Invalid destination directory" or "Invalid directory name". Operations on
+// single files do not throw: they return false.
 class FileSystemException : public Exception {
 public:
     using Exception::Exception;

@@ -13,6 +13,7 @@ namespace {
 
 constexpr wchar_t INVALID_DIRECTORY_NAME[] = L"Invalid directory name";
 
+// A leftover must not be renamed again: its name would grow with every attempt.
 bool wasRenamedAway(const std::wstring& name) {
     return name.starts_with(RENAME_AWAY_PREFIX);
 }
@@ -21,6 +22,7 @@ bool wasRenamedAway(const std::wstring& name) {
 
 bool IFileSystem::moveFileReplacing(const std::wstring& source, const std::wstring& destination) {
     if (isFile(destination)) {
+        // MoveFileW never replaces an existing file.
         deleteOrRenameFile(destination);
     }
     return moveFile(source, destination);
@@ -47,6 +49,8 @@ void IFileSystem::copyDirectory(const std::wstring& destination, const std::wstr
         throw FileSystemException(L"Invalid destination directory");
     }
     const std::unique_ptr<DirectoryIterator> it = createDirectoryIterator(source, pattern);
+    // The result is ignored: an existing destination is no error, and without a parent all copies below fail. The
+    // destination is created even if no entry matches the pattern.
     createDirectory(destination);
     std::wstring from = combinePath(source, L"");
     std::wstring to = combinePath(destination, L"");
@@ -71,6 +75,7 @@ bool IFileSystem::deleteDirectoryOrRename(const std::wstring& path, std::wstring
     if (path.empty()) {
         throw FileSystemException(INVALID_DIRECTORY_NAME);
     }
+    // This value stays if the directory can be deleted.
     newName = path;
     deleteDirectoryContents(path, L"*", L"");
     if (!removeDirectory(path) && !wasRenamedAway(getFileName(path, L""))) {
@@ -85,10 +90,12 @@ void IFileSystem::deleteDirectoryContents(const std::wstring& path, const std::w
         throw FileSystemException(INVALID_DIRECTORY_NAME);
     }
     Logger::instance().writeParts(LogLevel::Debug, {L"Deleting directory ", path});
+    // The entries are collected first: a rename adds an entry to the directory, which a running listing could find.
     std::vector<DirectoryEntry> entries;
     for (const auto it = createDirectoryIterator(path, pattern); !it->atEnd(); it->advance()) {
         entries.push_back(it->current());
     }
+    // The platform matches the excluded pattern, too: a second listing finds the names to keep.
     std::set<std::wstring> excluded;
     for (const auto it = createDirectoryIterator(path, excludedPattern); !it->atEnd(); it->advance()) {
         excluded.insert(it->current().name);
@@ -119,6 +126,7 @@ void IFileSystem::cleanupDirectory(const std::wstring& path) {
         }
         const std::wstring full = combinePath(path, entry.name);
         if (entry.kind == DirectoryEntry::Kind::Directory) {
+            // The name has the prefix already, so a directory in use is not renamed again.
             deleteDirectoryOrRename(full);
         } else {
             deleteFile(full);
@@ -126,11 +134,13 @@ void IFileSystem::cleanupDirectory(const std::wstring& path) {
     }
 }
 
-// Moves a file or directory to the first free name and returns that, whether or not the platform moved it.
+// Moves a file or directory to the first free name with the prefix. Returns that name, whether or not the move
+// succeeded.
 std::wstring IFileSystem::renameAway(const std::wstring& path) {
     const std::wstring stem = getDirectoryPart(path) + getSeparator() + RENAME_AWAY_PREFIX;
     const std::wstring name = getFileName(path, L"");
     std::wstring candidate = stem + name;
+    // Leftovers of earlier renames keep their names until a clean-up, so the counter looks for a free name.
     for (std::int64_t n = 1; isFile(candidate) || isDirectory(candidate); ++n) {
         candidate = stem + decimal(n) + L"_" + name;
     }

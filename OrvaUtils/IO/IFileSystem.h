@@ -7,81 +7,102 @@
 
 namespace OrvaUtils::IO {
 
-// Names that begin so are leftovers of files and directories that could not be deleted while they were in use.
+// Marks leftovers: a file or directory that is in use cannot be deleted, so it gets a name with this prefix instead.
+// `cleanupDirectory` deletes leftovers later.
 inline constexpr wchar_t RENAME_AWAY_PREFIX[] = L"_rm_";
 
-// Files, directories and paths.
+// The file system: tests, copies, moves, deletes and lists files and directories, and computes paths.
 //
-// Paths are absolute, with a volume in front and no drive letter: \NANDFlash\ZentrixHMI. Operations on one file answer
-// false when the platform refuses and leave things as the platform left them; operations on trees throw
-// FileSystemException for an empty path and otherwise do as much as they can, in silence. There is no state and no
-// lock: any thread may call, and threads that work on the same directories order their calls themselves.
+// Paths are absolute and begin with a volume; there are no drive letters: \NANDFlash\ZentrixHMI. An operation on one
+// file returns false if the platform call fails, and leaves the file as the platform left it. An operation on a
+// directory tree throws FileSystemException for an empty path; it skips entries that it cannot handle and reports
+// nothing.
 //
-// The composite operations stand here, on top of the others, so they serve every implementation.
+// The object has no state and no lock. Any thread may call any operation. Threads that work on the same directories
+// must order their calls themselves.
+//
+// The operations that combine others are implemented here, so that every implementation shares them.
 class IFileSystem {
 public:
     virtual ~IFileSystem() = default;
 
-    // Something that exists and is no directory.
+    // Tells whether the path names something that exists and is not a directory.
     virtual bool isFile(const std::wstring& path) = 0;
+    // Tells whether the path names an existing directory.
     virtual bool isDirectory(const std::wstring& path) = 0;
 
+    // Returns the character between the names of a path, a backslash.
     virtual wchar_t getSeparator() = 0;
-    // Without trailing separators, and each run of them made one.
+    // Removes separators at the end and reduces each run of separators to one separator.
     virtual std::wstring normalizePath(const std::wstring& path) = 0;
-    // `first`, a separator unless `first` is empty or ends with one, and `second` without the separators in front.
+    // Joins two paths with one separator: \A and \\B give \A\B. An empty `first` gives `second` without leading
+    // separators.
     virtual std::wstring combinePath(const std::wstring& first, const std::wstring& second) = 0;
-    // The text before the last separator; empty if there is none.
+    // Returns the text before the last separator, or an empty text if there is no separator.
     virtual std::wstring getDirectoryPart(const std::wstring& path) = 0;
-    // The text after the last separator, without `suffix` if it ends with exactly that.
+    // Returns the text after the last separator, or the whole path if there is no separator. If the text ends with
+    // `suffix`, the suffix is removed; the comparison is case-sensitive.
     virtual std::wstring getFileName(const std::wstring& path, const std::wstring& suffix) = 0;
-    // Every "/" becomes the separator.
+    // Replaces every "/" with the separator.
     virtual std::wstring toNativeSeparators(const std::wstring& path) = 0;
 
-    // One level.
+    // Creates the last directory of the path. Returns false if its parent is missing or the name exists.
     virtual bool createDirectory(const std::wstring& path) = 0;
-    // All levels. True only if the last one that was missing has been created, hence false for a path that exists.
+    // Creates all missing directories of the path. Returns true only if the last missing directory was created. The
+    // result is deliberately false if the whole path exists already.
     virtual bool createDirectories(const std::wstring& path) = 0;
-    // Whether `path` begins with `parent`, case and repeated separators aside. Text only: \A\BC lies under \A\B.
+    // Tells whether `path` begins with `parent`. The comparison is case-insensitive and ignores repeated separators. It
+    // compares text only: \A\BC lies under \A\B. Every path lies under the empty parent.
     virtual bool isSubPath(const std::wstring& parent, const std::wstring& path) = 0;
-    // The entries of a directory whose names match the pattern ("*", "?"); none for an empty pattern and for a
-    // directory that cannot be listed.
+    // Lists the entries of a directory whose names match the pattern ("*" and "?" are wildcards). The list is empty if
+    // the pattern is empty or the directory cannot be listed.
     virtual std::unique_ptr<DirectoryIterator> createDirectoryIterator(const std::wstring& directory,
                                                                        const std::wstring& pattern) = 0;
 
+    // Copies a file. Returns false if the destination exists and `overwrite` is false. A read-only or busy destination
+    // makes the copy fail.
     virtual bool copyFile(const std::wstring& source, const std::wstring& destination, bool overwrite) = 0;
-    // Like copyFile, but neither a read-only nor a busy destination stops it: that one is deleted or renamed first.
+    // Copies a file like `copyFile`, but deletes or renames an existing destination first. A read-only or busy
+    // destination therefore does not stop the copy.
     virtual bool copyFileReplacing(const std::wstring& source, const std::wstring& destination, bool overwrite) = 0;
-    // Never replaces.
+    // Moves or renames a file or directory. Returns false if the destination exists.
     virtual bool moveFile(const std::wstring& source, const std::wstring& destination) = 0;
-    // Deletes the destination first or renames it away.
+    // Moves a file after it has deleted or renamed an existing destination.
     virtual bool moveFileReplacing(const std::wstring& source, const std::wstring& destination);
-    // Read-only files too.
+    // Deletes a file, even a read-only file. Returns false if the file is missing or in use.
     virtual bool deleteFile(const std::wstring& path) = 0;
-    // Deletes a file; one that cannot be deleted is renamed away, unless its name says that it already was. True
-    // always. `newName` becomes the path that it should be renamed to, also if the platform refused or there is no such
-    // file, and stays as it is when there was no need.
+    // Deletes a file. If that fails, renames the file with the prefix "_rm_"; a file that already has the prefix keeps
+    // its name. Always returns true.
     virtual bool deleteOrRenameFile(const std::wstring& path);
+    // Does the same and sets `newName` to the path chosen for the rename. The rename itself may have failed, and the
+    // file may never have existed. `newName` stays unchanged if no rename was tried.
     virtual bool deleteOrRenameFile(const std::wstring& path, std::wstring& newName);
 
-    // Copies a tree. The destination comes first, deliberately the reverse of the file operations. Existing files stay
-    // unless `overwrite`. `pattern` selects files and directories at every depth. The destination's parent must exist;
-    // what cannot be copied stays missing, without a word.
+    // Copies a directory tree. The destination deliberately comes first, unlike in the file operations. The parent of
+    // the destination must exist. Existing files stay unless `overwrite` is true. `pattern` selects files and
+    // directories at every depth. Files that cannot be copied are skipped without a report. Throws FileSystemException
+    // "Invalid source directory" or "Invalid destination directory" for an empty path.
     virtual void copyDirectory(const std::wstring& destination, const std::wstring& source, bool overwrite,
                                const std::wstring& pattern);
-    // An empty one.
+    // Deletes an empty directory. Returns false if the directory is missing, in use or not empty.
     virtual bool removeDirectory(const std::wstring& path) = 0;
-    // Deletes a tree. What is in use is renamed away, and so is every directory that therefore cannot go. True always.
-    // `newName` becomes the path that the tree was renamed to, else `path`.
+    // Deletes a directory tree. Entries that are in use get the prefix "_rm_", and so do the directories that still
+    // hold such entries. Always returns true. Throws FileSystemException "Invalid directory name" for an empty path.
     virtual bool deleteDirectoryOrRename(const std::wstring& path);
+    // Does the same and sets `newName` to the path chosen for the rename of the directory, or to `path` if none was
+    // tried.
     virtual bool deleteDirectoryOrRename(const std::wstring& path, std::wstring& newName);
-    // The same for the direct entries that match `pattern` and do not match `excludedPattern`; the directory stays.
+    // Deletes or renames, in the same way, the direct entries that match `pattern` and do not match `excludedPattern`.
+    // The directory itself stays. An empty `excludedPattern` excludes nothing. Throws FileSystemException "Invalid
+    // directory name" for an empty path.
     virtual void deleteDirectoryContents(const std::wstring& path, const std::wstring& pattern,
                                          const std::wstring& excludedPattern);
-    // Deletes the direct entries that were once renamed away, as far as they can be deleted by now.
+    // Deletes the leftovers directly in a directory. A leftover that is still in use stays. Throws FileSystemException
+    // "Invalid directory name" for an empty path.
     virtual void cleanupDirectory(const std::wstring& path);
 
-    // A shortcut file that runs `target` (quoted here if it is not yet) with `arguments`. True whatever happens.
+    // Creates a shortcut file that runs `target` with `arguments`. Puts `target` in double quotes unless it begins with
+    // one. Always returns true, even if the platform call fails.
     virtual bool createShortcut(const std::wstring& shortcutPath, const std::wstring& target,
                                 const std::wstring& arguments) = 0;
 
@@ -89,7 +110,7 @@ private:
     std::wstring renameAway(const std::wstring& path);
 };
 
-// The one file system of the process, made at the first call and deleted at the process's exit.
+// Returns the one file system object of the process. The first call creates it; process exit deletes it.
 IFileSystem& getFileSystem();
 
 } // namespace OrvaUtils::IO

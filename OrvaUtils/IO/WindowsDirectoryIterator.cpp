@@ -3,6 +3,7 @@
 namespace OrvaUtils::IO {
 
 WindowsDirectoryIterator::WindowsDirectoryIterator(const std::wstring& pathPattern)
+    // An empty pattern leaves a path that is empty or ends with a separator. The listing is then empty.
     : search(pathPattern.empty() || pathPattern.ends_with(L'\\') ? INVALID_HANDLE_VALUE
                                                                  : FindFirstFileW(pathPattern.c_str(), &found)) {
     if (search != INVALID_HANDLE_VALUE) {

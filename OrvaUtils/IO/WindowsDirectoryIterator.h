@@ -8,10 +8,14 @@
 
 namespace OrvaUtils::IO {
 
-// Walks what FindFirstFileW finds for a path whose last component is a pattern. A failure ends the walk. Without a
-// pattern, in a path that is empty or ends with a separator, there is nothing to walk, and the platform is not asked.
+// Lists a directory with FindFirstFileW and FindNextFileW.
+//
+// Only one thread may use the iterator. A platform failure ends the listing without a report. The destructor closes the
+// search.
 class WindowsDirectoryIterator : public DirectoryIterator {
 public:
+    // The last component of the path is a pattern with "*" and "?". An empty path, or a path that ends with a
+    // separator, has no pattern: the listing is empty and the platform is not called.
     explicit WindowsDirectoryIterator(const std::wstring& pathPattern);
     WindowsDirectoryIterator(const WindowsDirectoryIterator&) = delete;
     WindowsDirectoryIterator& operator=(const WindowsDirectoryIterator&) = delete;
@@ -26,7 +30,7 @@ private:
     void close();
 
     WIN32_FIND_DATAW found{};
-    HANDLE search; // INVALID_HANDLE_VALUE at the end
+    HANDLE search; // INVALID_HANDLE_VALUE at the end of the listing
     DirectoryEntry entry;
 };
 

@@ -60,6 +60,7 @@ std::wstring WindowsFileSystem::getDirectoryPart(const std::wstring& path) {
 }
 
 std::wstring WindowsFileSystem::getFileName(const std::wstring& path, const std::wstring& suffix) {
+    // Without a separator `rfind` returns npos, and npos + 1 is 0: the name is the whole path.
     std::wstring name = path.substr(path.rfind(SEPARATOR) + 1);
     if (name.ends_with(suffix)) {
         name.resize(name.size() - suffix.size());
@@ -79,6 +80,7 @@ bool WindowsFileSystem::createDirectory(const std::wstring& path) {
 
 bool WindowsFileSystem::createDirectories(const std::wstring& path) {
     bool created = false;
+    // The search begins at 1: a separator in front belongs to the first name.
     for (std::size_t i = 1; i <= path.size(); ++i) {
         if (i < path.size() && path[i] != SEPARATOR) {
             continue;
@@ -91,14 +93,14 @@ bool WindowsFileSystem::createDirectories(const std::wstring& path) {
             }
         }
     }
-    // Deliberate: false when there was nothing to create.
+    // The result is deliberately false if there was nothing to create.
     return created;
 }
 
 bool WindowsFileSystem::isSubPath(const std::wstring& parent, const std::wstring& path) {
     const std::wstring start = normalizePath(parent);
     const std::wstring whole = normalizePath(path);
-    // Deliberate: the cut need not fall on a separator.
+    // Deliberate: the text may be cut within a name, so \A\BC lies under \A\B.
     return equalIgnoringCase(start, whole.substr(0, start.size()));
 }
 
@@ -116,6 +118,7 @@ bool WindowsFileSystem::copyFileReplacing(const std::wstring& source, const std:
         if (!overwrite) {
             return false;
         }
+        // CopyFileW fails on a read-only or busy destination.
         deleteOrRenameFile(destination);
     }
     return copyFile(source, destination, overwrite);
@@ -128,7 +131,7 @@ bool WindowsFileSystem::moveFile(const std::wstring& source, const std::wstring&
 bool WindowsFileSystem::deleteFile(const std::wstring& path) {
     Logger::instance().writeParts(LogLevel::Debug, {L"Deleting file ", path});
     const DWORD attributes = GetFileAttributesW(path.c_str());
-    // Deliberate: attributes that cannot be read have all bits set and are written back without this one.
+    // Deliberate: if the attributes cannot be read, all bits are set and the call writes all of them except this bit.
     if ((attributes & FILE_ATTRIBUTE_READONLY) != 0) {
         SetFileAttributesW(path.c_str(), attributes & ~FILE_ATTRIBUTE_READONLY);
     }
@@ -141,17 +144,19 @@ bool WindowsFileSystem::removeDirectory(const std::wstring& path) {
 
 bool WindowsFileSystem::createShortcut(const std::wstring& shortcutPath, const std::wstring& target,
                                        const std::wstring& arguments) {
+    // SHCreateShortcut takes pointers to writable text, so it gets copies.
     std::wstring shortcut = shortcutPath;
     std::wstring command = target.starts_with(L'"') ? target : L'"' + target + L'"';
     if (!arguments.empty()) {
         command += L' ' + arguments;
     }
     SHCreateShortcut(shortcut.data(), command.data());
-    // Deliberate: the platform's answer does not matter.
+    // Deliberate: the result of SHCreateShortcut does not matter.
     return true;
 }
 
 IFileSystem& getFileSystem() {
+    // The destructor of this object runs at process exit.
     static const std::unique_ptr<IFileSystem> fileSystem(new WindowsFileSystem);
     return *fileSystem;
 }

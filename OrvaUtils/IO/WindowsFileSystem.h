@@ -4,7 +4,12 @@
 
 namespace OrvaUtils::IO {
 
-// The platform's file system: backslashes, wide paths, one platform call an operation where there is one.
+// The file system of the platform. IFileSystem documents the operations.
+//
+// The separator is the backslash. Where the platform has a function for an operation, the operation is one call of this
+// function. Tests of paths read the attributes of the file. Errors are not examined: GetLastError is never called.
+// Program code uses `getFileSystem`; an object of its own is only necessary where a thread may outlive the shared
+// object.
 class WindowsFileSystem : public IFileSystem {
 public:
     bool isFile(const std::wstring& path) override;

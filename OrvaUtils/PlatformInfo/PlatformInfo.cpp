@@ -17,9 +17,10 @@ namespace {
 constexpr std::uint32_t MODEL_TAG = 18;
 constexpr std::uint32_t GUID_TAG = 48;
 
-constexpr std::string_view TYPE_NAMES[] = {"WinCE-X86", "WinCE-ARM", "Win32", "Win64"}; // of the types from 1 on
+// The names of the types from 1 on.
+constexpr std::string_view TYPE_NAMES[] = {"WinCE-X86", "WinCE-ARM", "Win32", "Win64"};
 
-// Made up: see the header.
+// The names are invented: see the header.
 struct Model {
     std::uint16_t code;
     const wchar_t* name;
@@ -39,10 +40,11 @@ static_assert(std::size(MODELS) == 31);
     throw PlatformInfoException(L"Unexpected platform type");
 }
 
-// Fills the bytes from a tag of at least this size; leaves them alone, and answers false, if there is none.
+// Fills `bytes` from a tag that is at least this long. Otherwise leaves `bytes` unchanged and returns false.
 template<std::size_t size>
 bool readTag(Tags::TagStore& store, std::uint32_t tag, std::array<std::uint8_t, size>& bytes) {
     try {
+        // A separate buffer keeps the result intact if the tag turns out to be too short.
         std::vector<std::uint8_t> buffer(size);
         if (store.getData(tag, buffer) < size) {
             return false;
@@ -73,6 +75,7 @@ std::string PlatformInfo::platformTypeToString(std::uint32_t type) {
     if (type < 1 || type > std::size(TYPE_NAMES)) {
         refuseType();
     }
+    // Type codes begin with 1, the table with 0.
     return std::string(TYPE_NAMES[type - 1]);
 }
 
@@ -116,7 +119,9 @@ void PlatformInfo::load() {
             modelPresent = true;
         }
         guidPresent = guidPresent || readTag(store, GUID_TAG, guid);
-    } catch (const Exception&) { // no library, or a store that cannot be opened or closed: what was read counts
+    } catch (const Exception&) {
+        // The library may be missing, or the store cannot be opened or closed. Values that were read by then stay
+        // valid.
     }
 }
 

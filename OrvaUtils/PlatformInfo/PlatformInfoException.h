@@ -4,7 +4,9 @@
 
 namespace OrvaUtils {
 
-// Something was asked about the device that there is no answer to.
+// A question about the device has no answer.
+//
+// The message is "Unexpected platform type" or "Guid not present".
 class PlatformInfoException : public Exception {
 public:
     using Exception::Exception;

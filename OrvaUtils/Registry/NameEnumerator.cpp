@@ -11,6 +11,7 @@ bool NameEnumerator::isValid() const {
 }
 
 std::wstring NameEnumerator::operator*() {
+    // The copy stays valid although `enumerate` overwrites `name`.
     std::wstring current = name;
     ++index;
     enumerate();
@@ -18,6 +19,7 @@ std::wstring NameEnumerator::operator*() {
 }
 
 void NameEnumerator::enumerate() {
+    // The platform sets the length of each name, so it must be reset for each call.
     DWORD length = MAX_PATH;
     valid = function(key, index, buffer, &length) == ERROR_SUCCESS;
     if (valid) {

@@ -7,21 +7,28 @@
 
 namespace OrvaUtils::Registry {
 
-// Walks the names in an open key, which it does not own, by their numbers from 0 on:
-// `while (names.isValid()) use(*names);`. It does not notice changes: what is deleted moves the names behind it up by
-// one, and the walk then skips one. A failure ends the walk, and so does a name of 260 characters or more.
+// Enumerates names in an open key by their index, from 0 on: the common part of KeyEnumerator and ValueEnumerator.
+//
+//     while (names.isValid()) {
+//         use(*names);
+//     }
+//
+// The enumerator does not own the key. It does not notice changes: after a deletion the later names move to lower
+// indexes, and the enumeration skips a name. A platform failure ends the enumeration without a report, and so does a
+// name of 260 characters or more. Only one thread may use the object.
 class NameEnumerator {
 public:
     NameEnumerator(const NameEnumerator&) = delete;
     NameEnumerator& operator=(const NameEnumerator&) = delete;
 
-    // Whether a name is current.
+    // Tells whether there is a current name.
     bool isValid() const;
-    // The current name; the next one becomes current.
+    // Returns the current name and moves on to the next name. Call it only while `isValid`.
     std::wstring operator*();
 
 protected:
-    // The platform's function: the name with this number, and how many characters there is room for.
+    // The platform function that reads the name at an index. `length` holds the room in characters before the call, and
+    // the length of the name after it.
     using Function = LONG (*)(HKEY key, DWORD index, LPWSTR name, DWORD* length);
 
     NameEnumerator(HKEY openKey, Function platformFunction);

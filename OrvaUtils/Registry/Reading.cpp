@@ -13,6 +13,7 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
+// Larger values need a second query.
 constexpr std::size_t FIRST_BUFFER = 50; // bytes
 
 struct Data {
@@ -20,11 +21,13 @@ struct Data {
     Bytes bytes;
 };
 
+// Reads type and bytes of a value of any type.
 Data query(HKEY key, const std::wstring& name) {
     Data data;
     data.bytes.resize(FIRST_BUFFER);
     auto size = static_cast<DWORD>(data.bytes.size());
     LONG result = RegQueryValueExW(key, name.c_str(), nullptr, &data.type, data.bytes.data(), &size);
+    // The failed call has set `size` to the size of the value.
     if (result == ERROR_MORE_DATA) {
         data.bytes.resize(size);
         result = RegQueryValueExW(key, name.c_str(), nullptr, &data.type, data.bytes.data(), &size);
@@ -36,6 +39,7 @@ Data query(HKEY key, const std::wstring& name) {
     return data;
 }
 
+// Reads a value that must have this type.
 Bytes query(HKEY key, const std::wstring& name, DWORD type) {
     Data data = query(key, name);
     if (data.type != type) {
@@ -44,18 +48,21 @@ Bytes query(HKEY key, const std::wstring& name, DWORD type) {
     return std::move(data.bytes);
 }
 
+// Copies the bytes in the order of memory. Missing bytes stay zero.
 std::uint32_t numberIn(const Bytes& bytes) {
     std::uint32_t number = 0;
     std::copy_n(bytes.data(), std::min(bytes.size(), sizeof number), reinterpret_cast<std::uint8_t*>(&number));
     return number;
 }
 
+// The data of a text may lack the terminating zero or continue after it. Only the characters before it count.
 std::wstring textIn(const Bytes& bytes) {
     std::wstring text = fromText16(bytes.data(), bytes.size());
     text.resize(std::min(text.find(L'\0'), text.size()));
     return text;
 }
 
+// Each text ends at its zero character; an empty text ends the list.
 std::vector<std::wstring> textsIn(const Bytes& bytes) {
     const std::wstring text = fromText16(bytes.data(), bytes.size());
     std::vector<std::wstring> texts;
@@ -96,7 +103,8 @@ std::uint32_t readDword(HKEY key, const std::wstring& name) {
 }
 
 std::uint32_t readDwordBigEndian(HKEY key, const std::wstring& name) {
-    return numberIn(query(key, name, REG_DWORD_BIG_ENDIAN)); // deliberate: not reordered
+    // The bytes are deliberately not reordered.
+    return numberIn(query(key, name, REG_DWORD_BIG_ENDIAN));
 }
 
 std::wstring readString(HKEY key, const std::wstring& name) {

@@ -9,6 +9,7 @@ namespace OrvaUtils::Registry {
 
 namespace {
 
+// The platform keeps the registry in these directories of the flash file system.
 constexpr wchar_t STORE[] = L"\\RegPart";
 constexpr wchar_t PLATFORM_STORE[] = L"\\RegPart\\Windows";
 
@@ -16,6 +17,7 @@ bool tryOpen(HKEY root, const std::wstring& path, HKEY& key) {
     return RegOpenKeyExW(root, path.c_str(), 0, 0, &key) == ERROR_SUCCESS;
 }
 
+// A query without buffers only tells whether the value exists.
 bool hasValue(HKEY key, const std::wstring& name) {
     return RegQueryValueExW(key, name.c_str(), nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
 }
@@ -30,6 +32,7 @@ bool valueExists(HKEY root, const std::wstring& subkeyPath, const std::wstring& 
     if (!tryOpen(root, subkeyPath, opened)) {
         return false;
     }
+    // The destructor closes the key on every way out.
     const Key key(opened);
     return hasValue(opened, valueName);
 }
@@ -68,10 +71,12 @@ void deleteKey(HKEY root, const std::wstring& path) {
 
 void deleteKeyTree(HKEY root, const std::wstring& path) {
     {
+        // The key must be closed before it is deleted: the platform does not delete an open key.
         const Key key(root, path);
         KeyEnumerator names(key.handle());
         while (names.isValid()) {
-            // Deliberate: the walk goes on by numbers while keys go, and so skips some; deleteKey takes them.
+            // Deliberate: the index grows while keys are deleted, so the loop skips keys. The last call deletes the
+            // skipped keys.
             deleteKeyTree(key.handle(), *names);
         }
     }

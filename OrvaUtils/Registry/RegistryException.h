@@ -4,7 +4,10 @@
 
 namespace OrvaUtils::Registry {
 
-// A failure of any operation on the registry; the messages do not tell which key or value, but for openKey's.
+// An operation on the registry failed.
+//
+// The headers Registry.h, Reading.h, Writing.h and Comparing.h list the messages. Only the message of `openKey` names
+// the key; no message names the value or the platform's error.
 class RegistryException : public Exception {
 public:
     using Exception::Exception;

@@ -4,11 +4,14 @@
 
 namespace OrvaUtils::Registry {
 
-// Checks that the key given as the context holds values under their names, with their types and data. Failures are
-// those of Comparing.h; a value of a class that it does not know throws "Unexpected value type".
+// Compares value objects with the values of the same names in a key: `value.accept(comparer, key)`.
+//
+// Type and data must be equal. The functions of Comparing.h compare, and throw their exceptions. The object has no
+// state.
 class ValueComparer final : public ValueVisitor {
 public:
     void visitSz(const RegSzValue& value, HKEY key) override;
+    // Throws RegistryException "Unexpected value type".
     void visitOther(const Value& value, HKEY key) override;
     void visitMultiSz(const RegMultiSzValue& value, HKEY key) override;
     void visitExpandSz(const RegExpandSzValue& value, HKEY key) override;

@@ -12,11 +12,14 @@ class RegDwordBigEndianValue;
 class RegDwordLittleEndianValue;
 class RegBinaryValue;
 
-// Does something with a value and a key, by the value's class. Values call it from `accept`, on the same thread.
+// A visitor of value objects: one operation for each class of Values.h.
+//
+// Value::accept calls the operation of the concrete class on the calling thread. `key` is the context given to
+// `accept`.
 class ValueVisitor {
 public:
     virtual void visitSz(const RegSzValue& value, HKEY key) = 0;
-    // For a value of any class that has no operation here. No class of this library calls it.
+    // For classes without an operation of their own. No class of this library calls it.
     virtual void visitOther(const Value& value, HKEY key) = 0;
     virtual void visitMultiSz(const RegMultiSzValue& value, HKEY key) = 0;
     virtual void visitExpandSz(const RegExpandSzValue& value, HKEY key) = 0;
@@ -25,7 +28,7 @@ public:
     virtual void visitBinary(const RegBinaryValue& value, HKEY key) = 0;
 
 protected:
-    ~ValueVisitor() = default; // never owned
+    ~ValueVisitor() = default; // The destructor is protected: nobody owns a visitor through this interface.
 };
 
 } // namespace OrvaUtils::Registry

@@ -4,11 +4,13 @@
 
 namespace OrvaUtils::Registry {
 
-// Stores values under their names in the key given as the context: `value.accept(writer, key)`. Failures are those of
-// Writing.h; a value of a class that it does not know throws "Write of registry value type not supported".
+// Stores value objects under their names in a key: `value.accept(writer, key)`.
+//
+// The functions of Writing.h write, and throw their exceptions. The object has no state.
 class ValueWriter final : public ValueVisitor {
 public:
     void visitSz(const RegSzValue& value, HKEY key) override;
+    // Throws RegistryException "Write of registry value type not supported".
     void visitOther(const Value& value, HKEY key) override;
     void visitMultiSz(const RegMultiSzValue& value, HKEY key) override;
     void visitExpandSz(const RegExpandSzValue& value, HKEY key) override;

@@ -1,5 +1,5 @@
-// The classes of the registry's values, one a type. Each has a name and `data`, as the functions of Reading.h and
-// Writing.h take them.
+// The classes of registry values, one class for each registry type. Each object has a `name` and `data`; the functions
+// of Reading.h and Writing.h use the same data types.
 #pragma once
 
 #include "OrvaUtils/Registry/Value.h"
@@ -11,6 +11,7 @@
 namespace OrvaUtils::Registry {
 
 template<class Data>
+// The common base: a name and data of one C++ type.
 class DataValue : public Value {
 public:
     DataValue(std::wstring valueName, Data valueData) : Value(std::move(valueName)), data(std::move(valueData)) {}
@@ -18,14 +19,14 @@ public:
     const Data data;
 };
 
-// Bytes without a meaning of their own.
+// A value that consists of plain bytes.
 class AbstractBinaryValue : public DataValue<std::vector<std::uint8_t>> {
 public:
     using DataValue::DataValue;
 };
 
-// What the concrete classes share: visitors are called with `operation`.
 template<class Concrete, class Base, void (ValueVisitor::*operation)(const Concrete&, HKEY)>
+// Implements `accept` for the concrete classes: it calls `operation` of the visitor.
 class VisitedValue : public Base {
 public:
     using Base::Base;
@@ -35,39 +36,39 @@ public:
     }
 };
 
-// REG_SZ.
+// REG_SZ: a text without its terminating zero.
 class RegSzValue : public VisitedValue<RegSzValue, DataValue<std::wstring>, &ValueVisitor::visitSz> {
 public:
     using VisitedValue::VisitedValue;
 };
 
-// REG_EXPAND_SZ. Names of variables in the text stay as they are.
+// REG_EXPAND_SZ: a text whose names of variables are not expanded.
 class RegExpandSzValue : public VisitedValue<RegExpandSzValue, DataValue<std::wstring>, &ValueVisitor::visitExpandSz> {
 public:
     using VisitedValue::VisitedValue;
 };
 
-// REG_BINARY.
+// REG_BINARY: bytes.
 class RegBinaryValue : public VisitedValue<RegBinaryValue, AbstractBinaryValue, &ValueVisitor::visitBinary> {
 public:
     using VisitedValue::VisitedValue;
 };
 
-// REG_DWORD.
+// REG_DWORD: a 32-bit number.
 class RegDwordLittleEndianValue
     : public VisitedValue<RegDwordLittleEndianValue, DataValue<std::uint32_t>, &ValueVisitor::visitDwordLittleEndian> {
 public:
     using VisitedValue::VisitedValue;
 };
 
-// REG_DWORD_BIG_ENDIAN. Deliberate: the number is kept as its four bytes stand, not reordered.
+// REG_DWORD_BIG_ENDIAN: a 32-bit number. Its four bytes are deliberately not reordered.
 class RegDwordBigEndianValue
     : public VisitedValue<RegDwordBigEndianValue, DataValue<std::uint32_t>, &ValueVisitor::visitDwordBigEndian> {
 public:
     using VisitedValue::VisitedValue;
 };
 
-// REG_MULTI_SZ.
+// REG_MULTI_SZ: a list of texts in the order of the registry.
 class RegMultiSzValue
     : public VisitedValue<RegMultiSzValue, DataValue<std::vector<std::wstring>>, &ValueVisitor::visitMultiSz> {
 public:

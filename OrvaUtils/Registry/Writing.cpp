@@ -18,15 +18,17 @@ void writeNumber(HKEY key, const std::wstring& name, DWORD type, std::uint32_t n
     write(key, name, type, reinterpret_cast<const std::uint8_t*>(&number), sizeof number, failure);
 }
 
+// The terminating zero belongs to the data.
 void writeText(HKEY key, const std::wstring& name, DWORD type, const std::wstring& text, const wchar_t* failure) {
-    const std::vector<std::uint8_t> bytes = toText16({text.c_str(), text.size() + 1}); // with the terminating zero
+    const std::vector<std::uint8_t> bytes = toText16({text.c_str(), text.size() + 1});
     write(key, name, type, bytes.data(), bytes.size(), failure);
 }
 
 } // namespace
 
 void writeBinary(HKEY key, const std::wstring& name, const std::vector<std::uint8_t>& bytes) {
-    const std::uint8_t nothing = 0; // no data still have an address
+    // RegSetValueExW gets a valid address even for an empty value.
+    const std::uint8_t nothing = 0;
     write(key, name, REG_BINARY, bytes.empty() ? &nothing : bytes.data(), bytes.size(),
           L"Failed to set REG_BINARY value");
 }
@@ -36,7 +38,7 @@ void writeDword(HKEY key, const std::wstring& name, std::uint32_t number) {
 }
 
 void writeDwordBigEndian(HKEY key, const std::wstring& name, std::uint32_t number) {
-    // Deliberate: not reordered.
+    // The bytes are deliberately not reordered.
     writeNumber(key, name, REG_DWORD_BIG_ENDIAN, number, L"Failed to set REG_DWORD_BE value");
 }
 
@@ -54,6 +56,7 @@ void writeMultiString(HKEY key, const std::wstring& name, const std::vector<std:
         all += text;
         all += L'\0';
     }
+    // `writeText` appends the last zero, which ends the list.
     writeText(key, name, REG_MULTI_SZ, all, L"Failed to set REG_MULTI_SZ value");
 }
 

@@ -8,12 +8,13 @@
 
 namespace OrvaUtils::Tags {
 
-// A function of the tag library failed: the message is the function's name, such as "TAG_Get_Data".
+// A function of the tag library failed. The message is the name of the function, for example "TAG_Get_Data".
 class TagException : public Exception {
 public:
+    // Returns the error code that the function reported; only the library defines its meaning. 0 if the function failed
+    // without an error code.
     TagException(std::wstring function, std::uint32_t errorCode) : Exception(std::move(function)), code(errorCode) {}
 
-    // What the function reported; its meaning is the library's. 0 for one that failed without saying why.
     std::uint32_t errorCode() const {
         return code;
     }

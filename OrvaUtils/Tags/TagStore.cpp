@@ -13,6 +13,7 @@ namespace OrvaUtils::Tags {
 
 namespace {
 
+// The include file lists the functions of the library once: here as enumerators, below as names.
 enum class Function : std::size_t {
 #define TAG_FUNCTION(name) name,
 #include <tagUserAPI.inc>
@@ -23,6 +24,7 @@ constexpr const wchar_t* NAMES[] = {
 #include <tagUserAPI.inc>
 };
 
+// The addresses of the functions, filled by the last connection.
 std::array<void*, std::size(NAMES)> table{};
 
 const wchar_t* nameOf(Function function) {
@@ -38,7 +40,7 @@ struct Outcome {
     }
 };
 
-// The error code is every function's last argument.
+// The last argument of every function of the library receives the error code.
 template<typename Signature, typename... Arguments>
 Outcome call(Function function, Arguments... arguments) {
     Outcome outcome;
@@ -54,6 +56,7 @@ void check(Function function, const Outcome& outcome) {
 }
 
 Outcome read(std::uint32_t tagId, std::vector<std::uint8_t>& buffer, DWORD& size) {
+    // The library reads the size of the buffer here and writes the size of the tag.
     size = static_cast<DWORD>(buffer.size());
     return call<decltype(&TAG_Get_Data)>(Function::TAG_Get_Data, tagId, &size, static_cast<void*>(buffer.data()));
 }
@@ -62,6 +65,8 @@ Outcome read(std::uint32_t tagId, std::vector<std::uint8_t>& buffer, DWORD& size
 
 TagStore::TagStore() : library(L"tagUserAPI.dll", DynamicLibrary::Lifetime::Object) {
     for (std::size_t function = 0; function < table.size(); ++function) {
+        // Every function is looked up, including functions that this class does not call. A library that lacks a
+        // function is refused.
         table[function] = library.getAddress(NAMES[function]);
     }
     check(Function::TAG_Open, call<decltype(&TAG_Open)>(Function::TAG_Open));
@@ -69,6 +74,7 @@ TagStore::TagStore() : library(L"tagUserAPI.dll", DynamicLibrary::Lifetime::Obje
 
 TagStore::~TagStore() noexcept(false) {
     const Outcome outcome = call<decltype(&TAG_Close)>(Function::TAG_Close);
+    // A second exception during stack unwinding would end the process.
     if (std::uncaught_exceptions() == 0) {
         check(Function::TAG_Close, outcome);
     }
@@ -87,6 +93,7 @@ std::uint32_t TagStore::getData(std::uint32_t tagId, std::vector<std::uint8_t>& 
 std::uint32_t TagStore::getDataGrowing(std::uint32_t tagId, std::vector<std::uint8_t>& buffer) {
     DWORD size = 0;
     Outcome outcome = read(tagId, buffer, size);
+    // The result of the first call does not matter: the library may report a small buffer as an error.
     if (size > buffer.size()) {
         buffer.resize(size);
         outcome = read(tagId, buffer, size);

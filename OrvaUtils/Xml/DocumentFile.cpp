@@ -41,6 +41,7 @@ bool loadDocument(tinyxml2::XMLDocument& document, const std::wstring& path) {
 }
 
 bool saveDocument(const tinyxml2::XMLDocument& document, const std::wstring& path) {
+    // The document is printed before the file is opened: CREATE_ALWAYS empties the file, and memory may be short.
     tinyxml2::XMLPrinter text;
     try {
         document.Print(&text);
@@ -52,7 +53,8 @@ bool saveDocument(const tinyxml2::XMLDocument& document, const std::wstring& pat
     if (file == INVALID_HANDLE_VALUE) {
         return false;
     }
-    const auto size = static_cast<DWORD>(text.CStrSize()) - 1; // without the terminating zero
+    // The size includes a terminating zero, which does not belong to the file.
+    const auto size = static_cast<DWORD>(text.CStrSize()) - 1;
     DWORD written = 0;
     const bool complete = WriteFile(file, text.CStr(), size, &written, nullptr) && written == size;
     return CloseHandle(file) && complete;

@@ -1,4 +1,5 @@
-// XML documents in files. The library never sees a file: it parses and prints memory.
+// Functions that load and save XML documents. The XML library never sees a file: it parses and prints memory. Any
+// thread may call.
 #pragma once
 
 #include <string>
@@ -9,11 +10,11 @@ class XMLDocument;
 
 namespace OrvaUtils::Xml {
 
-// False when the file cannot be opened, is no XML, or is more than the heap holds; the document then holds nothing of
-// use.
+// Reads a file into `document`. Returns false if the file cannot be opened, is not well-formed XML or does not fit into
+// memory. The document then has no useful content.
 bool loadDocument(tinyxml2::XMLDocument& document, const std::wstring& path);
-// Replaces the file, whose directory must exist, with one WriteFile. False when memory runs out or the file cannot be
-// opened: it is then as it was. False, too, when it could not be written as a whole: it may then be cut short.
+// Replaces the file with one WriteFile. The directory must exist. Returns false in two cases. If memory is short or the
+// file cannot be opened, the file is unchanged. If the write fails or is incomplete, the file may be cut short.
 bool saveDocument(const tinyxml2::XMLDocument& document, const std::wstring& path);
 
 } // namespace OrvaUtils::Xml

@@ -10,6 +10,7 @@ SettingsDocument::SettingsDocument(std::wstring filePath, std::string nameOfRoot
     : path(std::move(filePath)), rootName(std::move(nameOfRoot)) {}
 
 bool SettingsDocument::open() {
+    // The pointer belongs to the old content, which the next line discards.
     settings = nullptr;
     if (!loadDocument(document, path)) {
         return false;
@@ -22,6 +23,7 @@ bool SettingsDocument::open() {
 
 void SettingsDocument::createEmpty() {
     document.Clear();
+    // The file begins with the XML declaration.
     document.InsertEndChild(document.NewDeclaration());
     tinyxml2::XMLElement* root = document.NewElement(rootName.c_str());
     document.InsertEndChild(root);
@@ -37,7 +39,7 @@ bool SettingsDocument::read(const char* name, bool& value) const {
     return element != nullptr && element->QueryBoolText(&value) == tinyxml2::XML_SUCCESS;
 }
 
-// The library's numbers are int and unsigned, on a panel other types of the same width.
+// The queries take int and unsigned. On the panel the fixed-width types are other types of the same width.
 bool SettingsDocument::read(const char* name, std::int32_t& value) const {
     const tinyxml2::XMLElement* element = find(name);
     int number = 0;
@@ -62,7 +64,7 @@ void SettingsDocument::append(const char* name, const std::string& text) {
     settings->InsertNewChildElement(name)->SetText(text.c_str());
 }
 
-// The library would write "true" and "false".
+// The library would write "true" and "false"; the files hold "1" and "0".
 void SettingsDocument::write(const char* name, bool value) {
     append(name, value ? "1" : "0");
 }

@@ -4,7 +4,7 @@
 
 namespace OrvaUtils::Xml {
 
-// A document that cannot be read, or lacks what is required in it.
+// An XML document cannot be read, or a required element or attribute is missing.
 class XmlException : public Exception {
 public:
     using Exception::Exception;

@@ -4,6 +4,7 @@
 
 namespace {
 
+// Sharing lets other programs read the log while it is open.
 HANDLE openShared(const std::wstring& path, DWORD access, DWORD disposition) {
     return CreateFileW(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition,
                        FILE_ATTRIBUTE_NORMAL, nullptr);
@@ -22,6 +23,7 @@ bool LogFile::isFree() const {
 }
 
 LogFile::Use LogFile::use() {
+    // The count rises only from a value above 0: a file without users is closed and must not be used.
     std::int32_t count = users;
     while (count != 0 && !users.compare_exchange_weak(count, count + 1)) {
     }
@@ -29,13 +31,15 @@ LogFile::Use LogFile::use() {
 }
 
 void LogFile::retire() {
-    const HANDLE closed = handle; // before another thread may open the next file
+    // The handle is copied first: as soon as the count is 0, another thread may open the next file here.
+    const HANDLE closed = handle;
     if (--users == 0) {
         CloseHandle(closed);
     }
 }
 
 bool LogFile::closeIfAlone() {
+    // 2 users are the log and the calling thread. The exchange succeeds only if no other thread uses the file.
     std::int32_t logAndCaller = 2;
     if (!users.compare_exchange_strong(logAndCaller, 0)) {
         return false;
@@ -49,6 +53,7 @@ void LogFile::Leave::operator()(LogFile* file) const {
 }
 
 std::uint32_t LogFile::size() const {
+    // The file that the path names now is measured. It is opened a second time, for reading.
     const HANDLE file = openShared(path, GENERIC_READ, OPEN_EXISTING);
     if (file == INVALID_HANDLE_VALUE) {
         return 0;
@@ -59,6 +64,7 @@ std::uint32_t LogFile::size() const {
 }
 
 void LogFile::write(std::string_view bytes) {
+    // A file is opened at its beginning; lines go to its end.
     if (SetFilePointer(handle, 0, nullptr, FILE_END) != INVALID_SET_FILE_POINTER) {
         DWORD written = 0;
         WriteFile(handle, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);

@@ -8,38 +8,39 @@
 #include <string>
 #include <string_view>
 
-// An open file that several threads write to, each line with one WriteFile.
+// An open file that several threads append to, each line with one WriteFile.
 //
-// It counts its users: the log, from `open` to `retire`, and each thread from `use` until its Use is gone. The last one
-// closes it. No operation waits for another thread.
+// The file counts its users: the log itself, from `open` to `retire`, and each thread, from `use` until its Use is
+// destroyed. The last user closes the file. No operation waits for another thread. Failures are not reported.
 class LogFile {
 public:
+    // Ends the use of a thread.
     struct Leave {
         void operator()(LogFile* file) const;
     };
-    // A thread's right to measure and to write.
+    // The right of a thread to measure and to write the file. Null means that there is no right.
     using Use = std::unique_ptr<LogFile, Leave>;
 
-    // Opens a file, shared for reading and writing. Only while `isFree`, for one thread at a time. If the platform
-    // refuses, the object stays free.
+    // Opens a file, shared for reading and writing. Call it only while `isFree`, on one thread at a time. If the
+    // platform cannot open the file, the object stays free.
     void open(std::wstring pathOfFile, DWORD disposition);
-    // Nobody uses it, so nothing is open.
+    // Tells whether the file has no user, so that nothing is open.
     bool isFree() const;
-    // Null while it is free.
+    // Starts the use of the calling thread. Returns null while the object is free.
     Use use();
-    // Ends the log's own use. Once after each `open` that has succeeded.
+    // Ends the use of the log. Call it once for each `open` that succeeded.
     void retire();
-    // Closes it and ends the log's own use and the calling thread's, if no other thread uses it; otherwise does
-    // nothing and answers false.
+    // Closes the file if the log and the calling thread are its only users, and ends both uses. Otherwise returns false
+    // and does nothing.
     bool closeIfAlone();
 
-    // The size in bytes of what lies at the path now, opened for reading; 0 if that fails.
+    // Returns the size in bytes of the file that the path names now, or 0 if the file cannot be opened. Needs a Use.
     std::uint32_t size() const;
-    // Appends; the bytes are lost if that fails.
+    // Appends bytes. The bytes are lost if the platform call fails. Needs a Use.
     void write(std::string_view bytes);
 
 private:
     std::wstring path;
     HANDLE handle = INVALID_HANDLE_VALUE;
-    std::atomic<std::int32_t> users = 0; // path and handle are those of an open file while it is above 0
+    std::atomic<std::int32_t> users = 0; // while above 0, `path` and `handle` belong to an open file
 };

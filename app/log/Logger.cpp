@@ -16,6 +16,7 @@
 
 namespace {
 
+// The size of the buffer of `writeFormatted`, in characters.
 constexpr std::size_t FORMATTED_LENGTH = 512;
 constexpr std::size_t STAMP_LENGTH = 64; // at most
 constexpr std::size_t USUAL_LENGTH = 256; // of a line, its stamp's length at most; a longer one takes memory
@@ -35,6 +36,7 @@ const char* levelName(std::int32_t level) {
     }
 }
 
+// The log lies below OrvaUtils and therefore has conversions of its own.
 std::wstring widened(std::string_view bytes) {
     std::wstring text;
     for (const unsigned char byte : bytes) {
@@ -94,12 +96,13 @@ std::wstring joined(std::initializer_list<std::wstring_view> parts) {
     return text;
 }
 
+// Compares the two halves of a file time.
 bool isLater(const FILETIME& time, const FILETIME& other) {
     return time.dwHighDateTime != other.dwHighDateTime ? time.dwHighDateTime > other.dwHighDateTime
                                                        : time.dwLowDateTime > other.dwLowDateTime;
 }
 
-// The number that the text begins with, if that is below the limit.
+// Returns the number at the beginning of the text, if it is below the limit.
 std::optional<std::int32_t> leadingNumber(std::wstring_view text, std::int32_t limit) {
     std::int64_t number = -1;
     for (const wchar_t digit : text) {
@@ -114,13 +117,14 @@ std::optional<std::int32_t> leadingNumber(std::wstring_view text, std::int32_t l
     return number < 0 ? std::nullopt : std::optional(static_cast<std::int32_t>(number));
 }
 
+// Gives a claim back.
 struct Return {
     void operator()(std::atomic<std::int32_t>* claimed) const {
         *claimed = 0;
     }
 };
 
-// The right to open and to rotate: one thread has it, and none waits for it.
+// The right to open or change the file. One thread has the claim; the other threads do not wait for it.
 using Claim = std::unique_ptr<std::atomic<std::int32_t>, Return>;
 
 Claim claim(std::atomic<std::int32_t>& changing) {
@@ -134,22 +138,26 @@ Logger::~Logger() {
 }
 
 void Logger::close() {
+    // The queue is empty unless `setImmediate(false)` was called.
     for (const std::wstring& line : pending) {
         std::string bytes(line.size() + 1, '\n');
         putText(bytes.data(), line);
         output(bytes, 0, {line});
     }
-    if (changing.exchange(1) == 0 && !current.load()->isFree()) { // for good: no thread opens a file any more
+    // The claim is never given back: no thread opens a file after this.
+    if (changing.exchange(1) == 0 && !current.load()->isFree()) {
         current.load()->retire();
     }
 }
 
 Logger& Logger::instance() {
+    // The object is never freed: threads may write while the process ends. Its owner's destructor runs at process exit
+    // and closes the log.
     static const struct ClosedAtExit {
         ~ClosedAtExit() {
             logger.close();
         }
-        Logger& logger = *new Logger; // never freed: threads may write while the process ends
+        Logger& logger = *new Logger;
     } closedAtExit;
     return closedAtExit.logger;
 }
@@ -162,7 +170,8 @@ void Logger::write(std::wstring_view message, std::int32_t level) {
 
 void Logger::write(std::string_view message, std::int32_t level) try {
     write(widened(message), level);
-} catch (const std::bad_alloc&) { // memory is too short for the line: it is lost
+} catch (const std::bad_alloc&) {
+    // The line does not fit into memory and is lost.
 }
 
 void Logger::writeParts(std::int32_t level, std::initializer_list<std::wstring_view> parts) {
@@ -196,7 +205,8 @@ void Logger::writeLine(std::int32_t level, std::initializer_list<std::wstring_vi
             listener->receive(record);
         }
     }
-} catch (const std::bad_alloc&) { // memory is too short for the line: it is lost
+} catch (const std::bad_alloc&) {
+    // The line does not fit into memory and is lost.
 }
 
 void Logger::writeFormatted(const wchar_t* format, ...) {
@@ -205,7 +215,7 @@ void Logger::writeFormatted(const wchar_t* format, ...) {
     va_start(arguments, format);
     _vsnwprintf(buffer, FORMATTED_LENGTH, format, arguments);
     va_end(arguments);
-    // Text that was cut fills the buffer and has no terminating zero.
+    // A text that was cut fills the buffer and has no terminating zero.
     const wchar_t* end = std::find(buffer, std::end(buffer), L'\0');
     write(std::wstring_view(buffer, static_cast<std::size_t>(end - buffer)), LogLevel::Info);
 }
@@ -228,6 +238,7 @@ void Logger::output(std::string_view bytes, std::size_t stampLength, std::initia
     if (file == nullptr) {
         file = openFirst();
     }
+    // The size is measured before each line, so without other threads a file exceeds its limit by one line at most.
     if (file != nullptr && maxFileSize != 0 && file->size() > maxFileSize) {
         rotate(file);
     }
@@ -240,6 +251,7 @@ LogFile::Use Logger::useCurrent() {
     for (;;) {
         LogFile* const file = current;
         LogFile::Use use = file->use();
+        // Another thread may have changed the file between the two looks. Then the new file is used.
         if (use != nullptr || file == current) {
             return use;
         }
@@ -247,10 +259,12 @@ LogFile::Use Logger::useCurrent() {
 }
 
 LogFile::Use Logger::openFirst() {
+    // If another thread opens the file, this line is lost in the file.
     const Claim mine = claim(changing);
     if (mine == nullptr) {
         return nullptr;
     }
+    // Another thread may have opened the file before this thread got the claim.
     LogFile::Use use = useCurrent();
     if (use == nullptr) {
         current.load()->open(pathOf(currentIndex), OPEN_ALWAYS);
@@ -260,19 +274,23 @@ LogFile::Use Logger::openFirst() {
 }
 
 void Logger::rotate(LogFile::Use& full) {
+    // The two objects alternate: the older file stays open until its last user has left.
     LogFile& next = files[full.get() == &files[0] ? 1 : 0];
     const Claim mine = claim(changing);
+    // The line goes to the full file if another thread rotates, has rotated, or still writes to the previous file.
     if (mine == nullptr || current != full.get() || !next.isFree()) {
         return;
     }
     const std::int32_t index = currentIndex + 1 < maxFiles ? currentIndex + 1 : 0;
-    std::wstring path = pathOf(index); // before any change: memory may be short
+    // The path is built before any change, because memory may be short.
+    std::wstring path = pathOf(index);
     if (filePath.empty() && index != currentIndex) {
         full->retire();
     } else if (full->closeIfAlone()) {
         full.release();
     } else {
-        return; // the only file is not emptied under another thread
+        // The only file must not be emptied while another thread writes to it.
+        return;
     }
     next.open(std::move(path), CREATE_ALWAYS);
     currentIndex = index;
@@ -284,10 +302,12 @@ std::wstring Logger::pathOf(std::int32_t index) {
     if (!filePath.empty()) {
         return filePath;
     }
+    // Without a setting the log lies beside the program.
     if (directory.empty()) {
         const std::wstring program = Paths::runningExecutable();
         directory = program.substr(0, program.rfind(L'\\'));
     }
+    // This is the first file of the process: it continues the file that was written last.
     if (index == -1) {
         index = currentIndex = newestIndex();
     }
@@ -308,6 +328,7 @@ std::int32_t Logger::newestIndex() const {
             continue;
         }
         const std::optional<std::int32_t> index = leadingNumber(name.substr(baseName.size()), maxFiles);
+        // The file that was found first wins if two files have the same time.
         if (index && (!newestTime || isLater(found.ftLastWriteTime, *newestTime))) {
             newest = *index;
             newestTime = found.ftLastWriteTime;

@@ -2,7 +2,8 @@
 
 #include "OrvaUtils/Exception.h"
 
-// The touch buzzer's notification thread could not be stopped.
+// The notification thread of the touch buzzer did not stop in time. The message is "Failed to terminate monitor
+// thread".
 class BuzzerException : public OrvaUtils::Exception {
 public:
     using OrvaUtils::Exception::Exception;

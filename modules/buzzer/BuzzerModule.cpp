@@ -19,7 +19,7 @@ constexpr std::wstring_view NAME = L"BuzzerModule";
 constexpr DWORD RELOAD = 1;
 constexpr std::int32_t CLICK = 50; // ms
 
-// In Hz.
+// Returns the default frequency of the panel's model in Hz. The code of a model that cannot be read is 0.
 std::int32_t defaultFrequency() {
     switch (OrvaUtils::PlatformInfo::instance().getModelCode()) {
     case 0x402:
@@ -35,6 +35,7 @@ std::int32_t defaultFrequency() {
 
 IModule* BuzzerModule::create(IPCDispatcher& dispatcher) {
     auto module = std::make_unique<BuzzerModule>();
+    // The dispatcher refers to the module without owning it.
     dispatcher.registerHandler(L"ORVATarvexBuzzerMsg", module.get());
     return module.release();
 }
@@ -61,6 +62,7 @@ std::uint32_t BuzzerModule::handleMessage(HWND, UINT, WPARAM wParam, LPARAM) {
 
 std::uint32_t BuzzerModule::loadSettings() {
     frequencyHz = 3400;
+    // These defaults stay if the file cannot be read: the buzzer is then off.
     enabled = false;
     Logger& log = Logger::instance();
     const std::wstring path =
@@ -73,7 +75,8 @@ std::uint32_t BuzzerModule::loadSettings() {
     enabled = config.enabled;
     if (config.frequency < 0) {
         config.frequency = defaultFrequency();
-        config.write(path); // a file that cannot be written stays as it is
+        // A failure is ignored: the file then stays as saveDocument describes.
+        config.write(path);
     }
     frequencyHz = config.frequency;
     log.writeParts(LogLevel::Info, {NAME, L";settings loaded; enabled: ", enabled ? L"1" : L"0"});
@@ -83,13 +86,16 @@ std::uint32_t BuzzerModule::loadSettings() {
 void BuzzerModule::apply() {
     if (!enabled) {
         switchOff();
-    } else if (buzzer == nullptr) { // deliberate: one that is there keeps its frequency
+    } else if (buzzer == nullptr) {
+        // Deliberate: a buzzer that exists keeps its frequency.
         buzzer = new TouchBuzzer(CLICK, frequencyHz);
+        // The result is ignored: without a hook the buzzer stays silent.
         MouseHook::instance().install();
     }
 }
 
 void BuzzerModule::switchOff() {
+    // The hook is removed first, so that no new click begins. The pointer is cleared before the deletion.
     MouseHook::instance().uninstall();
     delete std::exchange(buzzer, nullptr);
 }

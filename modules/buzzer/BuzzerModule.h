@@ -8,31 +8,42 @@
 class IPCDispatcher;
 class TouchBuzzer;
 
-// The touch buzzer as a module: while "TouchBuzzerConfig.xml" in the installation directory says so, each touch clicks
-// for 50 ms at the frequency that the file names. A negative frequency there is replaced by the panel's own, in the
-// file too. Command 1 of "ORVATarvexBuzzerMsg" reads the file again; 2 if that fails: the buzzer is then off.
+// The touch buzzer as a module: while it is enabled, each touch of the panel clicks for 50 ms.
 //
-// Deliberate: a buzzer that is there keeps its frequency; another one counts from the next time that it is switched on.
-// A missing driver and a refused hook are not reported. For the main thread only, whose message loop the touches pass.
+// The settings file "TouchBuzzerConfig.xml" in the installation directory says whether the buzzer is enabled and names
+// the frequency in Hz. A negative frequency means the default of the panel's model; the module then writes the default
+// into the file. A file that cannot be read disables the buzzer.
+//
+// Command 1 of the message "ORVATarvexBuzzerMsg" reads the file again. It answers 0, or 2 if the file cannot be read.
+// Every other command answers 1.
+//
+// Deliberate: a running buzzer keeps its frequency. A new frequency counts when the buzzer is switched on the next
+// time. A missing driver and a mouse hook that cannot be installed are not reported.
+//
+// Only the main thread uses the module. Its message loop must run: the platform calls the mouse hook there.
 class BuzzerModule : public IModule, public IPCMessageHandler {
 public:
-    // A new module that the dispatcher hands its messages to. The caller owns it.
+    // Creates a module and registers it with the dispatcher. The caller owns the module.
     static IModule* create(IPCDispatcher& dispatcher);
 
+    // Reads the settings and switches the buzzer on if they enable it.
     BuzzerModule();
     BuzzerModule(const BuzzerModule&) = delete;
     BuzzerModule& operator=(const BuzzerModule&) = delete;
     // Switches the buzzer off.
     ~BuzzerModule() noexcept(false) override;
 
+    // Carries out a command and logs it.
     std::uint32_t handleMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) override;
 
 private:
+    // Reads the file into the fields and returns the result of command 1.
     std::uint32_t loadSettings();
+    // Switches the buzzer on or off, as `enabled` says.
     void apply();
     void switchOff();
 
     bool enabled = false;
     std::int32_t frequencyHz = 3400;
-    TouchBuzzer* buzzer = nullptr; // owned
+    TouchBuzzer* buzzer = nullptr; // owned; null while the buzzer is off
 };

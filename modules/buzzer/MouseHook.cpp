@@ -12,11 +12,13 @@ namespace {
 
 constexpr DWORD THREAD_END_LIMIT = 20000; // ms
 constexpr DWORD REMOVAL_LIMIT = 20000; // ms
-constexpr DWORD REMOVAL_LIMIT_WHILE_HOOKED = 100; // ms: input waits, too
+// While the hook is installed, the platform's input waits for the main thread, so the limit is short (ms).
+constexpr DWORD REMOVAL_LIMIT_WHILE_HOOKED = 100;
 constexpr DWORD STOPPED = WAIT_OBJECT_0 + 1;
 
+// The hook procedure has no argument for its object, so these two variables belong to the process.
 HHOOK hook = nullptr;
-// Null before and after the instance's life. Auto-reset: presses without a waiting thread are merged.
+// Null before and after the life of the object. The event is auto-reset: presses without a waiting thread are merged.
 std::atomic<HANDLE> touchEvent = nullptr;
 
 HANDLE createEvent() {
@@ -31,9 +33,11 @@ MouseHook& MouseHook::instance() {
 }
 
 MouseHook::MouseHook() {
-    Logger::instance(); // to be closed later than this
+    // The log must exist first: process exit then closes it after this object.
+    Logger::instance();
     observers = new ObserverList<MouseHookObserver>;
-    keepUntilProcessEnds(observers); // the threads that are left may still look at it
+    // Notification threads that remain may still use the list while the process ends.
+    keepUntilProcessEnds(observers);
     touchEvent = createEvent();
     stopEvent = createEvent();
     if (touchEvent == nullptr || stopEvent == nullptr) {
@@ -46,7 +50,7 @@ MouseHook::MouseHook() {
     }
 }
 
-// The stop event stays open: the threads that are left wait for it until the process ends.
+// The stop event stays open: the remaining notification threads wait for it until the process ends.
 MouseHook::~MouseHook() noexcept(false) {
     uninstall();
     CloseHandle(touchEvent.exchange(nullptr));
@@ -57,6 +61,7 @@ bool MouseHook::install() {
     if (hook != nullptr) {
         return false;
     }
+    // A thread id of 0 means touches of all programs.
     hook = SetWindowsHookExW(WH_MOUSE_LL, hookProcedure, GetModuleHandleW(nullptr), 0);
     if (hook == nullptr) {
         return false;
@@ -67,6 +72,7 @@ bool MouseHook::install() {
 
 bool MouseHook::uninstall() {
     if (hook != nullptr && !UnhookWindowsHookEx(hook)) {
+        // The hook stays installed and keeps its handle. A later call tries again.
         stopThread();
         return false;
     }
@@ -75,7 +81,7 @@ bool MouseHook::uninstall() {
     return true;
 }
 
-// The code is deliberately not looked at.
+// The procedure deliberately ignores `code`.
 LRESULT CALLBACK MouseHook::hookProcedure(int code, WPARAM wParam, LPARAM lParam) {
     const HANDLE event = touchEvent;
     if (event != nullptr && (wParam == WM_LBUTTONDOWN || wParam == WM_RBUTTONDOWN)) {
@@ -85,9 +91,11 @@ LRESULT CALLBACK MouseHook::hookProcedure(int code, WPARAM wParam, LPARAM lParam
 }
 
 void MouseHook::startThread() {
+    // `running` is never set, so every installation starts a thread.
     if (!running) {
         if (thread != nullptr && thread != INVALID_HANDLE_VALUE) {
-            CloseHandle(thread); // the thread of the installation before this goes on without it
+            // The thread of the previous installation continues without its handle.
+            CloseHandle(thread);
         }
         thread = CreateThread(nullptr, 0, entry, this, 0, nullptr);
     }
@@ -111,11 +119,12 @@ DWORD WINAPI MouseHook::entry(LPVOID self) {
     return runThread([](LPVOID hookOfThread) { return static_cast<MouseHook*>(hookOfThread)->watch(); }, self);
 }
 
-// A wait that fails counts as a touch; without its event the hook is gone, and the process about to be.
+// A failed wait counts as a touch. Without its event the hook object is gone and the process is about to end.
 DWORD MouseHook::watch() {
     const HANDLE events[] = {touchEvent, stopEvent};
     while (WaitForMultipleObjects(2, events, FALSE, INFINITE) != STOPPED && touchEvent != nullptr) {
         observers->notify([](MouseHookObserver& observer) {
+            // The interface wants a reference; the value has no meaning.
             int value = 0;
             observer.notify(value);
         });

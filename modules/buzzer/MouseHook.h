@@ -5,38 +5,41 @@
 
 #include <windows.h>
 
-// The process's ear for touches: a low-level mouse hook [dn529147]. Each press of the pointer's left or right button
-// makes a notification thread call every observer once; presses that come while none of these threads waits are merged
-// into one more call. Moves and releases count for nothing.
+// The mouse hook of the process: it notifies observers of touches, which are presses of the left or right button
+// [dn529147]. Moves and releases do not count.
 //
-// The hook procedure runs on the thread that installed the hook, inside its GetMessageW, while the platform's input
-// waits. It sets an event and nothing else, so that an observer never delays input.
+// Threads: the platform calls the hook procedure on the thread that installed the hook, inside its GetMessageW, and
+// holds back input meanwhile. The procedure only sets an auto-reset event, so an observer never delays input. A
+// notification thread waits for the event and calls every observer once. Presses that come while no notification thread
+// waits are merged into one more notification. Only the main thread calls the operations below.
 //
-// Deliberate: a notification thread is never told to end, not even when the hook is removed. Each installation adds one
-// thread, all of them wait for the same event, and a press wakes one of them.
-//
-// There is one instance a process. For the main thread only; the notification threads use nothing of it but the events
-// and the observers (ObserverList).
+// Deliberate: a notification thread never ends, even when the hook is removed. Each installation adds a thread. All
+// threads wait for the same event, and a press wakes one of them.
 class MouseHook {
 public:
-    // Made at the first call, which is the program's first act, and destroyed at the process's exit. Throws
-    // OrvaUtils::Exception "Cannot create events for mouse hook".
+    // Returns the one object of the process. The program makes the first call before everything else; it creates the
+    // events. Process exit destroys the object. Throws OrvaUtils::Exception "Cannot create events for mouse hook".
     static MouseHook& instance();
 
     MouseHook(const MouseHook&) = delete;
     MouseHook& operator=(const MouseHook&) = delete;
 
-    // False when a hook is installed already, or the platform refuses one (it has room for one alone); there is no new
-    // thread then. If the platform does not make the thread, the hook stays installed without one.
+    // Installs the hook and starts a notification thread. Returns false, and starts no thread, if a hook is installed
+    // already or the platform cannot install a hook; the platform has room for one hook. If CreateThread fails, the
+    // hook stays installed without a new thread.
     bool install();
-    // True also without a hook. False when the platform does not remove it: it then stays, and stays installed.
+    // Removes the hook. Returns true even if no hook is installed. Returns false if the platform fails to remove the
+    // hook: the hook then stays installed.
     bool uninstall();
 
+    // Adds an observer, which is not owned. It may be in the list already.
     void addObserver(MouseHookObserver* observer);
-    // Then waits for notifications that can still call this observer, at most 20000 ms, so that it can be deleted; so
-    // no observer may do this while it is notified. While a hook is installed, input waits for this thread: it then
-    // waits 100 ms at most. An observer that takes longer must be through with its own data; one whose notification has
-    // only begun then is called though it may be gone.
+    // Removes an observer and waits until no notification can still call it, so that the observer can be deleted. An
+    // observer must not call this during its own notification.
+    //
+    // The wait lasts 20000 ms at most, and 100 ms while a hook is installed, because input waits for this thread then.
+    // After a time-out, a notification inside the observer continues, so it must not use the observer's data any more.
+    // A notification that is just about to call the observer may call it although it is gone.
     void removeObserver(MouseHookObserver* observer);
 
 private:
@@ -49,8 +52,8 @@ private:
     void startThread();
     void stopThread();
 
-    ObserverList<MouseHookObserver>* observers = nullptr; // never deleted: threads outlive this
+    ObserverList<MouseHookObserver>* observers = nullptr; // never deleted: the threads outlive this object
     bool running = false; // deliberately never set: see above
-    HANDLE thread = nullptr; // the last one; INVALID_HANDLE_VALUE once it was stopped
+    HANDLE thread = nullptr; // the last one; INVALID_HANDLE_VALUE after it was stopped
     HANDLE stopEvent = nullptr; // auto-reset
 };

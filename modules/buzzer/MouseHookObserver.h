@@ -1,11 +1,13 @@
 #pragma once
 
-// Hears from the MouseHook that somebody has touched the panel, on a notification thread of the hook. After a hook was
-// installed more than once there is more than one such thread: a touch that comes while an observer is still busy with
-// the one before then reaches it a second time at once.
+// An observer of touches. Register it with MouseHook::addObserver.
+//
+// A notification thread of the hook calls it. After more than one installation there are several such threads, so two
+// notifications can run at the same time: an observer must allow that.
 class MouseHookObserver {
 public:
-    // The value is always 0. An exception that leaves it is logged and ends that notification thread.
+    // A touch has happened. `value` is always 0. An exception that leaves this function is logged and ends that
+    // notification thread.
     virtual void notify(int& value) = 0;
     virtual ~MouseHookObserver() = default;
 };

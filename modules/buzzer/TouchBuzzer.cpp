@@ -6,16 +6,18 @@
 
 namespace {
 
+// The IOCTL of the driver that sounds the buzzer.
 constexpr DWORD BEEP = 0x01012EF4;
 constexpr std::int32_t LONGEST = 1000; // ms
 
-// What the driver takes.
+// The input of the IOCTL.
 struct Request {
     std::uint32_t frequency; // Hz
     std::uint32_t duration; // ms
 };
 static_assert(sizeof(Request) == 8);
 
+// The result of CreateFileW is examined only here: without a driver the buzzer is silent.
 bool isOpen(HANDLE driver) {
     return driver != nullptr && driver != INVALID_HANDLE_VALUE;
 }
@@ -27,10 +29,12 @@ TouchBuzzer::TouchBuzzer(std::int32_t duration, std::int32_t frequency)
                          nullptr)),
       durationMs(duration),
       frequencyHz(frequency) {
+    // The hook may call `notify` from now on, so this is the last step of the constructor.
     MouseHook::instance().addObserver(this);
 }
 
 TouchBuzzer::~TouchBuzzer() {
+    // The removal waits for a click in progress, which uses the driver handle.
     MouseHook::instance().removeObserver(this);
     if (isOpen(driver)) {
         CloseHandle(driver);
@@ -45,6 +49,8 @@ std::int32_t TouchBuzzer::beep(std::int32_t duration, std::int32_t frequency) {
     if (!isOpen(driver)) {
         return -1;
     }
+    // The function works with its own copies from here on: the object may be destroyed while the driver does not
+    // answer.
     duration = std::min(duration, LONGEST);
     Request request{static_cast<std::uint32_t>(frequency), static_cast<std::uint32_t>(duration)};
     DWORD returned = 0;

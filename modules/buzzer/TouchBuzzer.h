@@ -6,21 +6,25 @@
 
 #include <cstdint>
 
-// Clicks at each touch for as long as it lives: an observer of the MouseHook that sends one request to the buzzer's
-// driver, "BZR1:". A panel without it stays silent.
+// The touch buzzer: an observer of the mouse hook that sends one request to the buzzer driver "BZR1:" for each touch.
 //
-// Made and destroyed on the main thread; `beep` may be called on any. Nothing is read of the object once the driver has
-// the request, so that it can be destroyed while a driver does not answer.
+// Create and destroy it on the main thread. It clicks as long as it exists. Without the driver it stays silent. A
+// request that fails is not reported. Once the driver has a request, nothing of the object is read any more: the object
+// can be destroyed although the driver does not answer.
 class TouchBuzzer : public MouseHookObserver {
 public:
-    // Duration in ms, frequency in Hz. Opens the driver once, for its whole life.
+    // Opens the driver and registers with the mouse hook. `duration` is in ms, `frequency` in Hz. A driver that appears
+    // later is not opened.
     TouchBuzzer(std::int32_t duration, std::int32_t frequency);
     TouchBuzzer(const TouchBuzzer&) = delete;
     TouchBuzzer& operator=(const TouchBuzzer&) = delete;
+    // Removes itself from the mouse hook, which may wait for a click in progress, and closes the driver.
     ~TouchBuzzer() override;
 
+    // Clicks with the duration and the frequency given to the constructor.
     void notify(int& value) override;
-    // The duration that was asked for, at most 1000 ms, whatever the driver says; -1 without a driver.
+    // Sends one request. The duration is limited to 1000 ms. Returns the duration that was sent, even if the request
+    // failed, or -1 without a driver. Any thread may call.
     std::int32_t beep(std::int32_t duration, std::int32_t frequency);
 
 private:

@@ -17,6 +17,7 @@ bool TouchBuzzerConfig::read(const std::wstring& path) {
 
 bool TouchBuzzerConfig::write(const std::wstring& path) const {
     OrvaUtils::Xml::SettingsDocument document(path, ROOT);
+    // The file gets only the two settings; anything else that it held is lost.
     document.createEmpty();
     document.write(ENABLED, enabled);
     document.write(FREQUENCY, frequency);

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-// The settings file "TouchBuzzerConfig.xml".
+// The settings file "TouchBuzzerConfig.xml" of the touch buzzer.
 //
 //     <TouchBuzzer>
 //         <Settings>
@@ -11,13 +11,13 @@
 //             <Frequency>3400</Frequency>
 class TouchBuzzerConfig {
 public:
-    // Reads the file. False when it cannot be read or one of the values is missing or of another kind; the fields then
-    // count for nothing. The frequency's range is not checked.
+    // Reads the file into the fields. Returns false if the file cannot be read, or a value is missing or cannot be
+    // converted; the fields are then not valid. Ranges are not checked.
     bool read(const std::wstring& path);
-    // Replaces the file. False when that fails: see saveDocument. Throws std::bad_alloc when there is no memory for
-    // the document; the file is then as it was.
+    // Replaces the file with the fields. The result is that of saveDocument. Throws std::bad_alloc, and leaves the file
+    // unchanged, if the document does not fit into memory.
     bool write(const std::wstring& path) const;
 
     bool enabled = false;
-    std::int32_t frequency = 3400; // Hz; negative: the panel's own
+    std::int32_t frequency = 3400; // Hz; negative: the default of the panel's model
 };

@@ -5,25 +5,28 @@
 #include <atomic>
 #include <string>
 
-// A black window that covers the whole screen, and hides the cursor while it is shown.
+// A black window that covers the whole screen. It also hides the cursor while it is shown.
 //
-// `create` belongs on a thread with a message loop, which then does the showing, hiding and destroying; `show`, `hide`
-// and `destroy`, for any thread, only post the request and do nothing while there is no window.
+// Threads: construct the object and call `create` on a thread with a message loop. Any thread may call `show`, `hide`
+// and `destroy`: they post a message to the window, do nothing without a window, and report nothing if the post fails.
+// The thread of the window does the rest when it handles the message.
 class BlackScreen {
 public:
-    // Registers the window class, once a process: for later objects the arguments do not matter. Throws
-    // BlackScreenException "Cannot register class".
+    // Registers the window class. Only the first object of the process does so: later objects ignore the arguments.
+    // Throws BlackScreenException "Cannot register class".
     BlackScreen(HINSTANCE instance, const std::wstring& className);
     BlackScreen(const BlackScreen&) = delete;
     BlackScreen& operator=(const BlackScreen&) = delete;
-    ~BlackScreen(); // as `destroy`
+    // Does the same as `destroy`.
+    ~BlackScreen();
 
-    // Makes the window, hidden. Throws BlackScreenException "Cannot create black screen window".
+    // Creates the window, which is hidden at first. Throws BlackScreenException "Cannot create black screen window".
     void create();
+    // Shows the window and decrements the display count of the cursor.
     void show();
-    // Also of a window that is not shown; the cursor's count rises each time.
+    // Hides the window and increments the display count of the cursor, even if the window is hidden already.
     void hide();
-    // Hides, and lets the window's thread destroy it when it comes to it.
+    // Hides and destroys the window.
     void destroy();
 
 private:

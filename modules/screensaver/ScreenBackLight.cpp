@@ -4,8 +4,10 @@
 
 namespace {
 
+// The IOCTLs of the driver: device type 0x0113, functions 0x102 and 0x103, buffered, any access.
 constexpr DWORD READ_SETTINGS = 0x01130408;
 constexpr DWORD WRITE_SETTINGS = 0x0113040C;
+// The level of the fraction 1.
 constexpr float FULL_LEVEL = 255.0F;
 
 void tellOfChange() {
@@ -28,6 +30,7 @@ ScreenBackLight::ScreenBackLight()
     try {
         opened = read();
     } catch (...) {
+        // The destructor does not run for an object whose constructor throws.
         CloseHandle(driver);
         throw;
     }
@@ -42,6 +45,7 @@ void ScreenBackLight::setLevel(float fraction) {
 }
 
 void ScreenBackLight::dim() {
+    // The user may have changed the levels since the last read; `restore` needs them.
     read();
     const auto level = static_cast<DWORD>(dimLevel.load());
     write(level, level);
@@ -52,7 +56,8 @@ void ScreenBackLight::restore() {
 }
 
 BackLightSettings ScreenBackLight::read() {
-    BackLightSettings settings{level0, opened[1], level2, opened[3]}; // a short answer keeps the words behind it
+    // An answer shorter than the record keeps these values in its missing words.
+    BackLightSettings settings{level0, opened[1], level2, opened[3]};
     DWORD returned = 0;
     if (!DeviceIoControl(driver, READ_SETTINGS, nullptr, 0, &settings, sizeof settings, &returned, nullptr)) {
         throw ScreenBackLightException(L"Get back light settings failed");

@@ -5,29 +5,30 @@
 #include <array>
 #include <atomic>
 
-// The record of the backlight's driver: words 0 and 2 are the two brightness levels, 0 the darkest; what the others
-// mean is the driver's own affair.
+// The record of the backlight driver. Words 0 and 2 are the two brightness levels; 0 is the darkest level. Only the
+// driver defines the meaning of words 1 and 3.
 using BackLightSettings = std::array<DWORD, 4>;
 static_assert(sizeof(BackLightSettings) == 16);
 
-// The display's backlight, through the driver "BKL1:".
+// The backlight of the display, controlled through the driver "BKL1:".
 //
-// Every failure is a ScreenBackLightException: "Driver open failed" (constructor), "Get back light settings failed",
-// "Cannot update driver settings". Any thread may call; two that dim at the same moment may take the dimmed level for
-// the user's. Each change of the level sets the event "BackLightLevelChangeEvent".
+// Failures throw ScreenBackLightException with the message given below. Each change of the level signals the named
+// event "BackLightLevelChangeEvent". Any thread may call. There is no lock, deliberately: two threads that dim at the
+// same time may take the dimmed level for the user's level.
 class ScreenBackLight {
 public:
-    // Opens the driver and reads its settings.
+    // Opens the driver and reads its settings. Throws "Driver open failed" or "Get back light settings failed".
     ScreenBackLight();
     ScreenBackLight(const ScreenBackLight&) = delete;
     ScreenBackLight& operator=(const ScreenBackLight&) = delete;
     ~ScreenBackLight();
 
-    // What `dim` will set: 255 times the fraction, cut to a whole number. 0 at first.
+    // Sets the level that `dim` uses: 255 times the fraction, truncated. The level is 0 at first.
     void setLevel(float fraction);
-    // Notes the levels that the user has, then sets both to the one above.
+    // Reads the user's levels and sets both levels to the dim level. Throws "Get back light settings failed" or "Cannot
+    // update driver settings".
     void dim();
-    // Sets what `dim` has noted.
+    // Sets the levels that were read last, normally by `dim`. Throws "Cannot update driver settings".
     void restore();
 
 private:
@@ -36,7 +37,7 @@ private:
 
     HANDLE driver;
     BackLightSettings opened{}; // words 1 and 3 are sent back as they were when the driver was opened
-    // The user's levels as last read. Two threads may change them at once, deliberately without a lock.
+    // The user's levels as last read. Two threads may change them at the same time, deliberately without a lock.
     std::atomic<DWORD> level0 = 0;
     std::atomic<DWORD> level2 = 0;
     std::atomic<int> dimLevel = 0;

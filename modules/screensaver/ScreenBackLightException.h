@@ -2,7 +2,8 @@
 
 #include "modules/screensaver/ScreenSaverException.h"
 
-// The backlight's driver is missing or refuses.
+// The backlight driver is missing, or a request to it failed. The message is "Driver open failed", "Get back light
+// settings failed" or "Cannot update driver settings".
 class ScreenBackLightException : public ScreenSaverException {
 public:
     using ScreenSaverException::ScreenSaverException;

@@ -6,6 +6,7 @@
 
 ScreenSaver* ScreenSaver::create(HINSTANCE instance, const std::wstring& className) {
     auto* screenSaver = new ScreenSaver(instance, className);
+    // The observer must be registered before the thread runs, or it could miss an event.
     screenSaver->monitor.addObserver(screenSaver);
     screenSaver->monitor.start();
     return screenSaver;
@@ -19,9 +20,11 @@ ScreenSaver::ScreenSaver(HINSTANCE instance, const std::wstring& className)
 void ScreenSaver::remove(ScreenSaver* screenSaver) {
     OrvaUtils::Teardown steps;
     steps.run([=] { screenSaver->deactivate(); });
+    // The window is destroyed even if the screen could not be restored.
     screenSaver->blackScreen.destroy();
     steps.run([=] { screenSaver->monitor.stop(); });
     screenSaver->monitor.removeObserver(screenSaver);
+    // The monitor's thread uses the object, so the object may only be deleted after the thread has ended.
     if (screenSaver->monitor.hasEnded()) {
         delete screenSaver;
     } else {
@@ -35,6 +38,7 @@ void ScreenSaver::setTimeout(std::uint32_t milliseconds) {
 }
 
 void ScreenSaver::setLevel(float fraction) {
+    // Only level 0 gives a fraction this small: level 1 is 1/256.
     useBlackScreen = fraction <= std::numeric_limits<float>::epsilon();
     backLight->setLevel(fraction);
 }
@@ -43,6 +47,7 @@ void ScreenSaver::activate() {
     if (active) {
         return;
     }
+    // The window is shown before the driver is asked. If the driver fails, the window stays and `active` stays false.
     if (useBlackScreen) {
         blackScreen.show();
     }
@@ -54,7 +59,8 @@ void ScreenSaver::deactivate() {
     if (!active) {
         return;
     }
-    blackScreen.hide(); // deliberately also when it was not shown
+    // The window is deliberately hidden even if it was not shown.
+    blackScreen.hide();
     backLight->restore();
     active = false;
 }

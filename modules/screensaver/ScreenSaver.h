@@ -9,41 +9,50 @@
 #include <memory>
 #include <string>
 
-// Saves the screen while nobody touches the panel: dims the backlight, at level 0 also behind a black window.
+// The screen saver: it dims the backlight when the user becomes inactive, and restores it when the user is active
+// again. At level 0 it also covers the screen with a black window.
 //
-// It is made, set and deleted on the main thread, whose message loop serves the black window; `notify` comes on the
-// thread of its monitor. No lock stands between the two. Failures of the backlight's driver come out of whatever has
-// driven it, and leave the state as it was.
+// Threads: the main thread creates, configures and removes the screen saver; its message loop serves the black window.
+// The thread of the inactivity monitor calls `notify`. There is no lock between the two.
+//
+// Errors: a failure of the backlight driver throws ScreenBackLightException out of the operation that used the driver.
+// Its state, engaged or not, then stays as it was before the operation. A failure in `notify` ends the monitor
+// permanently: only the operations of the main thread engage or restore from then on.
 class ScreenSaver : public UserInactivityMonitorObserver {
 public:
-    // A new one that watches the user: after 60000 ms the black screen. The caller ends it with `remove`. Throws a
-    // ScreenSaverException: "Cannot register class", "Cannot create black screen window", "Driver open failed", "Get
-    // back light settings failed", "Cannot create event".
+    // Creates a screen saver and starts its monitor. At first the time-out is 60000 ms and the screen saver uses the
+    // black window. The caller ends the object with `remove`.
+    //
+    // Throws a ScreenSaverException: "Cannot register class", "Driver open failed", "Get back light settings failed",
+    // "Cannot create event" or "Cannot create black screen window".
     static ScreenSaver* create(HINSTANCE instance, const std::wstring& className);
     ScreenSaver(const ScreenSaver&) = delete;
     ScreenSaver& operator=(const ScreenSaver&) = delete;
 
-    // Restores the screen, stops watching and deletes the screen saver; then throws what failed first, unless an
-    // exception is in flight. While the monitor's thread goes on, the screen saver stays, without its window, until the
-    // process ends.
+    // Restores the screen, stops the monitor and deletes the screen saver. Completes all steps, then throws the first
+    // exception, unless an exception is in flight. If the monitor's thread does not end, the object stays in memory
+    // until the process ends, without its window.
     static void remove(ScreenSaver* screenSaver);
 
-    // Applies from the next time that the user becomes inactive.
+    // Sets the time-out. It counts from the next time that the user becomes inactive.
     void setTimeout(std::uint32_t milliseconds);
-    // What the screen is dimmed to from the next time on: 0 is the black screen, 1 the full level of the driver.
+    // Sets the level, from 0 to 1, for the next time that the screen saver engages. 0 means the black window, 1 the
+    // full level of the driver.
     void setLevel(float fraction);
 
-    // Saves the screen now, if it is not saved.
+    // Engages the screen saver now. Does nothing if it is engaged.
     void activate();
-    // Restores it, if it is saved.
+    // Restores the screen. Does nothing if the screen saver is not engaged.
     void deactivate();
 
+    // Engages or restores. The monitor's thread calls it.
     void notify(const UserActivityEvent& event) override;
 
 private:
     ScreenSaver(HINSTANCE instance, const std::wstring& className);
     ~ScreenSaver() noexcept(false) override = default;
 
+    // The screen saver is engaged.
     std::atomic<bool> active = false;
     std::atomic<bool> useBlackScreen = true;
     BlackScreen blackScreen;

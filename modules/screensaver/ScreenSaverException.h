@@ -2,7 +2,7 @@
 
 #include "OrvaUtils/Exception.h"
 
-// The screen saver could not be set up, driven or stopped; the derived classes say which part of it.
+// The base class of all exceptions of the screen saver. The derived classes name the part that failed.
 class ScreenSaverException : public OrvaUtils::Exception {
 public:
     using OrvaUtils::Exception::Exception;

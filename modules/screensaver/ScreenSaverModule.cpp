@@ -26,13 +26,15 @@ constexpr DWORD ENGAGE_OR_DISABLE = 5;
 
 constexpr std::uint32_t DEFAULT_TIMEOUT = 60000; // ms
 constexpr std::int32_t HIGHEST_LEVEL = 255;
-// Deliberate: together with the backlight's own factor of 255 the driver gets one less than the level, except for 0.
-constexpr float LEVEL_UNIT = 0.00390625F; // 1/256
+// Deliberate: together with the backlight's factor of 255 the driver gets the level minus one, except for level 0. The
+// unit is 1/256.
+constexpr float LEVEL_UNIT = 0.00390625F;
 
 } // namespace
 
 IModule* ScreenSaverModule::create(IPCDispatcher& dispatcher) {
     auto module = std::make_unique<ScreenSaverModule>();
+    // The dispatcher refers to the module without owning it.
     dispatcher.registerHandler(L"ORVATarvexScreenSaverMsg", module.get());
     return module.release();
 }
@@ -60,7 +62,8 @@ std::uint32_t ScreenSaverModule::carryOut(DWORD command, std::int32_t argument) 
         result = loadSettings();
         apply();
         break;
-    case START_OR_STOP: // whatever `enabled` says, which stays
+    // This command ignores `enabled` and does not change it.
+    case START_OR_STOP:
         if (argument != 0) {
             make();
         } else {
@@ -96,6 +99,7 @@ std::uint32_t ScreenSaverModule::carryOut(DWORD command, std::int32_t argument) 
 }
 
 std::uint32_t ScreenSaverModule::loadSettings() {
+    // These defaults stay if the file cannot be read: the screen saver is then off.
     timeout = DEFAULT_TIMEOUT;
     level = 0;
     enabled = false;
@@ -106,6 +110,7 @@ std::uint32_t ScreenSaverModule::loadSettings() {
         log.writeParts(LogLevel::Error, {NAME, L";settings error"});
         return CommandResult::SettingsUnreadable;
     }
+    // The values are not checked: a negative time-out becomes a very long one.
     timeout = static_cast<std::uint32_t>(config.userInactivityTimeout);
     level = config.minLuminosityLevel;
     enabled = config.enabled;
@@ -122,6 +127,7 @@ void ScreenSaverModule::apply() {
         return;
     }
     make();
+    // A new screen saver has its own defaults until this point.
     screenSaver->setTimeout(timeout);
     screenSaver->setLevel(static_cast<float>(level) * LEVEL_UNIT);
 }
@@ -134,6 +140,7 @@ void ScreenSaverModule::make() {
 
 void ScreenSaverModule::remove() {
     if (screenSaver != nullptr) {
+        // The pointer is cleared first: `remove` may throw, and the object must not be used again.
         ScreenSaver::remove(std::exchange(screenSaver, nullptr));
     }
 }
@@ -143,7 +150,8 @@ void ScreenSaverModule::engage() {
         enabled = true;
         apply();
     }
-    if (screenSaver != nullptr) { // not after command 2 has removed an enabled one
+    // The pointer is null if the screen saver is enabled but command 2 has removed it.
+    if (screenSaver != nullptr) {
         screenSaver->activate();
     }
 }

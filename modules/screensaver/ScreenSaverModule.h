@@ -8,40 +8,53 @@
 class IPCDispatcher;
 class ScreenSaver;
 
-// The screen saver as a module: has one or none, as "ScreenSaverConfig.xml" in the installation directory says, and
-// answers the commands of "ORVATarvexScreenSaverMsg":
+// The screen saver as a module: it creates or removes the ScreenSaver, as the settings file "ScreenSaverConfig.xml" in
+// the installation directory and the commands of the message "ORVATarvexScreenSaverMsg" say.
 //
-//     1             reads the file again; 2 if that fails: then it is off
-//     2 (0, other)  removes the screen saver; makes one if there is none, with its own defaults: 60 s, black screen
-//     3 (ms)        the time-out; 3 unless it is above 0
-//     4 (0 to 255)  the level; 3 otherwise
-//     5 (0, other)  disables it; enables it and saves the screen at once
+//     command  argument  action                                                       answer
+//     1        -         reads the file again                                         0, or 2: file unreadable
+//     2        0         removes the screen saver                                     0
+//     2        not 0     creates a screen saver with its defaults, unless one exists  0
+//     3        ms        sets the time-out                                            0, or 3: not above 0
+//     4        0 to 255  sets the level; 0 is the black window                        0, or 3: out of range
+//     5        0         disables the screen saver and removes it                     0
+//     5        not 0     enables the screen saver and engages it at once              0
+//     others   -         nothing                                                      1
 //
-// What 3 to 5 change is kept in memory until the file is read again; 3 and 4 also remove a screen saver that only
-// command 2 has made. For the main thread only. Nothing of what a ScreenSaver throws is caught.
+// A file that cannot be read disables the screen saver. Commands 3 to 5 change values in memory, until the file is read
+// again. Command 2 does not change whether the screen saver is enabled: while it is disabled, commands 3 and 4 remove a
+// screen saver that command 2 has created.
+//
+// Only the main thread uses the module. Exceptions of ScreenSaver pass through: they end the helper.
 class ScreenSaverModule : public IModule, public IPCMessageHandler {
 public:
-    // A new module that the dispatcher hands its messages to. The caller owns it.
+    // Creates a module and registers it with the dispatcher. The caller owns the module.
     static IModule* create(IPCDispatcher& dispatcher);
 
+    // Reads the settings and creates the screen saver if they enable it.
     ScreenSaverModule();
     ScreenSaverModule(const ScreenSaverModule&) = delete;
     ScreenSaverModule& operator=(const ScreenSaverModule&) = delete;
     // Removes the screen saver, which restores the screen.
     ~ScreenSaverModule() noexcept(false) override;
 
+    // Carries out a command and logs it.
     std::uint32_t handleMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) override;
 
 private:
     std::uint32_t carryOut(DWORD command, std::int32_t argument);
+    // Reads the file into the fields and returns the result of command 1.
     std::uint32_t loadSettings();
+    // Creates, configures or removes the screen saver, as the fields say.
     void apply();
+    // Creates a screen saver with its defaults, unless there is one.
     void make();
     void remove();
+    // Enables the screen saver and engages it.
     void engage();
 
-    ScreenSaver* screenSaver = nullptr; // owned
+    ScreenSaver* screenSaver = nullptr; // owned; null: there is none
     std::uint32_t timeout = 0; // ms
-    std::int32_t level = 0; // 0: the black screen; above 255 only if the file says so
+    std::int32_t level = 0; // 0: the black window; above 255 only if the file says so
     bool enabled = false;
 };

@@ -4,9 +4,10 @@
 
 namespace {
 
+// The stop event is the second handle of every wait.
 constexpr DWORD STOPPED = WAIT_OBJECT_0 + 1;
 
-// Null when the platform does not have it.
+// An event of the power manager; the handle is null if the panel lacks the event.
 struct NamedEvent {
     explicit NamedEvent(const wchar_t* name) : handle(OpenEventW(EVENT_ALL_ACCESS, FALSE, name)) {}
     NamedEvent(const NamedEvent&) = delete;
@@ -43,6 +44,7 @@ void UserInactivityMonitor::removeObserver(UserInactivityMonitorObserver* observ
 DWORD UserInactivityMonitor::watch() {
     const NamedEvent active(L"PowerManager/UserActivity_Active");
     const NamedEvent inactive(L"PowerManager/UserActivity_Inactive");
+    // Without these events the monitor gives up without a report.
     if (active.handle == nullptr || inactive.handle == nullptr) {
         return 0;
     }
@@ -51,18 +53,20 @@ DWORD UserInactivityMonitor::watch() {
         const HANDLE awaited[] = {event.handle, stopEvent};
         return WaitForMultipleObjects(2, awaited, FALSE, milliseconds);
     };
-    // WAIT_TIMEOUT: the power manager has reported inactivity, and no activity has followed in time.
+    // WAIT_TIMEOUT means that the power manager has reported inactivity and no activity has followed in time.
     const auto waitForInactivity = [&] {
         return waitFor(inactive, INFINITE) == STOPPED ? STOPPED : waitFor(active, timeout);
     };
-    const DWORD firstTimeout = timeout; // before the owner can set another
+    // The owner may set another time-out as soon as `start` has returned.
+    const DWORD firstTimeout = timeout;
     const bool isActive = WaitForSingleObject(active.handle, 0) != WAIT_TIMEOUT;
     if (isActive) {
-        notify(UserActivityEvent::Active); // before the start returns: later it could undo what the owner does next
+        // This report comes before `start` returns: later it could undo what the owner does next.
+        notify(UserActivityEvent::Active);
     }
     tellDecision();
     DWORD woken = isActive ? waitForInactivity() : waitFor(active, firstTimeout);
-    // A failed wait counts as activity: the screen rather stays bright.
+    // A failed wait counts as activity: the screen should rather stay bright.
     while (woken != STOPPED) {
         if (woken == WAIT_TIMEOUT) {
             notify(UserActivityEvent::Inactive);
@@ -73,7 +77,8 @@ DWORD UserInactivityMonitor::watch() {
         notify(UserActivityEvent::Active);
         woken = waitForInactivity();
     }
-    running = false; // deliberately not after an exception: a monitor that failed is not started again
+    // Deliberate: an exception skips this line, so a monitor that failed is not started again.
+    running = false;
     return 1;
 }
 

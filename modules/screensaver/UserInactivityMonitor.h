@@ -7,16 +7,18 @@
 #include <atomic>
 #include <cstdint>
 
-// Watches, on a thread of its own, whether the user touches the panel, and tells its observers.
+// The monitor of user activity: a thread that tells its observers when the user becomes inactive and active.
 //
-// The power manager has two named events, one of them always set: "PowerManager/UserActivity_Active" and
-// "PowerManager/UserActivity_Inactive" [ms890502]. The user counts as inactive when the first one stays unset for the
-// time-out after the second one was set (or after the start), and as active again as soon as it is set. A panel without
-// these events is never reported on. The thread begins with a look at the first event that takes no time: a user who is
-// active when it starts is reported before the start returns, which an observer that takes its time delays.
+// The power manager has two named events, one of which is always set: "PowerManager/UserActivity_Active" and
+// "PowerManager/UserActivity_Inactive" [ms890502]. The user is inactive when the first event stays unset for the
+// time-out after the second event was set. The user is active as soon as the first event is set. The monitor may report
+// activity several times in a row. If the panel lacks these events, the monitor reports nothing.
 //
-// Observers are added before the start and removed after the stop (ObserverList); `setTimeout` may be called at any
-// time. Its failures are UserInactivityMonitorExceptions. After a stop it can be started again.
+// At its start the thread looks at the first event. If the user is active, it reports that before `start` returns, so a
+// slow observer delays `start`. If the user is not active, the time-out begins with the start.
+//
+// Add observers before `start` and remove them after `stop`. Any thread may call `setTimeout` at any time. Failures
+// throw UserInactivityMonitorException. After a `stop` the monitor can be started again.
 class UserInactivityMonitor : public MonitorThread {
 public:
     // Throws "Cannot create event".
@@ -25,10 +27,13 @@ public:
         stopAtEnd();
     }
 
-    // 60000 at first. A wait that has begun goes on as it is; the first one begins with the start.
+    // Sets the time-out, which is 60000 ms at first. A wait in progress keeps its time-out. The first wait counts as in
+    // progress when `start` returns.
     void setTimeout(std::uint32_t milliseconds);
 
+    // Adds an observer, which is not owned.
     void addObserver(UserInactivityMonitorObserver* observer);
+    // Removes all registrations of an observer.
     void removeObserver(UserInactivityMonitorObserver* observer);
 
 private:

@@ -2,7 +2,8 @@
 
 #include "modules/screensaver/ScreenSaverException.h"
 
-// The watch over the user's activity could not be set up or stopped.
+// The monitor of user activity could not be created or stopped. The message is "Cannot create event" or "Failed to
+// terminate monitor thread".
 class UserInactivityMonitorException : public ScreenSaverException {
 public:
     using ScreenSaverException::ScreenSaverException;

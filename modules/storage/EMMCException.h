@@ -2,7 +2,8 @@
 
 #include "OrvaUtils/Exception.h"
 
-// What the eMMC statistics monitor reports.
+// The eMMC monitor could not be created, started or stopped. The message is "Cannot create event", "Cannot create
+// thread" or "Failed to terminate monitor thread".
 class EMMCException : public OrvaUtils::Exception {
 public:
     using Exception::Exception;

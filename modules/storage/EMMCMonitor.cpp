@@ -18,8 +18,10 @@ void resetSession() {
 void update(DWORD elapsed) {
     EMMCStatistics statistics = EMMCStatistics::load();
     const std::uint32_t count = readWriteCounter();
-    // Deliberate: an unreadable counter, which is 0, takes the session's writes off, and the next reading adds them.
+    // Deliberate: a counter that cannot be read is 0. The session's writes then leave the total, and the next reading
+    // adds them again.
     statistics.totalWriteCount = statistics.totalWriteCount - statistics.sessionWriteCount + count;
+    // The file counts in seconds.
     statistics.sessionDuration += elapsed / 1000;
     statistics.totalDuration += elapsed / 1000;
     statistics.sessionWriteCount = count;
@@ -31,7 +33,8 @@ void update(DWORD elapsed) {
 EMMCMonitor::EMMCMonitor()
     : MonitorThread([](MonitorThread& self) { return static_cast<EMMCMonitor&>(self).watch(); },
                     [](const wchar_t* message) { throw EMMCException(message); }) {
-    resetSession(); // deliberate: also if the monitor then cannot be made
+    // Deliberate: the file is changed even if the monitor then cannot be created.
+    resetSession();
     createEvents();
 }
 
@@ -39,6 +42,7 @@ bool EMMCMonitor::start() {
     if (!MonitorThread::start()) {
         return false;
     }
+    // Only this monitor reports that CreateThread failed.
     if (!hasThread()) {
         throw EMMCException(L"Cannot create thread");
     }
@@ -46,11 +50,14 @@ bool EMMCMonitor::start() {
 }
 
 DWORD EMMCMonitor::watch() {
-    running = true; // deliberate: never cleared
+    // Deliberate: `running` is never cleared, so the monitor starts only once.
+    running = true;
     tellDecision();
-    update(GetTickCount()); // deliberate: since boot, also when the helper was started before
+    // Deliberate: the time since boot counts, even if the helper ran before in this boot.
+    update(GetTickCount());
     while (waitTwiceIfRefused([this] { return WaitForSingleObject(stopEvent, INTERVAL); }) == WAIT_TIMEOUT) {
-        update(INTERVAL); // deliberate: however long it really was
+        // Deliberate: the interval counts, however long the update and the wait really took.
+        update(INTERVAL);
     }
     return 0;
 }

@@ -2,21 +2,23 @@
 
 #include "modules/MonitorThread.h"
 
-// Keeps the eMMC's write statistics ("EMMC.xml"), on a thread of its own: at its start, and then every five minutes.
-// The time since the panel has booted counts as time of the session. Its failures are EMMCExceptions.
+// The monitor of the eMMC's write statistics: a thread that updates "EMMC.xml" at its start and then every five
+// minutes.
 //
-// The thread is the only one that uses the file once it runs; between two updates nothing is kept in memory.
+// The time since the panel's boot counts as time of the session. Once the thread runs, only the thread uses the file.
+// Between two updates nothing is kept in memory. Failures throw EMMCException; an update that fails is not reported.
+// One owner thread calls all operations.
 class EMMCMonitor : public MonitorThread {
 public:
-    // Begins a session: count and duration of the last one become 0 in the file. Then throws "Cannot create event" if
-    // the platform gives it none.
+    // Begins a session: sets the session's count and duration in the file to 0. Throws "Cannot create event"; the file
+    // has changed by then.
     EMMCMonitor();
     ~EMMCMonitor() noexcept(false) {
         stopAtEnd();
     }
 
-    // False when it was started before, also when it was stopped since. The first update may still be under way when
-    // this returns. Throws "Cannot create thread".
+    // Starts the thread. Returns false if the monitor was started before, even if it was stopped since. The first
+    // update may still be in progress when this returns. Throws "Cannot create thread".
     bool start();
 
 private:

@@ -13,7 +13,8 @@ using OrvaUtils::Xml::SettingsDocument;
 constexpr char ROOT[] = "EMMC";
 constexpr unsigned ATTEMPTS = 3;
 constexpr DWORD PAUSE = 100; // ms
-constexpr std::uint64_t DIVISOR = 0xFFFFFFFF; // deliberate: not the 2^32 that it is read back with
+// Deliberate: the divisor is not 2^32, the factor of the reading.
+constexpr std::uint64_t DIVISOR = 0xFFFFFFFF;
 
 struct CountNames {
     const char* high;
@@ -26,6 +27,7 @@ constexpr char SESSION_DURATION[] = "SessionDuration";
 constexpr char TOTAL_DURATION[] = "TotalDuration";
 
 template<typename Attempt>
+// The pause also follows the last failed attempt.
 void attemptSomeTimes(Attempt attempt) {
     for (unsigned failures = 0; failures < ATTEMPTS && !attempt(); ++failures) {
         Sleep(PAUSE);
@@ -35,17 +37,19 @@ void attemptSomeTimes(Attempt attempt) {
 std::uint64_t readCount(const SettingsDocument& document, const CountNames& names) {
     std::uint32_t high = 0;
     std::uint32_t low = 0;
+    // A missing or malformed half stays 0.
     document.read(names.high, high);
     document.read(names.low, low);
     return (std::uint64_t{high} << 32) + low;
 }
 
+// The conversion to 32 bits cuts both halves.
 void writeCount(SettingsDocument& document, const CountNames& names, std::uint64_t count) {
     document.write(names.high, static_cast<std::uint32_t>(count / DIVISOR));
     document.write(names.low, static_cast<std::uint32_t>(count));
 }
 
-// Not the process's own, which goes before a monitor that is still at work when the process ends.
+// This is not the file system of the process: process exit deletes that one, possibly while a monitor still works.
 OrvaUtils::IO::WindowsFileSystem ownFileSystem() {
     return {};
 }
@@ -59,7 +63,8 @@ std::wstring filePath() {
 EMMCStatistics EMMCStatistics::load() {
     EMMCStatistics statistics;
     const std::wstring path = filePath();
-    if (ownFileSystem().isFile(path)) { // deliberate: a look that fails counts as no file, without another
+    // Deliberate: if the look at the file fails, the file counts as missing, without a further attempt.
+    if (ownFileSystem().isFile(path)) {
         attemptSomeTimes([&] { return statistics.read(path); });
     }
     return statistics;

@@ -2,5 +2,5 @@
 
 #include "OrvaUtils/Exception.h"
 
-// The write protection of the NAND flash could not be switched, in either direction; the message is the base class's.
+// The write protection of the NAND flash could not be switched on or off. The message is "Generic Exception".
 class FlashNotWritableException : public OrvaUtils::Exception {};

@@ -5,6 +5,7 @@
 void FlashWriteGuard::unlockFor(const std::wstring& path) {
     if (!unlocked && isOnNandFlash(path)) {
         makeFlashWritable();
+        // An exception skips this line: the guard then does not restore a protection that it did not lift.
         unlocked = true;
     }
 }

@@ -1,13 +1,14 @@
-// The write protection of the panel's internal flash memory, the volume \NANDFlash. It is a state of the volume, not of
-// the process: what was made writable stays so for everybody until it is switched back. On the main thread, during
-// start-up.
+// The write protection of the volume \NANDFlash, the panel's internal flash memory. The protection is a state of the
+// volume and not of the process: a volume that was made writable stays writable for all programs until it is switched
+// back. Call the functions on the main thread during start-up.
 #pragma once
 
 #include <string>
 
-// Whether the path begins with "\NANDFlash", its case aside. Text only: \NANDFlashX counts.
+// Tells whether a path begins with "\NANDFlash" (case-insensitive). Only the text counts: \NANDFlashX begins so, too.
 bool isOnNandFlash(const std::wstring& path);
 
-// Throw FlashNotWritableException when the volume's driver is missing or refuses.
+// Lifts the write protection. Throws FlashNotWritableException if the volume's driver is missing or the request fails.
 void makeFlashWritable();
+// Restores the write protection. Throws FlashNotWritableException in the same cases.
 void makeFlashReadOnly();

@@ -2,8 +2,8 @@
 
 namespace {
 
-// In the order of the storage manager's interface; they are looked up in this order. Deliberate: all of them, though
-// four are called.
+// The functions in the order of the storage manager's interface, which is also the order of the look-up. Deliberate:
+// all functions are looked up, although only four are called.
 constexpr const wchar_t* NAMES[] = {
     L"OpenStore",          L"DismountStore",   L"FormatStore",       L"FindFirstStore",     L"FindNextStore",
     L"FindCloseStore",     L"GetStoreInfo",    L"CreatePartition",   L"CreatePartitionEx",  L"DeletePartition",
@@ -13,6 +13,7 @@ constexpr const wchar_t* NAMES[] = {
 };
 static_assert(sizeof NAMES / sizeof *NAMES == StorageManager::FUNCTION_COUNT);
 
+// The indexes of the functions that are called.
 constexpr int OPEN_STORE = 0;
 constexpr int FIND_FIRST_PARTITION = 18;
 constexpr int FIND_NEXT_PARTITION = 19;

@@ -6,27 +6,30 @@
 
 #include <string>
 
-// The platform's storage manager: stores (block devices) and the partitions on them. It is not linked against but
-// looked up in "coredll.dll".
+// The platform's storage manager: stores (block devices) and their partitions.
 //
-// The operations return what the platform answers. For one thread at a time.
+// The functions are not linked, but looked up by name in "coredll.dll". The operations return the results of the
+// platform unchanged and do not throw. Only one thread at a time may use the object.
 class StorageManager {
 public:
-    // Looks up all functions of the storage manager's interface, also those that nothing here calls. Throws
-    // OrvaUtils::LoadLibraryException at the first one that is missing. The program uses the one of
-    // `getStorageManager`.
+    // Looks up all functions of the storage manager, including those that the helper does not call. Throws
+    // OrvaUtils::LoadLibraryException for the first function that is missing. Program code uses `getStorageManager`.
     StorageManager();
     StorageManager(const StorageManager&) = delete;
     StorageManager& operator=(const StorageManager&) = delete;
 
-    // INVALID_HANDLE_VALUE when there is no such store, or not yet. CloseHandle closes it.
+    // Opens the store of a block device. Returns INVALID_HANDLE_VALUE if there is no such store, or it is not ready
+    // yet. Close the handle with CloseHandle.
     HANDLE openStore(const std::wstring& deviceName) const;
-    // The first partition; the record's size must be set. INVALID_HANDLE_VALUE when there is none.
+    // Begins a listing of the store's partitions and writes the first partition to `info`, whose `cbSize` must be set.
+    // Returns INVALID_HANDLE_VALUE if there is no partition. Close the listing with `findClosePartition`.
     HANDLE findFirstPartition(HANDLE store, PARTINFO* info) const;
-    // False past the last one.
+    // Writes the next partition to `info`. Returns false after the last partition.
     bool findNextPartition(HANDLE search, PARTINFO* info) const;
+    // Ends a listing.
     bool findClosePartition(HANDLE search) const;
 
+    // The number of functions of the storage manager.
     static constexpr int FUNCTION_COUNT = 21;
 
 private:
@@ -39,6 +42,6 @@ private:
     void* functions[FUNCTION_COUNT];
 };
 
-// The one storage manager of the process, made at the first call and destroyed at the process's exit. After a call that
-// threw, the next one tries again.
+// Returns the one storage manager of the process. The first call creates it; process exit destroys it. If the
+// constructor throws, the next call tries again.
 StorageManager& getStorageManager();

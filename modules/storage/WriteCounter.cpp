@@ -5,7 +5,8 @@
 namespace {
 
 constexpr wchar_t DRIVER[] = L"SHC1:";
-constexpr DWORD GET_COUNT = 0x72EE8; // device type 7 (disk), function 3002, buffered, any access
+// The IOCTL of the driver: device type 7 (disk), function 3002, buffered, any access.
+constexpr DWORD GET_COUNT = 0x72EE8;
 
 } // namespace
 

@@ -2,6 +2,6 @@
 
 #include <cstdint>
 
-// What the eMMC's controller has counted as written, by the driver "SHC1:", in a unit of the driver's own. 0 when there
-// is no such driver or it refuses. Any thread may call.
+// Returns the count of writes that the eMMC's controller keeps, read through the driver "SHC1:", in the unit of the
+// driver. Returns 0 if the driver is missing or the request fails. Any thread may call.
 std::uint32_t readWriteCounter();

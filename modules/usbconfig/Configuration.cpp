@@ -31,7 +31,7 @@ std::wstring attribute(const XMLElement& element, const char* name) {
     return OrvaUtils::toWide(utf8Attribute(element, name));
 }
 
-// A pair that is no number counts as 0; an odd last digit is ignored.
+// Converts pairs of hexadecimal digits. A pair that is not a number becomes 0; an odd last digit is ignored.
 std::vector<std::uint8_t> hexBytes(const std::wstring& text) {
     const std::string digits = OrvaUtils::narrow(text);
     std::vector<std::uint8_t> bytes(digits.size() / 2);

@@ -13,7 +13,7 @@ namespace tinyxml2 {
 class XMLElement;
 }
 
-// What a configuration file, "Tarvex.xml" on a disk, says.
+// The content of a configuration file, "Tarvex.xml" in the root of a disk.
 //
 //     <Tarvex>
 //         <Login Username="admin" Password="6f70656e"/>
@@ -25,12 +25,14 @@ class XMLElement;
 //         </Commands>
 //     </Tarvex>
 //
-// A section may come several times, each is read; others are skipped. All attributes are required. Passwords are pairs
-// of hexadecimal digits. Names and the words "RunProcess", "0" and "1" count with their case.
+// All attributes are required. A section may occur several times; sections of other names are skipped. A password
+// consists of pairs of hexadecimal digits. Names and the words "RunProcess", "0" and "1" are case-sensitive. Only one
+// thread may use an object.
 class Configuration {
 public:
-    // Reads the file and runs nothing. Throws OrvaUtils::Xml::XmlException for a file that cannot be read, is no XML or
-    // lacks an attribute, ConfigurationException for anything else that it does not say as above.
+    // Reads the file and runs nothing. Throws OrvaUtils::Xml::XmlException if the file cannot be read, is not XML or
+    // lacks an attribute. Throws ConfigurationException for any other fault: "Invalid root element", "Expected
+    // command", "Invalid command type" or "Invalid WaitCompletion attribute".
     explicit Configuration(const std::wstring& path);
     Configuration(const Configuration&) = delete;
     Configuration& operator=(const Configuration&) = delete;
@@ -39,8 +41,10 @@ public:
     std::wstring loginUsername; // of the last "Login"
     std::vector<std::uint8_t> loginPassword;
     std::vector<std::unique_ptr<ICommand>> commands; // in the order of the file
-    std::map<std::wstring, std::vector<std::uint8_t>> users; // name to password; the last one of a name
-    std::set<std::wstring> sections; // the names of those that were there: "Login", "Users", "Commands"
+    // The password of each user. A later user of the same name replaces the earlier one.
+    std::map<std::wstring, std::vector<std::uint8_t>> users;
+    // The names of the sections that the file has: "Login", "Users", "Commands".
+    std::set<std::wstring> sections;
 
 private:
     void readSection(const tinyxml2::XMLElement& section);

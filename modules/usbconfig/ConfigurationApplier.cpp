@@ -6,9 +6,9 @@
 #include "modules/usbconfig/InvalidLoginException.h"
 #include "modules/usbconfig/USBDeviceMonitor.h"
 
-// What a notification does stands in functions of their own: the module may be gone before they end.
 namespace {
 
+// The work of a notification is done by these free functions: the module may be deleted before they end.
 void logDebug(std::wstring_view text) {
     Logger::instance().writeParts(LogLevel::Debug, {text});
 }
@@ -23,11 +23,12 @@ void logFailure(const std::wstring& text) {
     Logger::instance().writeParts(LogLevel::Error, {L"XML configuration;error;", text});
 }
 
+// The event of a detached device has an empty volume name and is therefore ignored.
 bool isDisk(const std::wstring& volume) {
     return volume.find(L"Hard Disk") != std::wstring::npos || volume.find(L"USB Disk") != std::wstring::npos;
 }
 
-// Deliberate: whose login a file brings, and which users, is read but never checked.
+// Deliberate: the login and the users of the file are read but never checked.
 void apply(const Configuration& configuration) {
     if (configuration.sections.count(L"Commands") == 0) {
         return;
@@ -39,9 +40,11 @@ void apply(const Configuration& configuration) {
 
 void applyFile(const std::wstring& path) {
     try {
+        // The whole file is read before the first program starts, so a faulty file starts nothing.
         const Configuration configuration(path);
         apply(configuration);
-    } catch (const InvalidLoginException&) { // deliberate: nothing raises it yet, its text stays
+    } catch (const InvalidLoginException&) {
+        // Deliberate: no code throws this exception yet; its text is kept.
         logFailure(L"Invalid login");
     } catch (const OrvaUtils::Exception& exception) {
         logFailure(exception.message());
@@ -63,6 +66,7 @@ ConfigurationApplier::~ConfigurationApplier() {
 }
 
 void ConfigurationApplier::onDeviceEvent(const USBDeviceEvent& event) {
+    // From here on nothing of the object is used.
     logEvent(event);
     if (!isDisk(event.volumeName)) {
         return;

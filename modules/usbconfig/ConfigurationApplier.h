@@ -5,18 +5,23 @@
 
 class USBDeviceMonitor;
 
-// Carries out the file "Tarvex.xml" in the root of each USB disk or hard disk that is mounted: starts the programs that
-// its commands name, one after the other. A file with a fault starts nothing and is logged in one line.
+// The configuration applier: a module that carries out the file "Tarvex.xml" in the root of each USB disk or hard disk
+// that is mounted. It starts the programs of the file's commands one after the other, without checking login or users.
+// If the file has a fault, it starts nothing and logs one line at ERROR.
 //
-// Its work runs on the monitor's thread, within the notification, and keeps that thread for as long as a program that
-// is to be waited for runs; the module may be deleted meanwhile.
+// The work runs on the thread of the USB monitor, within the notification. A program that a command waits for blocks
+// that thread. The module may be deleted meanwhile; the notification then continues without it.
 class ConfigurationApplier : public USBDeviceMonitorObserver, public IModule {
 public:
-    // The module, which observes the monitor until it is deleted; the monitor must live longer.
+    // Creates a module and registers it with the monitor. The caller owns the module. The monitor is not owned and must
+    // live longer.
     static IModule* create(USBDeviceMonitor& monitor);
 
+    // Removes itself from the monitor.
     ~ConfigurationApplier() override;
 
+    // Looks for the file on the volume of the event and carries it out. An OrvaUtils::Exception is logged and not
+    // thrown; other exceptions, such as std::bad_alloc, pass through.
     void onDeviceEvent(const USBDeviceEvent& event) override;
 
 private:

@@ -2,7 +2,7 @@
 
 #include "OrvaUtils/Exception.h"
 
-// A configuration file says something that it must not say.
+// A configuration file has a fault. Configuration lists the messages.
 class ConfigurationException : public OrvaUtils::Exception {
 public:
     using Exception::Exception;

@@ -14,13 +14,15 @@ namespace {
 
 constexpr GUID BLOCK_DRIVER_GUID = {0xA4E7EDDA, 0xE575, 0x4252, {0x9D, 0x6B, 0x41, 0x95, 0xD4, 0x8B, 0xB8, 0x65}};
 
-constexpr DWORD MESSAGE_SIZE = 160; // bytes at most
+// A message has this many bytes at most.
+constexpr DWORD MESSAGE_SIZE = 160;
+// The name follows the fixed fields of DEVDETAIL. It is 16-bit text that ends with a zero.
 constexpr std::size_t NAME_OFFSET = offsetof(DEVDETAIL, szName);
 
 } // namespace
 
-// Deliberate: only -1 counts as a failure of these two calls, while the platform documents null for them. See
-// docs/behaviours.md.
+// Deliberate: only -1 counts as a failure of the two calls, although the platform documents null for them. See
+// docs/behaviours.md, "Disks: devices".
 void DeviceNotifications::start() {
     MSGQUEUEOPTIONS options{};
     options.dwSize = sizeof options;
@@ -30,6 +32,7 @@ void DeviceNotifications::start() {
     if (queueHandle == INVALID_HANDLE_VALUE) {
         throw UsbDeviceException();
     }
+    // TRUE also announces the devices that are present.
     notificationHandle = RequestDeviceNotifications(&BLOCK_DRIVER_GUID, queueHandle, TRUE);
     if (notificationHandle == INVALID_HANDLE_VALUE) {
         CloseHandle(std::exchange(queueHandle, INVALID_HANDLE_VALUE));
@@ -59,8 +62,10 @@ bool DeviceNotifications::read(Message& message) {
         return false;
     }
     BOOL attached = FALSE;
+    // The buffer need not be aligned for the record.
     std::memcpy(&attached, buffer.data() + offsetof(DEVDETAIL, fAttached), sizeof attached);
     message.attached = attached != FALSE;
+    // The text ends at its first zero, which `c_str` finds.
     message.deviceName = OrvaUtils::fromText16(buffer.data() + NAME_OFFSET, MESSAGE_SIZE - NAME_OFFSET).c_str();
     return true;
 }

@@ -6,27 +6,31 @@
 #include <string>
 #include <vector>
 
-// The platform's messages about block devices that come and go. For one thread at a time. The destructor closes
-// nothing.
+// The platform's notifications of block devices that are attached and detached, received through a message queue.
+//
+// Only one thread at a time may use the object. The destructor closes nothing: call `stop`.
 class DeviceNotifications {
 public:
+    // One notification.
     struct Message {
-        bool attached = false; // else it went
-        std::wstring deviceName;
+        bool attached = false; // false: the device was detached
+        std::wstring deviceName; // for example "DSK1:"
     };
 
     DeviceNotifications() = default;
     DeviceNotifications(const DeviceNotifications&) = delete;
     DeviceNotifications& operator=(const DeviceNotifications&) = delete;
 
-    // From here on messages come; the first ones are about the devices that are present. Throws UsbDeviceException:
-    // "Generic Exception" without a queue, "Request device notifications failed".
+    // Requests notifications. The devices that are present are announced first. Throws UsbDeviceException "Generic
+    // Exception" if there is no queue, and "Request device notifications failed".
     void start();
+    // Ends the notifications and closes the queue. Does nothing after a failed `start`.
     void stop();
 
-    // What to wait for: set while there are messages.
+    // Returns the handle to wait for. It is signalled while the queue holds messages.
     HANDLE queue() const;
-    // The next message. False, and the message as it was, when there is none or it does not fit.
+    // Reads the next message without waiting. Returns false, and leaves `message` unchanged, if there is no message or
+    // it does not fit into the buffer.
     bool read(Message& message);
 
 private:

@@ -2,7 +2,7 @@
 
 #include "OrvaUtils/Exception.h"
 
-// A login that was refused.
+// A login was refused. No code throws this exception, because logins are not checked.
 class InvalidLoginException : public OrvaUtils::Exception {
 public:
     using Exception::Exception;

@@ -6,9 +6,11 @@
 namespace {
 
 constexpr int OPEN_ATTEMPTS = 600;
-constexpr DWORD OPEN_PAUSE = 500; // ms, before each of them
+// The pause in ms before each attempt gives a slow medium time to get ready.
+constexpr DWORD OPEN_PAUSE = 500;
 constexpr int FIND_ATTEMPTS = 120;
 
+// Closes the store in its destructor.
 struct Store {
     HANDLE handle = INVALID_HANDLE_VALUE;
 
@@ -19,6 +21,7 @@ struct Store {
     }
 };
 
+// Ends the listing in its destructor.
 struct PartitionSearch {
     HANDLE handle = INVALID_HANDLE_VALUE;
 
@@ -29,6 +32,7 @@ struct PartitionSearch {
     }
 };
 
+// The record holds 16-bit text that ends with a zero.
 std::wstring volumeOf(const PARTINFO& partition) {
     const auto* name = reinterpret_cast<const std::uint8_t*>(partition.szVolumeName);
     return OrvaUtils::fromText16(name, sizeof partition.szVolumeName).c_str();
@@ -42,6 +46,7 @@ void forEachMountedVolume(const std::wstring& deviceName, const std::function<vo
         Sleep(OPEN_PAUSE);
         store.handle = getStorageManager().openStore(deviceName);
     }
+    // The device has not become ready in five minutes. It is given up without a report.
     if (store.handle == INVALID_HANDLE_VALUE) {
         return;
     }
@@ -55,7 +60,7 @@ void forEachMountedVolume(const std::wstring& deviceName, const std::function<vo
         return;
     }
     do {
-        // Deliberately not waited for: a partition that is not mounted by now is skipped.
+        // Deliberate: there is no wait for a partition that is not mounted yet. It is skipped.
         if ((partition.dwAttributes & PARTITION_ATTRIBUTE_MOUNTED) != 0) {
             found(volumeOf(partition));
         }

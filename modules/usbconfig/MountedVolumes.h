@@ -3,10 +3,12 @@
 #include <functional>
 #include <string>
 
-// Calls `found` with the name of the volume of each mounted partition of a block device that has come, in the order of
-// the partitions; with the device's store open.
+// Calls `found` with the volume name of each mounted partition of a block device, in the order of the partitions. The
+// store of the device is open during these calls. A partition that is not mounted is skipped.
 //
-// Waits for a device that is not ready yet: asks every 500 ms, 600 times at most, the first time after 500 ms. A store
-// that never opens, and one that shows no partition at 120 requests in a row, has no volumes. Throws
-// OrvaUtils::LoadLibraryException on a platform without storage manager, and what `found` throws.
+// Waits until the device is ready: it tries to open the store 600 times, with a pause of 500 ms before each attempt.
+// Finds nothing if the store never opens, or if 120 immediate requests return no partition. Blocks the calling thread
+// meanwhile.
+//
+// Throws OrvaUtils::LoadLibraryException if the platform lacks the storage manager. Exceptions of `found` pass through.
 void forEachMountedVolume(const std::wstring& deviceName, const std::function<void(const std::wstring&)>& found);

@@ -5,6 +5,7 @@
 
 namespace {
 
+// The kind of command.
 constexpr int RUN_PROCESS = 0;
 
 } // namespace
@@ -16,11 +17,14 @@ int RunProcessCommand::getType() const {
 void RunProcessCommand::execute() {
     auto* const process = OrvaUtils::Concurrency::getSystem().createProcess(filePath, arguments, {});
     if (process == nullptr) {
-        return; // memory is short
+        // Memory is short. The program is not started, and nothing is reported.
+        return;
     }
-    keepUntilProcessEnds(process); // deliberate: the handles of what was started stay open
+    // Deliberate: the object is never deleted, so the handles of the child stay open.
+    keepUntilProcessEnds(process);
     const HANDLE handle = process->start();
     if (waitCompletion) {
-        WaitForSingleObject(handle, INFINITE); // of a program that was not started: fails at once
+        // If the program was not started, the handle is null and the wait fails at once.
+        WaitForSingleObject(handle, INFINITE);
     }
 }

@@ -4,14 +4,16 @@
 
 #include <string>
 
-// Starts a program, and waits for its end if it is to. What becomes of it, also that it could not be started, is not
-// reported.
+// A command that starts a program and, if wanted, waits until the program has ended.
+//
+// A program that cannot be started is not reported, and its exit code is not read.
 struct RunProcessCommand : ICommand {
+    // Returns 0.
     int getType() const override;
-    // The process's handles stay open until the helper's end.
+    // Starts the program. The handles of the process stay open until the helper ends.
     void execute() override;
 
-    std::wstring filePath; // empty: the program is the first word of the arguments
+    std::wstring filePath; // if empty, the first word of the arguments names the program
     std::wstring arguments;
-    bool waitCompletion = false; // however long it takes
+    bool waitCompletion = false; // the wait has no limit
 };

@@ -5,19 +5,20 @@
 #include "modules/usbconfig/DeviceNotifications.h"
 #include "modules/usbconfig/USBDeviceMonitorObserver.h"
 
-// Watches, on a thread of its own, which block devices come and go, and tells its observers of each volume that has
-// become available and of each device that went.
+// The monitor of block devices: a thread that tells its observers of each volume that becomes available and of each
+// device that is detached.
 //
-// The devices that are present when it starts count as coming. For one device after the other it waits until the device
-// is ready, up to five minutes, and then tells of each mounted partition; what happens meanwhile is told afterwards. A
-// device that does not get ready, or has no partition, is not told of.
+// Devices that are present at the start count as attached. The thread handles one device after the other: it waits
+// until the device is ready, up to five minutes, and then reports each mounted partition. Later notifications wait in
+// the queue. A device that does not become ready, or has no partition, is not reported.
 //
-// Observers are added before the start and removed after the stop, or even before it, while the thread may still be
-// calling them (ObserverList). Its failures are UsbDeviceExceptions. It starts once: it cannot be started again after a
-// stop. It lives on without a thread that the platform does not make, or when there is no queue ("Generic Exception" in
-// the log) or no notification ("Request device notifications failed"), and tells of nothing then. After a request to
-// stop the thread first works off what has been announced. Deliberate: the handles of thread and events are never
-// closed.
+// Add observers before `start`. Remove them after `stop`; an observer may also be removed earlier, while the thread may
+// be calling it (ObserverList).
+//
+// Failures throw UsbDeviceException. The monitor can be started only once. It exists without a thread if CreateThread
+// fails. If the thread cannot create its queue or request notifications, it logs "Generic Exception" or "Request device
+// notifications failed" and ends; the monitor then reports nothing. After a request to stop, the thread first handles
+// the messages that have arrived. Deliberate: the handles of the thread and its events are never closed.
 class USBDeviceMonitor : public MonitorThread {
 public:
     // Throws "Cannot create event".
@@ -26,7 +27,9 @@ public:
         stopAtEnd();
     }
 
+    // Adds an observer, which is not owned.
     void addObserver(USBDeviceMonitorObserver* observer);
+    // Removes all registrations of an observer.
     void removeObserver(USBDeviceMonitorObserver* observer);
 
 private:
@@ -35,5 +38,5 @@ private:
     void notify(const USBDeviceEvent& event);
 
     ObserverList<USBDeviceMonitorObserver> observers;
-    DeviceNotifications notifications; // those that a failure has left open stay open
+    DeviceNotifications notifications; // handles that a failure leaves open stay open
 };

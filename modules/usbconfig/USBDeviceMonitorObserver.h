@@ -2,11 +2,12 @@
 
 #include "modules/usbconfig/USBDeviceEvent.h"
 
-// Hears from a USBDeviceMonitor, on its thread, one event at a time; the monitor notices nothing else meanwhile. It may
-// be deleted during such a call, whose rest must then do without it.
+// An observer of a USBDeviceMonitor. The monitor's thread calls it, one event at a time, and handles no other device
+// meanwhile. An observer may be deleted during a call; the rest of the call must not use it.
 class USBDeviceMonitorObserver {
 public:
-    // An exception that leaves it is logged and ends the monitor for good.
+    // A volume has become available, or a device was detached. An exception that leaves this function is logged and
+    // ends the monitor permanently.
     virtual void onDeviceEvent(const USBDeviceEvent& event) = 0;
     virtual ~USBDeviceMonitorObserver() noexcept(false) = default;
 };

@@ -34,6 +34,7 @@ using WPARAM = std::uintptr_t;
 using LPARAM = std::intptr_t;
 using LRESULT = std::intptr_t;
 using HANDLE = void*;
+static_assert(sizeof(void*) != 4 || (sizeof(WCHAR) == 2 && WCHAR(-1) > 0)); // a panel's
 
 struct HINSTANCE__;
 using HINSTANCE = HINSTANCE__*;
@@ -135,6 +136,7 @@ struct CRITICAL_SECTION {
     DWORD needtrap; // here: it was left by a thread that did not hold it
     DWORD dwContentions;
 };
+static_assert(sizeof(void*) != 4 || sizeof(CRITICAL_SECTION) == 20);
 
 void WINAPI InitializeCriticalSection(CRITICAL_SECTION* section) noexcept;
 void WINAPI EnterCriticalSection(CRITICAL_SECTION* section) noexcept;
@@ -152,8 +154,9 @@ struct PROCESS_INFORMATION {
     DWORD dwProcessId;
     DWORD dwThreadId;
 };
+static_assert(sizeof(void*) != 4 || sizeof(PROCESS_INFORMATION) == 16);
 
-struct STARTUPINFOW { // 68 bytes on a panel
+struct STARTUPINFOW {
     DWORD cb;
     LPWSTR lpReserved;
     LPWSTR lpDesktop;
@@ -173,6 +176,7 @@ struct STARTUPINFOW { // 68 bytes on a panel
     HANDLE hStdOutput;
     HANDLE hStdError;
 };
+static_assert(sizeof(void*) != 4 || sizeof(STARTUPINFOW) == 68);
 
 inline constexpr DWORD STILL_ACTIVE = 259;
 
@@ -213,6 +217,7 @@ struct SYSTEMTIME {
     WORD wSecond;
     WORD wMilliseconds;
 };
+static_assert(sizeof(SYSTEMTIME) == 16);
 
 struct FILETIME { // 100 ns since 1601-01-01 UTC
     DWORD dwLowDateTime;
@@ -255,6 +260,7 @@ struct WIN32_FIND_DATAW {
     DWORD dwOID;
     WCHAR cFileName[MAX_PATH];
 };
+static_assert(offsetof(WIN32_FIND_DATAW, cFileName) == 40 && sizeof(WIN32_FIND_DATAW) == 40 + MAX_PATH * sizeof(WCHAR));
 
 // Also opens a driver, by the name of its device: "BKL1:", "\\NANDFlash\\Vol:". ERROR_FILE_NOT_FOUND if there is none.
 HANDLE WINAPI CreateFileW(LPCWSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security, DWORD disposition,

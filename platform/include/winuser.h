@@ -30,6 +30,7 @@ struct WNDCLASSW {
     LPCWSTR lpszMenuName;
     LPCWSTR lpszClassName;
 };
+static_assert(sizeof(void*) != 4 || sizeof(WNDCLASSW) == 40);
 
 struct CREATESTRUCTW {
     LPVOID lpCreateParams; // CreateWindowExW's last argument
@@ -45,6 +46,7 @@ struct CREATESTRUCTW {
     LPCWSTR lpszClass;
     DWORD dwExStyle;
 };
+static_assert(sizeof(void*) != 4 || sizeof(CREATESTRUCTW) == 48);
 
 struct POINT {
     LONG x;
@@ -59,6 +61,7 @@ struct MSG {
     DWORD time; // ticks
     POINT pt;
 };
+static_assert(sizeof(void*) != 4 || sizeof(MSG) == 28);
 
 inline constexpr UINT WM_NULL = 0x0000;
 inline constexpr UINT WM_CREATE = 0x0001;

@@ -1,11 +1,10 @@
 #include "platform/panel/Devices.h"
 
 #include "platform/panel/Hex.h"
+#include "platform/panel/Json.h"
 #include "platform/panel/Mapping.h"
 #include "platform/panel/Text.h"
 #include "platform/panel/kernel/Host.h"
-
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cstdio>
@@ -15,7 +14,6 @@
 namespace panel {
 
 namespace fs = std::filesystem;
-using Json = nlohmann::ordered_json;
 
 namespace {
 
@@ -44,7 +42,7 @@ std::vector<std::uint32_t> valuesFrom(const Json& numbers) {
     std::vector<std::uint32_t> values;
     for (const Json& number : numbers) {
         if (!number.is_number_unsigned() || number.get<std::uint64_t>() > UINT32_MAX)
-            throw std::runtime_error("no value of 32 bits: " + number.dump());
+            throw std::runtime_error("no value of 32 bits: " + jsonText(number));
         values.push_back(number);
     }
     return values;
@@ -194,7 +192,7 @@ DeviceState Devices::state(std::string_view name) const {
     if (!fs::exists(fileOf(device.name))) // one that the panel was not made with
         return state;
     try {
-        const Json json = Json::parse(host::readFile(fileOf(device.name).string()));
+        const Json json = parseJson(host::readFile(fileOf(device.name).string()));
         state.present = json.at("present");
         if (json.contains("values"))
             state.values = valuesFrom(json.at("values"));
@@ -219,7 +217,7 @@ void Devices::save(const DeviceState& state) const {
     json["does"] = Json::object();
     for (const auto& [operation, behaviour] : state.behaviours)
         json["does"][operation] = textOf(behaviour);
-    host::writeFile(fileOf(state.name).string(), json.dump(2) + '\n');
+    host::writeFile(fileOf(state.name).string(), jsonText(json) + '\n');
 }
 
 void Devices::check(std::string_view name, Behaviour behaviour, std::string_view operation) {

@@ -1,6 +1,7 @@
 #include "platform/panel/Disks.h"
 
 #include "platform/panel/FolderNames.h"
+#include "platform/panel/Json.h"
 #include "platform/panel/Mapping.h"
 #include "platform/panel/Text.h"
 #include "platform/panel/api/FileTimes.h"
@@ -8,7 +9,6 @@
 #include "platform/panel/kernel/Host.h"
 #include "platform/panel/kernel/Queues.h"
 
-#include <nlohmann/json.hpp>
 #include <utf8.h>
 
 #include <algorithm>
@@ -17,7 +17,6 @@
 namespace panel {
 
 namespace fs = std::filesystem;
-using Json = nlohmann::json;
 
 namespace {
 
@@ -145,7 +144,7 @@ Disks::Disks(fs::path panelDirectory) : root(std::move(panelDirectory)), file(ro
 std::vector<Disk> Disks::list() const {
     std::vector<Disk> disks;
     try {
-        for (const Json& json : Json::parse(host::readFile(file.string()))) {
+        for (const Json& json : parseJson(host::readFile(file.string()))) {
             Disk disk;
             disk.device = json.at("device");
             disk.inPlace = json.at("inPlace");
@@ -172,7 +171,7 @@ void Disks::save(const std::vector<Disk>& disks) const {
                         {"readyAfter", disk.readyAfter == never ? Json() : Json(disk.readyAfter)},
                         {"partitions", partitions}});
     }
-    host::writeFile(file.string(), list.dump(2) + '\n');
+    host::writeFile(file.string(), jsonText(list) + '\n');
 }
 
 void Disks::create() const {

@@ -1,5 +1,6 @@
 #include "platform/panel/Panel.h"
 
+#include "platform/panel/Json.h"
 #include "platform/panel/Mapping.h"
 #include "platform/panel/Text.h"
 #include "platform/panel/kernel/Activity.h"
@@ -7,8 +8,6 @@
 #include "platform/panel/kernel/Host.h"
 #include "platform/panel/kernel/Processes.h"
 #include "platform/panel/kernel/Soundness.h"
-
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cerrno>
@@ -25,21 +24,22 @@
 namespace panel {
 
 namespace fs = std::filesystem;
-using Json = nlohmann::json;
 
 namespace {
 
 constexpr std::uint32_t lockPatience = 2000; // real ms; a program that was stopped may hold the lock for ever
 
 Json readJson(const fs::path& path) {
-    Json json = Json::parse(host::readFile(path.string()), nullptr, false);
-    if (json.is_discarded())
+    const std::string text = host::readFile(path.string());
+    try {
+        return parseJson(text);
+    } catch (const std::exception&) {
         throw std::runtime_error("not readable as JSON: " + path.string());
-    return json;
+    }
 }
 
 void writeJson(const fs::path& path, const Json& json) {
-    host::writeFile(path.string(), json.dump(2) + '\n');
+    host::writeFile(path.string(), jsonText(json) + '\n');
 }
 
 // From the machine's own list: the loader is linked statically, and getpwuid needs shared libraries.

@@ -1,11 +1,11 @@
 // The registry's values as text, and its files.
+#include "platform/panel/Json.h"
 #include "platform/panel/Registry.h"
 
 #include "platform/panel/Hex.h"
 #include "platform/panel/Text.h"
 #include "platform/panel/kernel/Host.h"
 
-#include <nlohmann/json.hpp>
 #include <utf8.h>
 
 #include <iterator>
@@ -14,7 +14,6 @@
 namespace panel::registry {
 
 namespace fs = std::filesystem;
-using Json = nlohmann::ordered_json;
 
 namespace {
 
@@ -76,7 +75,7 @@ Json toJson(const Value& value) {
 
 std::uint32_t numberFrom(const Json& json) {
     if (!json.is_number_unsigned() || json.get<std::uint64_t>() > 0xFFFFFFFF)
-        throw std::runtime_error("not a number of 32 bits: " + json.dump());
+        throw std::runtime_error("not a number of 32 bits: " + jsonText(json));
     return json.get<std::uint32_t>();
 }
 
@@ -187,7 +186,7 @@ Tree load(const fs::path& panel, Copy copy) {
     const fs::path file = fileOf(panel, copy);
     Tree tree;
     try {
-        const Json json = Json::parse(host::readFile(file.string()));
+        const Json json = parseJson(host::readFile(file.string()));
         checkIsObject(json, "the whole");
         for (const auto& [path, values] : json.items()) {
             checkIsObject(values, '"' + path + '"');
@@ -207,7 +206,7 @@ void store(const fs::path& panel, Copy copy, const Tree& tree) {
     Json json = Json::object();
     for (const Key& root : tree.roots())
         list(json, root.name, root);
-    host::writeFile(fileOf(panel, copy).string(), json.dump(2, ' ', false, Json::error_handler_t::replace) + '\n');
+    host::writeFile(fileOf(panel, copy).string(), jsonText(json) + '\n');
 }
 
 void flush(const fs::path& panel, std::string_view root) {

@@ -1,8 +1,7 @@
+#include "platform/panel/Json.h"
 #include "platform/tool/Commands.h"
 #include "platform/tool/Table.h"
 #include "platform/tool/Units.h"
-
-#include <nlohmann/json.hpp>
 
 #include <cstdio>
 #include <memory>
@@ -12,8 +11,8 @@ namespace tool {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
 using panel::Behaviour;
+using panel::Json;
 
 struct DeviceOptions {
     std::string device;
@@ -98,14 +97,14 @@ void list(const panel::Devices& devices, bool json) {
                    peculiarities(state)});
     }
     if (json)
-        std::puts(answer.dump(2).c_str());
+        printJson(answer);
     else
         table.print();
 }
 
 void show(const panel::Devices& devices, const panel::DeviceFacts& facts, bool json) {
     if (json)
-        return void(std::puts(asJson(devices, facts, true).dump(2).c_str()));
+        return printJson(asJson(devices, facts, true));
     const panel::DeviceState state = devices.state(facts.name);
     Table table;
     table.add({"device", state.name + ", " + std::string(facts.what) + (state.present ? "" : ", not there")});

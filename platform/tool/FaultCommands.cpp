@@ -1,10 +1,9 @@
+#include "platform/panel/Json.h"
 #include "platform/tool/Commands.h"
 #include "platform/tool/Table.h"
 #include "platform/tool/Units.h"
 
 #include "platform/panel/Functions.h"
-
-#include <nlohmann/json.hpp>
 
 #include <cstdio>
 #include <memory>
@@ -13,9 +12,9 @@ namespace tool {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
 using panel::Fault;
 using panel::FaultAction;
+using panel::Json;
 
 std::string action(const Fault& fault) {
     if (fault.action == FaultAction::cut)
@@ -81,7 +80,7 @@ void list(panel::Driver& driver, bool json) {
             if (fault.answer)
                 answer.back()["answers"] = *fault.answer;
         }
-        std::puts(answer.dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
+        printJson(answer);
         return;
     }
     Table table({"FUNCTION", "CALL", "PROGRAM", "START", "THREAD", "ACTION", "HITS"});
@@ -109,7 +108,7 @@ void listFunctions(bool json) {
         }
     }
     if (json)
-        std::puts(answer.dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
+        printJson(answer);
     else
         table.print();
 }

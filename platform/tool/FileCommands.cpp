@@ -1,11 +1,10 @@
+#include "platform/panel/Json.h"
 #include "platform/tool/Commands.h"
 #include "platform/tool/Units.h"
 
 #include "platform/panel/Mapping.h"
 #include "platform/panel/Paths.h"
 #include "platform/panel/api/FileTimes.h"
-
-#include <nlohmann/json.hpp>
 
 #include <cstdio>
 #include <memory>
@@ -51,9 +50,7 @@ void show(const panel::Panel& panel, const AttributesOptions& options) {
     const std::int64_t date = place.status.st_mtim.tv_sec * std::int64_t{1000} + place.status.st_mtim.tv_nsec / 1000000;
     const std::int64_t size = place.isDirectory() ? 0 : place.status.st_size;
     if (options.json)
-        std::puts(nlohmann::ordered_json{{"attributes", attributes}, {"size", size}, {"written", formatDate(date)}}
-                      .dump(2)
-                      .c_str());
+        printJson({{"attributes", attributes}, {"size", size}, {"written", formatDate(date)}});
     else
         std::printf("%s, %lld bytes, written %s\n", attributes, static_cast<long long>(size), formatDate(date).c_str());
 }

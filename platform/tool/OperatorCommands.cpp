@@ -1,9 +1,8 @@
+#include "platform/panel/Json.h"
 #include "platform/tool/Commands.h"
 #include "platform/tool/Units.h"
 
 #include "platform/panel/Operator.h"
-
-#include <nlohmann/json.hpp>
 
 #include <cstdio>
 #include <memory>
@@ -34,10 +33,7 @@ constexpr const char* kindOf(Landing::Kind kind) {
 
 void print(const Landing& landing, bool json) {
     if (json)
-        std::puts(nlohmann::ordered_json{
-            {"touch", kindOf(landing.kind)}, {"window", landing.window}, {"process", landing.process}}
-                      .dump(2, ' ', false, nlohmann::json::error_handler_t::replace)
-                      .c_str());
+        printJson({{"touch", kindOf(landing.kind)}, {"window", landing.window}, {"process", landing.process}});
     else if (landing.kind == Landing::Kind::swallowed)
         std::puts("The mouse hook has swallowed it");
     else if (landing.window.empty())

@@ -1,3 +1,4 @@
+#include "platform/panel/Json.h"
 #include "platform/tool/Commands.h"
 #include "platform/tool/Table.h"
 #include "platform/tool/Units.h"
@@ -5,8 +6,6 @@
 
 #include "platform/panel/Client.h"
 #include "platform/panel/Text.h"
-
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cstdio>
@@ -19,7 +18,7 @@ namespace tool {
 namespace {
 
 namespace fs = std::filesystem;
-using Json = nlohmann::ordered_json;
+using panel::Json;
 
 std::string stateOf(const panel::ProcessStatus& process) {
     if (process.threads == 0)
@@ -51,7 +50,7 @@ void printAsJson(const panel::PanelStatus& status, bool all) {
     Json answer{{"processes", std::move(list)}};
     if (all)
         answer["ended"] = std::move(ended);
-    std::puts(answer.dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
+    printJson(answer);
 }
 
 void list(const panel::Panel& panel, bool all, bool json) {
@@ -111,9 +110,7 @@ std::optional<panel::EndedStatus> findEnded(panel::Driver& driver, const std::st
 
 void report(const panel::EndedStatus& ended, bool json) {
     if (json)
-        std::puts(Json{{"name", ended.name}, {"exitCode", ended.exitCode}, {"time", ended.time}}
-                      .dump(2, ' ', false, nlohmann::json::error_handler_t::replace)
-                      .c_str());
+        printJson({{"name", ended.name}, {"exitCode", ended.exitCode}, {"time", ended.time}});
     else
         std::printf("%s ended with exit code %s\n", ended.name.c_str(),
                     toned(std::to_string(ended.exitCode), ended.exitCode ? Tone::bad : Tone::good).c_str());

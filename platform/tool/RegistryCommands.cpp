@@ -1,9 +1,8 @@
+#include "platform/panel/Json.h"
 #include "platform/panel/Text.h"
 #include "platform/tool/Commands.h"
 #include "platform/tool/Table.h"
 #include "platform/tool/Units.h"
-
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cstdio>
@@ -14,7 +13,7 @@ namespace tool {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
+using panel::Json;
 namespace registry = panel::registry;
 
 constexpr const char* keyHelp = "Such as HKEY_LOCAL_MACHINE\\init, or HKLM\\init";
@@ -88,10 +87,6 @@ Json toJson(const registry::Value& value) {
     return json;
 }
 
-void print(const Json& json) {
-    std::puts(json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
-}
-
 void list(Json& json, Table& table, const std::string& path, const registry::Key& key) {
     Json values = Json::array();
     table.add({path});
@@ -119,7 +114,7 @@ void list(const panel::Panel& panel, const Options& options) {
     else
         list(json, table, fullPath(options.key), keyOf(tree, options.key));
     if (options.json)
-        print(json);
+        printJson(json);
     else
         table.print();
 }
@@ -132,7 +127,7 @@ void read(const panel::Panel& panel, const Options& options) {
     std::string text;
     std::vector<std::string> texts;
     if (options.json)
-        print(toJson(*value));
+        printJson(toJson(*value));
     else if (registry::textOf(*value, text))
         std::puts(text.c_str());
     else if (registry::textsOf(*value, texts))

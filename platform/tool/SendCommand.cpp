@@ -1,11 +1,10 @@
+#include "platform/panel/Json.h"
 #include "platform/tool/Commands.h"
 #include "platform/tool/Table.h"
 #include "platform/tool/Units.h"
 
 #include "platform/panel/Client.h"
 #include "platform/panel/Text.h"
-
-#include <nlohmann/json.hpp>
 
 #include <cstdio>
 #include <memory>
@@ -36,10 +35,7 @@ std::int64_t parameter(const std::string& text) {
 
 void print(const std::optional<std::int64_t>& result, const SendOptions& options) {
     if (options.json)
-        std::puts(nlohmann::ordered_json{{"answered", result.has_value()},
-                                         {"result", result ? nlohmann::ordered_json(*result) : nullptr}}
-                      .dump(2)
-                      .c_str());
+        printJson({{"answered", result.has_value()}, {"result", result ? panel::Json(*result) : nullptr}});
     else if (result)
         std::printf("%lld\n", static_cast<long long>(*result));
 }

@@ -1,10 +1,9 @@
+#include "platform/panel/Json.h"
 #include "platform/tool/Commands.h"
 #include "platform/tool/Table.h"
 #include "platform/tool/Units.h"
 
 #include "platform/panel/Watcher.h"
-
-#include <nlohmann/json.hpp>
 
 #include <cstdio>
 #include <fstream>
@@ -52,12 +51,12 @@ std::string output(const panel::Panel& panel, const std::string& process) {
 void report(const std::string& process, const std::optional<std::uint32_t>& code, const std::string& printed,
             bool json) {
     if (json) {
-        nlohmann::ordered_json answer{{"name", process}, {"running", !code}};
+        panel::Json answer{{"name", process}, {"running", !code}};
         if (code) {
             answer["exitCode"] = *code;
             answer["output"] = printed;
         }
-        std::puts(answer.dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
+        printJson(answer);
         return;
     }
     std::fputs(printed.c_str(), stdout);

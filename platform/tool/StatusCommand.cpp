@@ -1,8 +1,7 @@
+#include "platform/panel/Json.h"
 #include "platform/tool/Commands.h"
 #include "platform/tool/Table.h"
 #include "platform/tool/Units.h"
-
-#include <nlohmann/json.hpp>
 
 #include <cstdio>
 #include <memory>
@@ -11,8 +10,8 @@ namespace tool {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
 using panel::ClockMode;
+using panel::Json;
 
 void addRunning(Json& answer, const panel::PanelStatus& status, std::size_t faults) {
     answer["date"] = formatDate(status.date);
@@ -161,7 +160,7 @@ void print(const panel::Panel& panel, bool json) {
             answer[list] = Json::array();
         if (on)
             addRunning(answer, status, faults);
-        std::puts(answer.dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
+        printJson(answer);
         return;
     }
     Table facts;

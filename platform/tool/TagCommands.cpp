@@ -1,9 +1,8 @@
 #include "platform/panel/Hex.h"
+#include "platform/panel/Json.h"
 #include "platform/tool/Commands.h"
 #include "platform/tool/Table.h"
 #include "platform/tool/Units.h"
-
-#include <nlohmann/json.hpp>
 
 #include <cstdio>
 #include <memory>
@@ -13,7 +12,7 @@ namespace tool {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
+using panel::Json;
 
 void list(const panel::Devices& devices, bool json) {
     Json answer = Json::array();
@@ -27,7 +26,7 @@ void list(const panel::Devices& devices, bool json) {
                    line == std::string::npos ? text : text.substr(0, line) + " ..."});
     }
     if (json)
-        std::puts(answer.dump(2).c_str());
+        printJson(answer);
     else if (table.empty())
         std::puts("There are no tags.");
     else

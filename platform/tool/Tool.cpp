@@ -32,4 +32,8 @@ void complain(const std::string& text) {
     std::fprintf(stderr, "panel: %s\n", line.c_str());
 }
 
+void printJson(const panel::Json& answer) {
+    std::puts(panel::jsonText(answer).c_str());
+}
+
 } // namespace tool

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/panel/Driver.h"
+#include "platform/panel/Json.h"
 
 #include <CLI/CLI.hpp>
 
@@ -37,5 +38,8 @@ private:
 
 // One line on standard error, whatever the text holds.
 void complain(const std::string& text);
+
+// The answer of a command with --json, on standard output.
+void printJson(const panel::Json& answer);
 
 } // namespace tool

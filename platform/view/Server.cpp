@@ -1,8 +1,7 @@
 #include "platform/view/Server.h"
 
+#include "platform/panel/Json.h"
 #include "platform/view/Page.h"
-
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <stdexcept>
@@ -14,9 +13,11 @@ namespace view {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
 using httplib::Request;
 using httplib::Response;
+using panel::Json;
+
+constexpr int oneLine = -1; // instead of an indentation
 
 constexpr std::size_t mostBody = 64 << 10; // bytes
 constexpr int mostStreams = 8; // pages at a time
@@ -40,7 +41,7 @@ std::string newToken() {
 }
 
 std::vector<std::string> wordsOf(const std::string& body) {
-    const auto words = Json::parse(body).at("words").get<std::vector<std::string>>();
+    const auto words = panel::parseJson(body).at("words").get<std::vector<std::string>>();
     const auto hasZero = [](const std::string& word) { return word.find('\0') != std::string::npos; };
     if (words.empty() || std::find(std::begin(admitted), std::end(admitted), words[0]) == std::end(admitted))
         throw std::runtime_error("no command for the page");
@@ -52,10 +53,6 @@ std::vector<std::string> wordsOf(const std::string& body) {
 bool send(httplib::DataSink& sink, const std::string& event, const std::string& json) {
     const std::string text = "event: " + event + "\ndata: " + json + "\n\n";
     return sink.write(text.data(), text.size());
-}
-
-std::string dump(const Json& json) {
-    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
 void refuse(Response& response, int status, const std::string& why) {
@@ -133,8 +130,9 @@ void Server::run(const Request& request, Response& response) {
     if (++atWork > mostCommands)
         return refuse(response, 503, "Too many commands at a time");
     const Outcome outcome = commands.run(wordsOf(request.body)); // what throws is answered with 400
-    response.set_content(dump({{"code", outcome.code}, {"output", outcome.output}, {"errors", outcome.errors}}),
-                         "application/json");
+    response.set_content(
+        panel::jsonText({{"code", outcome.code}, {"output", outcome.output}, {"errors", outcome.errors}}, oneLine),
+        "application/json");
 }
 
 void Server::stream(Response& response) {
@@ -159,7 +157,8 @@ bool Server::sendNews(httplib::DataSink& sink, Lines& lines, std::uint64_t& vers
         if (topic.version > before && !send(sink, name, topic.json))
             return false;
     const auto sendLines = [&](const std::string& file, bool gone, bool history, const std::vector<std::string>& some) {
-        return send(sink, "lines", dump({{"file", file}, {"gone", gone}, {"history", history}, {"lines", some}}));
+        return send(sink, "lines",
+                    panel::jsonText({{"file", file}, {"gone", gone}, {"history", history}, {"lines", some}}, oneLine));
     };
     return lines.read(state->boot(), sendLines) && (version != before || sink.write(":\n\n", 3));
 }

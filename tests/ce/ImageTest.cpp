@@ -76,10 +76,6 @@ Change section32(unsigned index, std::uint32_t offset, std::uint32_t value) {
     return [=](File& file) { file.set(file.section(index, offset), value); };
 }
 
-Change block32(unsigned index, std::uint32_t offset, std::uint32_t value) {
-    return [=](File& file) { file.set(file.block(index) + offset, value); };
-}
-
 } // namespace
 
 TEST(ChangedExecutable, IsRefusedInOneLineWhenItIsLoaded) {
@@ -89,27 +85,15 @@ TEST(ChangedExecutable, IsRefusedInOneLineWhenItIsLoaded) {
         const char* why;
     } cases[] = {
         {header16(pe::optionalSize, 0x60), "its optional header is no PE32 one"},
-        {header16(pe::magic, 0x020B), "its optional header is no PE32 one"},
         {header16(pe::characteristics, 0x210F), "it is a library, or was not linked to its end"},
-        {header16(pe::characteristics, 0x010D), "it is a library, or was not linked to its end"},
-        {header16(pe::sectionCount, 0), "its entry lies outside of its code"},
-        {header32(pe::entryPoint, 0x10), "its entry lies outside of its code"},
         {header32(pe::entryPoint, 0xFFFFFFFE), "its entry lies outside of its code"},
         {header32(pe::imageSize, 0x1000), "a section reaches beyond its image"},
-        {header32(pe::imageSize, 0xFFFFF000), "there is no room for its image at its base"},
         {header32(pe::imageBase, 0x20000000), "there is no room for its image at its base"}, // the loader's own
-        {header32(pe::imageBase, 0x10001), "there is no room for its image at its base"},
         {header32(pe::importDirectory, far), "its imports lie outside of its image"},
         {section32(2, 8, 0xFFFFFFFF), "a section reaches beyond its image"},
-        {section32(2, 12, 0xFFFFF000), "a section reaches beyond its image"},
         {section32(1, 12, 0x2010), "a section does not begin with a page"},
         {section32(2, 36, 0x40000040), "its imports' addresses lie outside of its writable sections"},
-        {block32(0, 0, far), "its imports lie outside of its image"},
-        {block32(0, 12, far), "its imports lie outside of its image"},
-        {block32(1, 16, 0), "its imports' addresses lie outside of its writable sections"},
-        {block32(1, 16, 0xFFFFFFFC), "its imports' addresses lie outside of its writable sections"},
         {[](File& file) { file.set(file.get(file.block(0)), 0x80000005); }, "it imports a function by its number"},
-        {[](File& file) { file.set(file.get(file.block(0)), far); }, "its imports lie outside of its image"},
         {[](File& file) { file.set(file.get(file.block(0) + 12), 'X'); },
          "it imports from XOREDLL.dll, not from coredll.dll alone"},
         {[](File& file) { file.bytes.replace(file.block(2), 20, file.bytes, file.block(1), 20); },
@@ -149,13 +133,10 @@ TEST(ChangedExecutable, IsNoProgramIfItIsForAnotherMachineOrCutShort) {
     ScenarioPanel panel;
     const std::vector<Change> changes = {
         [](File& file) { file.bytes.resize(2); },
-        [](File& file) { file.bytes.resize(file.header(pe::sections) + 50); },
         [](File& file) { file.bytes.resize(file.bytes.size() - 1); },
         [](File& file) { file.set(pe::signaturePlace, 0xFFFFFFF0); },
         [](File& file) { file.set(file.header(0), 'Q'); },
         header16(pe::machine, 0x014C),
-        header16(pe::subsystem, 3),
-        header16(pe::sectionCount, 0xFFFF),
         section32(0, 20, 0xFFFFFFFF),
     };
     for (const Change& change : changes) {

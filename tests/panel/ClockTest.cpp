@@ -11,32 +11,6 @@
 
 using namespace testing_panel;
 
-TEST(Clock, SleepTakesExactlyItsTime) {
-    const DWORD before = GetTickCount();
-    Sleep(1000);
-    EXPECT_EQ(GetTickCount() - before, 1000U);
-    advance(49);
-    EXPECT_EQ(GetTickCount() - before, 1049U);
-}
-
-TEST(Clock, TicksWrapAndDatesGoOn) {
-    setTicks(0xFFFFFF00);
-    SYSTEMTIME before{};
-    GetSystemTime(&before);
-    EXPECT_EQ(before.wYear, 2024);
-    EXPECT_EQ(before.wMonth, 3);
-    EXPECT_EQ(before.wDay, 7);
-    EXPECT_EQ(before.wDayOfWeek, 4);
-    EXPECT_EQ(before.wHour, 6);
-    EXPECT_EQ(before.wMinute, 5);
-    EXPECT_EQ(before.wSecond, 9);
-    Sleep(0x200);
-    EXPECT_EQ(GetTickCount(), 0x100U);
-    SYSTEMTIME after{};
-    GetSystemTime(&after);
-    EXPECT_EQ(after.wSecond * 1000 + after.wMilliseconds, 9512);
-}
-
 namespace {
 
 struct Sleeper {
@@ -62,19 +36,6 @@ std::ptrdiff_t waitingThreads() {
 }
 
 } // namespace
-
-TEST(Clock, JumpsFromDeadlineToDeadline) {
-    Sleeper sleepers[] = {{3000}, {10}, {60000}, {3001}};
-    std::vector<HANDLE> threads;
-    const DWORD start = GetTickCount();
-    for (Sleeper& sleeper : sleepers)
-        threads.push_back(CreateThread(nullptr, 0, sleepOnce, &sleeper, 0, nullptr));
-    for (const HANDLE thread : threads)
-        EXPECT_EQ(WaitForSingleObject(thread, 100000), WAIT_OBJECT_0);
-    for (const Sleeper& sleeper : sleepers)
-        EXPECT_EQ(sleeper.wokenAt - start, sleeper.milliseconds);
-    EXPECT_EQ(GetTickCount() - start, 60000U);
-}
 
 TEST(Clock, StandsStillWhileAThreadRuns) {
     static std::atomic<DWORD> passed{1};

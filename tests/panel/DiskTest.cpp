@@ -1,24 +1,13 @@
-// Block devices that come and go: message queues, device notifications, stores and their partitions.
+// Stores and their partitions.
 #include "tests/support/TestPanel.h"
 
 #include <gtest/gtest.h>
-#include <msgqueue.h>
-#include <pnp.h>
 #include <storemgr.h>
 #include <windows.h>
-
-#include <cstring>
 
 using namespace testing_panel;
 
 namespace {
-
-constexpr GUID blockDevices = {0xA4E7EDDA, 0xE575, 0x4252, {0x9D, 0x6B, 0x41, 0x95, 0xD4, 0x8B, 0xB8, 0x65}};
-
-HANDLE makeQueue(DWORD messages = 0, DWORD size = 160) {
-    const MSGQUEUEOPTIONS options{sizeof options, 0, messages, size, TRUE};
-    return CreateMsgQueue(nullptr, &options);
-}
 
 std::wstring text(const std::uint16_t* characters) {
     std::wstring result;
@@ -27,92 +16,11 @@ std::wstring text(const std::uint16_t* characters) {
     return result;
 }
 
-// The oldest message: "+DSK1:", "-DSK1:"; empty: there is none.
-std::wstring next(HANDLE queue) {
-    std::uint16_t message[80] = {};
-    DWORD size = 0;
-    DWORD flags = 0;
-    if (!ReadMsgQueue(queue, message, sizeof message, &size, 0, &flags))
-        return {};
-    DEVDETAIL detail;
-    std::memcpy(&detail, message, sizeof detail);
-    const std::wstring name = text(message + offsetof(DEVDETAIL, szName) / 2);
-    EXPECT_EQ(std::memcmp(&detail.guidDevClass, &blockDevices, sizeof blockDevices), 0);
-    EXPECT_EQ(detail.cbName, static_cast<int>(2 * name.size() + 2));
-    EXPECT_EQ(size, 28U + static_cast<DWORD>(detail.cbName));
-    return (detail.fAttached ? L"+" : L"-") + name;
-}
-
 panel::Panel thePanel() {
     return panel::Panel(panelDirectory());
 }
 
 } // namespace
-
-TEST(Notifications, AnnounceWhatIsThereAndWhatComesAndGoes) {
-    const FreshFolder folder;
-    thePanel().plug({{{folder.path, "Hard Disk"}}});
-    const HANDLE queue = makeQueue();
-    const HANDLE late = makeQueue();
-    EXPECT_EQ(WaitForSingleObject(queue, 0), WAIT_TIMEOUT);
-    const HANDLE all = RequestDeviceNotifications(&blockDevices, queue, TRUE);
-    const HANDLE fresh = RequestDeviceNotifications(nullptr, late, FALSE); // every class
-    ASSERT_TRUE(all && fresh);
-    EXPECT_EQ(WaitForSingleObject(queue, 0), WAIT_OBJECT_0);
-    EXPECT_EQ(WaitForSingleObject(queue, 0), WAIT_OBJECT_0); // until it is read
-    EXPECT_EQ(next(queue), L"+DSK1:");
-    EXPECT_EQ(WaitForSingleObject(queue, 0), WAIT_TIMEOUT);
-    thePanel().plug({{{folder.path, "USB Disk"}}});
-    thePanel().disks().unplug("Hard Disk");
-    thePanel().plug({{{folder.path, "Hard Disk"}}}); // takes the free name
-    for (const HANDLE each : {queue, late})
-        for (const wchar_t* message : {L"+DSK2:", L"-DSK1:", L"+DSK1:", L""})
-            EXPECT_EQ(next(each), message);
-    EXPECT_TRUE(StopDeviceNotifications(all));
-    EXPECT_FALSE(StopDeviceNotifications(all));
-    thePanel().disks().unplug("USB Disk");
-    EXPECT_EQ(next(queue), L"");
-    EXPECT_EQ(next(late), L"-DSK2:");
-    EXPECT_TRUE(CloseMsgQueue(queue));
-    EXPECT_TRUE(CloseHandle(late)); // as good
-    thePanel().disks().unplug("Hard Disk"); // nobody reads it
-}
-
-TEST(Notifications, RefuseWhatAPanelRefuses) {
-    EXPECT_EQ(RequestDeviceNotifications(&blockDevices, nullptr, TRUE), nullptr);
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
-    panel::Fault fault{"CreateMsgQueue", ""};
-    fault.answer = -1; // not what a panel answers
-    driver().addFault(fault);
-    EXPECT_EQ(makeQueue(), INVALID_HANDLE_VALUE);
-    EXPECT_EQ(driver().faults().at(0).answer, -1);
-    MSGQUEUEOPTIONS options{16, 0, 0, 160, TRUE};
-    EXPECT_EQ(CreateMsgQueue(nullptr, &options), nullptr);
-    const HANDLE queue = makeQueue(1, 30); // too short for a name
-    const HANDLE one = makeQueue(1);
-    const GUID other{};
-    const HANDLE deaf = makeQueue();
-    for (const HANDLE each : {queue, one})
-        ASSERT_NE(RequestDeviceNotifications(&blockDevices, each, TRUE), nullptr);
-    ASSERT_NE(RequestDeviceNotifications(&other, deaf, TRUE), nullptr);
-    const FreshFolder folder;
-    thePanel().plug({{{folder.path, "Hard Disk"}}});
-    thePanel().disks().unplug("DSK1:");
-    EXPECT_EQ(next(queue), L"");
-    EXPECT_EQ(next(deaf), L"");
-    EXPECT_EQ(next(one), L"+DSK1:"); // the second found it full
-    EXPECT_EQ(next(one), L"");
-    char little[4];
-    DWORD size = 0;
-    DWORD flags = 0;
-    thePanel().plug({{{folder.path, "Hard Disk"}}});
-    EXPECT_FALSE(ReadMsgQueue(one, little, sizeof little, &size, 0, &flags));
-    EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
-    EXPECT_EQ(size, 4U);
-    EXPECT_FALSE(ReadMsgQueue(one, little, sizeof little, &size, 250, &flags));
-    EXPECT_EQ(GetLastError(), ERROR_TIMEOUT);
-    EXPECT_EQ(GetTickCount(), 250U);
-}
 
 TEST(Stores, OpenWhenTheyAreReadyAndListTheirPartitions) {
     const FreshFolder folder;

@@ -70,12 +70,6 @@ TEST(Paths, AreFoundByAnyCaseAsSoonAsTheyAreThere) {
          [] { return MoveFileW(L"MMCMemory\\folder\\COPIED", L"MMCMemory\\folder\\Moved") != FALSE; }},
         {L"\\MMCMemory\\FOLDER\\COPIED", // gone before
          [] { return CopyFileW(L"MMCMemory\\Source", L"MMCMemory\\folder\\cOPied", TRUE) != FALSE; }},
-        {L"\\Windows\\SHORT.LNK",
-         [] {
-             std::wstring shortcut = L"\\Windows\\short.lnk";
-             std::wstring target = L"target";
-             return SHCreateShortcut(shortcut.data(), target.data()) != FALSE;
-         }},
         {L"\\MMCMemory\\FOLDER\\OTHER",
          [] {
              const auto other =
@@ -119,11 +113,8 @@ TEST(Paths, RefuseWhatThePlatformDoesNotKnow) {
         {L"", ERROR_PATH_NOT_FOUND},
         {L"\\MMCMemory\\none", ERROR_FILE_NOT_FOUND},
         {L"\\MMCMemory\\none\\b.txt", ERROR_PATH_NOT_FOUND},
-        {L"\\MMCMemory\\a\\b.txt\\c", ERROR_PATH_NOT_FOUND},
         {L"\\MMCMemory\\a\\.", ERROR_INVALID_NAME},
-        {L"\\MMCMemory\\a\\..\\a\\b.txt", ERROR_PATH_NOT_FOUND},
         {L"C:\\MMCMemory", ERROR_PATH_NOT_FOUND},
-        {L"\\MMCMemory\\a/b.txt", ERROR_INVALID_NAME},
     };
     for (const auto& each : cases) {
         EXPECT_EQ(GetFileAttributesW(each.path), INVALID_FILE_ATTRIBUTES);
@@ -131,8 +122,6 @@ TEST(Paths, RefuseWhatThePlatformDoesNotKnow) {
     }
     EXPECT_EQ(GetFileAttributesW((L"\\" + std::wstring(MAX_PATH, L'x')).c_str()), INVALID_FILE_ATTRIBUTES);
     EXPECT_EQ(GetLastError(), ERROR_FILENAME_EXCED_RANGE);
-    EXPECT_EQ(openFile(L"COM9:", GENERIC_WRITE, 0, OPEN_EXISTING), INVALID_HANDLE_VALUE);
-    EXPECT_EQ(GetLastError(), ERROR_FILE_NOT_FOUND);
 }
 
 TEST(Files, SharingIsWhatBothOpeningsGrant) {
@@ -226,36 +215,6 @@ TEST(Files, MovesNeverReplaceAndFoldersStayOnTheirVolume) {
     EXPECT_TRUE(RemoveDirectoryW(L"\\MMCMemory\\folder"));
 }
 
-TEST(Files, CopiesKeepAttributesAndWriteTime) {
-    writeFile("\\MMCMemory\\source", "content");
-    SetFileAttributesW(L"\\MMCMemory\\source", FILE_ATTRIBUTE_READONLY);
-    WIN32_FIND_DATAW before{};
-    FindClose(FindFirstFileW(L"\\MMCMemory\\source", &before));
-    advance(60000);
-    EXPECT_TRUE(CopyFileW(L"\\MMCMemory\\source", L"\\MMCMemory\\copy", TRUE));
-    EXPECT_FALSE(CopyFileW(L"\\MMCMemory\\source", L"\\MMCMemory\\copy", TRUE));
-    EXPECT_EQ(GetLastError(), ERROR_FILE_EXISTS);
-    WIN32_FIND_DATAW after{};
-    FindClose(FindFirstFileW(L"\\MMCMemory\\copy", &after));
-    EXPECT_EQ(after.dwFileAttributes, FILE_ATTRIBUTE_READONLY);
-    EXPECT_EQ(after.nFileSizeLow, 7U);
-    EXPECT_EQ(after.ftLastWriteTime.dwLowDateTime, before.ftLastWriteTime.dwLowDateTime);
-}
-
-TEST(Files, WriteTimesFollowThePanelsClock) {
-    const auto written = [](const wchar_t* path) {
-        std::fclose(_wfopen(path, L"w"));
-        WIN32_FIND_DATAW data{};
-        FindClose(FindFirstFileW(path, &data));
-        return static_cast<std::uint64_t>(data.ftLastWriteTime.dwHighDateTime) << 32 |
-               data.ftLastWriteTime.dwLowDateTime;
-    };
-    const auto first = written(L"\\MMCMemory\\1");
-    EXPECT_EQ(first, 133542651090000000U); // 2024-03-07 06:05:09 UTC
-    Sleep(1234);
-    EXPECT_EQ(written(L"\\MMCMemory\\2"), first + 12340000U);
-}
-
 TEST(Searches, MatchPatternsInTheOrderOfNames) {
     for (const char* file : {"b.txt", "A.txt", "_rm_x", "_rm_1_x", "none"})
         writeFile(std::string("\\MMCMemory\\s\\") + file, "");
@@ -297,27 +256,12 @@ TEST(Files, FailWithACountOfZeroAndTakeAHighPartOfZero) {
     CloseHandle(file);
 }
 
-TEST(Streams, GoThroughTheTracedCalls) {
-    startTrace();
-    std::FILE* file = _wfopen(L"\\MMCMemory\\stream", L"w");
-    ASSERT_NE(file, nullptr);
-    std::fputs("one\ntwo\n", file);
-    EXPECT_EQ(readFile("\\MMCMemory\\stream"), ""); // still in the program's buffer
-    EXPECT_EQ(std::fclose(file), 0);
-    EXPECT_EQ(readFile("\\MMCMemory\\stream"), "one\ntwo\n");
-    const auto lines = trace();
-    ASSERT_EQ(lines.size(), 3U);
-    EXPECT_EQ(lines[0].find("CreateFileW(\"\\MMCMemory\\stream\", 0x40000000, 3, 2, 0x80) = 0x"), 0U) << lines[0];
-    const std::string handle = lines[0].substr(lines[0].rfind(' ') + 1);
-    EXPECT_EQ(lines[1], "WriteFile(" + handle + ", 8, 8) = 1");
-    EXPECT_EQ(lines[2], "CloseHandle(" + handle + ") = 1");
-}
-
 TEST(Streams, AppendSeekAndFail) {
     writeFile("\\MMCMemory\\log", "12345");
     std::FILE* first = _wfopen(L"\\MMCMemory\\log", L"a");
     std::FILE* second = _wfopen(L"\\MMCMemory\\log", L"ab");
     std::fputs("a", first);
+    EXPECT_EQ(readFile("\\MMCMemory\\log"), "12345"); // it is still in the program's buffer
     std::fflush(first);
     std::fputs("b", second);
     std::fflush(second);
@@ -376,29 +320,4 @@ TEST(WideText, FormattedCutComparedAndRead) {
     EXPECT_GT(_wcsicmp(L"ab", L"A"), 0);
     EXPECT_EQ(_wtol(L"  -15.8"), -15);
     EXPECT_EQ(_wtol(L"x1"), 0);
-}
-
-TEST(WideText, FormatsNumbersAndTextOfAnyWidth) {
-    wchar_t buffer[128] = {};
-    const auto formatted = [&buffer](const wchar_t* text, auto... values) {
-        const int length = format(buffer, std::size(buffer), text, values...);
-        return length < 0 ? L"(cut)" : std::wstring(buffer, static_cast<std::size_t>(length));
-    };
-    EXPECT_EQ(formatted(L"%lld|%llx|%llu", -9223372036854775807LL - 1, ~0ULL, ~0ULL),
-              L"-9223372036854775808|ffffffffffffffff|18446744073709551615");
-    EXPECT_EQ(formatted(L"%+05d|%-5d|% d|%05d|%5.3d|%#06x", 7, -7, 7, -7, 7, 255),
-              L"+0007|-7   | 7|-0007|  007|0x00ff");
-    EXPECT_EQ(formatted(L"%u|%ld|%hd|%hu|%x", -1, -1L, 65535, -1, -1), L"4294967295|-1|-1|65535|ffffffff");
-    EXPECT_EQ(formatted(L"%hs|%5hs|%-5s|%.2s|%5c|%-3c|", "gr\xFC\xDF", "ab", L"cd", L"efg", L'h', L'i'),
-              L"gr\u00FC\u00DF|   ab|cd   |ef|    h|i  |");
-    EXPECT_EQ(formatted(L"%100d", 5), std::wstring(99, L' ') + L"5");
-    EXPECT_EQ(formatted(L"%0100d", 5), std::wstring(99, L'0') + L"5");
-    EXPECT_EQ(format(buffer, std::size(buffer), L"%200d", 5), -1);
-    EXPECT_EQ(format(buffer, std::size(buffer), L"%99999999999d", 5), -1); // no number of the machine holds it
-    // After one that is not known nobody knows which arguments are left.
-    EXPECT_EQ(formatted(L"%d %p %s %d", 1, 2, 3, 4), L"1 %p %s %d");
-    EXPECT_EQ(formatted(L"%s %f", L"a"), L"a %f");
-    EXPECT_EQ(formatted(L"%*d", 1, 2), L"%*d");
-    EXPECT_EQ(formatted(L"100%"), L"100%");
-    EXPECT_EQ(formatted(L"%5"), L"%5");
 }

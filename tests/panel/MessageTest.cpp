@@ -72,31 +72,6 @@ TEST(Windows, AreCreatedAndDestroyedWithTheirMessages) {
     EXPECT_EQ(GetLastError(), ERROR_CANNOT_FIND_WND_CLASS);
 }
 
-TEST(Windows, RefuseCreationWhenTheProcedureSaysSo) {
-    WNDCLASSW windowClass{};
-    windowClass.lpszClassName = L"Refusing";
-    static UINT refused;
-    windowClass.lpfnWndProc = [](HWND, UINT message, WPARAM, LPARAM) -> LRESULT {
-        if (message == refused)
-            return message == WM_NCCREATE ? 0 : -1;
-        return message == WM_NCCREATE;
-    };
-    RegisterClassW(&windowClass);
-    for (const UINT message : {WM_NCCREATE, WM_CREATE}) {
-        refused = message;
-        EXPECT_EQ(CreateWindowExW(0, L"Refusing", nullptr, 0, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr), nullptr);
-    }
-    EXPECT_TRUE(UnregisterClassW(L"Refusing", nullptr)); // no window stayed
-}
-
-TEST(Messages, RegisteredNumbersAreTheSameEverywhere) {
-    const UINT first = RegisterWindowMessageW(L"Some message");
-    EXPECT_GE(first, 0xC000U);
-    EXPECT_EQ(RegisterWindowMessageW(L"some MESSAGE"), first);
-    EXPECT_NE(RegisterWindowMessageW(L"Another"), first);
-    EXPECT_EQ(RegisterWindowMessageW(L""), 0U);
-}
-
 TEST(Messages, ComeInOrderToTheirThreadAndQuitEndsTheLoop) {
     const HWND window = makeWindow(L"W");
     EXPECT_TRUE(PostMessageW(window, 0x401, 1, -2));
@@ -150,9 +125,4 @@ TEST(Messages, ASenderIsNotLeftWaitingForAWindowThatGoes) {
     EXPECT_TRUE(DestroyWindow(window));
     EXPECT_EQ(WaitForSingleObject(sender, INFINITE), WAIT_OBJECT_0);
     EXPECT_EQ(answer, std::nullopt);
-}
-
-TEST(Screen, HasTheSizeThePanelWasMadeWith) {
-    EXPECT_EQ(GetSystemMetrics(SM_CXSCREEN), 800);
-    EXPECT_EQ(GetSystemMetrics(SM_CYSCREEN), 480);
 }

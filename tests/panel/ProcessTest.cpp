@@ -3,6 +3,7 @@
 #include "tests/support/TestPanel.h"
 
 #include <gtest/gtest.h>
+#include <tagUserAPI.h>
 #include <windows.h>
 
 #include <csignal>
@@ -67,30 +68,6 @@ TEST(Processes, AreFoundByABareNameAndGetItAsTheirCommandLine) {
     EXPECT_EQ(lines, "Actor.exe#1 Actor\nActor.exe#2 Actor.exe\ndotted.name#1 dotted.name\nActor.exe#3 sleep\n");
 }
 
-TEST(Processes, RefuseWhatIsNoProgram) {
-    writeFile("\\MMCMemory\\text.exe", "no program");
-    const struct {
-        const wchar_t* path;
-        DWORD error;
-    } cases[] = {{L"\\MMCMemory\\text.exe", ERROR_BAD_EXE_FORMAT},
-                 {L"\\MMCMemory\\none.exe", ERROR_FILE_NOT_FOUND},
-                 {L"\\none\\none.exe", ERROR_PATH_NOT_FOUND},
-                 {L"\\MMCMemory", ERROR_ACCESS_DENIED}};
-    for (const auto& each : cases) {
-        EXPECT_EQ(create(each.path), nullptr);
-        EXPECT_EQ(GetLastError(), each.error);
-    }
-}
-
-TEST(Processes, AtMostThirtyTwo) {
-    installActor();
-    int started = 0;
-    while (create(L"\\MMCMemory\\Actor.exe", L"wait never"))
-        ++started;
-    EXPECT_EQ(GetLastError(), ERROR_NO_PROC_SLOTS);
-    EXPECT_EQ(started, 31); // and this test
-}
-
 TEST(Processes, StandStillUntilTheirStarterWaitsOrEnds) {
     installActor();
     create(L"\\MMCMemory\\Actor.exe", L"set begun");
@@ -119,22 +96,6 @@ TEST(Processes, TakeTheirObjectsWithThem) {
     EXPECT_EQ(run("crash"), 0xC0000005U);
 }
 
-TEST(Processes, KeepTheirFileBusyAndTheirPath) {
-    installActor("\\MMCMemory\\d\\Actor.exe");
-    const auto process = driver().start("MMCMemory\\D\\actor.EXE", "wait end");
-    driver().settle();
-    EXPECT_FALSE(DeleteFileW(L"\\MMCMemory\\d\\Actor.exe"));
-    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
-    writeFile("\\MMCMemory\\new", "new");
-    EXPECT_FALSE(CopyFileW(L"\\MMCMemory\\new", L"\\MMCMemory\\d\\Actor.exe", FALSE));
-    EXPECT_TRUE(MoveFileW(L"\\MMCMemory\\d", L"\\MMCMemory\\e"));
-    EXPECT_FALSE(DeleteFileW(L"\\MMCMemory\\e\\Actor.exe"));
-    EXPECT_EQ(driver().status().processes.at(0).path, "\\MMCMemory\\D\\actor.EXE");
-    EventModify(CreateEventW(nullptr, TRUE, FALSE, L"end"), EVENT_SET);
-    EXPECT_EQ(driver().waitForExit(process, 1000), 0U);
-    EXPECT_TRUE(DeleteFileW(L"\\MMCMemory\\e\\Actor.exe"));
-}
-
 TEST(Processes, ThatDoNotKnowThePanelDoNotHoldItsTime) {
     writeFile("\\MMCMemory\\script.exe", "#!/bin/sh\necho \"$1\" > \"$PANEL/fs/MMCMemory/said\"\nexit 9\n");
     const auto script = driver().start("\\MMCMemory\\script.exe", "hello");
@@ -158,7 +119,8 @@ TEST(Processes, TraceNamesStartsThreadsAndCalls) {
                             "        50 Actor.exe#2 t1 Sleep[1](30) = void after 30 ms"}));
 }
 
-TEST(Trace, ShowsWhatACallAsksFor) {
+TEST(Trace, ShowsWhatACallAsksForAndGets) {
+    failCall("DeviceIoControl", 2);
     startTrace();
     OpenEventW(EVENT_ALL_ACCESS, TRUE, L"none");
     HKEY key = nullptr;
@@ -166,13 +128,34 @@ TEST(Trace, ShowsWhatACallAsksFor) {
     RegOpenKeyExW(HKEY_CURRENT_USER, L"traced", 2, 0xF003F, &key);
     const BYTE data[100] = {};
     RegSetValueExW(key, L"long", 0, REG_BINARY, data, sizeof data);
+    DWORD count = 0;
+    const HANDLE file = CreateFileW(L"\\MMCMemory\\f", GENERIC_WRITE, 3, nullptr, CREATE_ALWAYS, 0x80, nullptr);
+    WriteFile(file, data, 8, &count, nullptr);
+    const HANDLE device = CreateFileW(L"BKL1:", GENERIC_READ | GENERIC_WRITE, 3, nullptr, OPEN_EXISTING, 0, nullptr);
+    BYTE levels[16] = {1, 0, 0, 0, 0, 0, 0, 0, 255};
+    DeviceIoControl(device, 0x113040C, levels, sizeof levels, nullptr, 0, &count, nullptr);
+    for (int reading = 0; reading < 2; ++reading)
+        DeviceIoControl(device, 0x1130408, nullptr, 0, levels, sizeof levels, &count, nullptr);
+    TAG_Open(&count);
+    DWORD size = 1;
+    TAG_Get_Data(18, &size, levels, &count);
+    TAG_Set_Data(18, 2, "\x01\x04", &count);
     std::string zeros;
-    for (int count = 0; count < 64; ++count)
+    for (int each = 0; each < 64; ++each)
         zeros += "00 ";
+    const std::string bright = "{01 00 00 00 00 00 00 00 ff 00 00 00 00 00 00 00}";
     const std::string wanted[] = {"OpenEventW(0x1f0003, 1, \"none\") = null error 2",
                                   "RegCreateKeyExW(HKEY_CURRENT_USER, \"traced\", 1, 0x20019, 0x",
-                                  "RegOpenKeyExW(HKEY_CURRENT_USER, \"traced\", 2, 0xf003f, 0x", "RegSetValueExW(0x",
-                                  ", \"long\", 3, {" + zeros + "... of 100}) = 0"};
+                                  "RegOpenKeyExW(HKEY_CURRENT_USER, \"traced\", 2, 0xf003f, 0x",
+                                  "RegSetValueExW(0x",
+                                  ", \"long\", 3, {" + zeros + "... of 100}) = 0",
+                                  "CreateFileW(\"\\MMCMemory\\f\", 0x40000000, 3, 2, 0x80) = 0x",
+                                  ", 8, 8) = 1",
+                                  ", 0x113040c, " + bright + ", {}) = 1",
+                                  ", 0x1130408, {}) = 0 fault error 31",
+                                  ", 0x1130408, {}, " + bright + ") = 1",
+                                  "TAG_Get_Data(18, 1, 2, {02}) = 1",
+                                  "TAG_Set_Data(18, {01 04}) = 1"};
     std::string calls;
     for (const std::string& line : trace())
         calls += line + '\n';

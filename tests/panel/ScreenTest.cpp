@@ -15,10 +15,6 @@ std::vector<std::pair<UINT, WPARAM>> shown;
 LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == WM_SHOWWINDOW)
         shown.emplace_back(message, wParam);
-    if (message == WM_USER + 1)
-        ShowWindow(window, SW_SHOW);
-    if (message == WM_USER + 2)
-        ShowWindow(window, SW_HIDE);
     return DefWindowProcW(window, message, wParam, lParam);
 }
 
@@ -37,14 +33,6 @@ HWND makeWindow(const wchar_t* name, DWORD style, DWORD extendedStyle, int x = 0
 
 std::string cover() {
     return driver().status().screen.cover;
-}
-
-void serveMessages(int count) {
-    MSG message{};
-    for (int served = 0; served < count; ++served) {
-        GetMessageW(&message, nullptr, 0, 0);
-        DispatchMessageW(&message);
-    }
 }
 
 } // namespace
@@ -68,44 +56,4 @@ TEST(Screen, IsCoveredByTheUppermostVisibleWindow) {
     EXPECT_EQ(cover(), "");
     EXPECT_EQ(shown, (std::vector<std::pair<UINT, WPARAM>>{
                          {WM_SHOWWINDOW, 1}, {WM_SHOWWINDOW, 1}, {WM_SHOWWINDOW, 0}, {WM_SHOWWINDOW, 1}}));
-}
-
-TEST(Screen, FollowsPostedMessagesOnTheWindowsThread) {
-    registerClass(L"Black", BLACK_BRUSH);
-    const HWND black = makeWindow(L"Black", WS_POPUP, WS_EX_TOPMOST);
-    PostMessageW(black, WM_USER + 1, 0, 0);
-    EXPECT_EQ(cover(), "");
-    serveMessages(1);
-    EXPECT_EQ(cover(), "Black");
-    EXPECT_EQ(driver().status().screen.process, "TarvexHelper.exe#1");
-    PostMessageW(black, WM_USER + 2, 0, 0);
-    PostMessageW(black, WM_CLOSE, 0, 0);
-    serveMessages(2);
-    EXPECT_EQ(cover(), "");
-    EXPECT_FALSE(ShowWindow(black, SW_SHOW));
-    EXPECT_EQ(GetLastError(), ERROR_INVALID_WINDOW_HANDLE);
-    EXPECT_FALSE(UpdateWindow(black));
-}
-
-TEST(Screen, CountsWhoWantsTheCursor) {
-    EXPECT_EQ(driver().status().screen.cursorCount, 0);
-    EXPECT_EQ(ShowCursor(FALSE), -1);
-    EXPECT_EQ(ShowCursor(TRUE), 0);
-    EXPECT_EQ(ShowCursor(TRUE), 1);
-    EXPECT_EQ(driver().status().screen.cursorCount, 1);
-    EXPECT_EQ(GetStockObject(99), nullptr);
-}
-
-TEST(Events, AreCountedByTheirNames) {
-    for (int round = 0; round < 3; ++round) {
-        const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, L"BackLightLevelChangeEvent");
-        EventModify(event, EVENT_SET);
-        CloseHandle(event); // nobody holds it: the count is all that stays
-    }
-    EventModify(CreateEventW(nullptr, FALSE, FALSE, nullptr), EVENT_SET);
-    EventModify(CreateEventW(nullptr, FALSE, FALSE, L"Reset"), EVENT_RESET);
-    const auto signals = driver().status().signals;
-    ASSERT_EQ(signals.size(), 1U);
-    EXPECT_EQ(signals[0].event, "BackLightLevelChangeEvent");
-    EXPECT_EQ(signals[0].count, 3U);
 }

@@ -45,18 +45,6 @@ bool sendAll(std::wistringstream& words) {
     return true;
 }
 
-bool askAll(std::wistringstream& words) {
-    const std::uint32_t window = panel::findWindow(narrow(next(words)));
-    const std::string message = narrow(next(words));
-    const DWORD code = number(words);
-    const DWORD count = number(words);
-    const DWORD result = number(words);
-    for (DWORD index = 0; index < count; ++index)
-        if (panel::sendMessage(window, message, code, 0) != static_cast<std::int64_t>(result))
-            return false;
-    return true;
-}
-
 void postAll(std::wistringstream& words) {
     const std::uint32_t window = panel::findWindow(narrow(next(words)));
     const std::string message = narrow(next(words));
@@ -108,8 +96,6 @@ int WinMain(HINSTANCE, HINSTANCE, LPWSTR commandLine, int) {
         else if (verb == L"post")
             postAll(words);
         else if (verb == L"send" && !sendAll(words))
-            return 2;
-        else if (verb == L"ask" && !askAll(words))
             return 2;
         else if (verb == L"spin")
             for (volatile bool ever = true; ever;) {

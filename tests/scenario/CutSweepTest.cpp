@@ -1,10 +1,10 @@
 // The power goes at every call of a start, and of the end after it, that changes files, the registry or the flash's
 // protection, before the call has had its effect. Then the panel is booted: what the registry lists starts, or, as long
 // as it lists nothing, a person starts the helper once more, from the disk as long as it is there. When that helper has
-// ended, the panel is as if the power had stayed, except for what stands in KnownLosses.h.
+// ended, the panel is as if the power had stayed, except for what stands in KnownLosses.cpp.
 //
 // PANEL_SWEEP=all takes every call; otherwise most builds take a sample (tests/CMakeLists.txt).
-#include "tests/scenario/KnownLosses.h"
+#include "tests/scenario/Sweep.h"
 
 #include <gtest/gtest.h>
 

@@ -47,20 +47,6 @@ TEST(Disks, ArePluggedAsCopiesOrInPlaceAndUnplugged) {
     EXPECT_FALSE(panel.exists("\\Hard Disk"));
 }
 
-TEST(Disks, WrittenByHandNeverLeadOutOfThePanel) {
-    ScenarioPanel panel;
-    panel.write("\\precious.txt", "content");
-    for (const char* volume : {"../precious", "", "MMCMemory", "windows"}) {
-        writeText(panel.panel().directory() / "devices/disks.json",
-                  R"([{"device":"DSK1:","inPlace":false,"readyAfter":0,"partitions":[{"volume":")" +
-                      std::string(volume) + R"(","attributes":16}]}])");
-        EXPECT_THROW(panel.panel().disks().unplug("DSK1:"), std::runtime_error) << volume;
-    }
-    EXPECT_TRUE(panel.exists("\\precious.txt"));
-    EXPECT_TRUE(panel.exists("\\MMCMemory"));
-    panel.panel().disks().create(); // empty again
-}
-
 TEST(Disks, OfTwoPluggedAtOnceBothStay) {
     ScenarioPanel panel;
     const HostFolder host;

@@ -1,14 +1,14 @@
 // Every platform call from a start to its end fails in turn, once. In a whole life of the helper a second sweep lets
 // the call and all later ones of its function in that thread fail. The helper ends, and says why, or goes on with
 // everything it does; one clean start later the panel is as if nothing had happened. The exceptions stand in
-// KnownLosses.h.
+// KnownLosses.cpp.
 //
 // The clean start follows an orderly switching off, which makes up for what was not flushed; where flushing itself has
 // failed it follows at once.
 //
 // PANEL_SWEEP=all takes every call; otherwise most builds take a sample (tests/CMakeLists.txt). The calls are dealt out
 // to several tests that can run at once.
-#include "tests/scenario/KnownLosses.h"
+#include "tests/scenario/Sweep.h"
 
 #include <gtest/gtest.h>
 
@@ -76,7 +76,7 @@ INSTANTIATE_TEST_SUITE_P(Life, FaultSweep,
 TEST_P(FaultSweep, AnyFailingCallIsSurvived) {
     const auto [story, ever, shard] = GetParam();
     const auto [calls, undisturbed] = recorded(story, ever ? canFailForEver : canFail);
-    expectEachLossToBeOfACall(ever ? std::span<const KnownLoss>(lastingLosses) : knownLosses, story, calls);
+    expectEachLossToBeOfACall(ever ? lastingLosses : knownLosses, story, calls);
     for (const Call& call : dealt(calls, ever ? "lasting" : "once", shard, shards)) {
         SCOPED_TRACE(testing::PrintToString(call));
         SweptPanel panel(story);

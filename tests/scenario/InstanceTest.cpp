@@ -114,46 +114,9 @@ TEST(Instance, StartsTheApplicationWhenARestoreIsInProgress) {
 TEST(Instance, FailsWithoutTheApplicationThatARestoreNeeds) {
     ScenarioPanel panel;
     panel.put(ScenarioPanel::helper, helperFile());
-    panel.write(settingsPath, restoring);
+    panel.write(settingsPath, restoring + "<!-- -->");
     EXPECT_EQ(panel.run(ScenarioPanel::helper), 1U);
+    EXPECT_EQ(panel.read(settingsPath), restoring) << "saved before";
     EXPECT_EQ(panel.log(),
               firstStartLines({"INFO;Follow up needed", "ERROR;Exception OrvaUtils::Exception: Cannot start tarvex"}));
-}
-
-TEST(Instance, FailuresOfTheLoopEndInOneErrorLineAndExitCodeOne) {
-    struct {
-        const char* function;
-        const char* line;
-    } cases[] = {
-        {"RegisterClassW", "ERROR;Exception IPCDispatcherException: Failed to register message only window class"},
-        {"CreateWindowExW", "ERROR;Exception IPCDispatcherException: Failed to create message only window"},
-    };
-    for (const auto& each : cases) {
-        ScenarioPanel panel;
-        panel.put(ScenarioPanel::helper, helperFile());
-        panel.failCall(each.function);
-        EXPECT_EQ(panel.run(ScenarioPanel::helper), 1U);
-        Lines expected = ScenarioPanel::managerLines(false);
-        expected.insert(expected.end(), {each.line, "INFO;Helper terminated"});
-        EXPECT_EQ(panel.log(), firstStartLines(expected));
-    }
-}
-
-TEST(Instance, AnswersEachOfTenThousandMessagesOfTwoClients) {
-    ScenarioPanel panel;
-    panel.install();
-    panel.put("\\Temp\\Actor.exe", programFile("Actor"));
-    panel.startInPlace();
-    const std::string words = "ask ORVATarvexHelper ORVATarvexMsg 7 5000 1";
-    const auto first = panel.driver().start("\\Temp\\Actor.exe", words);
-    const auto second = panel.driver().start("\\Temp\\Actor.exe", words);
-    EXPECT_EQ(panel.driver().waitForExit(first, ScenarioPanel::limit), 0U);
-    EXPECT_EQ(panel.driver().waitForExit(second, ScenarioPanel::limit), 0U);
-    const Lines lines = panel.log(); // what rotation has left of them
-    ASSERT_GT(lines.size(), 1000U);
-    for (std::size_t index = 0; index < lines.size(); ++index)
-        EXPECT_TRUE(lines[index] == "INFO;IPCDispatcher;message received 7" ||
-                    lines[index] == "INFO;IPCDispatcher;message handled 7 result: 1")
-            << lines[index];
-    EXPECT_EQ(panel.terminate(), 0U);
 }

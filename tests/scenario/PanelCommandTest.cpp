@@ -117,8 +117,6 @@ TEST_F(PanelCommand, SaysWhatIsWrongInOneLine) {
     fails("start '\\MMCMemory\\none.exe'", "no such file");
     writeText(directory / "p/fs/MMCMemory/text.exe", "text");
     fails("start '\\MMCMemory\\text.exe'", "it is no program");
-    writeText(directory / "p/fs/MMCMemory/half.exe", "MZ");
-    fails("start '\\MMCMemory\\half.exe'", "it is no program");
     std::string head(0x80, '\0'); // of a panel executable: signature, machine, subsystem, no sections
     head.replace(0, 2, "MZ").replace(0x3C, 1, "\x20").replace(0x20, 2, "PE").replace(0x24, 2, "\xC0\x01");
     head.replace(0x20 + 24 + 68, 1, "\x09");
@@ -149,27 +147,19 @@ TEST_F(PanelCommand, SaysWhatIsWrongInOneLine) {
     isMisused("registry read 'HKEY_NONE\\a' v", "HKEY_NONE");
     fails("registry list 'HKLM\\none'", "no such key");
     isMisused("registry delete HKLM", "is a root");
-    isMisused("registry delete 'HKLM\\'", "is a root");
-    fails("registry delete 'HKLM\\none\\'", "no such key");
     isMisused("registry write 'HKLM\\a\\\\c' v x", "empty name");
-    isMisused("registry write 'HKLM\\a\\\\' v x", "empty name");
-    isMisused("registry write 'HKLM\\" + std::string(256, 'k') + "\\a' v x", "255 characters");
     isMisused("registry write 'HKLM\\a' " + std::string(256, 'v') + " x", "255 characters");
     isMisused("registry write 'HKLM\\1\\2\\3\\4\\5\\6\\7\\8\\9\\10\\11\\12\\13\\14\\15\\16\\17' v x", "16 levels");
     isMisused("registry write 'HKLM\\a' v 'x' --type REG_BINARY", "hexadecimal");
-    isMisused("registry write 'HKLM\\a' v 1 --type WORD", "WORD");
-    isMisused("registry write 'HKLM\\a' v x --type REG_DWORD", "not a number");
     for (const char* duration : {"soon", "1.2.3", "5..s"})
         isMisused(std::string("advance ") + duration, duration);
     isMisused("create q --date 2024-03-07T06:05:99", "not a date");
-    isMisused("create q --date 2024-02-30", "not a date");
     isMisused("create q --guid 00", "16 bytes");
     isMisused("boot --factor 0", "between 0.001 and 100000");
     isMisused("tag set 7 0", "two digits");
     isMisused("trace show --function nope", "no function \"nope\"");
     isMisused("wait --exit typo", "no program \"typo\"");
     isMisused("touch --at -5 3", "no place -5 3");
-    isMisused("touch --at 800 20", "no place 800 20");
     isMisused("touch --count 0", "--count");
     fails("kill Never.exe", "no program");
     fails("plug 'missing\nfolder'", "missing\\nfolder");
@@ -207,25 +197,26 @@ TEST_F(PanelCommand, ReadsAndChangesTheRegistry) {
     EXPECT_NE(boot.text.find("Started Actor.exe#1 as Launch62"), std::string::npos) << boot.text;
     succeed("registry write 'HKCU\\a\\b' '' '32 00' --type REG_BINARY");
     succeed("registry write 'HKCU\\a' n 0x10 --type REG_DWORD --flush");
-    succeed("registry write 'HKCU\\a' m one two --type REG_MULTI_SZ");
-    EXPECT_EQ(call("registry read 'HKCU\\a' m").text, "one\ntwo\n");
     EXPECT_EQ(call("registry read 'HKCU\\a' n").text, "10 00 00 00\n");
     const Json list = json("registry list 'HKCU\\a'");
     EXPECT_EQ(list.at(1).at("key"), "HKEY_CURRENT_USER\\a\\b");
-    EXPECT_EQ(list.at(1).at("values").at(0).at("bytes"), "32 00");
     EXPECT_EQ(call("registry list --flash").text.find("a\\b"), std::string::npos);
     succeed("cut");
     EXPECT_EQ(json("registry list 'HKCU\\a'").size(), 1U); // what was flushed
     succeed("registry delete 'HKCU\\a' N");
-    succeed("registry write 'HKCU\\a\\" + std::string(255, 'k') + "\\' " + std::string(255, 'v') + " x");
-    EXPECT_EQ(json("registry list 'HKCU\\a\\'").size(), 2U);
     succeed("registry delete 'HKCU\\a\\'");
     EXPECT_EQ(json("registry list HKCU").size(), 1U);
 }
 
 TEST_F(PanelCommand, ShowsDevicesAndTellsThemWhatToDo) {
-    isMisused("create p --without SHC2", "SHC2");
-    succeed("create p --without SHC1"); // where nothing was left behind
+    succeed("create p --without SHC1 --model 1030 --guid 000102030405060708090a0b0c0d0e0f"); // nothing was left behind
+    succeed("tag set 7 0a 0B0c");
+    const Json tags = json("tag list");
+    EXPECT_EQ(tags.at(0).at("bytes"), "0a 0b 0c");
+    EXPECT_EQ(tags.at(1).at("bytes"), "06 04");
+    EXPECT_EQ(tags.at(2).at("bytes"), "00 01 02 03 04 05 06 07 08 09 0a 0b 0c 0d 0e 0f");
+    succeed("tag remove 7");
+    EXPECT_EQ(call("tag remove 7").code, 1);
     succeed("device BKL1 refuse write --error 21"); // also while it is off
     succeed("boot --stepped");
     succeed("device bkl1 set 128 1 0x80 1");
@@ -234,12 +225,8 @@ TEST_F(PanelCommand, ShowsDevicesAndTellsThemWhatToDo) {
     EXPECT_EQ(backlight.at("does").at("write"), "refuses with error 21");
     EXPECT_EQ(backlight.at("does").at("read"), "answers");
     EXPECT_EQ(json("status").at("backLight"), Json({128, 1, 128, 1}));
-    EXPECT_EQ(json("status").at("flashWritable"), false);
-    EXPECT_EQ(json("device SHC1").at("present"), false);
     isMisused("device SHC1 add 5", "as a whole");
     succeed("device SHC1 add");
-    succeed("device SHC1 refuse open --error 2");
-    EXPECT_EQ(json("device SHC1").at("does").at("open"), "refuses with error 2");
     succeed("device BZR1 delay --time 2s beep");
     EXPECT_EQ(json("device BZR1").at("does").at("beep"), "answers after 2 s");
     succeed("device BKL1 answer");
@@ -264,9 +251,7 @@ TEST_F(PanelCommand, PlugsDisksWithPartitions) {
     succeed("plug one two --attributes 0x12 --attributes 2 --as Third");
     const Json disks = json("status").at("disks");
     ASSERT_EQ(disks.size(), 5U);
-    EXPECT_EQ(disks.at(2), Json({{"device", "DSK3:"}, {"readyAfter", nullptr}, {"partitions", Json::array()}}));
     EXPECT_EQ(disks.at(4).at("partitions").at(0), Json({{"volume", "Third"}, {"attributes", 0x12}}));
-    EXPECT_EQ(disks.at(4).at("partitions").at(1).at("attributes"), 2);
     EXPECT_NE(call("status").text.find("DSK5: ready at once, \\Third 0x12, not mounted 0x2"), std::string::npos);
     EXPECT_EQ(call("plug one --as Later --attributes 2").text,
               "Plugged a partition that is not mounted (panel mount \"Later\"), on DSK6:\n");
@@ -288,7 +273,6 @@ TEST_F(PanelCommand, PlugsDisksWithPartitions) {
     EXPECT_FALSE(fs::exists(directory / "p/fs/Stick")); // the whole disk went
     EXPECT_EQ(json("status").at("volumes").size(), 4U);
     isMisused("plug", "without partitions");
-    isMisused("plug - --attributes 0x10", "wants a folder");
     isMisused("plug one --as A --as B", "\"B\" names no partition");
 }
 
@@ -305,29 +289,6 @@ TEST_F(PanelCommand, LetsTheUserComeAndGo) {
     EXPECT_EQ(json("status").at("userActive"), true);
     succeed("touch --count 3 --right --press");
     EXPECT_EQ(call("touch --move --press").code, 2);
-    EXPECT_EQ(json("status").at("buzzer").at("requests"), 0);
-    EXPECT_EQ(json("status").at("cursor").at("shown"), true);
-    EXPECT_EQ(json("status").at("hook"), nullptr);
-    succeed("off");
-    succeed("device PowerManager remove");
-    succeed("boot --stepped");
-    EXPECT_EQ(json("status").at("userActive"), nullptr);
-    EXPECT_EQ(call("idle").code, 1);
-}
-
-TEST_F(PanelCommand, KeepsTheTagStore) {
-    succeed("create p --model 1030 --guid 000102030405060708090a0b0c0d0e0f");
-    succeed("tag set 7 0a 0B0c");
-    succeed("tag set 9 --number 513");
-    const Json tags = json("tag list");
-    ASSERT_EQ(tags.size(), 4U);
-    EXPECT_EQ(tags.at(0).at("bytes"), "0a 0b 0c");
-    EXPECT_EQ(tags.at(1).at("bytes"), "01 02");
-    EXPECT_EQ(tags.at(2).at("bytes"), "06 04");
-    EXPECT_EQ(tags.at(3).at("bytes"), "00 01 02 03 04 05 06 07 08 09 0a 0b 0c 0d 0e 0f");
-    succeed("tag remove 7");
-    EXPECT_EQ(call("tag remove 7").code, 1);
-    EXPECT_EQ(json("tag list").size(), 3U);
 }
 
 TEST_F(PanelCommand, NamesTheProgramThatKeepsTimeFromMoving) {

@@ -99,49 +99,10 @@ TEST(Power, ACutLosesWhatTheRegistryHasNotFlushed) {
     ASSERT_EQ(starts.size(), 2U);
     EXPECT_EQ(starts[0].process.name, "Other.exe#1"); // in the order of the numbers
     EXPECT_EQ(starts[1].process.name, "Actor.exe#1");
-    EXPECT_EQ(panel.driver().status().processes[1].commandLine, "61");
+    EXPECT_EQ(panel.driver().status().processes.at(1).commandLine, "61");
     launch(panel, "Launch50", actor, false);
     panel.panel().off(); // an orderly end keeps it
     EXPECT_EQ(launches(panel.panel()), "Launch61 launch7 Launch Launch50 ");
-}
-
-TEST(Power, OnStartsWhatIsListedHoweverItIsWritten) {
-    using panel::registry::Bytes;
-    ScenarioPanel panel;
-    panel.put("\\Windows\\A.exe", programFile("Actor"));
-    const Bytes text{'A', 0, '.', 0, 'e', 0, 'x', 0, 'e', 0};
-    Bytes trailing = text;
-    trailing.insert(trailing.end(), {0, 0, 'B', 0});
-    panel.panel().changeRegistry(
-        [&](panel::registry::Tree& tree) {
-            panel::registry::Key* init = tree.make("HKEY_LOCAL_MACHINE\\init");
-            init->set({"Launch1", panel::registry::typeText, text});
-            init->set({"Launch2", panel::registry::typeExpandText, trailing});
-            init->set(panel::registry::numberValue("Launch3", 61));
-            init->set(panel::registry::textValue("Launch4", ""));
-            init->set(panel::registry::textValue("Launch4294967297", "A.exe"));
-            init->set(panel::registry::textValue("Launch5x", "A.exe"));
-        },
-        false);
-    std::string started;
-    for (const panel::InitStart& start : panel.driver().startInit())
-        started += std::to_string(start.number) + ' ' + start.process.name + start.failure + '\n';
-    EXPECT_EQ(started, "1 A.exe#1\n2 A.exe#2\n3 it is no text\n4 it names no program\n");
-}
-
-TEST(Power, ACutInAProgramsCallLeavesWhatWasWrittenAndNothingElse) {
-    ScenarioPanel panel;
-    panel.install();
-    panel.write("\\MMCMemory\\Tarvex\\config.xml", "replaced");
-    // Three calls are the log's, the fourth is the settings'.
-    panel.driver().addFault({"WriteFile", "TarvexHelper.exe", 1, 1, 4, false, panel::FaultAction::cut});
-    const auto process = panel.driver().start(ScenarioPanel::helper);
-    EXPECT_EQ(panel.driver().waitForExit(process, ScenarioPanel::limit), 0xC0000005U); // the waiting one is woken
-    EXPECT_FALSE(panel.panel().isOn());
-    EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), ""); // opened for replacing
-    EXPECT_EQ(panel.log(), firstStartLines({}));
-    panel.reboot();
-    panel.startInPlace();
 }
 
 TEST(Power, TheKernelsLockIsTakenOverFromADeadOwner) {
@@ -328,39 +289,4 @@ TEST(Power, AtRestInFlowingTimeAPanelWakesOnlyForEvents) {
     kill(script, SIGKILL);
     EXPECT_EQ(panel.driver().waitForExit(waiting, ScenarioPanel::limit), 0xC0000005U); // who waits for it hears of it
     panel.terminate();
-}
-
-TEST(Starting, IsFinishedWithoutAStarterThatWasKilled) {
-    int names[2];
-    ASSERT_EQ(pipe(names), 0);
-    const pid_t starter = fork(); // before this process has a part in the panel
-    if (starter == 0) { // a command of its own, killed before it lets the program run
-        char directory[4096] = {};
-        if (read(names[0], directory, sizeof directory - 1) > 0) {
-            panel::Driver driver{panel::Panel(directory), panel::Driver::command, panel::Driver::Programs::stay};
-            driver.start(actor, "sleep 1000 exit 5");
-        }
-        raise(SIGKILL);
-    }
-    ScenarioPanel panel;
-    panel.put(actor, programFile("Actor"));
-    const std::string directory = panel.panel().directory().string();
-    ASSERT_EQ(write(names[1], directory.data(), directory.size()), static_cast<ssize_t>(directory.size()));
-    waitpid(starter, nullptr, 0);
-    const auto ended = [&] { return !panel.driver().status().ended.empty(); };
-    EXPECT_TRUE(panel.driver().waitUntil(ended, 60000));
-    EXPECT_EQ(panel.exitCodeOf("Actor.exe#1"), 5U);
-    EXPECT_EQ(panel.run(actor, "sleep 1000 exit 6"), 6U); // and the clock is right
-    EXPECT_EQ(panel.driver().status().time, 2000U);
-}
-
-TEST(Power, IsNotOnInACopyOfAPanel) {
-    ScenarioPanel panel;
-    const FreshFolder host;
-    fs::copy(panel.panel().directory(), host.path / "copy", fs::copy_options::recursive);
-    EXPECT_FALSE(panel::Panel(host.path / "copy").isOn());
-    EXPECT_TRUE(panel.panel().isOn());
-    panel::Panel(host.path / "copy").boot({});
-    EXPECT_TRUE(panel::Panel(host.path / "copy").isOn());
-    panel::Panel(host.path / "copy").off();
 }

@@ -1,17 +1,8 @@
 // A backlight driver that is missing, refuses or does not answer: the log, the exit code, and what the screen shows.
 #include "tests/scenario/SavingPanel.h"
 
-TEST(ScreenSaver, EndsTheHelperWithoutItsDriver) {
+TEST(ScreenSaver, EndsTheHelperWhenItsDriverHasGone) {
     const Lines end{"ERROR;Exception ScreenBackLightException: Driver open failed", "INFO;Helper terminated"};
-    SavingPanel atBoot;
-    atBoot.panel().devices().setPresent("BKL1", false);
-    EXPECT_EQ(atBoot.run(ScenarioPanel::helper), 1U);
-    const auto expectScreenAsItWas = [](SavingPanel& panel) {
-        EXPECT_EQ(panel.levels(), usersLevels);
-        EXPECT_EQ(panel.blackWindow(), "none");
-        EXPECT_EQ(panel.cursor(), 0);
-    };
-    expectScreenAsItWas(atBoot);
     for (const auto& [command, argument] : {std::pair{2, 1}, {5, 1}, {1, 0}}) {
         SavingPanel panel(false, 5000, 128);
         panel.panel().devices().setPresent("BKL1", false);
@@ -19,7 +10,9 @@ TEST(ScreenSaver, EndsTheHelperWithoutItsDriver) {
         EXPECT_EQ(panel.tell(static_cast<std::uint64_t>(command), argument), 0);
         EXPECT_EQ(panel.exitCode(), 1U);
         EXPECT_EQ(panel.lastLines(2), end);
-        expectScreenAsItWas(panel);
+        EXPECT_EQ(panel.levels(), usersLevels);
+        EXPECT_EQ(panel.blackWindow(), "none");
+        EXPECT_EQ(panel.cursor(), 0);
     }
 }
 

@@ -12,7 +12,7 @@ struct Call : TracedCall {
     std::uint32_t occurrences = 1; // of such calls
 };
 
-// When a test fails: what a row of KnownLosses.h needs. The other: as tests are named.
+// When a test fails: what a row of KnownLosses.cpp needs. The other: as tests are named.
 void PrintTo(const Call& call, std::ostream* stream);
 void PrintTo(Story story, std::ostream* stream);
 
@@ -31,6 +31,11 @@ struct KnownLoss {
     std::string_view loss; // of the end state: - missing, + left over, ~ other; flashWritable until the next boot
     std::uint32_t occurrence = 0; // which of the calls with these arguments; 0: each
 };
+
+// In KnownLosses.cpp: of one failing call, of a function that fails from then on, of a power cut.
+extern const std::span<const KnownLoss> knownLosses;
+extern const std::span<const KnownLoss> lastingLosses;
+extern const std::span<const KnownLoss> cutLosses;
 
 inline constexpr const char* flashWritable = "the flash is writable";
 // In a row's `function`: each call of the reading of the file in `arguments` whose failure leaves its content unknown.

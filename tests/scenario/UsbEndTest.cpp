@@ -48,18 +48,6 @@ TEST_F(UsbConfiguration, CarriesOutNothingThatIsFoundAfterItsEnd) {
     EXPECT_EQ(panel.driver().status().time, 10000U);
     EXPECT_EQ(ended(), Lines{});
     EXPECT_EQ(panel.errors(), Lines{});
-
-    ScenarioPanel another;
-    setUp(another);
-    another.startInPlace();
-    another.panel().plug({{partition("Hard Disk2", document(command("sleep 5000", true))),
-                           partition("Hard Disk3", document(command("exit 2", true)))}});
-    another.driver().advance(1000);
-    EXPECT_EQ(endHelper(another), 0U);
-    EXPECT_EQ(another.driver().status().time, 5500U);
-    EXPECT_FALSE(another.isRunning("Actor.exe#1"));
-    EXPECT_EQ(another.driver().status().ended.size(), 2U); // the helper, and the one program
-    EXPECT_EQ(another.errors(), Lines{});
 }
 
 // What has come before it, though nobody is notified any more.
@@ -80,18 +68,6 @@ TEST_F(UsbConfiguration, HearsOfItsEndAfterAllDisksThatHaveCome) {
         EXPECT_EQ(another.errors(),
                   gone ? Lines{"ERROR;Exception UsbDeviceException: Failed to terminate monitor thread"} : Lines{});
     }
-}
-
-TEST_F(UsbConfiguration, FailsToEndWhileAProgramIsWaitedForWhichGoesOn) {
-    startHelper();
-    plug(document(command("sleep 3600000", true)));
-    pass(1000);
-    EXPECT_EQ(endHelper(panel), 1U);
-    EXPECT_EQ(panel.driver().status().time, 21000U);
-    EXPECT_EQ(panel.lastLines(3), (Lines{"INFO;Module manager terminated",
-                                         "ERROR;Exception UsbDeviceException: Failed to terminate monitor thread",
-                                         "INFO;Helper terminated"}));
-    EXPECT_TRUE(panel.isRunning("Actor.exe#1"));
 }
 
 TEST_F(UsbConfiguration, LivesOnWithoutItsThread) {

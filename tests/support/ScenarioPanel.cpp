@@ -87,7 +87,7 @@ void ScenarioPanel::reboot() {
     attach();
 }
 
-void ScenarioPanel::plugDisk(const std::string& name, bool withApplication) {
+void ScenarioPanel::plugDisk(const std::string& name) {
     const FreshFolder disk;
     const fs::path top = disk.path / "Tarvex";
     writeText(top / "readme.txt", "from " + name);
@@ -95,8 +95,7 @@ void ScenarioPanel::plugDisk(const std::string& name, bool withApplication) {
     fs::copy_file(helperFile(), top / "TarvexHelper.exe");
     for (const fs::path& file : settingsFiles())
         fs::copy_file(file, top / file.filename());
-    if (withApplication)
-        fs::copy_file(programFile("Tarvex"), top / "Tarvex.exe");
+    fs::copy_file(programFile("Tarvex"), top / "Tarvex.exe");
     simulated.plug({{{disk.path, name}}});
 }
 

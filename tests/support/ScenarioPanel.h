@@ -37,7 +37,7 @@ public:
     // ---- what is on the panel
 
     // A disk with the folder "Tarvex" as script/package makes it, with the application, a text and a subfolder.
-    void plugDisk(const std::string& name, bool withApplication = true);
+    void plugDisk(const std::string& name);
     void put(std::string_view panelPath, const std::filesystem::path& file); // a copy
     void install(); // helper, application and the modules' settings in place
     void write(std::string_view panelPath, std::string_view content);

@@ -1,13 +1,11 @@
 #include "OrvaUtils/IO/FileSystemException.h"
 #include "OrvaUtils/IO/IFileSystem.h"
 #include "OrvaUtils/Text.h"
-#include "app/log/Logger.h"
 #include "tests/support/TestPanel.h"
 #include "tests/unit/MessageOf.h"
 
 #include <windows.h>
 
-#include <algorithm>
 #include <gtest/gtest.h>
 #include <map>
 
@@ -100,11 +98,6 @@ TEST(FileSystem, CreatesMissingDirectories) {
     EXPECT_TRUE(files.isDirectory(L"\\D\\a\\b"));
     EXPECT_FALSE(files.isFile(L"\\D\\a\\b"));
     EXPECT_FALSE(files.createDirectories(L"\\D\\a\\b")) << "nothing to create";
-    EXPECT_TRUE(files.createDirectories(L"\\D\\a\\b\\c"));
-    writeFile("\\D\\file", "");
-    EXPECT_FALSE(files.createDirectories(L"\\D\\file\\x\\y"));
-    EXPECT_FALSE(files.createDirectories(L""));
-    EXPECT_EQ(list("\\D"), (Names{"a", "file"}));
 }
 
 TEST(FileSystem, DeletesReadOnlyFilesButNoDirectories) {
@@ -120,26 +113,6 @@ TEST(FileSystem, DeletesReadOnlyFilesButNoDirectories) {
     EXPECT_FALSE(files.deleteFile(L"\\missing"));
     EXPECT_EQ(trace({"SetFileAttributesW"}), (Names{R"(SetFileAttributesW("\missing", 0xfffffffe) = 0 error 2)"}))
         << "all bits but the read-only one";
-}
-
-TEST(FileSystem, LogsWhatItDeletesForDebugging) {
-    struct : LogListener {
-        void receive(const LogRecord& record) override {
-            EXPECT_EQ(record.level, LogLevel::Debug);
-            heard += record.message + L'\n';
-        }
-        std::wstring heard;
-    } listener;
-    Logger::instance().setToFile(false);
-    Logger::instance().addListener(&listener);
-    for (const std::int32_t threshold : {LogLevel::Info, LogLevel::Debug}) {
-        Logger::instance().setThreshold(threshold);
-        writeFile("\\D\\_rm_T\\file", "");
-        EXPECT_EQ(listener.heard, L"");
-        getFileSystem().cleanupDirectory(L"\\D");
-    }
-    EXPECT_EQ(listener.heard,
-              L"Cleaning up directory \\D\nDeleting directory \\D\\_rm_T\nDeleting file \\D\\_rm_T\\file\n");
 }
 
 TEST(FileSystem, RenamesBusyFilesAway) {
@@ -188,18 +161,8 @@ TEST(FileSystem, DeletesTreesAndLaterTheirLeftovers) {
     files.cleanupDirectory(L"\\D");
     EXPECT_EQ(list("\\D"), (Names{"_rmfile", "file_rm_"}));
     files.cleanupDirectory(L"\\missing");
-}
-
-TEST(FileSystem, DeletesSelectedContents) {
-    IFileSystem& files = getFileSystem();
-    for (const char* path : {"\\D\\a.txt", "\\D\\b.txt", "\\D\\c.log", "\\D\\d.txt\\keep.log", "\\D\\e\\f.txt"}) {
-        writeFile(path, "");
-    }
-    files.deleteDirectoryContents(L"\\D", L"*.txt", L"b*");
-    EXPECT_EQ(list("\\D"), (Names{"b.txt", "c.log", "e"}));
-    files.deleteDirectoryContents(L"\\D", L"*", L"");
-    EXPECT_EQ(list("\\D"), Names{});
-    EXPECT_TRUE(exists("\\D"));
+    files.deleteDirectoryContents(L"\\D", L"*file*", L"_rm*");
+    EXPECT_EQ(list("\\D"), Names{"_rmfile"});
 }
 
 TEST(FileSystem, RefusesEmptyNamesOfTrees) {
@@ -234,6 +197,8 @@ TEST(FileSystem, CopiesTrees) {
     }
     EXPECT_EQ(copied, 3U) << "one that fails stays missing and stops no other";
 
+    files.copyDirectory(L"\\P", L"\\S", false, L"?");
+    EXPECT_EQ(list("\\P"), (Names{"a", "b"})) << "as the pattern says";
     files.copyDirectory(L"\\missing\\D", L"\\S", true, L"*");
     EXPECT_FALSE(exists("\\missing"));
     startTrace();
@@ -241,15 +206,6 @@ TEST(FileSystem, CopiesTrees) {
     EXPECT_EQ(trace({"FindFirstFileW", "CreateDirectoryW"}),
               (Names{R"(FindFirstFileW("\missing\*") = -1 error 2)", R"(CreateDirectoryW("\E") = 1)"}));
     EXPECT_TRUE(exists("\\E"));
-}
-
-TEST(FileSystem, SelectsWhatToCopyAtEveryDepth) {
-    for (const char* path : {"\\S\\a.txt", "\\S\\b", "\\S\\c.txt\\d.txt", "\\S\\c.txt\\e", "\\S\\f\\g.txt"}) {
-        writeFile(path, "");
-    }
-    getFileSystem().copyDirectory(L"\\D", L"\\S", false, L"*.txt");
-    EXPECT_EQ(list("\\D"), (Names{"a.txt", "c.txt"}));
-    EXPECT_EQ(list("\\D\\c.txt"), Names{"d.txt"});
 }
 
 TEST(FileSystem, CopiesAndMovesOverWhatIsThere) {
@@ -307,20 +263,9 @@ TEST(FileSystem, ListsByPattern) {
 }
 
 TEST(FileSystem, CreatesShortcuts) {
-    const struct {
-        const wchar_t* target;
-        const wchar_t* arguments;
-        const char* content;
-    } cases[] = {
-        {L"\\D\\app.exe", L"", "12#\"\\D\\app.exe\""},
-        {L"\\D\\app.exe", L"-x", "15#\"\\D\\app.exe\" -x"},
-        {L"\"\\D\\app.exe\"", L"-x", "15#\"\\D\\app.exe\" -x"},
-    };
     writeFile("\\D\\unrelated", "");
-    for (const auto& [target, arguments, content] : cases) {
-        EXPECT_TRUE(getFileSystem().createShortcut(L"\\D\\app.lnk", target, arguments));
-        EXPECT_EQ(readFile("\\D\\app.lnk"), content);
-        EXPECT_TRUE(getFileSystem().createShortcut(L"\\D\\app.lnk", target, arguments)) << "which is there already";
-        getFileSystem().deleteFile(L"\\D\\app.lnk");
+    for (int round = 0; round < 2; ++round) { // also one that is there
+        EXPECT_TRUE(getFileSystem().createShortcut(L"\\D\\app.lnk", L"\\D\\app.exe", L"-x"));
+        EXPECT_EQ(readFile("\\D\\app.lnk"), "15#\"\\D\\app.exe\" -x");
     }
 }

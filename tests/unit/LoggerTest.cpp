@@ -1,10 +1,8 @@
 #include "app/log/Logger.h"
 #include "tests/support/TestPanel.h"
 
-#include <crt.h>
 #include <windows.h>
 
-#include <algorithm>
 #include <gtest/gtest.h>
 
 using namespace testing_panel;
@@ -44,18 +42,6 @@ struct RecordingListener : LogListener {
 
 } // namespace
 
-TEST(Logger, WritesTimeLevelAndMessage) {
-    HelperLog log;
-    setTicks(8532110);
-    SYSTEMTIME now;
-    GetSystemTime(&now);
-    char expected[100];
-    std::snprintf(expected, sizeof expected, "%04d-%02d-%02d %02d:%02d:%02d,8532110;INFO;Init of Helper\n", now.wYear,
-                  now.wMonth, now.wDay, now.wHour, now.wMinute, now.wSecond);
-    log.write(L"Init of Helper", LogLevel::Info);
-    EXPECT_EQ(readFile(LOG0), expected);
-}
-
 TEST(Logger, NamesAndAdmitsLevels) {
     HelperLog log;
     for (const std::int32_t level : {0, 1, 2, 3, 7, -1}) {
@@ -85,15 +71,6 @@ TEST(Logger, RotatesThroughItsFiles) {
 
     log.write(L"round again", LogLevel::Info);
     EXPECT_EQ(messages(LOG0), "INFO;round again\n");
-}
-
-TEST(Logger, GrowsWithoutLimit) {
-    HelperLog log;
-    log.setMaxFileSize(0);
-    log.write(std::wstring(200000, L'x'), LogLevel::Info);
-    log.write(L"end", LogLevel::Info);
-    EXPECT_TRUE(readFile(LOG0).ends_with(";end\n"));
-    EXPECT_FALSE(exists(LOG1));
 }
 
 TEST(Logger, ContinuesTheFileWrittenLast) {
@@ -150,86 +127,39 @@ TEST(Logger, LosesLinesButLivesOn) {
     EXPECT_EQ(messages("\\Log\\missing\\helper_log1.txt"), "INFO;found\nINFO;found again\n");
 }
 
-TEST(Logger, TellsItsListeners) {
+TEST(Logger, HasOutputsBesideTheFile) {
     HelperLog log;
-    EXPECT_TRUE(log.isEnabled());
     log.setToFile(false);
     EXPECT_FALSE(log.isEnabled());
     EXPECT_FALSE(log.admits(LogLevel::Error));
     RecordingListener listener;
     log.addListener(&listener);
+    log.setToConsole(true);
+    log.setToDebugger(true);
     EXPECT_TRUE(log.isEnabled());
-    log.write(L"one", 1);
-    log.write(L"three", 3);
-    log.setImmediate(false);
-    log.write(L"two", 2);
-    EXPECT_EQ(listener.heard, L"one/1 two/2 ");
+    testing::internal::CaptureStdout();
+    startTrace();
+    log.write(L"caf\u00E9", LogLevel::Info);
+    log.write(L"three", LogLevel::Debug);
+    EXPECT_TRUE(testing::internal::GetCapturedStdout().ends_with(";INFO;caf\xE9\n"));
+    EXPECT_EQ(trace({"OutputDebugStringW"}).size(), 1U);
+    EXPECT_EQ(listener.heard, L"caf\u00E9/2 ");
     EXPECT_FALSE(exists(LOG0));
 }
 
-TEST(Logger, KeepsQueuedLinesUntilItsEnd) {
-    {
-        HelperLog log;
-        log.setImmediate(false);
-        setTicks(1000);
-        log.write(L"first", LogLevel::Info);
-        log.write(L"second", LogLevel::Info);
-        setTicks(9000);
-        EXPECT_FALSE(exists(LOG0));
-    }
-    EXPECT_EQ(messages(LOG0), "INFO;first\nINFO;second\n");
-    EXPECT_NE(readFile(LOG0).find(",1000;INFO;first\n"), std::string::npos);
-}
-
-TEST(Logger, FormatsUpTo512Characters) {
-    HelperLog log;
-    log.writeFormatted(L"%d of %s", 7, L"nine");
-    log.writeFormatted(L"%s", std::wstring(512, L'a').c_str());
-    log.writeFormatted(L"%s", std::wstring(513, L'b').c_str());
-    log.write("narrow \xE9", LogLevel::Error);
-    EXPECT_EQ(messages(LOG0), "INFO;7 of nine\nINFO;" + std::string(512, 'a') + "\nINFO;" + std::string(512, 'b') +
-                                  "\nERROR;narrow \xE9\n");
-}
-
-TEST(Logger, ChoosesItsPath) {
+TEST(Logger, HasAPathByDefaultAndByItsSettings) {
     writeFile("\\MMCMemory\\Tarvex\\unrelated", "");
-    Logger byDefault;
-    byDefault.write(L"beside the program", LogLevel::Info);
-    EXPECT_EQ(messages("\\MMCMemory\\Tarvex\\log0.txt"), "INFO;beside the program\n");
-    Logger lost;
-    failCall("GetModuleFileNameW");
-    lost.write(L"in the root", LogLevel::Info);
-    EXPECT_EQ(messages("\\log0.txt"), "INFO;in the root\n");
+    {
+        Logger byDefault;
+        byDefault.setImmediate(false);
+        byDefault.write("caf\xE9", LogLevel::Info);
+        byDefault.writeFormatted(L"%s of %d", std::wstring(600, L'x').c_str(), 7);
+        EXPECT_FALSE(exists("\\MMCMemory\\Tarvex\\log0.txt")) << "at its end";
+    }
+    EXPECT_EQ(messages("\\MMCMemory\\Tarvex\\log0.txt"), "INFO;caf\xE9\nINFO;" + std::string(512, 'x') + '\n');
     HelperLog named;
     named.setFilePath(L"\\Log\\one.log");
-    named.write(L"as told", LogLevel::Info);
-    EXPECT_EQ(messages("\\Log\\one.log"), "INFO;as told\n");
     named.write(std::wstring(102400, L'x'), LogLevel::Info);
     named.write(L"anew", LogLevel::Info);
     EXPECT_EQ(messages("\\Log\\one.log"), "INFO;anew\n") << "the next file is the same";
-    EXPECT_FALSE(exists(LOG0));
-    EXPECT_FALSE(exists(LOG1));
-}
-
-TEST(Logger, WritesToEachOutputThatIsOn) {
-    HelperLog log;
-    log.setToFile(false);
-    for (const bool on : {true, false}) { // one of the two
-        log.setToConsole(on);
-        log.setToDebugger(!on);
-        EXPECT_TRUE(log.isEnabled());
-        startTrace();
-        testing::internal::CaptureStdout();
-        testing::internal::CaptureStderr(); // where the simulated debugger prints
-        log.write(L"caf\u00E9", LogLevel::Info);
-        const std::string console = testing::internal::GetCapturedStdout();
-        const std::string debugger = testing::internal::GetCapturedStderr();
-        EXPECT_EQ(console.substr(std::min(console.find(';'), console.size())), on ? ";INFO;caf\xE9\n" : "");
-        EXPECT_EQ(debugger.substr(std::min(debugger.find(';'), debugger.size())), on ? "" : ";INFO;caf\xC3\xA9\n");
-        const std::vector<std::string> calls = trace();
-        EXPECT_EQ(std::count_if(calls.begin(), calls.end(),
-                                [](const std::string& call) { return call.starts_with("OutputDebugStringW(\"2024-"); }),
-                  on ? 0 : 1);
-    }
-    EXPECT_FALSE(exists(LOG0));
 }

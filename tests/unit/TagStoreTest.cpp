@@ -4,10 +4,8 @@
 #include "OrvaUtils/Text.h"
 #include "tests/support/TestPanel.h"
 
-#include <algorithm>
 #include <functional>
 #include <gtest/gtest.h>
-#include <memory>
 
 using namespace testing_panel;
 using OrvaUtils::Tags::TagException;
@@ -30,42 +28,15 @@ std::string failureOf(const std::function<void()>& action) {
     return "none";
 }
 
-// The functions that were called since startTrace.
-Lines functions() {
-    Lines names = trace();
-    for (std::string& line : names) {
-        line = line.substr(0, line.find('('));
-    }
-    return names;
-}
-
-Lines lastFunctions(std::size_t count) {
-    const Lines all = functions();
-    return {all.end() - static_cast<std::ptrdiff_t>(std::min(count, all.size())), all.end()};
+std::size_t unloadings() {
+    return trace({"FreeLibrary"}).size();
 }
 
 } // namespace
 
-TEST(TagStore, LoadsTheLibraryForItsOwnLife) {
-    startTrace();
-    { const TagStore store; }
-    Lines looked;
-    for (const std::string& line : trace({"GetProcAddressW"})) {
-        const std::size_t name = line.find('"') + 1;
-        looked.push_back(line.substr(name, line.find('"', name) - name));
-    }
-    EXPECT_EQ(looked, (Lines{"TAG_GetDBsize", "TAG_Open", "TAG_Close", "TAG_Format", "TAG_Get_Valid_Ids_Nr",
-                             "TAG_Get_Data", "TAG_Set_Data", "TAG_Delete"}));
-    Lines expected{"LoadLibraryW"};
-    expected.insert(expected.end(), 8, "GetProcAddressW");
-    expected.insert(expected.end(), {"TAG_Open", "TAG_Close", "FreeLibrary"});
-    EXPECT_EQ(functions(), expected);
-}
-
 TEST(TagStore, ReadsAndWritesTags) {
     TagStore store;
     store.setData(7, {1, 2, 3, 4, 5});
-    EXPECT_EQ(devices().tag(7), std::string("\1\2\3\4\5"));
     Bytes three(3);
     EXPECT_EQ(store.getData(7, three), 5U);
     EXPECT_EQ(three, (Bytes{1, 2, 3}));
@@ -74,46 +45,28 @@ TEST(TagStore, ReadsAndWritesTags) {
     Bytes eight(8, 99);
     EXPECT_EQ(store.getDataGrowing(7, eight), 5U);
     EXPECT_EQ(eight, (Bytes{1, 2, 3, 4, 5, 99, 99, 99}));
-    Bytes none;
-    startTrace();
-    store.getDataGrowing(7, none);
-    EXPECT_EQ(none, (Bytes{1, 2, 3, 4, 5}));
-    EXPECT_EQ(functions(), (Lines{"TAG_Get_Data", "TAG_Get_Data"}));
     store.format();
     EXPECT_TRUE(devices().tags().empty());
 }
 
 TEST(TagStore, NamesTheFunctionThatFailsAndItsErrorCode) {
-    const struct {
-        const char* function;
-        std::function<void(TagStore&)> action;
-    } cases[] = {
-        {"TAG_Format", [](TagStore& store) { store.format(); }},
-        {"TAG_Get_Data",
-         [](TagStore& store) {
-             Bytes buffer(2);
-             store.getData(18, buffer);
-         }},
-        {"TAG_Get_Data",
-         [](TagStore& store) {
-             Bytes buffer(16);
-             store.getDataGrowing(48, buffer);
-         }},
-        {"TAG_Set_Data", [](TagStore& store) { store.setData(7, {1}); }},
-    };
     TagStore store;
-    for (const auto& each : cases) {
+    Bytes buffer(2);
+    const std::pair<const char*, std::function<void()>> cases[] = {
+        {"TAG_Get_Data", [&] { store.getData(18, buffer); }},
+        {"TAG_Set_Data", [&] { store.setData(7, {1}); }},
+        {"TAG_Format", [&] { store.format(); }},
+    };
+    devices().setTag(18, "ab");
+    for (const auto& [function, action] : cases) {
         // One answers no, the other yes and yet reports an error.
         for (const Behaviour::Kind kind : {Behaviour::Kind::refuse, Behaviour::Kind::code}) {
-            devices().setTag(18, "ab");
-            devices().setTag(48, "0123456789abcdef");
-            devices().setBehaviour("tags", {kind, 77}, each.function);
-            EXPECT_EQ(failureOf([&] { each.action(store); }), each.function + std::string(" 77"));
+            devices().setBehaviour("tags", {kind, 77}, function);
+            EXPECT_EQ(failureOf(action), function + std::string(" 77"));
         }
         devices().setBehaviour("tags", {});
-        EXPECT_EQ(failureOf([&] { each.action(store); }), "none") << each.function;
+        EXPECT_EQ(failureOf(action), "none") << function;
     }
-    Bytes buffer(2);
     EXPECT_EQ(failureOf([&] { store.getData(5, buffer); }), "TAG_Get_Data 2") << "there is no such tag";
 }
 
@@ -125,7 +78,7 @@ TEST(TagStore, GrowsABufferWhateverTheFirstReadAnswers) {
     devices().setBehaviour("tags", {Behaviour::Kind::code, 77}, "TAG_Get_Data"); // which tells the size all the same
     startTrace();
     EXPECT_EQ(failureOf(read), "TAG_Get_Data 77");
-    EXPECT_EQ(functions(), (Lines{"TAG_Get_Data", "TAG_Get_Data"}));
+    EXPECT_EQ(trace({"TAG_Get_Data"}).size(), 2U);
     EXPECT_EQ(buffer.size(), 16U);
     devices().setBehaviour("tags", {});
     buffer.resize(1);
@@ -139,13 +92,13 @@ TEST(TagStore, ThatCannotBeOpenedIsUnloaded) {
         devices().setBehaviour("tags", {kind, 9}, "TAG_Open");
         startTrace();
         EXPECT_EQ(failureOf([] { const TagStore store; }), "TAG_Open 9");
-        EXPECT_EQ(lastFunctions(2), (Lines{"TAG_Open", "FreeLibrary"}));
+        EXPECT_EQ(unloadings(), 1U);
     }
     devices().setBehaviour("tags", {});
     failCall("GetProcAddressW", 3);
     startTrace();
     EXPECT_EQ(failureOf([] { const TagStore store; }), "Get address of TAG_Close failed");
-    EXPECT_EQ(lastFunctions(1), Lines{"FreeLibrary"});
+    EXPECT_EQ(unloadings(), 1U);
     devices().setPresent("tags", false);
     EXPECT_EQ(failureOf([] { const TagStore store; }), "Load tagUserAPI.dll failed");
 }
@@ -154,7 +107,7 @@ TEST(TagStore, ThatCannotBeClosedIsUnloadedAllTheSame) {
     devices().setBehaviour("tags", {Behaviour::Kind::refuse, 9}, "TAG_Close");
     startTrace();
     EXPECT_EQ(failureOf([] { const TagStore store; }), "TAG_Close 9");
-    EXPECT_EQ(lastFunctions(1), Lines{"FreeLibrary"});
+    EXPECT_EQ(unloadings(), 1U);
     const auto failTwice = [] {
         const TagStore store;
         throw TagException(L"first", 1);

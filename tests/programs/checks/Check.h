@@ -10,13 +10,11 @@ void report(bool passed, const char* condition, const char* file, int line);
 int failures();
 
 void text();
-void ticks();
 void exceptions();
 void statics();
 void heap();
 void log();
 void logOfTwoFiles();
-void registry();
 void window();
 void stack();
 void writeConstant();

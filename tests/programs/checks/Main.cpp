@@ -21,13 +21,11 @@ struct Group {
 
 constexpr Group groups[] = {
     {L"text", text},
-    {L"ticks", ticks},
     {L"exceptions", exceptions},
     {L"statics", statics},
     {L"heap", heap},
     {L"log", log},
     {L"log-of-two-files", logOfTwoFiles},
-    {L"registry", registry},
     {L"window", window},
     {L"stack", stack},
     {L"write-constant", writeConstant},

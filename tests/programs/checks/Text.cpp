@@ -7,8 +7,6 @@
 #include <crt.h>
 #include <windows.h>
 
-#include <cwchar>
-#include <map>
 #include <tinyxml2.h>
 
 using OrvaUtils::toUtf8;
@@ -37,27 +35,11 @@ void surrogates() {
 
 // What the ready-made library would do for 32-bit characters.
 void algorithms() {
-    const std::wstring text = L"one " + smile + L" two " + smile;
-    CHECK(text.size() == 13);
-    CHECK(text.find(smile) == 4);
-    CHECK(text.rfind(smile) == 11);
-    CHECK(text.find(L"two") == 7);
-    CHECK(text.find_last_of(L'w') == 8);
-    CHECK(text.substr(7, 3) == L"two");
+    CHECK((L"one " + smile + L" two").find(L"two") == 7);
     CHECK(std::wstring(L"\uFFFF") > L"a"); // characters have no sign
-    CHECK(std::wmemcmp(L"\uFFFF", L"a", 1) > 0);
-    CHECK(std::wstring(L"ab") < L"b");
-    CHECK(std::wcslen(L"\U0001F600") == 2);
-    std::map<std::wstring, int> map{{L"\u0100", 1}, {L"\u0001", 2}};
-    CHECK(map.begin()->second == 2);
-    CHECK(map[L"\u0100"] == 1);
     std::wstring overlapping = L"0123456789";
     overlapping.replace(0, 2, L"abcd"); // moves the rest up
     CHECK(overlapping == L"abcd23456789");
-    overlapping.erase(0, 4);
-    CHECK(overlapping == L"23456789");
-    CHECK(OrvaUtils::equalIgnoringCase(L"\u00C9" + smile, L"\u00E9" + smile));
-    CHECK(!OrvaUtils::equalIgnoringCase(L"\u0141", L"A")); // the same lower byte as "A"
 }
 
 int format(wchar_t* buffer, std::size_t count, const wchar_t* pattern, ...) {

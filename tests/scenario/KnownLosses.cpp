@@ -1,7 +1,5 @@
 // What a failing call or a power cut costs: for good, as no later start can know what was lost, or, in parentheses, of
-// what the helper does for the rest of its life. docs/behaviours.md has the same in words.
-#pragma once
-
+// what the helper does for the rest of its life. docs/reliability.md has the same in words.
 #include "tests/scenario/Sweep.h"
 
 // The disk's folder is deleted whatever was copied; the leftovers on the disk are registered for cleanup in the
@@ -32,7 +30,9 @@
 #define BUZZER_FILE R"("\MMCMemory\Tarvex\TouchBuzzerConfig.xml")"
 #define DISK_FILE R"("\Hard Disk\Tarvex.xml")"
 
-inline constexpr KnownLoss knownLosses[] = {
+namespace {
+
+const KnownLoss single[] = {
     // Copying: what cannot be listed, made or copied is gone with the disk's folder.
     {installer, "GetFileAttributesW", R"("Hard Disk\Tarvex\Tarvex.exe")",
      SCREEN_SAVER " " APPLICATION " " BUZZER " " DATA " " README, 1},
@@ -143,7 +143,7 @@ inline constexpr KnownLoss knownLosses[] = {
 };
 
 // What is tried again, and then makes up for one failure but not for failing from then on.
-inline constexpr KnownLoss lastingLosses[] = {
+const KnownLoss lasting[] = {
     {alive, "CreateFileW", STATISTICS_FILE, "~" STATISTICS},
     {alive, "SetFilePointer", STATISTICS_FILE, "~" STATISTICS},
     {alive, "ReadFile", STATISTICS_FILE, "~" STATISTICS},
@@ -154,7 +154,7 @@ inline constexpr KnownLoss lastingLosses[] = {
 };
 
 // What a power cut costs.
-inline constexpr KnownLoss cutLosses[] = {
+const KnownLoss ofCuts[] = {
     // Copying: once the application is there only the helper is copied, and then nothing; the disk's folder goes.
     {installer, "CopyFileW", R"("Hard Disk\Tarvex\TarvexHelper.exe")", BUZZER},
     {installer, "CopyFileW", R"("Hard Disk\Tarvex\TouchBuzzerConfig.xml")", BUZZER},
@@ -174,25 +174,8 @@ inline constexpr KnownLoss cutLosses[] = {
     {installed | inPlace, "CreateFileW", STATISTICS_FILE, "~" STATISTICS, 2},
 };
 
-#undef ON_DISK
-#undef FOLDER_ON_DISK
-#undef SETTINGS
-#undef DEEP
-#undef TABLE
-#undef DATA
-#undef README
-#undef APPLICATION
-#undef NEW_FILE
-#undef ASSOCIATION
-#undef AUTORUN
-#undef STATISTICS
-#undef NEVER_RUN
-#undef SCREEN_SAVER
-#undef BUZZER
-#undef FREQUENCY
-#undef HELPER
-#undef SETTINGS_FILE
-#undef STATISTICS_FILE
-#undef SAVER_FILE
-#undef BUZZER_FILE
-#undef DISK_FILE
+} // namespace
+
+const std::span<const KnownLoss> knownLosses = single;
+const std::span<const KnownLoss> lastingLosses = lasting;
+const std::span<const KnownLoss> cutLosses = ofCuts;
