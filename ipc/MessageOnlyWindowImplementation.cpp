@@ -143,9 +143,10 @@ LRESULT CALLBACK MessageOnlyWindow::Implementation::staticProcedure(HWND receive
 LRESULT MessageOnlyWindow::Implementation::procedure(HWND receiver, UINT message, WPARAM wParam, LPARAM lParam) {
     // The lock makes handlers run one at a time and keeps the table unchanged. It is recursive: a handler may register.
     const indev::CriticalSectionGuard guard(*dispatchLock);
-    if (window == nullptr) {
+    HWND own = window;
+    if (own == nullptr) {
         // CreateWindowExW has not returned the handle yet.
-        window = receiver;
+        window = own = receiver;
     }
     gone = gone || message == WM_DESTROY;
     const auto found = handlers.find(message);
@@ -154,7 +155,7 @@ LRESULT MessageOnlyWindow::Implementation::procedure(HWND receiver, UINT message
     }
     // The handler may clear the table, so the iterator is not used after the call begins.
     indev::MESSAGEHANDLER* handler = found->second;
-    return handler->handleMessage(window, message, wParam, lParam);
+    return handler->handleMessage(own, message, wParam, lParam);
 }
 
 void MessageOnlyWindow::Implementation::run() {

@@ -67,19 +67,24 @@ char* putStamp(char* at, std::int32_t level) {
     at = putTwoDigits(at, time.wSecond, ',');
     at = putDecimal(at, GetTickCount());
     *at++ = ';';
-    for (const char* name = levelName(level); *name != '\0'; ++name) {
-        *at++ = *name;
-    }
+    const char* name = levelName(level);
+    do {
+        *at++ = *name++;
+    } while (*name != '\0');
     *at++ = ';';
     return at;
 }
 
 // One byte a character.
 char* putText(char* at, std::wstring_view text) {
-    for (const wchar_t character : text) {
-        const auto code = static_cast<std::uint32_t>(character);
-        *at++ = code <= 0xFF ? static_cast<char>(code) : '?';
+    if (text.empty()) {
+        return at;
     }
+    const wchar_t* character = text.data();
+    do {
+        const auto code = static_cast<std::uint32_t>(*character);
+        *at++ = code <= 0xFF ? static_cast<char>(code) : '?';
+    } while (++character != text.data() + text.size());
     return at;
 }
 
