@@ -1,5 +1,5 @@
-// JSON as the simulated panel's files and the answers of its command have it: members stay in the order in which they
-// were added. Reading and writing are compiled once, in Json.cpp; they are most of what the library costs a compiler.
+// JSON for the simulated panel's files and for the output of its command. Members keep the order in which they were
+// added. Json.cpp compiles the reader and the writer once, since they are the library's most expensive templates.
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -10,11 +10,11 @@ namespace panel {
 
 using Json = nlohmann::ordered_json;
 
-// Reads a document. Throws a std::exception that names the place if the text is no JSON.
+// Reads a document. If the text is not JSON, throws a std::exception whose text names the place.
 Json parseJson(const std::string& text);
 
-// The document as text, without a line feed at its end. indent: spaces a level; below zero everything stands on one
-// line. Invalid UTF-8 is replaced.
+// Returns the document as text, without a line end. `indent` is the number of spaces per level; with a negative number
+// the text is one line. Invalid UTF-8 is replaced.
 std::string jsonText(const Json& json, int indent = 2);
 
 } // namespace panel

@@ -60,10 +60,11 @@ void show(const panel::Panel& panel, const AttributesOptions& options) {
 void addFileCommands(CLI::App& app, Tool& tool) {
     auto* command = app.add_subcommand("attributes", "Show a file's attributes and write time, and set them");
     auto options = std::make_shared<AttributesOptions>();
-    command->add_option("PATH", options->path, "On the panel, such as \"\\MMCMemory\\Tarvex\\config.xml\"")->required();
-    auto* readOnly = command->add_flag("--read-only", options->readOnly, "Programs cannot write or delete it");
-    command->add_flag("--writable", options->writable, "They can")->excludes(readOnly);
-    command->add_option("--written", options->written, "When it was written last (UTC)")->type_name("DATE");
+    command->add_option("PATH", options->path, "Panel path, such as \"\\MMCMemory\\Tarvex\\config.xml\"")->required();
+    auto* readOnly = command->add_flag("--read-only", options->readOnly,
+                                       "Make the file read-only: programs cannot write or delete it");
+    command->add_flag("--writable", options->writable, "Make the file writable")->excludes(readOnly);
+    command->add_option("--written", options->written, "Set the write time (UTC)")->type_name("DATE");
     command->add_flag("--json", options->json, "Answer in JSON");
     command->callback([options, &tool] {
         const panel::Panel panel = tool.panel();

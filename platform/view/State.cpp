@@ -10,7 +10,7 @@ namespace {
 
 using panel::Json;
 
-// Changes with every file of the folder that is written.
+// Returns a text that changes when a JSON file of the folder is written.
 std::string stampOf(const std::filesystem::path& folder) {
     std::string stamp;
     std::error_code error;
@@ -73,7 +73,7 @@ void State::follow() {
     for (;; watch.wait()) {
         refresh();
         const std::lock_guard lock(mutex);
-        ++version; // lines may have come, too
+        ++version; // a file may have new lines
         changed.notify_all();
     }
 }
