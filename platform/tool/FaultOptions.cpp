@@ -1,10 +1,18 @@
 #include "platform/tool/FaultOptions.h"
 
+#include "platform/panel/DidYouMean.h"
 #include "platform/panel/Functions.h"
 #include "platform/tool/TraceLine.h"
 #include "platform/tool/Units.h"
 
 namespace tool {
+
+std::vector<std::string> functionNames() {
+    std::vector<std::string> names;
+    for (std::size_t index = 0; index < panel::functionCount; ++index)
+        names.emplace_back(panel::facts(static_cast<panel::Function>(index)).name);
+    return names;
+}
 
 void FaultOptions::addTo(CLI::App& command) {
     auto* function = command.add_option("FUNCTION", described.function, "Name of the function, case-sensitive");
@@ -49,8 +57,9 @@ panel::Fault FaultOptions::fault() const {
         throw Misuse("which call shall fail? Name its FUNCTION, or a line of the trace with --from");
     const auto function = panel::functionNamed(fault.function);
     if (!function)
-        throw Misuse("the platform has no function \"" + fault.function +
-                     "\" (panel fault functions lists them, in exact case)");
+        throw Misuse("the platform has no function \"" + fault.function + '"' +
+                     panel::didYouMean(fault.function, functionNames()) +
+                     " (panel fault functions lists them, in exact case)");
     if (!cut && !panel::facts(*function).canFail)
         throw Misuse(fault.function + " cannot fail");
     if (fault.call == 0)

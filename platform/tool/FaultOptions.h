@@ -4,8 +4,12 @@
 #include "platform/tool/Tool.h"
 
 #include <string>
+#include <vector>
 
 namespace tool {
+
+// Returns the names of all platform functions.
+std::vector<std::string> functionNames();
 
 class FaultOptions {
 public:

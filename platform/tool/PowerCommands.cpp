@@ -158,11 +158,13 @@ void addOff(CLI::App& app, Tool& tool) {
         });
 }
 
-void advance(const panel::Panel& panel, std::uint64_t duration) {
+void advance(const panel::Panel& panel, std::uint64_t duration, bool json) {
     panel::Driver driver(panel);
     if (driver.waitUntil([&] { return !driver.isOn(); }, duration))
         throw std::runtime_error("the panel was switched off meanwhile");
     const panel::PanelStatus status = driver.status();
+    if (json)
+        return printJson({{"time", status.time}, {"date", formatDate(status.date)}});
     std::printf("%llu ms since boot, %s\n", static_cast<unsigned long long>(status.time),
                 formatDate(status.date).c_str());
 }
@@ -172,9 +174,11 @@ void addAdvance(CLI::App& app, Tool& tool) {
     auto duration = std::make_shared<std::string>();
     command
         ->add_option("DURATION", *duration,
-                     "1500, 1500ms, 5s, 2min, 1h; 0ms lets no time pass and returns when all programs wait")
+                     "1500, 1500ms, 5s, 2min, 1h30min, 7d; 0ms lets no time pass and returns when all programs wait")
         ->required();
-    command->callback([duration, &tool] { advance(tool.panel(), parseDuration(*duration)); });
+    auto json = std::make_shared<bool>(false);
+    command->add_flag("--json", *json, "Answer in JSON");
+    command->callback([duration, json, &tool] { advance(tool.panel(), parseDuration(*duration), *json); });
 }
 
 } // namespace

@@ -20,12 +20,10 @@ bool TraceFilter::admits(std::string_view line) const {
     const std::optional<TraceLine> call = TraceLine::parse(line);
     if (!call)
         return false;
-    const std::string_view result = call->rest.substr(std::min(call->rest.rfind(") = "), call->rest.size()));
     return (functions.empty() || isOneOf(functions, call->function)) &&
            (processes.empty() || isOneOf(processes, call->process) || isOneOf(processes, call->program)) &&
-           (thread == 0 || call->thread == thread) &&
-           (!failuresOnly || result.find(" error ") != std::string_view::npos ||
-            result.find(" fault") != std::string_view::npos);
+           (thread == 0 || call->thread == thread) && call->time >= from && call->time <= to &&
+           (!failuresOnly || call->failed);
 }
 
 } // namespace tool

@@ -20,6 +20,26 @@ bool takeDigits(std::string_view& text, Number& number) {
     return error == std::errc();
 }
 
+// Fills the fields behind the call's number.
+TraceLine withResult(TraceLine line) {
+    constexpr std::string_view behind = ") = ";
+    constexpr std::string_view span = " after ";
+    const std::size_t end = line.rest.rfind(behind);
+    line.returned = end != std::string_view::npos;
+    if (line.returned)
+        line.result = line.rest.substr(end + behind.size());
+    const std::size_t close = line.returned ? end : line.rest.rfind(')');
+    if (close != std::string_view::npos && close > 0)
+        line.arguments = line.rest.substr(1, close - 1);
+    line.failed =
+        line.result.find(" error ") != std::string_view::npos || line.result.find(" fault") != std::string_view::npos;
+    if (const std::size_t after = line.result.rfind(span); after != std::string_view::npos) {
+        std::string_view number = line.result.substr(after + span.size());
+        takeDigits(number, line.took);
+    }
+    return line;
+}
+
 } // namespace
 
 std::optional<TraceLine> TraceLine::parse(std::string_view text) {
@@ -42,7 +62,7 @@ std::optional<TraceLine> TraceLine::parse(std::string_view text) {
         line.function = line.rest.substr(0, line.rest.find_first_not_of(letters));
         line.rest.remove_prefix(line.function.size());
         if (takeText(line.rest, "[") && takeDigits(line.rest, line.call) && takeText(line.rest, "]"))
-            return line;
+            return withResult(line);
     }
     return std::nullopt;
 }

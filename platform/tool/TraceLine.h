@@ -17,6 +17,11 @@ struct TraceLine {
     std::string_view function;
     std::uint32_t call = 0; // number of the call in its thread
     std::string_view rest; // "(1000) = void after 1000 ms"; "() has not returned"
+    std::string_view arguments; // "1000"
+    bool returned = false;
+    std::string_view result; // "void after 1000 ms"
+    bool failed = false; // the call left an error, or a fault was injected
+    std::uint64_t took = 0; // panel ms from the beginning of the call to its end
 
     // Parses a line, or its beginning up to the number of the call. The time may be missing. Returns an empty value for
     // any other text.

@@ -99,6 +99,16 @@ TEST_F(PanelCommand, RunsTheHelperFromCreationToItsEnd) {
     const Answer log = call("log");
     EXPECT_EQ(log.text.find("2024-03-07 06:05:09,4294967040;INFO;Init of Helper\n"), 0U) << log.text;
     EXPECT_NE(log.text.find(";INFO;Helper terminated\n"), std::string::npos) << log.text;
+    for (const char* all : {"--since 2024-03-07", "--since 1m", "--before 2025-01-01T00:00:00"})
+        EXPECT_EQ(call(std::string("log ") + all).text, log.text) << all;
+    for (const char* none : {"--since 1s", "--before 5s", "--before 2024-03-07T06:05:09"})
+        EXPECT_EQ(call(std::string("log ") + none).text, "") << none;
+    EXPECT_EQ(call("log --level error --json")
+                  .text.find(R"({"date":"2024-03-07 06:05:09","ticks":4294967040,)"
+                             R"("level":"ERROR","text":"ScreenSaverModule;)"),
+              0U);
+    EXPECT_EQ(call("trace show --from 1ms").text, "");
+    EXPECT_EQ(json("trace show --to 0 --function ReleaseMutex --failed").at("result"), "0 error 288");
     EXPECT_NE(call("trace show --function ReleaseMutex").text.find("error 288"), std::string::npos);
     const Json status = json("status");
     EXPECT_EQ(status.at("on"), true);
@@ -151,7 +161,11 @@ TEST_F(PanelCommand, SaysWhatIsWrongInOneLine) {
     isMisused("registry write 'HKLM\\a' " + std::string(256, 'v') + " x", "255 characters");
     isMisused("registry write 'HKLM\\1\\2\\3\\4\\5\\6\\7\\8\\9\\10\\11\\12\\13\\14\\15\\16\\17' v x", "16 levels");
     isMisused("registry write 'HKLM\\a' v 'x' --type REG_BINARY", "hexadecimal");
-    for (const char* duration : {"soon", "1.2.3", "5..s"})
+    isMisused("stauts", "did you mean \"status\"?");
+    isMisused("fault lst", "did you mean \"list\"?");
+    isMisused("ps --jsno", "did you mean \"--json\"?");
+    isMisused("device NANDFlsh", "did you mean \"NANDFlash\"?");
+    for (const char* duration : {"soon", "1.2.3", "5..s", "1h30", "1min1h", "5m5m"})
         isMisused(std::string("advance ") + duration, duration);
     isMisused("create q --date 2024-03-07T06:05:99", "not a date");
     isMisused("create q --guid 00", "16 bytes");
@@ -243,7 +257,7 @@ TEST_F(PanelCommand, PlugsDisksWithPartitions) {
                                                       "Plugged a copy of two as \\Hard Disk, on DSK1:\n");
     succeed("boot --stepped");
     succeed("plug two --as 'USB Disk' --ready-after 30s --in-place");
-    EXPECT_EQ(call("plug --without-partitions --never-ready").text, "Plugged a disk without partitions, DSK3:\n");
+    EXPECT_EQ(json("plug --without-partitions --never-ready").at("device"), "DSK3:");
     succeed("plug one");
     const Json volumes = json("status").at("volumes");
     ASSERT_EQ(volumes.size(), 6U);
@@ -262,7 +276,11 @@ TEST_F(PanelCommand, PlugsDisksWithPartitions) {
     EXPECT_EQ(json("status").at("disks").at(5).at("partitions").at(0),
               Json({{"volume", "Later"}, {"attributes", 0x12}}));
     fails("mount Later", "waits to be mounted");
-    succeed("unplug Later");
+    writeText(directory / "p/fs/Later/written", "by a program");
+    fails("unplug Later --keep two/..", "not empty");
+    succeed("unplug Later --keep kept/disk");
+    EXPECT_TRUE(fs::exists(directory / "kept/disk/written"));
+    fails("unplug 'USB Disk' --keep two/deeper", "lies in the panel or in the disk"); // plugged in place
     succeed("unplug Third");
     succeed("plug one --as 'hard disk3'");
     EXPECT_NE(call("plug one").text.find("\\Hard Disk4"), std::string::npos); // free whatever the case
