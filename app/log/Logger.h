@@ -50,11 +50,17 @@ public:
     static Logger& instance();
 
     // Returns true if at least one output is on or one listener is registered.
-    bool isEnabled() const;
+    bool isEnabled() const {
+        return toFile || toConsole || toDebugger || !listeners.empty();
+    }
     // Returns the highest level that is written.
-    std::int32_t threshold() const;
-    // Returns true if a line of this level would be written: `isEnabled() && threshold() >= level`.
-    bool admits(std::int32_t level) const;
+    std::int32_t threshold() const {
+        return highestLevel;
+    }
+    // Returns true if a line of this level would be written. Otherwise the caller need not build its text.
+    bool admits(std::int32_t level) const {
+        return isEnabled() && threshold() >= level;
+    }
 
     // Writes a line if `level` is at most the threshold. The second overload converts each byte to the character of the
     // same value.
@@ -98,8 +104,9 @@ public:
 private:
     void close();
     void writeLine(std::int32_t level, std::initializer_list<std::wstring_view> parts);
-    void output(const std::wstring& line);
-    void outputToFile(const std::wstring& line);
+    // `bytes` is the whole line; its first `stampLength` bytes are time, tick count and level. `message` holds the
+    // parts of the message as wide text.
+    void output(std::string_view bytes, std::size_t stampLength, std::initializer_list<std::wstring_view> message);
     // Acquires the current file for writing. Returns null while no file is open.
     LogFile::Use useCurrent();
     // Opens the first file, unless another thread is doing so.
