@@ -7,8 +7,7 @@
 #include <memory>
 #include <string>
 
-// A hidden window of a named class and the message loop of its thread. Other processes find the window by the class
-// name.
+// A hidden window and its message loop. Other processes find the window by the name of its class.
 //
 // Threads: one thread, the loop thread, calls `create`, `run` and the destructor. The platform delivers messages only
 // to the thread that created the window, and only this thread can destroy the window. Any thread may call
@@ -27,7 +26,7 @@ public:
     MessageOnlyWindow();
     MessageOnlyWindow(const MessageOnlyWindow&) = delete;
     MessageOnlyWindow& operator=(const MessageOnlyWindow&) = delete;
-    // Destroys the window, unless it is gone already, and unregisters its class.
+    // Destroys the window, if it still exists, and unregisters its class.
     ~MessageOnlyWindow();
 
     // Registers the window class and creates the window. Does nothing if the window was created before, even with

@@ -19,7 +19,7 @@ inline constexpr wchar_t RENAME_AWAY_PREFIX[] = L"_rm_";
 // cannot handle, and does not report them.
 //
 // The object has no state and no lock. Any thread may call any operation. Threads that work on the same directories
-// must synchronize their calls.
+// must synchronise their calls.
 //
 // Operations that only combine other operations are implemented in this class; a derived class inherits them.
 class IFileSystem {

@@ -10,12 +10,14 @@
 // The monitor of user activity: a thread that tells its observers when the user becomes inactive and active.
 //
 // The power manager has two named events, one of which is always set: "PowerManager/UserActivity_Active" and
-// "PowerManager/UserActivity_Inactive" [ms890502]. The monitor reports inactivity if the second event was set and the
-// first event then stays unset until the time-out has passed. It reports activity as soon as the first event is set.
-// The monitor may report activity several times in a row. If the panel lacks these events, the monitor reports nothing.
+// "PowerManager/UserActivity_Inactive" [ms890502]. If the Inactive event was set and the Active event then stays unset
+// until the time-out has passed, the monitor reports inactivity. As soon as the Active event is set, it reports
+// activity. The monitor may report activity several times in a row. If the panel lacks these events, the monitor
+// reports nothing.
 //
-// At its start the thread looks at the first event. If this event is set, the thread reports activity before `start`
-// returns, so a slow observer delays `start`. If the event is not set, the time-out begins at once.
+// When the thread starts, it first reads the state of the Active event. If this event is set, the thread reports
+// activity before `start` returns, so a slow observer delays `start`. If the event is not set, the time-out begins at
+// once.
 //
 // Add observers before `start` and remove them after `stop`. Any thread may call `setTimeout` at any time. Failures
 // throw UserInactivityMonitorException. After a `stop` the monitor can be started again.
