@@ -62,8 +62,8 @@ public:
     // files of several partitions go into folders with the volumes' names. If that fails, the disk stays plugged.
     void unplug(const std::string& name, const std::filesystem::path& keep = {}) const;
 
-    // Says why a text cannot be the name of a volume; returns "" if it can. The platform keeps 64 characters for the
-    // backslash, the name and the terminating zero.
+    // Returns the reason why a text cannot be the name of a volume, or "" if it can be. The platform keeps 64
+    // characters for the backslash, the name and the terminating zero.
     static std::string faultOf(const std::string& name);
 
     // Writes the empty list of a new panel.
