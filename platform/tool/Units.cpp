@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <ctime>
 #include <limits>
-#include <span>
 #include <string_view>
 
 namespace tool {
@@ -21,21 +20,21 @@ struct Unit {
 // The largest unit first.
 constexpr Unit durations[] = {{"d", 86400000}, {"h", 3600000}, {"min", 60000}, {"m", 60000},
                               {"s", 1000},     {"ms", 1},      {"", 1}};
-constexpr Unit sizes[] = {{"G", 1 << 30}, {"M", 1 << 20}, {"K", 1 << 10}, {"", 1}};
 
 // Returns the sum of numbers with units, each unit smaller than the one before. Returns -1 for any other text.
-double sumOf(std::string_view text, std::span<const Unit> units) {
+double sumOf(std::string_view text) {
     const std::size_t whole = text.size();
     double sum = text.empty() ? -1 : 0;
     for (double last = std::numeric_limits<double>::infinity(); !text.empty() && sum >= 0;) {
         const std::size_t digits = std::min(text.find_first_not_of("0123456789."), text.size());
         const std::size_t length = std::min(text.find_first_of("0123456789.", digits), text.size());
         const std::string_view name = text.substr(digits, length - digits);
-        const auto unit = std::find_if(units.begin(), units.end(), [&](const Unit& each) { return each.name == name; });
+        const auto unit = std::find_if(std::begin(durations), std::end(durations),
+                                       [&](const Unit& each) { return each.name == name; });
         double number = 0;
         const auto [end, error] = std::from_chars(text.data(), text.data() + digits, number);
         // Only a number that stands alone has no unit: "1h30" could mean minutes or milliseconds.
-        const bool known = error == std::errc() && end == text.data() + digits && unit != units.end() &&
+        const bool known = error == std::errc() && end == text.data() + digits && unit != std::end(durations) &&
                            (!name.empty() || length == whole);
         sum = known && unit->size < last ? sum + number * unit->size : -1;
         last = known ? unit->size : 0;
@@ -48,17 +47,9 @@ double sumOf(std::string_view text, std::span<const Unit> units) {
 
 std::uint64_t parseDuration(const std::string& text) {
     constexpr double longest = 1e15;
-    const double value = sumOf(text, durations);
+    const double value = sumOf(text);
     if (value < 0 || value > longest)
         throw Misuse("not a duration: \"" + text + "\" (such as 1500, 1500ms, 5s, 2min, 1h30min, 7d)");
-    return static_cast<std::uint64_t>(std::llround(value));
-}
-
-std::uint64_t parseSize(const std::string& text) {
-    constexpr double largest = 1e15;
-    const double value = sumOf(text, sizes);
-    if (value < 0 || value > largest)
-        throw Misuse("not a size: \"" + text + "\" (such as 4096, 64K, 100M, 2G)");
     return static_cast<std::uint64_t>(std::llround(value));
 }
 

@@ -28,8 +28,6 @@ std::uint64_t parseDuration(const std::string& text);
 // Returns a duration that fits a 32-bit time-out other than INFINITE.
 std::uint32_t parseLimit(const std::string& text);
 std::string formatDuration(std::uint64_t milliseconds); // "950 ms", "1.5 s", "2 min 3 s", "7 d 1 h"
-// Returns a size in bytes: "4096", "64K", "100M", "2G".
-std::uint64_t parseSize(const std::string& text);
 
 // Returns ms since 1970 UTC: "2024-03-07", "2024-03-07T06:05:09", "2024-03-07 06:05:09".
 std::int64_t parseDate(const std::string& text);
