@@ -54,7 +54,7 @@ TEST(Text, Has16BitsACharacterInRecords) {
         std::wstring text;
     } cases[] = {
         {{}, L""},
-        {{'a', 0, 0xAC, 0x20, 0, 0}, std::wstring(L"a\u20AC\0", 3)},
+        {{'a', 0, 0xAC, 0x20, 0xFF, 0xFF, 0, 0}, std::wstring(L"a\u20AC\uFFFF\0", 4)},
         {{0x3D, 0xD8, 0x00, 0xDE, 'z', 0}, L"\U0001F600z"},
         {{0x3D, 0xD8, 'z', 0}, {static_cast<wchar_t>(0xD83D), L'z'}}, // unpaired
         {{0x00, 0xDE, 0x3D, 0xD8}, {static_cast<wchar_t>(0xDE00), static_cast<wchar_t>(0xD83D)}},
