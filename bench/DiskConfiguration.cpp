@@ -1,5 +1,5 @@
-// What it costs to read a disk's "Tarvex.xml" with 20 commands, none of which runs; beside it, how the XML library
-// alone reads the host's file and finds the same attributes.
+// Measures how long the helper takes to read a disk's "Tarvex.xml" with 20 commands, none of which runs. For comparison
+// the XML library alone reads the host's file and finds the same attributes.
 #include "bench/MeasuredPanel.h"
 #include "modules/usbconfig/Configuration.h"
 

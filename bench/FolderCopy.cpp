@@ -1,6 +1,6 @@
-// What it costs to copy a folder of small files on the simulated panel with the helper's file system, and to delete the
-// copy again; beside it, on the same host's files, std::filesystem. The argument is the number of files; "per_file", in
-// processor time, must not grow with it.
+// Measures how long the helper's file system takes on the simulated panel to copy a folder of small files and to delete
+// the copy. For comparison std::filesystem does the same on the host. The argument is the number of files. "per_file",
+// the processor time per file, must not grow with it.
 #include "OrvaUtils/IO/IFileSystem.h"
 #include "bench/MeasuredPanel.h"
 

@@ -1,5 +1,5 @@
-// What a line of the log costs, in two files of 100 KB that take turns; beside it a line of spdlog's rotating files,
-// which are as large and flushed after each line.
+// Measures the time of a line in the helper's log, which rotates between two files of 100 KB. For comparison spdlog
+// writes a line to rotating files of the same size and flushes it.
 #include "app/log/Logger.h"
 #include "bench/MeasuredPanel.h"
 

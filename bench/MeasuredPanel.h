@@ -1,5 +1,5 @@
-// A simulated panel to measure on: in a folder of its own, switched on with a flowing clock, and with this process on
-// it as a driver. All failures are std::runtime_error with a text for people.
+// A simulated panel for measurements. It has a folder of its own, is on with a flowing clock, and has this process as a
+// driver. All failures are std::runtime_error with a text for people.
 #pragma once
 
 #include "platform/panel/Client.h"
@@ -48,8 +48,8 @@ public:
         std::ofstream(hostPath(panelPath)) << content;
     }
 
-    // Installs this build's helper, or the one that the environment's PANEL_HELPER names, and starts it. Answers its
-    // window's number once it serves messages.
+    // Installs and starts this build's helper, or the helper that PANEL_HELPER in the environment names. Returns the
+    // number of its window once the helper handles messages.
     std::uint32_t startHelper() {
         constexpr const char* installed = "\\MMCMemory\\Tarvex\\TarvexHelper.exe";
         const char* named = std::getenv("PANEL_HELPER");
@@ -61,7 +61,7 @@ public:
         return window;
     }
 
-    // Fails after a minute.
+    // Throws after a minute.
     void waitUntil(const std::function<bool()>& condition) {
         constexpr std::uint32_t limit = 60000; // ms
         if (!attached->waitUntil(condition, limit))

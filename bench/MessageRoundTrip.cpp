@@ -1,5 +1,5 @@
-// How long a message takes to the helper's window and its result back, without the lines that a command logs: nobody
-// has registered for this one. Beside it, how long a word takes to another process and back on a pair of eventfds.
+// Measures the round trip of a message to the helper's window. No module handles this message, so the helper logs
+// nothing. For comparison two processes pass a word to and fro on a pair of eventfds.
 #include "bench/MeasuredPanel.h"
 
 #include <benchmark/benchmark.h>

@@ -1,6 +1,6 @@
-// How long a touch takes to the buzzer's request on an idle panel, from the moment in which it is made outside of the
-// helper's process to the moment in which a second thread, which has slept since before the touch, is woken by the
-// request in the panel's record. Beside it, how long it takes one thread to wake another with an eventfd: the floor.
+// Measures the time from a touch to the buzzer's request on an idle panel. The time starts when another process than
+// the helper's makes the touch. It ends when the request's line in devices/requests wakes a second thread, which has
+// slept since before the touch. As a lower bound one thread wakes another with an eventfd.
 #include "bench/MeasuredPanel.h"
 #include "platform/panel/Operator.h"
 
@@ -24,7 +24,7 @@ constexpr int touches = 250;
 constexpr int patience = 10000; // ms
 constexpr auto pause = std::chrono::milliseconds(2); // until all are idle again
 
-// Measures the time from an action to what `arrival`, on another thread, saw of it.
+// Measures the time from an action to its arrival, which `arrival` notices on another thread.
 template<class Arrival, class Action>
 void measureLatency(benchmark::State& state, Arrival arrival, Action action) {
     std::vector<double> microseconds;
@@ -49,7 +49,7 @@ void touchToRequest(benchmark::State& state) {
     panel.startHelper();
     const auto touch = [] { panel::touch({panel::Touch::Kind::press}); };
     touch(); // the first one still loads code
-    // Until its request is there, and the one for the statistics of the eMMC.
+    // Waits for the request of the touch and for the request of the eMMC statistics.
     panel.waitUntil([&panel] { return panel.devices().requests().size() == 2; });
     const int record = inotify_init1(IN_CLOEXEC);
     if (inotify_add_watch(record, (panel.directory() / "devices/requests").c_str(), IN_MODIFY) < 0)

@@ -1,5 +1,5 @@
-# header_only(NAME HEADER...): a target for header-only libraries of this machine that a cross compiler may use too. Their
-# directory holds the machine's own headers as well, so links to them alone are made.
+# header_only(NAME HEADER...): makes a target for header-only libraries of this machine, for use with a cross compiler. Their
+# directory also holds the machine's own headers, so a folder with links to the named headers is used.
 function(header_only name)
   set(links ${CMAKE_BINARY_DIR}/${name})
   file(MAKE_DIRECTORY ${links})

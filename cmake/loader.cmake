@@ -1,9 +1,9 @@
-# The compiler of the loader, a Linux program for ARM: 16-bit wide characters, as the panel executable that it runs.
+# Toolchain of the loader, a Linux program for ARM. Wide characters have 16 bits, as in the panel executable that it runs.
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR arm)
 set(CMAKE_CXX_COMPILER arm-linux-gnueabi-g++)
-# Instructions that are atomic among processes of different machines, too.
+# ARMv7 has atomic instructions that also work between emulated and native processes.
 set(machine "-marm -march=armv7-a -mfloat-abi=soft -fshort-wchar -Wno-psabi")
 set(CMAKE_CXX_FLAGS_INIT "${machine} -O2 -D_FILE_OFFSET_BITS=64")
-# Away from the panel executable's address.
+# The loader must not occupy the addresses of the panel executable.
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-static -Wl,-Ttext-segment=0x20000000 -Wl,--no-wchar-size-warning")

@@ -1,4 +1,4 @@
-// The settings, "config.xml": whatever the file holds, it is read, and what is saved of it reads as the same again.
+// Fuzzes the settings file "config.xml". Any content must be readable, and saved settings must read back unchanged.
 #include "app/HelperSettings.h"
 #include "fuzz/FuzzPanel.h"
 
@@ -8,7 +8,7 @@ namespace {
 
 constexpr const char* SETTINGS = "\\MMCMemory\\Tarvex\\config.xml";
 
-// On a "Directory" without "Name" the reader stays for ever, deliberately.
+// The reader deliberately loops for ever on a "Directory" without "Name", so these inputs are skipped.
 bool staysForEver(const std::uint8_t* data, std::size_t size) {
     tinyxml2::XMLDocument document;
     document.Parse(reinterpret_cast<const char*>(data), size);
@@ -32,7 +32,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         return 0;
     }
     fuzz::putFile(SETTINGS, data, size);
-    HelperSettings().save(); // normalises: line ends, what is dropped of a restore
+    HelperSettings().save(); // normalises line ends, and drops the parts of a restore that are not saved
     HelperSettings().save();
     const std::string saved = fuzz::readFile(SETTINGS);
     const HelperSettings settings;

@@ -1,4 +1,4 @@
-// What the fuzz targets share: a simulated panel for the process, and a file on it with the input.
+// Shared by the fuzz targets: a simulated panel for the process, and a file on it that holds the input.
 #pragma once
 
 #include <cstddef>
@@ -8,11 +8,12 @@
 
 namespace fuzz {
 
-// Writes the file with the folders above it, past the simulated API. The first call makes the panel.
+// Writes a file of the panel, with the folders above it, on the host: the simulated API is not used. The first call
+// creates the panel.
 void putFile(std::string_view panelPath, const std::uint8_t* data, std::size_t size);
 std::string readFile(std::string_view panelPath);
 
-// Ends the process, as a finding, unless the condition holds.
+// If the condition does not hold, aborts the process, which the fuzzer reports as a finding.
 void require(bool condition, const char* text);
 
 } // namespace fuzz

@@ -1,4 +1,4 @@
-// Gives a fuzz target each file of a folder, once: what was ever a seed stays a test.
+// Runs a fuzz target once with each file of a folder, so that every seed stays a test.
 #include "fuzz/FuzzPanel.h"
 
 #include <algorithm>

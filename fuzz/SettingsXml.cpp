@@ -1,5 +1,5 @@
-// The settings of the modules and the statistics: whatever a file holds, it is read, and what is saved of it reads as
-// the same again.
+// Fuzzes the settings files of the modules and the statistics. Any content must be readable, and saved settings must
+// read back unchanged.
 #include "fuzz/FuzzPanel.h"
 #include "modules/buzzer/TouchBuzzerConfig.h"
 #include "modules/screensaver/ScreenSaverConfig.h"
@@ -7,10 +7,11 @@
 
 namespace {
 
-constexpr const char* FILE_PATH = "\\MMCMemory\\Tarvex\\EMMC.xml"; // that of the statistics; the others take any
+// Fixed path of the statistics; the other files can have any path.
+constexpr const char* FILE_PATH = "\\MMCMemory\\Tarvex\\EMMC.xml";
 constexpr const wchar_t* PATH = L"\\MMCMemory\\Tarvex\\EMMC.xml";
 
-// Some large counts grow by being saved, deliberately.
+// Some large counts deliberately grow when they are saved, so these inputs are skipped.
 bool isKept(std::uint64_t count, std::uint64_t saved) {
     return saved == count || (count >> 32) + (count & 0xFFFFFFFF) >= 0xFFFFFFFF;
 }

@@ -1,4 +1,4 @@
-// A disk's "Tarvex.xml": whatever it holds, it is read as a whole or refused with one of the known texts.
+// Fuzzes a disk's "Tarvex.xml". Any content must be read as a whole, or be rejected with one of the known texts.
 #include "OrvaUtils/Xml/XmlException.h"
 #include "fuzz/FuzzPanel.h"
 #include "modules/usbconfig/Configuration.h"

@@ -1,12 +1,12 @@
-// Atomic operations that the processor's instruction set lacks: the compiler calls these. Single loads and stores it
-// makes itself. The platform runs one processor, so no barrier is needed but the compiler's own.
+// The atomic operations that the compiler calls, since ARMv4T has no instructions for them. The compiler itself emits
+// single loads and stores. The platform has one processor, so only compiler barriers are needed.
 #include "platform/ce/Coredll.h"
 
 #include <ext/atomicity.h>
 
 namespace {
 
-// Replaces the value by what `change` makes of it; answers what it was.
+// Replaces a value by `change(value)` and returns the former value.
 template<class Change>
 LONG modify(volatile void* target, Change change) noexcept {
     auto* word = const_cast<LONG*>(static_cast<volatile LONG*>(target));
@@ -18,12 +18,12 @@ LONG modify(volatile void* target, Change change) noexcept {
 }
 
 LONG sum(LONG first, LONG second) noexcept {
-    return static_cast<LONG>(static_cast<DWORD>(first) + static_cast<DWORD>(second)); // wraps
+    return static_cast<LONG>(static_cast<DWORD>(first) + static_cast<DWORD>(second)); // unsigned, so that it wraps
 }
 
 } // namespace
 
-// Named by the compiler, which knows them and would not have them declared again.
+// The names are set by asm labels: the compiler knows these functions and rejects a declaration of its own names.
 LONG fetchAdd(volatile void* target, LONG value, int) noexcept asm("__atomic_fetch_add_4");
 LONG fetchSub(volatile void* target, LONG value, int) noexcept asm("__atomic_fetch_sub_4");
 LONG exchange(volatile void* target, LONG value, int) noexcept asm("__atomic_exchange_4");
@@ -54,7 +54,7 @@ bool compareExchange(volatile void* target, void* expected, LONG value, int, int
 
 void synchronise() noexcept {}
 
-// What shared pointers count with (include/bits/gthr.h).
+// The reference counts of shared pointers (include/bits/gthr.h).
 namespace __gnu_cxx {
 
 _Atomic_word __exchange_and_add(volatile _Atomic_word* target, int value) noexcept {

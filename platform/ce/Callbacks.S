@@ -1,6 +1,6 @@
-// What the platform is given instead of the program's own functions (Callbacks.cpp): each entry calls the function in
-// its slot with the same four arguments, on a stack that is aligned to 8 bytes. An exception does not pass. A thread's
-// entry also gives back what its exceptions have taken.
+// The entries that the platform calls instead of the program's callbacks (Callbacks.cpp). Each entry aligns the stack to 8
+// bytes and calls the function in its slot with the same four arguments. Exceptions cannot pass (.cantunwind). A thread's
+// entry also frees the memory of the thread's exceptions.
 #define ENTRIES 32
 
 .macro keep_nothing

@@ -1,7 +1,10 @@
-// Functions of the program that the platform calls. The compiler expects a stack that is aligned to 8 bytes at each
-// call; the platform promises 4. So the linker leads the calls that hand over a function here (--wrap), and the
-// platform gets an entry of Callbacks.S. A further platform function that takes one wants a --wrap and a wrapper of its
-// own, and one in the loader (platform/tool/loader/Functions.cpp); check.py misses the --wrap.
+// Aligns the stack for callbacks, the functions of the program that the platform calls. The compiler expects a stack
+// that is aligned to 8 bytes; the platform guarantees 4 bytes only. The linker redirects the functions that take a
+// callback to the wrappers here (--wrap). A wrapper passes an entry of Callbacks.S to the platform instead of the
+// callback.
+//
+// A further function with a callback needs a --wrap and a wrapper here (check.py finds a missing --wrap), and a wrapper
+// in the loader (platform/tool/loader/Functions.cpp).
 #include "platform/ce/Coredll.h"
 
 extern "C" {
@@ -32,13 +35,14 @@ RunTimeLock callbacksLock;
 
 struct Entries {
     const CallbackEntry* entries;
-    void** functions; // what each calls; null: nothing yet
+    void** functions; // the callback of each entry; null: the entry is free
     void** functionsEnd;
 };
 constexpr Entries procedures{procedure_entries, procedure_functions, procedure_functions_end};
 constexpr Entries threads{thread_entries, thread_functions, thread_functions_end};
 
-// The function's entry, for good. A program has few such functions; one too many goes as it is.
+// Returns the entry of a callback. The same callback always gets the same entry. If all entries are used, returns the
+// callback itself: a program has few callbacks.
 template<class Function>
 Function* aligned(Function* function, const Entries& among) noexcept {
     auto* const wanted = reinterpret_cast<void*>(function);

@@ -1,4 +1,4 @@
-// What the C++ run time needs where there are threads: each thread's exceptions, and statics that are made once.
+// The parts of the C++ run time that threads need: per-thread exception state and thread-safe local statics.
 #include "platform/ce/Coredll.h"
 
 #include <atomic>
@@ -8,14 +8,14 @@
 
 namespace {
 
-// As the ABI for ARM lays it out. All zero: no exception.
+// The exception state of a thread, as the ARM ABI defines it. All zero means no exception.
 struct ThreadExceptions {
     void* caught;
     unsigned uncaught;
     void* propagating;
 };
 
-// For threads whose first exception tells that there is no memory.
+// Spare states for threads whose first exception reports a full heap.
 struct Reserve {
     ThreadExceptions exceptions{};
     std::atomic<unsigned> taken = 0;
@@ -44,8 +44,8 @@ void freeExceptions(void* exceptions) noexcept {
     std::free(exceptions);
 }
 
-// Of a static's guard the first byte says that it is made, which the compiler's own look knows too; the second one that
-// somebody is making it.
+// The first byte of a static's guard is 1 once the static is constructed; the compiler's own check reads it. The second
+// byte is 1 while a thread constructs the static.
 volatile char& isMade(__cxxabiv1::__guard* guard) noexcept {
     return *reinterpret_cast<volatile char*>(guard);
 }
@@ -70,7 +70,7 @@ void releaseExceptions() noexcept {
 
 namespace __cxxabiv1 {
 
-// Kept until the thread's entry returns (Callbacks.S).
+// Returns the calling thread's exception state. It is freed when the thread's entry function returns (Callbacks.S).
 extern "C" __cxa_eh_globals* __cxa_get_globals() noexcept {
     void* exceptions = runtime_TlsGetValue(exceptionsIndex);
     if (exceptions == nullptr) {
@@ -85,8 +85,8 @@ extern "C" __cxa_eh_globals* __cxa_get_globals_fast() noexcept {
     return __cxa_get_globals();
 }
 
-// Whoever makes a static holds no lock meanwhile: its constructor may wait for threads that use other ones. Who wants
-// the same one asks again and again, in waits that the platform knows of.
+// No lock is held while a static is constructed, since its constructor may wait for threads that use other statics. A
+// thread that needs the same static polls with Sleep, a wait that the platform knows of.
 extern "C" int __cxa_guard_acquire(__guard* guard) {
     while (isMade(guard) == 0) {
         staticsLock.lock();
@@ -117,7 +117,7 @@ extern "C" void __cxa_guard_abort(__guard* guard) noexcept {
 
 } // namespace __cxxabiv1
 
-// The library's own would print, on a machine without a console.
+// Replaces the library's handler, which would print and thereby link the code for standard error.
 namespace __gnu_cxx {
 
 void __verbose_terminate_handler() {

@@ -1,5 +1,5 @@
-// Formatted text without floating point: the helper and the XML library, as far as it is linked, format and read whole
-// numbers and text alone (check.py looks). The full functions would be a quarter of the executable.
+// Formatted text without floating point. The helper and the linked parts of the XML library format and read only
+// integers and text; check.py verifies that. The library's full functions would be a quarter of the executable.
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>

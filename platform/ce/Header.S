@@ -1,5 +1,5 @@
-// The head of the PE file: the linked image, as it is, is the file. Sizes and addresses come from image.ld; an offset in
-// the file is an offset in memory, so alignments are one page in both.
+// The header of the PE file. The linked image is the file itself: an offset in the file is an offset in memory, so both
+// alignments are one page. image.ld defines the sizes and addresses.
 #define IMAGE_BASE 0x10000
 #define PAGE 0x1000
 
@@ -7,12 +7,12 @@
 
     .ascii "MZ"
     .zero 0x3A
-    .word 0x40 // where the PE signature is
+    .word 0x40 // offset of the PE signature
 
     .ascii "PE\0\0"
     .hword 0x01C0 // ARM
     .hword 3 // sections
-    .word 0 // no time: the same sources make the same file
+    .word 0 // no time stamp: the same sources make the same file
     .word 0, 0 // no symbols
     .hword 0xE0 // optional header
     .hword 0x010F // fixed address, executable, no line numbers, no symbols, 32 bits
@@ -38,7 +38,7 @@
     .hword 9 // the panel's graphical subsystem
     .hword 0
     .word 0x10000, 0x1000 // main thread's stack: reserved, committed
-    .word 0x100000, 0x1000 // heap of the platform's own
+    .word 0x100000, 0x1000 // the platform's own heap: reserved, committed
     .word 0
     .word 16 // directories
     .word 0, 0

@@ -1,4 +1,4 @@
-// The heap under malloc: one reserved block, committed as it is needed.
+// The heap of malloc: one reserved block, which is committed in steps as malloc needs it.
 #include "platform/ce/Coredll.h"
 
 #include <cerrno>
@@ -8,14 +8,14 @@ struct _reent;
 
 namespace {
 
-// Reservations of 2 MB and more lie outside of the process's own 32 MB.
+// 8 MB. A reservation of 2 MB or more lies outside of the process's own 32 MB.
 constexpr DWORD reserved = 0x800000;
 constexpr DWORD step = 0x10000;
 
 RunTimeLock heapLock;
 char* base;
-char* end; // of what is in use
-char* committed; // up to here
+char* end; // end of the used part
+char* committed; // end of the committed part
 
 } // namespace
 
@@ -35,6 +35,7 @@ void* _sbrk(std::ptrdiff_t increment) {
     }
     char* const start = end;
     char* const wanted = end + increment;
+    // Committed pages are never given back: a negative increment only moves the end.
     while (committed < wanted) {
         if (runtime_VirtualAlloc(committed, step, MEM_COMMIT, PAGE_READWRITE) == nullptr) {
             errno = ENOMEM;

@@ -1,5 +1,5 @@
-// The import table, made from the one list: two blocks of coredll.dll, the helper's and its C run time's, and a thunk for
-// each function. The run time's thunks are called runtime_NAME, so that its calls go through slots of their own.
+// The import table, made from coredll.inc. It has two blocks for coredll.dll: the imports of the helper and those of its C run
+// time. Each function has a thunk. The run time's thunks are called runtime_NAME and use their own slots.
 #define IMAGE_BASE 0x10000
 #define BY_IMPORTED(name, kind) kind name
 #define BY_BY_NAME(name, kind)
@@ -17,7 +17,7 @@ import_directory:
 library:
     .asciz "COREDLL.dll"
 
-// Hint and name; a name serves both blocks.
+// Hints and names. Both blocks share a name.
 .macro entry name
     .balign 2
     .ifndef name_\name
@@ -47,7 +47,7 @@ runtime_lookup:
 #include <coredll.inc>
     .word 0
 
-// What the platform's loader writes the functions' addresses into.
+// The slots into which the platform's loader writes the addresses.
 .macro slot prefix, name
 slot_\prefix\name:
     .word name_\name - IMAGE_BASE
@@ -76,7 +76,7 @@ runtime_slots:
     .global address_table_size
     .set address_table_size, . - address_table
 
-// Each in a section of its own: the linker leaves out those that nobody calls, and the build looks for them.
+// Each thunk has its own section, so that the linker drops unused thunks. check.py reports these.
 .macro thunk name
     .section .text.import.\name, "ax", %progbits
     .global \name

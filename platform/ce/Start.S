@@ -1,5 +1,5 @@
-// Where the platform enters the program, with WinMain's four arguments. The stack is aligned as the compiler expects it:
-// the platform promises less.
+// The entry point. The platform passes WinMain's four arguments. The stack is aligned to 8 bytes, as the compiler expects; the
+// platform guarantees 4 bytes only.
     .section .text.start, "ax", %progbits
     .global start
     .type start, %function
@@ -10,8 +10,8 @@ start:
     bl runProgram
     .fnend
 
-// The calling thread's id: a word of the page of kernel data that every process can read. The simulated panel serves the
-// read when it faults; one load of r0 through r0 is all that it expects there.
+// Returns the calling thread's id: a word of the kernel's data page, which every process can read. On the simulated panel the
+// read faults, and the loader emulates it. The loader expects exactly this load of r0 through r0.
     .section .text.GetCurrentThreadId, "ax", %progbits
     .global GetCurrentThreadId
     .type GetCurrentThreadId, %function

@@ -4,8 +4,8 @@
 
 namespace {
 
-constexpr std::uintptr_t currentProcess = 66; // the pseudo handle
-constexpr DWORD exceptionCode = 0xC0000005; // of a process that a fault has ended
+constexpr std::uintptr_t currentProcess = 66; // pseudo handle of the calling process
+constexpr DWORD exceptionCode = 0xC0000005; // exit code of a crashed process
 
 } // namespace
 
@@ -15,6 +15,7 @@ void* __dso_handle = nullptr;
 void __libc_init_array();
 
 [[noreturn]] void runProgram(HINSTANCE instance, HINSTANCE previous, LPWSTR commandLine, int show) {
+    // The heap comes first: the constructors in the arrays allocate memory.
     initialiseHeap();
     initialiseExceptions();
     initialiseStreams();
@@ -23,7 +24,7 @@ void __libc_init_array();
     std::exit(WinMain(instance, previous, commandLine, show));
 }
 
-// The constructors are all in the arrays.
+// The C library calls these two, but all constructors and destructors are in the arrays.
 void _init() {}
 void _fini() {}
 
@@ -41,6 +42,7 @@ void _fini() {}
 }
 
 void endProcess(DWORD exitCode) noexcept {
+    // The platform may return from the call before it ends the process.
     for (;;)
         runtime_TerminateProcess(reinterpret_cast<HANDLE>(currentProcess), exitCode);
 }

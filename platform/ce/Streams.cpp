@@ -1,4 +1,5 @@
-// Streams over the platform's files, and what else the C library asks of a system: a panel has no descriptors.
+// _wfopen over the platform's files, and the system calls that the C library expects. A panel has no descriptors, so
+// these system calls fail.
 #include "platform/ce/Coredll.h"
 #include "platform/crt/FileStream.h"
 
@@ -9,7 +10,7 @@
 
 namespace {
 
-RunTimeLock streamsLock; // the library's table of streams has none of its own
+RunTimeLock streamsLock; // protects the library's table of streams, which has no lock
 
 int readStream(void* stream, char* buffer, int size) {
     return static_cast<int>(static_cast<FileStream*>(stream)->read(buffer, static_cast<std::size_t>(size)));

@@ -1,5 +1,5 @@
-// What the C library's formatted input and output would do with wide text ("%ls", wide streams). Nobody asks for it,
-// and the ready-made functions, which take a wide character for 32 bits, stay out of the executable.
+// Replacements of the functions by which the C library's formatted input and output would handle wide text ("%ls", wide
+// streams). No code uses them. They keep the library's own versions, for 32-bit characters, out of the executable.
 #include <cstdio>
 #include <cstdlib>
 #include <cwchar>
@@ -21,7 +21,7 @@ std::size_t _wcrtomb_r(_reent*, char*, wchar_t, std::mbstate_t*) {
     std::abort();
 }
 
-// Input patterns are read with it, whose characters are all ASCII.
+// The C library reads its format strings with this function. Their characters are ASCII.
 int iswspace(std::wint_t character) {
     return character == ' ' || (character >= '\t' && character <= '\r');
 }

@@ -1,4 +1,4 @@
-// Wide text in memory. The ready-made functions take a character for 32 bits; here it has 16.
+// Wide text in memory with 16-bit characters. The library's own functions expect 32 bits.
 #include <cstddef>
 #include <cstring>
 #include <cwchar>

@@ -1,32 +1,32 @@
-"""Holds a linked panel executable against the one list of functions, and looks for what must not be linked.
+"""Compares a linked panel executable with the list of functions, and looks for code that must not be linked.
 
 usage: check.py imports NM EXECUTABLE.elf INCLUDE-FOLDER
        check.py wide EXECUTABLE.map
        check.py numbers NM EXECUTABLE.elf
 
-imports: a function that is used and not on the list does not link; here one that is on the list as imported, and not
-used, is found (the linker has left its thunk out), one that a header declares and the list lacks, and one that takes a
-function of the program without a wrapper for it.
-numbers: what of the XML library formats or reads floating point, which FormattedText.cpp leaves out.
+imports: finds a function that the list calls imported and no code uses (the linker has dropped its thunk), a function that a
+header declares and the list lacks, and a function with a callback but without a wrapper. A used function that the list lacks
+already fails to link.
+wide: finds parts of the ready-made libraries that expect 32-bit wide characters.
+numbers: finds parts of the XML library that format or read floating point, which FormattedText.cpp does not support.
 """
 import glob
 import re
 import subprocess
 import sys
 
-# Parts of the ready-made libraries that take a wide character for 32 bits, by their members' names. Of the C++ library
-# that is whatever streams and locales consist of. Of the C library two are no such: with them it reads its own patterns,
-# a character at a time.
+# Members of the ready-made libraries that expect 32-bit wide characters. In the C++ library these are the parts of streams and
+# locales. NOT_WIDE lists two members of the C library that are harmless: the library reads its own format strings with them.
 WIDE = {
     "c": re.compile(r"wc|wmem|^mb|^isw|^tow|fwide|^f[gp]\w*ws|w(printf|scanf)"),
     "stdc++": re.compile(r"locale|codecvt|ctype|wstring|ext-inst|stream|ios|globals_io"),
 }
 NOT_WIDE = {"mbtowc_r", "wctomb_r"}
 FLOATING = re.compile(r"8tinyxml27XMLUtil\d+To\w+E([df]|PKcP[df])")
-# Declared, and no function of coredll.dll: read from the kernel's data page; the program's own.
+# Declared functions that coredll.dll does not export: GetCurrentThreadId reads the kernel's data page, WinMain is the program's.
 NOT_COREDLL = {"GetCurrentThreadId", "WinMain"}
 OTHER_LIBRARY = "tagUserAPI.h"
-# Parameters that hand a function of the program to the platform: such a call must go through Callbacks.cpp.
+# Parameter types of callbacks. A function with one of them must go through Callbacks.cpp.
 CALLBACK = re.compile(r"\b(?:LPTHREAD_START_ROUTINE|WNDPROC|HOOKPROC|WNDCLASSW)\b")
 
 

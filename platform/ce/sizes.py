@@ -1,4 +1,4 @@
-"""What takes the room in a panel executable, read from its link map, as a table in Markdown.
+"""Prints the size of the parts of a panel executable, read from its link map, as a Markdown table.
 
 usage: sizes.py EXECUTABLE.map EXECUTABLE.exe
 """
@@ -7,14 +7,14 @@ import os
 import re
 import sys
 
-PARTS = [ # the first that fits an object's path
+PARTS = [ # the first match of an object's path counts
     (r"libstdc\+\+\.a|libsupc\+\+\.a", "C++ library, ready-made: exceptions, strings, containers"),
     (r"libgcc\.a", "compiler's library: unwinding, division, floating point"),
     (r"libm\.a", "mathematics"),
     (r"libc\.a", "C library: formatted text, memory, streams"),
     (r"libtinyxml2\.a", "XML"),
     (r"libhelper\.a", "the helper"),
-    (r"runtime\.dir/Header", "head of the file"),
+    (r"runtime\.dir/Header", "header of the file"),
     (r"runtime\.dir/Imports", "imports: table and thunks"),
     (r"runtime\.dir", "C run time of `platform/ce` and `platform/crt`"),
 ]
@@ -27,10 +27,10 @@ def part_of(path):
 
 
 def sizes(link_map):
-    """Bytes of each part, for what stands in the file. Input sections are listed below the output section they are in."""
+    """Returns the bytes of each part in the file. The map lists input sections below their output section."""
     with open(link_map, encoding="utf-8") as file:
         placed = file.read().split("Linker script and memory map")[1]
-    placed = re.sub(r"\n (\.\S+)\n +0x", r"\n \1 0x", placed)  # a long name has a line of its own
+    placed = re.sub(r"\n (\.\S+)\n +0x", r"\n \1 0x", placed)  # joins a long name with its next line
     total = collections.Counter()
     loaded = False
     for line in placed.splitlines():
@@ -45,9 +45,9 @@ def sizes(link_map):
 def main(link_map, executable):
     parts = sizes(link_map)
     whole = os.path.getsize(executable)
-    parts["filling up to whole pages"] = whole - sum(parts.values())
+    parts["padding to whole pages"] = whole - sum(parts.values())
     print("| part | bytes |\n|---|---:|")
-    for name, size in (+parts).most_common():  # without what takes none
+    for name, size in (+parts).most_common():  # without empty parts
         print(f"| {name} | {size:,} |")
     print(f"| **in all** | **{whole:,}** |")
 

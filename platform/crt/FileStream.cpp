@@ -4,6 +4,7 @@
 #include <new>
 
 FileStream* FileStream::open(const wchar_t* path, const wchar_t* mode) {
+    // "b" changes nothing: line ends are never translated.
     const wchar_t kind = mode[0];
     if (kind != L'r' && kind != L'w' && kind != L'a')
         return nullptr;
@@ -29,6 +30,7 @@ std::int32_t FileStream::read(char* buffer, std::size_t size) {
 
 std::int32_t FileStream::write(const char* buffer, std::size_t size) {
     DWORD count = 0;
+    // Each write goes to the end, even if the file has grown or the stream was positioned elsewhere.
     if (append && SetFilePointer(file, 0, nullptr, FILE_END) == INVALID_SET_FILE_POINTER)
         return 0;
     WriteFile(file, buffer, static_cast<DWORD>(size), &count, nullptr);

@@ -1,4 +1,4 @@
-// _vsnwprintf. Numbers are formatted by the C library and have ASCII alone; text is copied as it is.
+// _vsnwprintf. The C library formats the numbers, whose text is ASCII. Wide text is copied unchanged.
 #include <crt.h>
 
 #include <algorithm>
@@ -6,18 +6,19 @@
 
 namespace {
 
-constexpr int widest = 100000; // more than any text here has
-constexpr int mostDigits = 100; // of a number
+constexpr int widest = 100000; // cap for widths and precisions in the format
+constexpr int mostDigits = 100; // digits of a number at most
 
-struct Conversion { // "%", flags, width, precision, length, letter
+// A conversion: "%", flags, width, precision, length, letter.
+struct Conversion {
     bool leftAligned = false;
     bool zeros = false;
-    char flags[4] = ""; // of those that the C library is asked for
+    char flags[4] = ""; // the flags that are passed to the C library
     int width = 0;
-    int precision = -1; // none
+    int precision = -1; // -1: no precision
     int longs = 0;
     bool isShort = false;
-    wchar_t letter = 0; // 0: none that is known
+    wchar_t letter = 0; // 0: unknown conversion
 };
 
 const wchar_t* parseNumber(const wchar_t* at, int& number) {
@@ -73,13 +74,14 @@ public:
             ++characters;
         text(value, characters, conversion);
     }
-    void number(long long value, const Conversion& conversion) { // of an unsigned letter: its bits
+    // For unsigned conversions `value` holds the bits of the number.
+    void number(long long value, const Conversion& conversion) {
         char pattern[12] = "%";
         char digits[mostDigits + 8];
         std::strcat(pattern, conversion.flags);
         std::strcat(pattern, ".*ll");
         pattern[std::strlen(pattern)] = static_cast<char>(conversion.letter);
-        const int precision = std::min(conversion.precision, mostDigits); // below 0: as if there were none
+        const int precision = std::min(conversion.precision, mostDigits); // below 0 means no precision
         const auto characters =
             static_cast<std::size_t>(std::max(std::snprintf(digits, sizeof digits, pattern, precision, value), 0));
         if (!conversion.zeros || conversion.leftAligned || conversion.precision >= 0)
@@ -118,10 +120,10 @@ private:
 
     wchar_t* buffer;
     std::size_t count;
-    std::size_t length = 0; // of the whole text
+    std::size_t length = 0; // length of the whole text, even if it was cut
 };
 
-// "%ld" is 32 bits wide on a panel; what is pushed for it is what the machine calls long.
+// "%ld" formats 32 bits, as on a panel. The argument itself has the width of the machine's long.
 long long nextNumber(std::va_list& arguments, const Conversion& conversion) {
     const bool hasSign = conversion.letter == L'd' || conversion.letter == L'i';
     if (conversion.longs == 2)
@@ -166,7 +168,7 @@ int _vsnwprintf(wchar_t* buffer, std::size_t count, const wchar_t* format, std::
         case L'%':
             output.put(L'%');
             break;
-        case 0: // nobody knows which arguments it would take: no further one can be found
+        case 0: // the size of its argument is unknown, so no later argument can be read
             for (format = start; *format; ++format)
                 output.put(*format);
             break;

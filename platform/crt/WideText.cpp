@@ -1,4 +1,4 @@
-// The wide C run-time functions of crt.h that need no platform: the same on both.
+// The wide C run-time functions of crt.h that need no platform calls. Both platforms use them.
 #include <crt.h>
 
 #include <cstdint>
@@ -24,7 +24,7 @@ long _wtol(const wchar_t* text) noexcept {
     const bool negative = *text == L'-';
     if (*text == L'-' || *text == L'+')
         ++text;
-    std::uint32_t value = 0; // long has 32 bits there, and wraps
+    std::uint32_t value = 0; // long has 32 bits on a panel and wraps
     for (; *text >= L'0' && *text <= L'9'; ++text)
         value = value * 10 + static_cast<std::uint32_t>(*text - L'0');
     return static_cast<std::int32_t>(negative ? 0 - value : value);

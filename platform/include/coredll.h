@@ -1,4 +1,4 @@
-// Every function of coredll.inc, for those who take their addresses.
+// Declares every function of coredll.inc, for code that takes the addresses of all of them.
 #pragma once
 
 #include <msgqueue.h>

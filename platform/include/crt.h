@@ -1,6 +1,8 @@
-// The wide C run-time functions that Windows CE has and standard C has not. On a panel they come from the C run time of
-// platform/ce; with another CE toolchain this file is replaced by one that includes <stdlib.h>. They are no platform
-// calls: the simulated panel neither counts nor traces them (what _wfopen's streams do with files, it does).
+// The wide C run-time functions that Windows CE provides and standard C lacks.
+//
+// On a panel the C run time of platform/ce provides them. With another CE toolchain, replace this file by a file that
+// includes <stdlib.h>. These functions are not platform calls: the simulated panel neither counts nor traces them. It
+// does count and trace the file operations of the streams that _wfopen opens.
 #pragma once
 
 #include <cstdarg>
@@ -9,19 +11,22 @@
 
 extern "C" {
 
-// A stream over CreateFileW, ReadFile and WriteFile, shared for reading and writing, without any translation of line
-// ends. Modes: "r", "w", "a", each with "b" and "+" or without. Null on failure.
+// Opens a stream over CreateFileW, ReadFile and WriteFile. The file is shared for reading and writing. Line ends are
+// not translated. Modes: "r", "w", "a", each optionally with "b" and "+". Returns null on failure.
 std::FILE* _wfopen(const wchar_t* path, const wchar_t* mode) noexcept;
 
-// Below, at or above 0; letters of ASCII and Latin-1 are compared without their case.
+// Compares two texts case-insensitively. Returns a value below, at or above 0. Only the letters of ASCII and Latin-1
+// lose their case.
 int _wcsicmp(const wchar_t* first, const wchar_t* second) noexcept;
 
-// Blanks, a sign, decimal digits; 0 if there are none.
+// Reads a decimal number: blanks, an optional sign, digits. Returns 0 if the text holds no digits.
 long _wtol(const wchar_t* text) noexcept;
 
-// At most count characters, no terminating zero when they are all used. The length, or -1 if the text was cut.
-// Conversions: d i u x X (flags "-0+ #", width, precision, h, l or ll), s and c (width; s also a precision), %%. "%s"
-// is wide text, as everywhere in wide functions of this platform, and "%hs" bytes. Any other conversion ("%p", "%f",
-// "%*d") and all that follows it stand in the text as they are.
+// Formats at most `count` characters. Writes no terminating zero if the text needs all of them.
+// Returns the length, or -1 if the text was cut.
+//
+// Conversions: d i u x X (flags "-0+ #", width, precision, h, l or ll), s (width, precision), c (width), %%.
+// "%s" takes wide text, as everywhere in this platform's wide functions; "%hs" takes bytes.
+// At any other conversion ("%p", "%f", "%*d") formatting stops: the rest of the format is copied unchanged.
 int _vsnwprintf(wchar_t* buffer, std::size_t count, const wchar_t* format, std::va_list arguments) noexcept;
 }

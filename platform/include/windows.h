@@ -1,14 +1,17 @@
 // The Windows CE API, as far as the helper needs it.
 //
-// One declaration, two implementations: coredll.dll on a panel (platform/ce) and the simulated panel on Linux
-// (platform/panel). Names, types, constants and results are those of the public documentation of Windows CE 5.0; page
-// ids in brackets are those of its library. Every function is noexcept: an exception must not pass through the
-// platform's frames, so a callback (window procedure, thread entry) that lets one out ends the process.
+// Each function has one declaration and two implementations: coredll.dll on a panel (platform/ce) and the simulated
+// panel on Linux (platform/panel). Names, types, constants and results follow the public documentation of Windows CE
+// 5.0. A number in brackets such as [ms885181] is the id of a page of that documentation.
 //
-// Widths: wchar_t has 16 bits on a panel and 32 on Linux; pointers, WPARAM and LPARAM follow the machine. All other
-// types have the width that they have on a panel.
+// Every function is noexcept: an exception must not pass through the platform's frames. If an exception leaves a
+// callback (window procedure, thread entry), the process ends.
 //
-// coredll.inc lists every function declared here, with what it answers when it fails.
+// Widths: wchar_t has 16 bits on a panel and 32 on Linux. Pointers, WPARAM and LPARAM have the machine's width. All
+// other types have the same width on both platforms.
+//
+// Failures: coredll.inc lists every function declared here with its failure result and last error. Unless a comment
+// says otherwise, a BOOL function returns FALSE on failure and sets the last error.
 #pragma once
 
 #include <cstdarg>
@@ -46,7 +49,7 @@ inline constexpr BOOL TRUE = 1;
 // NOLINTNEXTLINE: a pointer with all bits set is no constant expression.
 #define INVALID_HANDLE_VALUE (reinterpret_cast<HANDLE>(static_cast<std::intptr_t>(-1)))
 
-inline constexpr DWORD MAX_PATH = 260; // characters, the terminating zero included
+inline constexpr DWORD MAX_PATH = 260; // characters, including the terminating zero
 
 // ---- Errors ---------------------------------------------------------------------------------------------------------
 
@@ -92,7 +95,8 @@ inline constexpr DWORD ERROR_NOT_ENOUGH_QUOTA = 1816;
 
 extern "C" {
 
-DWORD WINAPI GetLastError() noexcept; // of the calling thread
+// Returns the last error of the calling thread.
+DWORD WINAPI GetLastError() noexcept;
 
 // ---- Handles and waits ----------------------------------------------------------------------------------------------
 
@@ -103,9 +107,13 @@ inline constexpr DWORD WAIT_TIMEOUT = 258;
 inline constexpr DWORD WAIT_FAILED = 0xFFFFFFFF;
 inline constexpr DWORD MAXIMUM_WAIT_OBJECTS = 64;
 
+// Closes a handle. The object is destroyed with its last handle. Closing a handle wakes no thread.
 BOOL WINAPI CloseHandle(HANDLE object) noexcept;
+// Waits until the object is signalled or the time-out has passed. INFINITE means no time-out, 0 means no wait.
+// Returns WAIT_OBJECT_0, WAIT_TIMEOUT, WAIT_FAILED, or WAIT_ABANDONED if the owner of a mutex ended with it.
 DWORD WINAPI WaitForSingleObject(HANDLE object, DWORD milliseconds) noexcept;
-// waitAll must be FALSE; the smallest signalled index wins [aa450987].
+// Waits until one of the objects is signalled. Returns WAIT_OBJECT_0 plus the smallest signalled index. waitAll must be
+// FALSE [aa450987].
 DWORD WINAPI WaitForMultipleObjects(DWORD count, const HANDLE* objects, BOOL waitAll, DWORD milliseconds) noexcept;
 
 // ---- Events and mutexes ---------------------------------------------------------------------------------------------
@@ -117,37 +125,46 @@ inline constexpr DWORD EVENT_RESET = 2;
 inline constexpr DWORD EVENT_SET = 3;
 inline constexpr DWORD EVENT_ALL_ACCESS = 0x1F0003;
 
-// An existing name gives a valid handle and ERROR_ALREADY_EXISTS [ms885181]; a new object leaves ERROR_SUCCESS. Null
-// is no name, but "" is one [ms885177, ms886764].
+// Creates an event, or opens the event with this name. For an existing event the handle is valid and the last error is
+// ERROR_ALREADY_EXISTS [ms885181]; for a new event the last error is ERROR_SUCCESS. A null name creates an unnamed
+// event; "" is a name [ms885177, ms886764]. Returns null on failure.
 HANDLE WINAPI CreateEventW(SECURITY_ATTRIBUTES* security, BOOL manualReset, BOOL initialState, LPCWSTR name) noexcept;
+// Opens an existing event. Returns null with ERROR_FILE_NOT_FOUND if no event has this name.
 HANDLE WINAPI OpenEventW(DWORD access, BOOL inherit, LPCWSTR name) noexcept;
+// Sets, resets or pulses an event.
 BOOL WINAPI EventModify(HANDLE event, DWORD operation) noexcept;
-// An existing name: initialOwner is ignored [ms885181].
+// Creates or opens a mutex, as CreateEventW does for an event. For an existing mutex initialOwner is ignored
+// [ms885181].
 HANDLE WINAPI CreateMutexW(SECURITY_ATTRIBUTES* security, BOOL initialOwner, LPCWSTR name) noexcept;
-// FALSE and ERROR_NOT_OWNER for a thread that does not own it.
+// Fails with ERROR_NOT_OWNER if the calling thread does not own the mutex.
 BOOL WINAPI ReleaseMutex(HANDLE mutex) noexcept;
 
 // ---- Critical sections ----------------------------------------------------------------------------------------------
 
 struct CRITICAL_SECTION {
-    LONG LockCount; // how often its owner has entered
-    DWORD OwnerThread; // 0: nobody
+    LONG LockCount; // number of enters by the owner that were not left yet
+    DWORD OwnerThread; // id of the owning thread; 0: the section is free
     HANDLE hCrit;
-    DWORD needtrap; // here: it was left by a thread that did not hold it
+    DWORD needtrap; // simulated panel: 1 after a thread that did not own the section has left it
     DWORD dwContentions;
 };
 static_assert(sizeof(void*) != 4 || sizeof(CRITICAL_SECTION) == 20);
 
+// Prepares a section for use. Call it once before any other function.
 void WINAPI InitializeCriticalSection(CRITICAL_SECTION* section) noexcept;
+// Waits until the section is free and enters it. The owner may enter again.
 void WINAPI EnterCriticalSection(CRITICAL_SECTION* section) noexcept;
-// By a thread that does not hold it: who enters from then on may wait for ever [ms886733].
+// Leaves the section once. If the calling thread does not own the section, later calls of EnterCriticalSection may wait
+// for ever [ms886733].
 void WINAPI LeaveCriticalSection(CRITICAL_SECTION* section) noexcept;
+// Frees the resources of a section. No thread may use it any more.
 void WINAPI DeleteCriticalSection(CRITICAL_SECTION* section) noexcept;
 
 // ---- Threads, processes, modules ------------------------------------------------------------------------------------
 
 using LPTHREAD_START_ROUTINE = DWORD(WINAPI*)(LPVOID);
 
+// The handles and ids of a new process. The caller closes both handles.
 struct PROCESS_INFORMATION {
     HANDLE hProcess;
     HANDLE hThread;
@@ -180,33 +197,45 @@ static_assert(sizeof(void*) != 4 || sizeof(STARTUPINFOW) == 68);
 
 inline constexpr DWORD STILL_ACTIVE = 259;
 
+// Starts a thread. Returns a handle that is signalled when the thread ends, or null on failure.
 HANDLE WINAPI CreateThread(SECURITY_ATTRIBUTES* security, DWORD stackSize, LPTHREAD_START_ROUTINE entry,
                            LPVOID parameter, DWORD flags, DWORD* threadId) noexcept;
-DWORD WINAPI GetCurrentThreadId() noexcept; // inline on a panel, hence not in coredll.inc
-// Without a command line the program gets its module's name as one. A name without a path and without an extension
-// means a ".exe". Security, inheritance, environment and directory must be null or FALSE [ms885182]. Without a module
-// name the program is the command line's first word: that page refuses it.
+// On a panel this function is inline, so coredll.inc does not list it.
+DWORD WINAPI GetCurrentThreadId() noexcept;
+// Starts a program. `module` is its path; a name without a path and extension gets ".exe". A null command line means
+// the module's name. Security, inheritance, environment and directory must be null or FALSE [ms885182].
+// If `module` is null, the first word of the command line names the program. The documentation page forbids this case.
 BOOL WINAPI CreateProcessW(LPCWSTR module, LPWSTR commandLine, SECURITY_ATTRIBUTES* processSecurity,
                            SECURITY_ATTRIBUTES* threadSecurity, BOOL inherit, DWORD flags, LPVOID environment,
                            LPWSTR directory, STARTUPINFOW* startup, PROCESS_INFORMATION* information) noexcept;
-BOOL WINAPI GetExitCodeProcess(HANDLE process, DWORD* exitCode) noexcept; // STILL_ACTIVE while it runs
-HMODULE WINAPI GetModuleHandleW(LPCWSTR module) noexcept; // only null: the program itself
-// Characters written, without the zero; the path that the program was started by. 0 on failure.
+// Stores the exit code, or STILL_ACTIVE while the process runs.
+BOOL WINAPI GetExitCodeProcess(HANDLE process, DWORD* exitCode) noexcept;
+// Returns the handle of the program itself. `module` must be null.
+HMODULE WINAPI GetModuleHandleW(LPCWSTR module) noexcept;
+// Stores the path that started the program. Returns the number of characters without the terminating zero, 0 on
+// failure.
 DWORD WINAPI GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD characters) noexcept;
 
-// Of no type in particular: to be cast, by way of void*, which compilers take without a warning.
+// A function of unknown type. Cast it to void* first and then to the real type: compilers accept this without a
+// warning.
 using FARPROC = std::intptr_t(WINAPI*)();
 
-// The name's case, and its ".dll", do not matter. Null and ERROR_MOD_NOT_FOUND if there is none.
+// Loads a library. The name is case-insensitive and ".dll" is optional. Returns null with ERROR_MOD_NOT_FOUND if the
+// panel lacks the library.
 HMODULE WINAPI LoadLibraryW(LPCWSTR library) noexcept;
-// The name is wide, unlike elsewhere, and its case matters. Null and ERROR_PROC_NOT_FOUND if there is none.
+// Looks a function up. The name is wide, unlike in other versions of Windows, and case-sensitive. Returns null with
+// ERROR_PROC_NOT_FOUND if the library lacks the function.
 FARPROC WINAPI GetProcAddressW(HMODULE library, LPCWSTR function) noexcept;
-BOOL WINAPI FreeLibrary(HMODULE library) noexcept; // as often as it was loaded
+// Unloads a library. Each LoadLibraryW needs one FreeLibrary.
+BOOL WINAPI FreeLibrary(HMODULE library) noexcept;
+// Suspends the calling thread. INFINITE means for ever.
 void WINAPI Sleep(DWORD milliseconds) noexcept;
+// Sends a text to the debugger. The simulated panel writes it to run/output.
 void WINAPI OutputDebugStringW(LPCWSTR text) noexcept;
 
 // ---- Time -----------------------------------------------------------------------------------------------------------
 
+// A date and time of day, in UTC here.
 struct SYSTEMTIME {
     WORD wYear;
     WORD wMonth; // 1 to 12
@@ -219,13 +248,15 @@ struct SYSTEMTIME {
 };
 static_assert(sizeof(SYSTEMTIME) == 16);
 
-struct FILETIME { // 100 ns since 1601-01-01 UTC
+struct FILETIME { // units of 100 ns since 1601-01-01 UTC
     DWORD dwLowDateTime;
     DWORD dwHighDateTime;
 };
 
-DWORD WINAPI GetTickCount() noexcept; // ms since boot, wraps after 49.7 days [ms885645]
-void WINAPI GetSystemTime(SYSTEMTIME* time) noexcept; // UTC
+// Returns the milliseconds since boot. The count wraps to 0 after 49.7 days [ms885645].
+DWORD WINAPI GetTickCount() noexcept;
+// Stores the current date and time in UTC.
+void WINAPI GetSystemTime(SYSTEMTIME* time) noexcept;
 
 // ---- Files ----------------------------------------------------------------------------------------------------------
 
@@ -236,6 +267,7 @@ inline constexpr DWORD FILE_ATTRIBUTE_NORMAL = 0x80;
 
 inline constexpr DWORD FILE_FLAG_RANDOM_ACCESS = 0x10000000;
 
+// Access rights, share modes and dispositions of CreateFileW; origins of SetFilePointer.
 inline constexpr DWORD GENERIC_READ = 0x80000000;
 inline constexpr DWORD GENERIC_WRITE = 0x40000000;
 inline constexpr DWORD FILE_SHARE_READ = 1;
@@ -250,6 +282,7 @@ inline constexpr DWORD FILE_CURRENT = 1;
 inline constexpr DWORD FILE_END = 2;
 inline constexpr DWORD INVALID_SET_FILE_POINTER = 0xFFFFFFFF;
 
+// A result of a search.
 struct WIN32_FIND_DATAW {
     DWORD dwFileAttributes;
     FILETIME ftCreationTime;
@@ -262,35 +295,50 @@ struct WIN32_FIND_DATAW {
 };
 static_assert(offsetof(WIN32_FIND_DATAW, cFileName) == 40 && sizeof(WIN32_FIND_DATAW) == 40 + MAX_PATH * sizeof(WCHAR));
 
-// Also opens a driver, by the name of its device: "BKL1:", "\\NANDFlash\\Vol:". ERROR_FILE_NOT_FOUND if there is none.
+// Opens or creates a file, or opens a driver by its device name ("BKL1:", "\\NANDFlash\\Vol:"). Fails with
+// ERROR_FILE_NOT_FOUND if the panel lacks the file or device, and with ERROR_SHARING_VIOLATION if another open handle
+// does not share the file.
 HANDLE WINAPI CreateFileW(LPCWSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES* security, DWORD disposition,
                           DWORD attributes, HANDLE pattern) noexcept; // INVALID_HANDLE_VALUE on failure
-// ReadFile and WriteFile begin with a count of 0 [ms891445, ms892380].
+// ReadFile and WriteFile first set the count of bytes to 0, then do their work [ms891445, ms892380]. At the end of the
+// file ReadFile succeeds with a count of 0.
 BOOL WINAPI ReadFile(HANDLE file, LPVOID buffer, DWORD bytes, DWORD* read, void* overlapped) noexcept;
 BOOL WINAPI WriteFile(HANDLE file, LPCVOID buffer, DWORD bytes, DWORD* written, void* overlapped) noexcept;
-// The distance's high part is null or points to 0 [ms891933], where the position's high part comes back.
+// Moves the file position and returns its low 32 bits. `distanceHigh` is null or points to 0 [ms891933]; the call then
+// stores the high 32 bits there. Returns INVALID_SET_FILE_POINTER on failure.
 DWORD WINAPI SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD origin) noexcept;
+// Copies a file with its attributes and write time. Does not write onto a read-only, open or running file.
 BOOL WINAPI CopyFileW(LPCWSTR source, LPCWSTR destination, BOOL failIfExists) noexcept;
-BOOL WINAPI MoveFileW(LPCWSTR source, LPCWSTR destination) noexcept; // never replaces [ms891388]
+// Renames or moves a file or folder. Never replaces an existing file [ms891388].
+BOOL WINAPI MoveFileW(LPCWSTR source, LPCWSTR destination) noexcept;
+// Deletes a file. Fails with ERROR_ACCESS_DENIED if it is read-only or a process runs from it, and with
+// ERROR_SHARING_VIOLATION if it is open.
 BOOL WINAPI DeleteFileW(LPCWSTR path) noexcept;
+// Creates a folder. The folder above it must exist. Fails with ERROR_ALREADY_EXISTS if the name is taken.
 BOOL WINAPI CreateDirectoryW(LPCWSTR path, SECURITY_ATTRIBUTES* security) noexcept;
-BOOL WINAPI RemoveDirectoryW(LPCWSTR path) noexcept; // empty ones only
+// Removes a folder. Fails with ERROR_DIR_NOT_EMPTY if the folder is not empty.
+BOOL WINAPI RemoveDirectoryW(LPCWSTR path) noexcept;
+// Returns FILE_ATTRIBUTE_* bits, or INVALID_FILE_ATTRIBUTES on failure.
 DWORD WINAPI GetFileAttributesW(LPCWSTR path) noexcept;
+// Sets or clears the read-only attribute of a file.
 BOOL WINAPI SetFileAttributesW(LPCWSTR path, DWORD attributes) noexcept;
-// "*" and "?" in the last component; no "." and ".."; INVALID_HANDLE_VALUE when nothing matches.
+// Starts a search. The last component of the pattern may hold "*" and "?". The results do not include "." and "..".
+// Returns INVALID_HANDLE_VALUE if nothing matches. FindNextFileW returns FALSE with ERROR_NO_MORE_FILES at the end.
 HANDLE WINAPI FindFirstFileW(LPCWSTR pattern, WIN32_FIND_DATAW* data) noexcept;
 BOOL WINAPI FindNextFileW(HANDLE search, WIN32_FIND_DATAW* data) noexcept;
 BOOL WINAPI FindClose(HANDLE search) noexcept;
-// A request to a driver [ms923699]: the code says what, and the sizes are those that the driver expects. `returned`,
-// the bytes that came back, may be null. A driver may refuse with any error.
+// Sends a request to a driver [ms923699]. `code` is the IOCTL code. The driver defines the sizes of input and output.
+// `returned` receives the number of output bytes and may be null. A driver may fail with any error.
 BOOL WINAPI DeviceIoControl(HANDLE device, DWORD code, LPVOID input, DWORD inputSize, LPVOID output, DWORD outputSize,
                             DWORD* returned, void* overlapped) noexcept;
-BOOL WINAPI SHCreateShortcut(
-    LPWSTR shortcut, LPWSTR target) noexcept; // FALSE if it exists, or if the target fills 256 characters [aa932552]
+// Creates a shortcut file. Fails if the file exists. The target has at most 255 characters plus the terminating zero
+// [aa932552].
+BOOL WINAPI SHCreateShortcut(LPWSTR shortcut, LPWSTR target) noexcept;
 
 } // extern "C"
 
-// The program's entry; the platform calls it on the main thread. The instance handle is that of GetModuleHandleW(null).
+// The program's entry. The platform calls it on the main thread. `instance` is the handle that GetModuleHandleW(null)
+// returns; `previous` is null.
 int WINAPI WinMain(HINSTANCE instance, HINSTANCE previous, LPWSTR commandLine, int show);
 
 #include <winreg.h>

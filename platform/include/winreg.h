@@ -1,7 +1,8 @@
-// The part of <windows.h> about the registry. Include <windows.h>, which includes it.
+// The registry functions of <windows.h>. Include <windows.h> instead of this file.
 //
-// All answer an error code, ERROR_SUCCESS among them, and leave the last error alone. Names are case-blind; text in
-// values has 16 bits a character on both platforms and is stored as it is given, terminated or not.
+// Every function returns an error code, which is ERROR_SUCCESS on success. None of them changes the last error.
+// Key and value names are case-insensitive. Text in values has 16 bits per character on both platforms. Values are
+// stored exactly as given, with or without a terminating zero.
 #pragma once
 
 struct HKEY__;
@@ -22,30 +23,33 @@ inline constexpr DWORD REG_DWORD = 4;
 inline constexpr DWORD REG_DWORD_BIG_ENDIAN = 5;
 inline constexpr DWORD REG_LINK = 6;
 inline constexpr DWORD REG_MULTI_SZ = 7;
-inline constexpr DWORD REG_CREATED_NEW_KEY = 1; // dispositions
+inline constexpr DWORD REG_CREATED_NEW_KEY = 1; // dispositions of RegCreateKeyExW
 inline constexpr DWORD REG_OPENED_EXISTING_KEY = 2;
 
 extern "C" {
 
-// The access is ignored, 0 will do. ERROR_FILE_NOT_FOUND if there is no such key.
+// Opens an existing key. `access` is ignored; pass 0. Returns ERROR_FILE_NOT_FOUND if the key does not exist.
 LONG WINAPI RegOpenKeyExW(HKEY key, LPCWSTR subkey, DWORD options, DWORD access, HKEY* opened) noexcept;
-// Makes the keys above it too; opens the one that is there. 16 levels below a root at most, names of 255 characters
-// [ms891450].
+// Opens a key, or creates it with all missing keys above it. `disposition` tells the two cases apart.
+// A key lies at most 16 levels below a root. A name has at most 255 characters [ms891450].
 LONG WINAPI RegCreateKeyExW(HKEY key, LPCWSTR subkey, DWORD reserved, LPWSTR keyClass, DWORD options, DWORD access,
                             SECURITY_ATTRIBUTES* security, HKEY* opened, DWORD* disposition) noexcept;
 LONG WINAPI RegCloseKey(HKEY key) noexcept;
-// Sizes in bytes. ERROR_MORE_DATA and the size that is needed for a buffer that is too small.
+// Reads a value. `size` counts bytes: the buffer's size before the call, the value's size after it.
+// If the buffer is too small, returns ERROR_MORE_DATA and stores the required size.
 LONG WINAPI RegQueryValueExW(HKEY key, LPCWSTR name, DWORD* reserved, DWORD* type, BYTE* data, DWORD* size) noexcept;
 LONG WINAPI RegSetValueExW(HKEY key, LPCWSTR name, DWORD reserved, DWORD type, const BYTE* data, DWORD size) noexcept;
-// With all keys below it; not while one of them is open [ms891451].
+// Deletes a key and all keys below it. Fails while one of these keys is open [ms891451].
 LONG WINAPI RegDeleteKeyW(HKEY key, LPCWSTR subkey) noexcept;
 LONG WINAPI RegDeleteValueW(HKEY key, LPCWSTR name) noexcept;
-// Lengths in characters: with the terminating zero on the way in, without it on the way out. ERROR_NO_MORE_ITEMS past
-// the last one.
+// List the subkeys and values by index, from 0. Both return ERROR_NO_MORE_ITEMS after the last item.
+// `length` counts characters: before the call the buffer's length including the terminating zero, after the call the
+// name's length without the zero.
 LONG WINAPI RegEnumKeyExW(HKEY key, DWORD index, LPWSTR name, DWORD* length, DWORD* reserved, LPWSTR keyClass,
                           DWORD* classLength, FILETIME* written) noexcept;
 LONG WINAPI RegEnumValueW(HKEY key, DWORD index, LPWSTR name, DWORD* length, DWORD* reserved, DWORD* type, BYTE* data,
                           DWORD* size) noexcept;
-LONG WINAPI RegFlushKey(HKEY key) noexcept; // without it a change may not survive a power cut [ee490431]
+// Writes changes to flash. A change that was not flushed may be lost in a power cut [ee490431].
+LONG WINAPI RegFlushKey(HKEY key) noexcept;
 
 } // extern "C"

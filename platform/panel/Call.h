@@ -1,4 +1,4 @@
-// What a call of the simulation's own interface holds while it works: the lock; whom it has released is woken after it.
+// A guard for calls of the simulation's own interface (Driver.h, Client.h, Operator.h).
 #pragma once
 
 #include "platform/panel/Runtime.h"
@@ -6,6 +6,8 @@
 
 namespace panel {
 
+// Holds the kernel's lock while it lives. The destructor leaves the lock and wakes the threads that the call released.
+// The constructor throws std::runtime_error if this process has not joined a panel.
 class Call {
 public:
     Call() : image(Runtime::instance().image()), self(Runtime::instance().thread().slot), lock(image) {}

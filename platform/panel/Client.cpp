@@ -11,17 +11,18 @@ namespace panel {
 
 namespace {
 
+// Returns the number of a message that is given as a number or as a name. Registers a new name.
 std::uint32_t messageNumber(Image& image, const std::string& name) {
     try {
         std::size_t used = 0;
         const auto number = std::stoull(name, &used, 0);
         if (used == name.size() && number <= 0xFFFF)
             return static_cast<std::uint32_t>(number);
-    } catch (const std::logic_error&) { // a name, then
+    } catch (const std::logic_error&) { // not a number: `name` is the name of a message
     }
     const std::uint32_t registered = name.empty() ? 0 : messages::registerName(image, name, false);
     if (!registered)
-        throw std::runtime_error("not the name of a message: \"" + name + "\"");
+        throw std::runtime_error("not a message name: \"" + name + "\"");
     return registered;
 }
 
@@ -52,7 +53,7 @@ std::optional<std::int64_t> sendMessage(std::uint32_t window, const std::string&
     block(call.lock, call.image, call.self, clock::deadline(call.image, limit));
     if (me.replied == 1)
         return me.reply;
-    return std::nullopt;
+    return std::nullopt; // time-out, or the window was destroyed
 }
 
 void postMessage(std::uint32_t window, const std::string& message, std::uint64_t wParam, std::int64_t lParam) {

@@ -1,11 +1,10 @@
 #include "platform/panel/Devices.h"
 
 #include "platform/panel/Hex.h"
+#include "platform/panel/Json.h"
 #include "platform/panel/Mapping.h"
 #include "platform/panel/Text.h"
 #include "platform/panel/kernel/Host.h"
-
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cstdio>
@@ -15,11 +14,10 @@
 namespace panel {
 
 namespace fs = std::filesystem;
-using Json = nlohmann::ordered_json;
 
 namespace {
 
-constexpr std::string_view kinds[] = {"answer", "refuse", "block", "delay", "code"}; // by Behaviour::Kind
+constexpr std::string_view kinds[] = {"answer", "refuse", "block", "delay", "code"}; // in the order of Behaviour::Kind
 
 std::string textOf(const Behaviour& behaviour) {
     const std::string kind(kinds[static_cast<std::size_t>(behaviour.kind)]);
@@ -39,12 +37,12 @@ Behaviour behaviourFrom(const std::string& text) {
     return behaviour;
 }
 
-// The library would cut what is too large.
+// Reads the values one by one, since the JSON library would silently cut a number of more than 32 bits.
 std::vector<std::uint32_t> valuesFrom(const Json& numbers) {
     std::vector<std::uint32_t> values;
     for (const Json& number : numbers) {
         if (!number.is_number_unsigned() || number.get<std::uint64_t>() > UINT32_MAX)
-            throw std::runtime_error("no value of 32 bits: " + number.dump());
+            throw std::runtime_error("not a 32-bit value: " + jsonText(number));
         values.push_back(number);
     }
     return values;
@@ -54,7 +52,7 @@ std::string_view withoutSeparator(std::string_view path) {
     return path.starts_with('\\') ? path.substr(1) : path;
 }
 
-// Threads that wait in a driver look again what it does.
+// Releases the threads that wait in a driver. They read the device's behaviour again.
 void wakeWaiting(Image& image) {
     for (Slot thread = 1; thread <= image.threadsUsed; ++thread) {
         const ThreadRecord& record = scheduler::at(image, thread);
@@ -69,7 +67,7 @@ void checkOperation(const DeviceFacts& device, std::string_view operation) {
         return;
     if (std::none_of(device.operations.begin(), device.operations.end(), named))
         throw std::runtime_error("the device " + std::string(device.name) + " has no \"" + std::string(operation) +
-                                 "\" (panel device " + std::string(device.name) + " shows what it has)");
+                                 "\" (panel device " + std::string(device.name) + " lists its operations)");
 }
 
 std::string lineOf(const Request& request) {
@@ -84,7 +82,7 @@ std::string lineOf(const Request& request) {
 
 Request requestFrom(const std::string& line) {
     Request request;
-    const std::size_t thread = line.find(" t", line.find('#')); // a program's name may have blanks
+    const std::size_t thread = line.find(" t", line.find('#')); // the name of a program may contain blanks
     std::istringstream head(line.substr(0, thread));
     head >> request.time >> std::ws;
     std::getline(head, request.process);
@@ -125,14 +123,14 @@ LandedTouch touchFrom(const std::string& line) {
 std::string tagFrom(const fs::path& file) {
     try {
         if (!fs::is_regular_file(file))
-            throw std::runtime_error("it is no regular file");
+            throw std::runtime_error("it is not a regular file");
         return parseHex(host::readFile(file.string()));
     } catch (const std::exception& error) {
         throw std::runtime_error("not readable: " + file.string() + ": " + error.what());
     }
 }
 
-// The tag library's operations are its functions.
+// The operations of the tag library are its functions.
 std::vector<OperationFacts> tagOperations() {
     return {
 #define TAG_FUNCTION(name) {#name, 0, 0, 0},
@@ -143,7 +141,7 @@ std::vector<OperationFacts> tagOperations() {
 } // namespace
 
 const std::vector<DeviceFacts>& knownDevices() {
-    // Never destroyed: threads may still ask while the process ends.
+    // Never destroyed: threads may still use it while the process ends.
     static const auto& devices = *new std::vector<DeviceFacts>{
         {"BKL1", "BKL1:", "backlight", {{"read", 0x01130408, 0, 16}, {"write", 0x0113040C, 16, 0}}, {200, 1, 200, 1}},
         {"BZR1", "BZR1:", "buzzer", {{"beep", 0x01012EF4, 8, 0}}, {}},
@@ -191,10 +189,10 @@ fs::path Devices::fileOf(std::uint32_t tag) const {
 DeviceState Devices::state(std::string_view name) const {
     const DeviceFacts& device = facts(name);
     DeviceState state{std::string(device.name), false, device.values, {}};
-    if (!fs::exists(fileOf(device.name))) // one that the panel was not made with
+    if (!fs::exists(fileOf(device.name))) // the panel is older than this device: it lacks the device
         return state;
     try {
-        const Json json = Json::parse(host::readFile(fileOf(device.name).string()));
+        const Json json = parseJson(host::readFile(fileOf(device.name).string()));
         state.present = json.at("present");
         if (json.contains("values"))
             state.values = valuesFrom(json.at("values"));
@@ -204,7 +202,7 @@ DeviceState Devices::state(std::string_view name) const {
         throw std::runtime_error("not readable: " + fileOf(device.name).string() + ": " + error.what());
     }
     if (state.values.size() != device.values.size())
-        throw std::runtime_error("not as many values as the device has: " + fileOf(device.name).string());
+        throw std::runtime_error("wrong number of values: " + fileOf(device.name).string());
     return state;
 }
 
@@ -219,15 +217,16 @@ void Devices::save(const DeviceState& state) const {
     json["does"] = Json::object();
     for (const auto& [operation, behaviour] : state.behaviours)
         json["does"][operation] = textOf(behaviour);
-    host::writeFile(fileOf(state.name).string(), json.dump(2) + '\n');
+    host::writeFile(fileOf(state.name).string(), jsonText(json) + '\n');
 }
 
 void Devices::check(std::string_view name, Behaviour behaviour, std::string_view operation) {
     const DeviceFacts& device = facts(name);
     if (device.operations.empty())
-        throw std::runtime_error(std::string(device.name) + " is asked nothing; it is there or not (add, remove)");
+        throw std::runtime_error(std::string(device.name) +
+                                 " has no operations; it can only be added or removed (add, remove)");
     if (behaviour.kind == Behaviour::Kind::code && device.name != "tags")
-        throw std::runtime_error("only functions of the tag library give a code");
+        throw std::runtime_error("only functions of the tag library return an error code");
     if (!operation.empty())
         checkOperation(device, operation);
 }
@@ -241,6 +240,7 @@ void Devices::setBehaviour(std::string_view name, Behaviour behaviour, std::stri
     } else {
         for (const OperationFacts& known : device.operations)
             operations.emplace_back(known.name);
+        // "answer" for the whole device also ends a refusal of CreateFileW.
         if (behaviour.kind == Behaviour::Kind::answer)
             operations.emplace_back("open");
     }
@@ -271,6 +271,8 @@ void Devices::setValues(std::string_view name, const std::vector<std::uint32_t>&
                                  std::to_string(values.size()));
     changed.values = values;
     save(changed);
+    // The kernel file holds the record of the running backlight driver; the device's file only holds the record at
+    // boot.
     if (change.image() && changed.name == "BKL1")
         std::copy(values.begin(), values.end(), change.image()->backLight);
 }

@@ -1,6 +1,7 @@
 #include "platform/panel/Disks.h"
 
 #include "platform/panel/FolderNames.h"
+#include "platform/panel/Json.h"
 #include "platform/panel/Mapping.h"
 #include "platform/panel/Text.h"
 #include "platform/panel/api/FileTimes.h"
@@ -8,7 +9,6 @@
 #include "platform/panel/kernel/Host.h"
 #include "platform/panel/kernel/Queues.h"
 
-#include <nlohmann/json.hpp>
 #include <utf8.h>
 
 #include <algorithm>
@@ -17,7 +17,6 @@
 namespace panel {
 
 namespace fs = std::filesystem;
-using Json = nlohmann::json;
 
 namespace {
 
@@ -26,7 +25,8 @@ bool lies(const fs::path& inner, const fs::path& outer) {
     return !relative.empty() && *relative.begin() != "..";
 }
 
-// Its files and folders, no links, as if they had been written on the panel at that date: the same on every machine.
+// Copies files and folders, but no links. All write times become `date`, so that a run has the same times on every
+// machine.
 void copyFolder(const fs::path& folder, const fs::path& place, std::int64_t date) {
     fs::create_directory(place);
     for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
@@ -41,7 +41,7 @@ void copyFolder(const fs::path& folder, const fs::path& place, std::int64_t date
     }
 }
 
-// Appears as a whole or not at all.
+// Copies into a temporary folder and renames it, so that the volume appears as a whole or not at all.
 void copyDisk(const fs::path& root, const fs::path& folder, const fs::path& place, std::int64_t date) {
     const fs::path unfinished = root / "plugging";
     fs::remove_all(unfinished);
@@ -59,7 +59,7 @@ bool isMounted(const Partition& partition) {
     return partition.attributes & mountedPartition;
 }
 
-// Whether it is a volume, or can become one.
+// Returns whether the partition is a volume, or can become a volume when it is mounted.
 bool holdsFiles(const Partition& partition) {
     return isMounted(partition) || (!partition.volume.empty() && !partition.folder.empty());
 }
@@ -73,7 +73,7 @@ void removeIfEmpty(const fs::path& folder) {
     fs::remove(folder, ignored);
 }
 
-// What somebody has written into the file by hand is held against the rules of plugging.
+// Checks a disk that was read from the file: a person may have edited it.
 void checkStored(const Disk& disk) {
     std::string fault;
     if (disk.partitions.size() > maxPartitions)
@@ -82,7 +82,7 @@ void checkStored(const Disk& disk) {
         if ((isMounted(partition) || !partition.volume.empty()) && fault.empty())
             fault = equalCaseBlind(partition.volume, "MMCMemory") || equalCaseBlind(partition.volume, "NANDFlash") ||
                             equalCaseBlind(partition.volume, "Windows")
-                        ? "\"" + partition.volume + "\" is the panel's own"
+                        ? "\"" + partition.volume + "\" is a folder of the panel itself"
                         : Disks::faultOf(partition.volume);
     if (!fault.empty())
         throw std::runtime_error(fault);
@@ -113,7 +113,8 @@ void addDevice(Image& image, const Disk& disk) {
     const auto free = std::find_if(std::begin(image.blockDevices), std::end(image.blockDevices),
                                    [](const BlockDeviceRecord& record) { return !record.used; });
     if (free == std::end(image.blockDevices))
-        return; // there are as many as devices have names
+        return; // cannot happen: freeDevice gives as many names as there are records
+    // A new serial invalidates stores that were opened on the former disk of this record.
     const std::uint32_t serial = free->serial + 1;
     *free = {};
     free->serial = serial;
@@ -134,9 +135,9 @@ std::string Disks::faultOf(const std::string& name) {
         name == "." || name == ".." || name.find_first_of("/\\:*?\"<>|") != std::string::npos ||
         std::any_of(name.begin(), name.end(), [](char byte) { return static_cast<unsigned char>(byte) < ' '; });
     if (name.empty() || odd || !utf8::is_valid(name.begin(), name.end()))
-        return "not a name for a volume: \"" + name + '"';
+        return "not a valid volume name: \"" + name + '"';
     if (name.size() > sizeof PartitionRecord::volume - 2)
-        return "too long for the name of a volume: \"" + name + '"';
+        return "too long for a volume name: \"" + name + '"';
     return {};
 }
 
@@ -145,7 +146,7 @@ Disks::Disks(fs::path panelDirectory) : root(std::move(panelDirectory)), file(ro
 std::vector<Disk> Disks::list() const {
     std::vector<Disk> disks;
     try {
-        for (const Json& json : Json::parse(host::readFile(file.string()))) {
+        for (const Json& json : parseJson(host::readFile(file.string()))) {
             Disk disk;
             disk.device = json.at("device");
             disk.inPlace = json.at("inPlace");
@@ -172,7 +173,7 @@ void Disks::save(const std::vector<Disk>& disks) const {
                         {"readyAfter", disk.readyAfter == never ? Json() : Json(disk.readyAfter)},
                         {"partitions", partitions}});
     }
-    host::writeFile(file.string(), list.dump(2) + '\n');
+    host::writeFile(file.string(), jsonText(list) + '\n');
 }
 
 void Disks::create() const {
@@ -212,6 +213,7 @@ void Disks::nameVolumes(Disk& disk, const std::vector<Disk>& known) const {
             partition.volume.clear();
         names.push_back(partition.volume);
     }
+    // The names given by the user come first: a default name must not take one of them.
     for (Partition& partition : disk.partitions) {
         if (!isMounted(partition) || !partition.volume.empty())
             continue;
@@ -239,7 +241,8 @@ void Disks::check(const Disk& disk, const std::vector<Disk>& known) const {
         if (const std::string fault = faultOf(name); !fault.empty())
             throw std::runtime_error(fault);
         if (lies(partition.folder, root) || lies(root, partition.folder))
-            throw std::runtime_error("the folder and the panel lie in each other: " + partition.folder.string());
+            throw std::runtime_error("the folder contains the panel, or the panel the folder: " +
+                                     partition.folder.string());
         if (contains(names, name))
             throw std::runtime_error("the panel has a \"" + name + "\" already (panel unplug removes a disk)");
         names.push_back(name);
@@ -248,7 +251,7 @@ void Disks::check(const Disk& disk, const std::vector<Disk>& known) const {
             throw std::runtime_error("the panel has as many volumes as it can (panel unplug removes a disk)");
     }
     if (disk.partitions.size() > maxPartitions)
-        throw std::runtime_error("a disk has no more than " + std::to_string(maxPartitions) + " partitions");
+        throw std::runtime_error("a disk has at most " + std::to_string(maxPartitions) + " partitions");
 }
 
 void Disks::tell(const Disk& disk, bool attached) const {
@@ -272,7 +275,7 @@ void Disks::tell(const Disk& disk, bool attached) const {
 void Disks::removeFolders(const Disk& disk) const {
     for (const Partition& partition : disk.partitions)
         if (!partition.volume.empty())
-            fs::remove_all(placeOf(partition)); // of a folder in place only the link goes
+            fs::remove_all(placeOf(partition)); // for a disk that was plugged in place this removes only the link
     removeIfEmpty(root / "unmounted");
 }
 

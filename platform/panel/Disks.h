@@ -1,10 +1,10 @@
-// Plugged disks: block devices with partitions, of which the mounted ones are volumes with a folder in the panel's
-// root.
+// The disks that are plugged into a panel. A disk is a block device with partitions. Each mounted partition is a
+// volume: a folder in the panel's root.
 //
-//     devices/disks.json   what is plugged: device, when it is ready, its partitions
-//     unmounted/           what named partitions hold that are not mounted yet
+//     devices/disks.json   the plugged disks: device name, ready time, partitions
+//     unmounted/           the files of named partitions that are not mounted yet
 //
-// Works with the panel on and off. All failures are std::runtime_error with a text for people.
+// The class works whether the panel is on or off. All failures are std::runtime_error with a text for people.
 #pragma once
 
 #include "platform/panel/kernel/Image.h"
@@ -18,60 +18,69 @@ namespace panel {
 
 inline constexpr std::uint32_t mountedPartition = 0x10; // PARTITION_ATTRIBUTE_MOUNTED
 
+// A folder in the panel's root with storage of its own.
 struct Volume {
-    std::string name; // the top folder
+    std::string name; // name of the folder
     std::string device; // "DSK1:"; empty: the panel's own storage, which cannot be unplugged
-    bool inPlace; // shows a folder of the host itself, not a copy
+    bool inPlace; // the volume is the host's folder itself, not a copy
 };
 
+// A partition of a disk, to be plugged or already plugged.
 struct Partition {
-    std::filesystem::path folder; // of the host: what the partition holds; not kept
-    // The top folder, once it is mounted. Empty: of a mounted one the next free name of "Hard Disk", "Hard Disk2", ...;
-    // another one cannot be mounted.
+    std::filesystem::path folder; // host folder with the partition's files; used by `plug` only, not stored
+    // Name of the volume. If it is empty, `plug` gives a mounted partition the next free name of "Hard Disk",
+    // "Hard Disk2" and so on. An unmounted partition without a name can never be mounted.
     std::string volume = "Hard Disk";
-    std::uint32_t attributes = mountedPartition; // PARTITION_ATTRIBUTE_*
+    std::uint32_t attributes = mountedPartition; // PARTITION_ATTRIBUTE_* bits
 };
 
+// A disk, to be plugged or already plugged. It has at most 8 partitions.
 struct Disk {
     std::vector<Partition> partitions;
-    std::uint64_t readyAfter = 0; // ms of panel time from plugging or booting until its store opens; `never`
-    bool inPlace = false; // programs write to and delete from the folders themselves
-    std::string device = {}; // "DSK1:"; given by plugging
+    std::uint64_t readyAfter = 0; // panel ms from plugging or booting until OpenStore succeeds; or `never`
+    bool inPlace = false; // programs work on the host's folders: they can change and delete your files
+    std::string device = {}; // "DSK1:"; `plug` sets it
 };
 
+// Reads and changes the list of disks. Objects keep nothing but paths, so they are cheap to create.
 class Disks {
 public:
     explicit Disks(std::filesystem::path panelDirectory);
 
-    std::vector<Disk> list() const;
-    std::vector<Volume> volumes() const; // the panel's own first
+    std::vector<Disk> list() const; // the plugged disks
+    std::vector<Volume> volumes() const; // all volumes, starting with the panel's own
 
-    // Its files are as if written at this date (ms since 1970 UTC). Announced to programs that asked for it; the device
-    // is the first free one, and the answer.
+    // Plugs a disk: copies its files and notifies the programs that asked for device notifications. `date` becomes the
+    // write time of all copied files (ms since 1970 UTC). Returns the device name, the first free one of "DSK1:" to
+    // "DSK8:".
     std::string plug(Disk disk, std::int64_t date) const;
-    // A named partition that was plugged without being mounted, from now on.
+    // Mounts a named partition that was plugged without PARTITION_ATTRIBUTE_MOUNTED. Programs are not notified.
     void mount(const std::string& volume) const;
-    // By the device or one of its volumes, case-blind; with all its partitions. Announced, too.
+    // Removes a disk with all its partitions and deletes the copies of their files. `name` is the device or one of its
+    // volumes, case-insensitively. Notifies the programs as `plug` does.
     void unplug(const std::string& name) const;
 
-    // Why it cannot be a volume's name; empty: it can. The platform has 64 characters for "\\" + name + zero.
+    // Says why a text cannot be the name of a volume; returns "" if it can. The platform keeps 64 characters for the
+    // backslash, the name and the terminating zero.
     static std::string faultOf(const std::string& name);
 
-    void create() const; // of a new panel: none
-    void show(Image& image) const; // puts volumes and block devices into a booting panel's kernel file
+    // Writes the empty list of a new panel.
+    void create() const;
+    // Enters volumes and block devices into the kernel file while the panel boots.
+    void show(Image& image) const;
 
 private:
     std::vector<std::string> takenNames(const std::vector<Disk>& disks) const;
     void nameVolumes(Disk& disk, const std::vector<Disk>& known) const;
     void check(const Disk& disk, const std::vector<Disk>& known) const;
-    std::filesystem::path placeOf(const Partition& partition) const; // of what it holds
-    void tell(const Disk& disk, bool attached) const; // the panel, if it is on
-    void tellAttributes(const Disk& disk) const; // which of its partitions are mounted
+    std::filesystem::path placeOf(const Partition& partition) const; // host folder of the partition's files
+    void tell(const Disk& disk, bool attached) const; // updates the kernel file if the panel is on
+    void tellAttributes(const Disk& disk) const; // updates the partitions' attributes in the kernel file
     void removeFolders(const Disk& disk) const;
     void save(const std::vector<Disk>& disks) const;
 
-    std::filesystem::path root; // of the panel
-    std::filesystem::path file;
+    std::filesystem::path root; // the panel's directory
+    std::filesystem::path file; // devices/disks.json
 };
 
 } // namespace panel

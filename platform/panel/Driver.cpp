@@ -21,8 +21,8 @@ namespace panel {
 
 namespace {
 
-constexpr std::uint32_t glance = 20; // flowing: panel ms between two looks at a condition
-constexpr std::uint32_t realPatience = 60000; // real ms that a program may take for its last words
+constexpr std::uint32_t glance = 20; // flowing mode: panel ms between two checks of a condition
+constexpr std::uint32_t realPatience = 60000; // real ms for an ended program to leave the host
 
 void sleepUntil(Call& call, std::uint64_t deadline) {
     scheduler::at(call.image, call.self).waitKind = WaitKind::time;
@@ -50,7 +50,7 @@ const char* errorText(std::uint32_t error) {
     case 89:
         return "the panel runs as many programs as it can";
     case 123:
-        return "that is no path of the panel (such as \\MMCMemory\\Tarvex\\Tarvex.exe)";
+        return "that is not a panel path (such as \\MMCMemory\\Tarvex\\Tarvex.exe)";
     case 206:
         return "its path or its arguments are too long";
     default:
@@ -117,15 +117,16 @@ std::vector<InitStart> Driver::startInit() {
         InitStart start;
         if (!name.starts_with(launch) || !numberIn(std::string_view(name).substr(launch.size()), start.number))
             continue;
-        registry::textOf(value, start.path); // also of one that is not terminated as it should be
+        registry::textOf(value, start.path); // the result does not matter: an unterminated text counts, too
         if (value.type != registry::typeText && value.type != registry::typeExpandText)
-            start.failure = "it is no text";
+            start.failure = "it is not a text";
         else if (start.path.empty())
-            start.failure = "it names no program";
+            start.failure = "it does not name a program";
         else if (start.path.find('\\') == std::string::npos)
             start.path = "\\Windows\\" + start.path;
         starts.push_back(std::move(start));
     }
+    // Equal numbers ("Launch5", "launch05") keep the order of the registry.
     std::stable_sort(starts.begin(), starts.end(),
                      [](const InitStart& first, const InitStart& second) { return first.number < second.number; });
     for (InitStart& each : starts) {
@@ -141,7 +142,7 @@ std::vector<InitStart> Driver::startInit() {
 }
 
 std::optional<std::uint32_t> Driver::waitForExit(const ProcessHandle& process, std::uint32_t limit) {
-    if (!process.aware) { // it does not hold the panel's time: the host's is all there is
+    if (!process.aware) { // panel time does not wait for this program, so the limit counts real time
         {
             Call call;
             processes::letStartedRun(call.image, call.self);
@@ -187,6 +188,7 @@ bool Driver::waitUntil(const std::function<bool()>& condition, std::uint64_t lim
         settle();
         if (condition())
             return true;
+        // In stepped mode nothing can change before the next deadline.
         Call call;
         if (clock::now(call.image) >= end)
             return false;
@@ -276,6 +278,7 @@ PanelStatus Driver::status() {
 }
 
 void Driver::setTicks(std::uint32_t ticks) {
+    // Time itself must not jump, so the tick count at boot moves instead.
     Call call;
     call.image.clock.bootTicks += ticks - clock::ticks(call.image);
 }
@@ -310,7 +313,7 @@ void Driver::addFault(const Fault& fault) {
         call.image.faultCount.fetch_add(1, std::memory_order_relaxed);
         return;
     }
-    throw std::runtime_error("the panel keeps no more than " + std::to_string(maxFaults) + " faults at a time");
+    throw std::runtime_error("the panel keeps at most " + std::to_string(maxFaults) + " faults at a time");
 }
 
 std::vector<Fault> Driver::faults() {

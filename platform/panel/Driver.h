@@ -1,9 +1,10 @@
-// What a test or the panel command does with a panel that is on: starts programs, lets time pass, asks for faults.
-// Client.h has the messages to windows.
+// Controls a panel that is on, for a test or a `panel` command: starts programs, advances time, adds faults. Client.h
+// sends messages to windows; Operator.h touches the screen.
 //
-// The thread that makes the Driver is outside of the panel's time. In stepped mode panel time moves only while it waits
-// in one of these functions, and only when all threads of the panel wait. One Driver a process at a time. All failures
-// are std::runtime_error with a text for people.
+// A process that creates a Driver is a driver: it joins the panel's table of processes, but panel time does not wait
+// for the thread that created the Driver. Other threads of that process count like threads of a program. In stepped
+// mode panel time moves only while a driver waits in one of these functions and all threads of programs wait too. A
+// process can have one Driver at a time. All failures are std::runtime_error with a text for people.
 #pragma once
 
 #include "platform/panel/Panel.h"
@@ -13,129 +14,151 @@
 
 namespace panel {
 
+// A program that a Driver has started.
 struct ProcessHandle {
-    std::string name; // "TarvexHelper.exe#2"
-    std::uint32_t handle = 0;
+    std::string name; // "TarvexHelper.exe#2": file name and start number
+    std::uint32_t handle = 0; // handle to the process object, in the driver's process
     std::int32_t hostPid = 0;
-    bool aware = false; // takes part in the panel's clock
+    bool aware = false; // the program takes part in the panel's clock
 };
 
-struct CallStatus { // the platform call that a thread waits in: of nested ones the innermost
-    std::uint32_t thread; // by order of creation
-    std::uint64_t since; // panel ms
+// The platform call in which a thread waits. Of nested calls it is the innermost.
+struct CallStatus {
+    std::uint32_t thread; // thread number in the process, by order of creation
+    std::uint64_t since; // start of the wait in panel ms
     std::string call; // as the trace shows it: "Sleep[1](1000)"
 };
 
+// A process that runs on the panel.
 struct ProcessStatus {
-    std::string name;
+    std::string name; // "TarvexHelper.exe#2"
     std::string path;
     std::string commandLine;
     std::int32_t hostPid;
-    bool driver;
+    bool driver; // a test or a `panel` command
     std::uint32_t threads;
-    std::uint32_t waiting; // of these threads
-    std::uint32_t handles; // to kernel objects, open
+    std::uint32_t waiting; // number of threads that wait
+    std::uint32_t handles; // number of open handles to kernel objects
     std::vector<CallStatus> calls;
 };
 
+// A window of a program.
 struct WindowStatus {
     std::string className;
     std::string process;
     bool visible;
 };
 
+// A program that has ended.
 struct EndedStatus {
     std::string name;
     std::uint32_t exitCode;
     std::uint64_t time; // panel ms
 };
 
+// The screen as the user sees it.
 struct ScreenStatus {
-    std::string cover; // class of the window that takes the whole screen; empty: none does
-    std::string process; // its
+    std::string cover; // class of the uppermost window that covers the whole screen; empty: no such window
+    std::string process; // process of that window
     std::string background; // "black", "white", "none" or "other"
-    std::int32_t cursorCount; // the cursor is shown while it is not below 0
+    std::int32_t cursorCount; // the cursor is visible while the count is 0 or more
 };
 
-struct SignalStatus { // a named event that was set since boot
+// A named event that was set since boot.
+struct SignalStatus {
     std::string event;
-    std::uint32_t count;
+    std::uint32_t count; // how often it was set
 };
 
+// The state of a panel at one moment, taken under the kernel's lock.
 struct PanelStatus {
     ClockMode mode;
-    double factor;
+    double factor; // panel seconds per real second in flowing mode
     std::uint64_t time; // panel ms since boot
-    std::uint32_t ticks;
+    std::uint32_t ticks; // tick count in ms
     std::int64_t date; // ms since 1970 UTC
     bool tracing;
     std::vector<ProcessStatus> processes;
-    std::vector<EndedStatus> ended; // the last ones, oldest first
+    std::vector<EndedStatus> ended; // the latest ends, oldest first
     std::vector<WindowStatus> windows;
-    std::optional<bool> userActive; // empty: there is no power manager
+    std::optional<bool> userActive; // empty: the panel has no power manager
     bool flashWritable;
-    std::vector<std::uint32_t> backLight; // what the driver holds
+    std::vector<std::uint32_t> backLight; // the four words that the driver holds
     ScreenStatus screen;
-    std::string hook; // whose mouse hook is installed: "TarvexHelper.exe#1"; empty: there is none
-    std::vector<SignalStatus> signals; // the first of them that were set
+    std::string hook; // process of the mouse hook, "TarvexHelper.exe#1"; empty: no hook is installed
+    std::vector<SignalStatus> signals; // at most maxSignals events, in the order of their first signal
 };
 
-struct InitStart { // of a program that the registry lists under HKEY_LOCAL_MACHINE\init
-    std::uint32_t number = 0; // of "LaunchNN", and the program's argument
+// The start of a program that the registry lists under HKEY_LOCAL_MACHINE\init.
+struct InitStart {
+    std::uint32_t number = 0; // the NN of "LaunchNN"; it is also the program's argument
     std::string path;
-    ProcessHandle process; // without a name if it could not be started
-    std::string failure; // why
+    ProcessHandle process; // its name is empty if the start failed
+    std::string failure; // reason of the failure
 };
 
+// A fault to inject: a platform call that fails, or at which the power is cut.
 struct Fault {
-    std::string function;
+    std::string function; // name of the platform function
     std::string program; // file name; empty: every program
-    std::uint32_t start = 0; // which start of the program; 0: every
-    std::uint32_t thread = 0; // by order of creation; 0: every
-    std::uint32_t call = 1; // which call of the function in that thread
-    bool ever = false; // and all after it
+    std::uint32_t start = 0; // start number of the program since boot; 0: every start
+    std::uint32_t thread = 0; // thread number, by order of creation; 0: every thread
+    std::uint32_t call = 1; // number of the call of this function in that thread
+    bool ever = false; // the fault also applies to all later calls
     FaultAction action = FaultAction::fail;
-    std::uint32_t hits = 0; // how often it was applied
-    std::optional<std::int64_t> answer = {}; // instead of what the list says that a failure answers
+    std::uint32_t hits = 0; // how often the fault was applied
+    std::optional<std::int64_t> answer = {}; // result of the failing call; empty: the result from coredll.inc
 };
 
 class Driver {
 public:
-    // What it starts, with all that this starts, ends with it, however it ends; or stays.
+    // Whether the started programs, and the programs that these start, end when the driver ends. With `end` they end
+    // even if the driver is killed.
     enum class Programs { end, stay };
     static constexpr const char* command = "\\Windows\\panel.exe";
+    // Joins a panel that is on. `countsAs` is the path by which process lists and the trace name the driver.
     explicit Driver(const Panel& panel, const std::string& countsAs = command, Programs programs = Programs::end);
     ~Driver();
     Driver(const Driver&) = delete;
     Driver& operator=(const Driver&) = delete;
 
+    // Starts a program by its panel path. The program runs when this thread waits next, or when the driver ends.
     ProcessHandle start(const std::string& path, const std::string& commandLine = {});
-    // What a panel does once it has booted: starts the programs of the "init" list in the order of their numbers. A
-    // name without a folder lies in \Windows. "DependNN" is not looked at: every program counts as started at once.
+    // Starts the programs of the "init" list in the order of their numbers, as a panel does after boot. A name without
+    // a folder stands for a file in \Windows. "DependNN" is ignored: every program counts as started at once.
     std::vector<InitStart> startInit();
-    // At most so many ms of panel time; empty: it still runs.
+    // Waits for the end of a program and returns its exit code. Returns an empty value if the program still runs after
+    // `limit` ms of panel time (real time for a program that does not take part in the panel's clock).
     std::optional<std::uint32_t> waitForExit(const ProcessHandle& process, std::uint32_t limit);
+    // Returns the exit code, or an empty value while the program runs.
     std::optional<std::uint32_t> exitCode(const ProcessHandle& process);
 
+    // Lets `milliseconds` of panel time pass.
     void advance(std::uint64_t milliseconds);
-    // Until all threads of the panel wait; time does not move. Flowing time: returns at once.
+    // Stepped mode: waits until all threads of programs wait. Time does not move. Flowing mode: returns at once.
     void settle();
-    // True once the condition holds, looked at whenever all threads of the panel wait; false after so much panel time.
+    // Waits until the condition holds and returns true; returns false after `limit` ms of panel time. In stepped mode
+    // the condition is checked whenever all threads of programs wait, in flowing mode every 20 ms of panel time.
     bool waitUntil(const std::function<bool()>& condition, std::uint64_t limit);
 
-    // Ends a process as a crash would ("TarvexHelper.exe#2"); false if there is none.
+    // Ends the process "TarvexHelper.exe#2" as a crash would. Returns false if no such process runs.
     bool kill(const std::string& process);
 
-    bool isOn(); // false once this very panel was switched off, also when it has been booted again since
+    // Returns false once this panel was switched off, even if the panel was booted again.
+    bool isOn();
+    // Returns the state of the panel. The calling driver itself is left out.
     PanelStatus status();
-    void setTicks(std::uint32_t ticks); // what the tick count is now
-    void setTracing(bool on); // keeps what the trace holds
+    void setTicks(std::uint32_t ticks); // sets the current tick count
+    void setTracing(bool on); // does not clear the trace
 
+    // Adds a fault. Throws if the function is unknown or cannot fail, or if the panel has maxFaults faults.
     void addFault(const Fault& fault);
+    // Returns all faults with their hits, in no particular order.
     std::vector<Fault> faults();
+    // Removes all faults.
     void clearFaults();
 
-    // Until the host's processes of programs that have ended are gone: their last words stand in run/output then.
+    // Waits until the host processes of ended programs are gone. Their complete output is in run/output then.
     void waitForLingering();
 
 private:

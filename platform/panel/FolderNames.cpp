@@ -13,15 +13,15 @@ namespace panel::names {
 
 namespace {
 
-constexpr std::size_t maxKnown = 16; // folders
-constexpr std::int64_t trusted = 500'000'000; // ns after which a folder is read again
+constexpr std::size_t maxKnown = 16; // cached folders
+constexpr std::int64_t trusted = 500'000'000; // ns until a cached folder is read again
 
 struct Known {
     const Image* image = nullptr;
     Folder folder;
     std::int64_t readAt = -trusted;
-    std::uint64_t learnt = 0; // how many of the panel's made names are in it
-    std::unordered_map<std::string, std::vector<std::string>> names; // by their folded form
+    std::uint64_t learnt = 0; // value of Image::namesMade up to which the names are included
+    std::unordered_map<std::string, std::vector<std::string>> names; // the names by their folded form
 
     void add(const std::string& name) {
         std::vector<std::string>& same = names[fold(name)];
@@ -44,9 +44,9 @@ struct Known {
     }
 };
 
-// The last used one first.
+// Returns the cache of a folder. The list is sorted by last use, the latest first.
 Known& known(const Image& image, Folder folder) {
-    // Never destroyed: threads may still ask while the process ends.
+    // Never destroyed: threads may still use it while the process ends.
     static auto& folders = *new std::list<Known>;
     const auto found = std::find_if(folders.begin(), folders.end(),
                                     [&](const Known& each) { return each.image == &image && each.folder == folder; });
@@ -66,6 +66,7 @@ Known& known(const Image& image, Folder folder) {
 std::vector<std::string> alike(const Image& image, const std::string& hostPath, Folder folder, std::string_view name) {
     Known& names = known(image, folder);
     const std::int64_t now = host::monotonicNanoseconds();
+    // The ring of new names may have lost entries since the last search; then only the folder itself is complete.
     if (image.namesMade - names.learnt > maxMadeNames || now - names.readAt > trusted) {
         names.read(hostPath);
         names.readAt = now;
@@ -87,11 +88,11 @@ void made(Image& image, Folder folder, std::string_view name) {
     record.device = folder.device;
     record.inode = folder.inode;
     copyText(record.name, name);
-    ++image.namesMade; // last: the process may be killed at any time
+    ++image.namesMade; // last, so that a process that is killed here leaves a complete record
 }
 
 void changed(Image& image) {
-    image.namesMade += maxMadeNames + 1; // more than anybody can learn
+    image.namesMade += maxMadeNames + 1; // more than the ring holds, so that every cache reads its folder
 }
 
 } // namespace panel::names

@@ -1,9 +1,12 @@
-// Finds names in a host's folder without their case, at a cost that does not grow with the folder.
+// Finds names in a host folder case-insensitively. The cost of a search does not grow with the folder.
 //
-// Each process keeps the names of the folders that it last searched. What programs of the panel have made since, it
-// learns from the kernel file, at once; what a person has put into the folder, as it reads the folder again, half a
-// real second later at the latest. Names that have gone are kept until then. What takes an image wants the panel's
-// lock.
+// Each process caches the names of the 16 folders that it used last. A cached name may no longer exist. The cache
+// learns of new names in two ways:
+// - If a program of the panel creates a name, `made` records it in the kernel file. All processes see it at once.
+// - If a person creates a name on the host, the cache finds it when it reads the folder again, at most half a second of
+//   real time later.
+//
+// Functions that take an image need the kernel's lock.
 #pragma once
 
 #include "platform/panel/kernel/Image.h"
@@ -14,24 +17,25 @@
 
 namespace panel::names {
 
-struct Folder { // its identity on the host
+// A folder's identity on the host.
+struct Folder {
     std::uint64_t device = 0;
     std::uint64_t inode = 0;
 
     bool operator==(const Folder&) const = default;
 };
 
-// The folder's names that differ from this one in their case alone, or not at all. Some may have gone.
+// Returns the names in the folder that equal `name` case-insensitively. Some of them may no longer exist.
 std::vector<std::string> alike(const Image& image, const std::string& hostPath, Folder folder, std::string_view name);
 
-// The same without a panel that is on, hence without the lock: reads the folder.
+// Does the same without a panel that is on: reads the folder each time and needs no lock.
 std::vector<std::string> alike(const std::string& hostPath, std::string_view name);
 
-// Tells every process of a name that a program is about to make: a new file or folder, or a new name of one. If it
-// comes to nothing, no harm is done.
+// Records a name that a program is about to create, be it by creation or by renaming. A name that is not created after
+// all does no harm.
 void made(Image& image, Folder folder, std::string_view name);
 
-// Folders have changed otherwise: each process reads them again.
+// Makes every process read its cached folders again. Call it after other changes of folders, such as plugging a disk.
 void changed(Image& image);
 
 } // namespace panel::names

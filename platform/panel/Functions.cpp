@@ -7,7 +7,7 @@ namespace panel {
 
 namespace {
 
-// What is on the list is declared, and lets no exception out.
+// Checks that every listed function is declared and noexcept.
 #define COREDLL(name, how, failure, lastError) COREDLL_SURE(name, how)
 #define COREDLL_SURE(name, how) static_assert(isPlatformFunction(&::name));
 template<class Result, class... Arguments>

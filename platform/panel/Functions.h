@@ -1,5 +1,5 @@
-// The API's functions by number, with what each answers when it fails: the list of platform/include, as a table; and
-// those of the tag library.
+// The table of all platform functions, made from coredll.inc and tagUserAPI.inc. Each function has a number, a name and
+// the result of its failing call.
 #pragma once
 
 #include <cstdint>
@@ -8,6 +8,7 @@
 
 namespace panel {
 
+// The functions by number.
 enum class Function : std::uint32_t {
 #define COREDLL(name, how, failure, lastError) name,
 #define COREDLL_SURE(name, how) name,
@@ -19,14 +20,17 @@ enum class Function : std::uint32_t {
 
 inline constexpr auto functionCount = static_cast<std::size_t>(Function::count);
 
+// A line of the table.
 struct FunctionFacts {
     std::string_view name;
     bool canFail;
-    std::int64_t failure; // the result of a failing call
-    std::uint32_t lastError;
+    std::int64_t failure; // result of a failing call
+    std::uint32_t lastError; // last error after a failing call
 };
 
+// Returns the line of a function.
 const FunctionFacts& facts(Function function);
-std::optional<Function> functionNamed(std::string_view name); // exact case
+// Finds a function by name, case-sensitively.
+std::optional<Function> functionNamed(std::string_view name);
 
 } // namespace panel

@@ -15,6 +15,7 @@ namespace trace {
 
 namespace {
 
+// A line of the trace must stay one line.
 std::string oneLine(std::string text) {
     for (std::size_t at = 0; (at = text.find('\n', at)) != std::string::npos; at += 2)
         text.replace(at, 1, "\\n");
@@ -69,6 +70,7 @@ Gate::Gate(Function called, Plain)
       call{called, ++thread.calls[static_cast<std::size_t>(called)], {}, currentCall},
       tracing(runtime.image().tracing.load(std::memory_order_relaxed)) {
     currentCall = &call;
+    // The counters are read without the lock: a program without faults and trace must not pay for it.
     if (runtime.image().faultCount.load(std::memory_order_relaxed))
         applyFaults();
     if (tracing) {
@@ -93,10 +95,10 @@ void Gate::applyFaults() {
         if (fault.action == FaultAction::cut && !self.driver) {
             processes::killAll(panel);
             panel.on = 0;
-            scheduler::step(panel); // who lets time pass hears of it
+            scheduler::step(panel); // a driver that waits for time sees the power cut
             lock.release();
             scheduler::deliverWakes(panel);
-            raise(SIGKILL);
+            raise(SIGKILL); // killAll spares the calling process: it must release the lock first
         }
         if (fault.action == FaultAction::fail) {
             faultHit = true;

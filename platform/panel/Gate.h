@@ -1,5 +1,7 @@
-// The gate that every API function passes on entry and exit: it counts the call, applies the faults that were asked
-// for, writes the trace, and wakes whom the call has released.
+// The gate: an object that every API function of the simulated panel creates first.
+//
+// The constructor counts the call and applies the injected faults. The destructor writes the line of the trace and
+// wakes the threads that the call has released. A function looks like this:
 //
 //     BOOL ReleaseMutex(HANDLE mutex) noexcept {
 //         Gate gate(Function::ReleaseMutex, mutex);
@@ -7,6 +9,9 @@
 //             return gate.fault<BOOL>();
 //         ...
 //         return gate.fails(FALSE, ERROR_NOT_OWNER);   or   return gate.done(TRUE);
+//
+// The gate must be declared before any Lock of the function: locks are then released before the destructor runs. A gate
+// lives on the stack of the calling thread; calls nest when a callback of the program calls the API.
 #pragma once
 
 #include "platform/panel/Functions.h"
@@ -21,26 +26,29 @@
 
 namespace panel {
 
+// Formats arguments and results for the trace. Each function appends to `text`.
 namespace trace {
 
-void add(std::string& text, std::int64_t value);
-void add(std::string& text, const wchar_t* value); // in quotes
-void addHandle(std::string& text, std::uintptr_t value);
-void addHex(std::string& text, std::uint64_t value);
-void addBytes(std::string& text, const void* bytes, std::size_t count); // the first 64
+void add(std::string& text, std::int64_t value); // decimal
+void add(std::string& text, const wchar_t* value); // in quotes; "null" for a null pointer
+void addHandle(std::string& text, std::uintptr_t value); // hexadecimal; "null" for 0 and "-1" for all bits set
+void addHex(std::string& text, std::uint64_t value); // hexadecimal with "0x"
+void addBytes(std::string& text, const void* bytes, std::size_t count); // the first 64 bytes, in braces
 
-struct Hex { // a number that is read better in hexadecimal
+// Wrappers that choose the format of an argument.
+struct Hex { // a number in hexadecimal
     std::uint64_t value;
 };
-struct Word { // as it is, without quotes
+struct Word { // a text without quotes
     std::string text;
 };
 
-struct Bytes { // what a buffer holds
+struct Bytes { // the content of a buffer
     const void* at;
     std::size_t count;
 };
 
+// Appends a value in the format that its type asks for.
 template<class Value>
 void addAny(std::string& text, const Value& value) {
     if constexpr (std::is_same_v<Value, Hex>)
@@ -61,6 +69,7 @@ void addAny(std::string& text, const Value& value) {
 
 class Gate {
 public:
+    // `arguments` are the call's arguments as the trace shows them.
     template<class... Arguments>
     explicit Gate(Function called, const Arguments&... arguments) : Gate(called, Plain{}) {
         (shows(arguments), ...);
@@ -69,10 +78,12 @@ public:
     Gate(const Gate&) = delete;
     Gate& operator=(const Gate&) = delete;
 
-    // A fault was asked for here: the call must have no effect and answer fault().
+    // Returns whether a fault makes this call fail. The function must then return fault() and change nothing.
     bool faulted() const {
         return faultHit;
     }
+    // Sets the last error of the injected failure and returns its result: the fault's own answer, or the failure from
+    // coredll.inc.
     template<class Result>
     Result fault() {
         const FunctionFacts& known = facts(call.function);
@@ -84,33 +95,34 @@ public:
             return done(static_cast<Result>(failure.value_or(known.failure)));
     }
 
-    // The call's result; for pointers the handle's number is what the trace shows.
+    // Notes the call's result for the trace and returns it. The trace shows a pointer as the number of a handle.
     template<class Result>
     Result done(Result value) {
         if (tracing)
             trace::addAny(result, value);
         return value;
     }
-    // The same; the trace shows something that does not differ from run to run.
+    // Returns `value`, but the trace shows `shown`. Use it for a result that differs from run to run, like an address.
     template<class Result, class Shown>
     Result doneAs(Result value, const Shown& shown) {
         static_cast<void>(done(shown));
         return value;
     }
+    // Sets the last error, notes a failure and returns `value`.
     template<class Result>
     Result fails(Result value, DWORD error) {
         thread.lastError = error;
         note("error " + std::to_string(error));
         return done(value);
     }
-    // A further argument that is known only now.
+    // Adds an argument to the line of the trace, for example data that the call has read.
     template<class Value>
     void shows(const Value& value) {
         if (!call.arguments.empty())
             call.arguments += ", ";
         trace::addAny(call.arguments, value);
     }
-    // Something else to tell of the call, behind its result.
+    // Adds a remark behind the result in the line of the trace.
     void note(const std::string& what) {
         if (tracing)
             notes += ' ' + what;
@@ -119,16 +131,18 @@ public:
     Image& image() {
         return runtime.image();
     }
+    // The calling thread's slot.
     Slot slot() const {
         return thread.slot;
     }
+    // The calling process's slot.
     Slot process() const {
         return runtime.process();
     }
     void setLastError(DWORD error) {
         thread.lastError = error;
     }
-    // Wakes whom the call has released so far: before a callback of the program runs inside the call.
+    // Wakes the threads that the call has released so far. Call it before a callback of the program runs.
     void deliverWakes();
 
     Runtime& runtime;
@@ -142,10 +156,10 @@ private:
     PlatformCall call;
     bool tracing;
     bool faultHit = false;
-    std::optional<std::int64_t> failure; // asked for instead of the list's
-    std::uint64_t begun = 0; // panel time
+    std::optional<std::int64_t> failure; // the fault's own answer, which replaces the failure from coredll.inc
+    std::uint64_t begun = 0; // panel time in ms at the start of the call
     std::string result;
-    std::string notes; // behind the result
+    std::string notes; // remarks behind the result
 };
 
 } // namespace panel

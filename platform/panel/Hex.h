@@ -1,4 +1,4 @@
-// Bytes as people write them: "02 04".
+// Converts bytes to and from hexadecimal text: "02 04".
 #pragma once
 
 #include <string>
@@ -6,8 +6,9 @@
 
 namespace panel {
 
-std::string formatHex(std::string_view bytes); // sixteen in a line, each line ended
-// Between the bytes there may be blanks and line ends. Throws std::runtime_error with a text for people.
+// Formats bytes, sixteen per line. Each line ends with a line end.
+std::string formatHex(std::string_view bytes);
+// Reads bytes. Blanks and line ends may separate them. Throws std::runtime_error with a text for people.
 std::string parseHex(std::string_view text);
 
 } // namespace panel

@@ -1,4 +1,4 @@
-// Changing a panel from outside of it, whether it is on or off.
+// Guards for code that changes a panel from outside, whether the panel is on or off.
 #pragma once
 
 #include "platform/panel/Runtime.h"
@@ -15,9 +15,11 @@
 
 namespace panel {
 
-// The mapped kernel file of a panel; no image if it is off.
+// Maps the kernel file of a panel while the object lives. `image` is null if the panel has no valid kernel file. A
+// panel that was switched off keeps its kernel file until the next boot: check `image->on` too.
 class Mapping {
 public:
+    // Throws std::runtime_error if the file is damaged or cannot be opened (Runtime.h).
     explicit Mapping(const std::filesystem::path& root) : image(mapImage((root / "run/kernel").string())) {}
     ~Mapping() {
         if (image)
@@ -29,10 +31,12 @@ public:
     Image* const image;
 };
 
-// While it lives, other commands that change the panel as a whole wait. `atMost`: real ms after which it goes on
-// without their consent; 0: it does not.
+// A lock among the commands that change the panel as a whole (boot, off, plug, ...). It is an flock of the panel's
+// directory, so the host releases it when the process dies.
 class Change {
 public:
+    // Waits for the lock. `atMost` is a time-out in real ms: when it passes, the object goes on without the lock. With
+    // 0 the limit of `--patience` applies (Patience.h), which ends the process.
     explicit Change(const std::filesystem::path& root, std::uint32_t atMost = 0)
         : directory(open(root.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
         const std::uint32_t limit = atMost ? atMost : patience::limit.milliseconds;
@@ -54,12 +58,13 @@ public:
     Change& operator=(const Change&) = delete;
 
 private:
-    static constexpr std::uint32_t glance = 50; // real ms
+    static constexpr std::uint32_t glance = 50; // real ms between two attempts
     int directory;
     std::uint32_t waited = 0;
 };
 
-// A change of what programs of the panel may be using: with the kernel file's lock, if the panel is on.
+// A Change of state that programs of the panel use too. If the panel has a kernel file, the object also holds the
+// kernel's lock and wakes the released threads at its end.
 class LockedChange {
 public:
     explicit LockedChange(const std::filesystem::path& root) : change(root), mapping(root) {
@@ -74,7 +79,7 @@ public:
     LockedChange(const LockedChange&) = delete;
     LockedChange& operator=(const LockedChange&) = delete;
 
-    Image* image() { // null: it is off
+    Image* image() { // null if the panel has no valid kernel file
         return mapping.image;
     }
 

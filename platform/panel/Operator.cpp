@@ -19,7 +19,7 @@ namespace {
 
 struct Event {
     UINT message;
-    WPARAM buttons; // that are down then
+    WPARAM buttons; // wParam of the message: the buttons that are down
     const char* name;
 };
 
@@ -40,6 +40,7 @@ std::vector<Event> eventsOf(const Touch& touch) {
     return {{WM_MOUSEMOVE, 0, "move"}};
 }
 
+// Calls the hook procedure, if a hook is installed, and waits for its result.
 Landing::Kind askHook(Call& call, const Event& event, std::int32_t x, std::int32_t y, std::uint32_t limit) {
     const Slot hooked = call.image.mouseHook.thread;
     if (!hooked)
@@ -62,6 +63,7 @@ std::uint32_t windowAt(Image& image, std::int32_t x, std::int32_t y) {
     return window ? messages::numberOf(image, *window) : 0;
 }
 
+// Posts a mouse event with the coordinates relative to the window.
 void post(Image& image, std::uint32_t number, const Event& event, std::int32_t x, std::int32_t y) {
     const WindowRecord* window = messages::window(image, number);
     if (!window)
@@ -95,6 +97,7 @@ Landing touch(const Touch& touch) {
             return {kind, {}, {}};
         if (first) {
             landing.kind = kind;
+            // Looked up after the hook: its procedure may have changed the windows.
             target = windowAt(image, x, y);
             if (const WindowRecord* window = messages::window(image, target)) {
                 const Slot owner = scheduler::at(image, window->thread).process;

@@ -1,5 +1,6 @@
 #include "platform/panel/Panel.h"
 
+#include "platform/panel/Json.h"
 #include "platform/panel/Mapping.h"
 #include "platform/panel/Text.h"
 #include "platform/panel/kernel/Activity.h"
@@ -7,8 +8,6 @@
 #include "platform/panel/kernel/Host.h"
 #include "platform/panel/kernel/Processes.h"
 #include "platform/panel/kernel/Soundness.h"
-
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cerrno>
@@ -25,24 +24,25 @@
 namespace panel {
 
 namespace fs = std::filesystem;
-using Json = nlohmann::json;
 
 namespace {
 
-constexpr std::uint32_t lockPatience = 2000; // real ms; a program that was stopped may hold the lock for ever
+constexpr std::uint32_t lockPatience = 2000; // real ms; a stopped program may hold the lock for ever
 
 Json readJson(const fs::path& path) {
-    Json json = Json::parse(host::readFile(path.string()), nullptr, false);
-    if (json.is_discarded())
+    const std::string text = host::readFile(path.string());
+    try {
+        return parseJson(text);
+    } catch (const std::exception&) {
         throw std::runtime_error("not readable as JSON: " + path.string());
-    return json;
+    }
 }
 
 void writeJson(const fs::path& path, const Json& json) {
-    host::writeFile(path.string(), json.dump(2) + '\n');
+    host::writeFile(path.string(), jsonText(json) + '\n');
 }
 
-// From the machine's own list: the loader is linked statically, and getpwuid needs shared libraries.
+// Reads /etc/passwd itself, since getpwuid needs shared libraries and the loader is linked statically.
 std::string userName(uid_t id) {
     std::string name = "user " + std::to_string(id);
     if (std::FILE* const users = std::fopen("/etc/passwd", "re")) {
@@ -66,9 +66,9 @@ bool isEmptyOrMissing(const fs::path& directory) {
 
 Panel Panel::create(const fs::path& directory, const PanelOptions& options) {
     if (!isEmptyOrMissing(directory))
-        throw std::runtime_error("there is something already: " + directory.string() + " (choose another directory)");
+        throw std::runtime_error("the directory is not empty: " + directory.string() + " (choose another directory)");
     for (const std::string& device : options.without)
-        Devices::facts(device); // throws for an unknown one, before anything is made
+        Devices::facts(device); // throws for an unknown device before any file is created
     const bool existed = fs::exists(directory);
     try {
         fs::create_directories(directory);
@@ -82,7 +82,7 @@ Panel Panel::create(const fs::path& directory, const PanelOptions& options) {
                 fs::remove_all(entry, ignored);
         else
             fs::remove_all(directory, ignored);
-        throw std::runtime_error("cannot make a panel in " + directory.string() + ": " + error.what());
+        throw std::runtime_error("cannot create a panel in " + directory.string() + ": " + error.what());
     }
 }
 
@@ -179,12 +179,12 @@ void Panel::boot(const BootOptions& options) {
     const Change change(root);
     std::int64_t date = readJson(root / "devices/panel.json").at("date");
     {
-        const Mapping former(root); // a panel whose power was cut by a fault has not stored its date
+        const Mapping former(root); // after a power cut by a fault the date is only in the kernel file
         if (former.image && former.image->on)
             throw std::runtime_error("the panel is on already (panel off switches it off)");
         if (former.image) {
             date = std::max(date, clock::date(*former.image));
-            processes::killOnHost(*former.image); // of a switching off that was itself killed
+            processes::killOnHost(*former.image); // programs remain if `panel off` was killed
         }
     }
     registry::fallBack(root);
@@ -193,7 +193,8 @@ void Panel::boot(const BootOptions& options) {
     fs::create_directories(root / "run/output");
     const std::string fresh = (root / "run/kernel.new").string();
     const int file = open(fresh.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
-    const int error = file < 0 ? errno : posix_fallocate(file, 0, sizeof(Image)); // no write to it may fail later
+    // Allocated in full, so that no later write to the mapping can fail on a full disk.
+    const int error = file < 0 ? errno : posix_fallocate(file, 0, sizeof(Image));
     void* address = error ? MAP_FAILED : mmap(nullptr, sizeof(Image), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
     if (file >= 0)
         close(file);
@@ -205,11 +206,12 @@ void Panel::boot(const BootOptions& options) {
     auto* image = static_cast<Image*>(address);
     initialise(*image, options, date);
     unmapImage(image);
+    // The rename comes last: other processes see either no kernel file or a complete one.
     fs::rename(fresh, root / "run/kernel");
 }
 
-// A kernel file that cannot be trusted, or whose lock somebody does not let go, is removed: programs that still run
-// hear of that, and end.
+// Removes a kernel file that is damaged or whose lock is stuck. The watchers of programs that still run see that, and
+// end their programs.
 void Panel::stop(void (*settleRegistry)(const fs::path&), const char* whatFails) {
     const Change change(root, lockPatience);
     Image* image = nullptr;
@@ -229,7 +231,7 @@ void Panel::stop(void (*settleRegistry)(const fs::path&), const char* whatFails)
             image->on = 0;
             processes::killAll(*image);
             date = clock::date(*image);
-            scheduler::step(*image); // who lets time pass hears of it
+            scheduler::step(*image); // a driver that waits for time sees that the panel is off
         } else {
             processes::killOnHost(*image);
         }
@@ -240,6 +242,7 @@ void Panel::stop(void (*settleRegistry)(const fs::path&), const char* whatFails)
         fs::remove_all(kernelFile(root));
     if (image)
         unmapImage(image);
+    // The panel is off from here on. Each failure is collected, so that one does not prevent the next step.
     std::string lost = sound ? "" : ": the clock's date is lost";
     const auto keep = [&](const char* what, const std::function<void()>& store) {
         try {
@@ -252,11 +255,11 @@ void Panel::stop(void (*settleRegistry)(const fs::path&), const char* whatFails)
     if (sound)
         keep("the clock's date is lost", [&] { saveDate(date); });
     if (!lost.empty())
-        throw std::runtime_error("the panel is off, but not in order" + lost);
+        throw std::runtime_error("the panel is off, but the shutdown was not clean" + lost);
 }
 
 void Panel::off() {
-    stop(registry::flushAll, "what the registry has not flushed is lost");
+    stop(registry::flushAll, "unflushed registry changes are lost");
 }
 
 void Panel::cut() {
@@ -266,7 +269,7 @@ void Panel::cut() {
 registry::Tree Panel::registry(registry::Copy copy) const {
     const Mapping kernel(root);
     if (!kernel.image || !kernel.image->on)
-        return registry::load(root, registry::Copy::flash); // of a power cut by a fault nobody was told
+        return registry::load(root, registry::Copy::flash); // now.json is stale after a power cut by a fault
     const Lock lock(*kernel.image);
     return registry::load(root, copy);
 }

@@ -1,10 +1,11 @@
-// A simulated panel: a directory, and what can be done with its power and its disks.
+// A simulated panel: a directory with everything that a panel stores. The class creates panels and switches their
+// power.
 //
 //     fs/        the panel's file system
-//     devices/   panel.json: screen size and the calendar clock's date; disks.json: what is plugged (Disks.h);
-//                the devices (Devices.h)
-//     registry/  what the registry holds, and what would be left of it after a power cut (Registry.h)
-//     run/       what a power cycle forgets: kernel, trace, output/ (what programs print)
+//     devices/   panel.json: screen size and date of the calendar clock; disks.json: the plugged disks (Disks.h);
+//                one file per device (Devices.h)
+//     registry/  the current registry, and its copy in flash, which survives a power cut (Registry.h)
+//     run/       state that a power cycle clears: the kernel file, the trace, output/ (the output of programs)
 //
 // All failures are std::runtime_error with a text for people.
 #pragma once
@@ -23,33 +24,37 @@
 
 namespace panel {
 
+// The facts of a new panel.
 struct PanelOptions {
     std::uint32_t screenWidth = 800; // pixels
     std::uint32_t screenHeight = 480;
-    std::int64_t date = -1; // ms since 1970 UTC; below 0: the host's
-    std::string version = "2.15"; // of the platform: HKEY_LOCAL_MACHINE\ORVA, "Version"
-    std::string name = "Panel"; // HKEY_LOCAL_MACHINE\Ident, "Name"
-    std::vector<std::string> without; // the devices that it lacks, of knownDevices()
-    std::uint16_t model = 1026; // the model code, tag 18
+    std::int64_t date = -1; // date of the calendar clock in ms since 1970 UTC; below 0: the host's date
+    std::string version = "2.15"; // platform version: HKEY_LOCAL_MACHINE\ORVA, "Version"
+    std::string name = "Panel"; // device name: HKEY_LOCAL_MACHINE\Ident, "Name"
+    std::vector<std::string> without; // names of knownDevices() that the panel lacks
+    std::uint16_t model = 1026; // model code: tag 18
     std::string guid = std::string("\x00\x11\x22\x33\x44\x55\x66\x77\x88\x99\xaa\xbb\xcc\xdd\xee\xff", 16); // tag 48
 };
 
+// The clock of a booting panel.
 struct BootOptions {
     ClockMode mode = ClockMode::flowing;
-    double factor = 1; // flowing: panel seconds in a real second, 0.001 to 100000
-    std::uint32_t ticks = 0; // the tick count at boot, ms
+    double factor = 1; // flowing mode: panel seconds per real second, 0.001 to 100000
+    std::uint32_t ticks = 0; // tick count at boot in ms
 };
 
+// A panel by its directory. Any number of objects and processes may use the same directory.
 class Panel {
 public:
-    // Makes the directory; it must not exist yet, or be empty. A failure leaves nothing behind.
+    // Creates a panel. The directory must be empty or not exist. A failure leaves nothing behind.
     static Panel create(const std::filesystem::path& directory, const PanelOptions& options);
-    explicit Panel(const std::filesystem::path& directory); // of an existing panel
+    // Opens an existing panel. Throws if the directory is not a panel.
+    explicit Panel(const std::filesystem::path& directory);
 
     const std::filesystem::path& directory() const {
         return root;
     }
-    // Where a panel path lies on the host; names as they are written.
+    // Returns the host path of a panel path. Names keep their case: the file system is not searched.
     std::filesystem::path hostPath(std::string_view panelPath) const;
 
     Devices devices() const {
@@ -59,32 +64,38 @@ public:
         return Disks(root);
     }
 
-    // Fails, and says whom to ask, when another user has booted it.
+    // Throws if another user has booted the panel. The text names that user.
     void checkOwner() const;
 
-    PanelOptions options() const; // screen and date, as of the last switching off
+    // Returns the screen size and the date of the last shutdown. The other fields keep their defaults.
+    PanelOptions options() const;
+    // Returns whether the panel has power.
     bool isOn() const;
+    // Switches the panel on. Driver::startInit then starts the programs of the registry.
     void boot(const BootOptions& options);
-    // Both end all programs at once; fs/ and devices/ stay, run/ is cleared by the next boot. A failure to store
-    // something says that the panel is off all the same.
+    // Shuts the panel down cleanly: ends all programs at once and flushes the registry. fs/ and devices/ stay; the next
+    // boot clears run/. If something cannot be stored, the panel is off nevertheless, and the exception's text says so.
     void off();
-    void cut(); // the registry falls back to what was flushed
+    // Cuts the power: like `off`, but the registry falls back to its flushed state.
+    void cut();
 
+    // Reads the registry. While the panel is off, both copies are the one in flash.
     registry::Tree registry(registry::Copy copy) const;
-    // Under the kernel's lock; `flushed`: flash has it too. Off, both copies are the same.
+    // Changes the registry under the kernel's lock. With `flushed` the copy in flash changes too. While the panel is
+    // off, both copies change.
     void changeRegistry(const std::function<void(registry::Tree&)>& change, bool flushed);
 
-    // Its partitions' folders appear as volumes, and programs hear of it; the device that it got ("DSK1:").
+    // Plugs a disk at the panel's current date (Disks::plug). Returns the device name, "DSK1:".
     std::string plug(Disk disk);
 
 private:
-    struct Fresh { // an empty directory
+    struct Fresh { // marks the constructor for a directory that is not a panel yet
         std::filesystem::path directory;
     };
     explicit Panel(const Fresh& fresh);
-    void fill(const PanelOptions& options) const; // a new panel's directory
+    void fill(const PanelOptions& options) const; // writes the files of a new panel
     void stop(void (*settleRegistry)(const std::filesystem::path&), const char* whatFails);
-    std::int64_t currentDate() const; // ms since 1970 UTC, on the panel
+    std::int64_t currentDate() const; // the panel's date in ms since 1970 UTC
     void saveDate(std::int64_t date) const;
     void initialise(Image& image, const BootOptions& options, std::int64_t date) const;
 

@@ -74,7 +74,7 @@ Place locateWith(const Image* image, const std::string& root, std::string_view p
 } // namespace
 
 bool statusOf(const std::string& hostPath, bool top, struct stat& status) {
-    // Only a top folder may be a link, to a folder plugged in place: others could lead out of the panel.
+    // A top folder may be a link: a disk that was plugged in place. Any other link could lead out of the panel.
     return (top ? stat(hostPath.c_str(), &status) : lstat(hostPath.c_str(), &status)) == 0 &&
            (S_ISREG(status.st_mode) || S_ISDIR(status.st_mode));
 }
@@ -109,14 +109,14 @@ bool matches(std::string_view pattern, std::string_view name) {
         return false;
     std::size_t at = 0;
     std::size_t in = 0;
-    std::size_t star = std::string::npos; // where to go back to, and how far the star has eaten
+    std::size_t star = std::string::npos; // position of the last star, and the end of the text that it matches so far
     std::size_t eaten = 0;
     while (at < text.size()) {
         if (in < wanted.size() && wanted[in] == '*') {
             star = in++;
             eaten = at;
         } else if (in < wanted.size() && (wanted[in] == '?' || wanted[in] == text[at])) {
-            // a multi-byte character counts as one for "?"
+            // "?" matches a whole character, which may have several bytes
             ++at;
             while (wanted[in] == '?' && at < text.size() && (text[at] & 0xC0) == 0x80)
                 ++at;

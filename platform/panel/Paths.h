@@ -1,8 +1,8 @@
-// Paths of the panel and where they lie on the host.
+// Translates panel paths to host paths.
 //
-// A panel path has backslashes, with or without a leading one, no drive, no "." and ".."; names are case-blind and
-// case-keeping. The top folders that are volumes of their own (persistent storage, flash, plugged disks) are listed in
-// the kernel file.
+// A panel path has backslashes, an optional leading backslash, no drive, no "." and no "..". Names are case-insensitive
+// and case-preserving. The kernel file lists the top folders that are volumes (persistent storage, flash, plugged
+// disks). The error numbers here are those of <windows.h>.
 #pragma once
 
 #include "platform/panel/FolderNames.h"
@@ -14,13 +14,16 @@
 
 namespace panel {
 
+// The place of a panel path on the host.
 struct Place {
-    std::string host; // where it lies, or would lie
-    names::Folder folder; // in which of the host's
+    std::string host; // host path of the file, or of the file that would be created
+    names::Folder folder; // the host folder that holds it
     bool exists = false;
-    std::uint32_t error = 0; // why not: ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND, ERROR_INVALID_NAME, ...
-    struct stat status {}; // if it exists
+    // The reason if it does not exist: ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND, ERROR_INVALID_NAME, ...
+    std::uint32_t error = 0;
+    struct stat status {}; // valid if it exists
 
+    // An existing folder; an existing file; an existing file without write permission.
     bool isDirectory() const {
         return exists && S_ISDIR(status.st_mode);
     }
@@ -30,35 +33,38 @@ struct Place {
     bool isReadOnly() const {
         return isFile() && !(status.st_mode & S_IWUSR);
     }
-    // A file may be made here: the folder above exists, and the name is one.
+    // Returns whether a file can be created here: the folder exists, the name is valid and not taken.
     bool canBeMade() const {
         return !exists && error == 2;
     }
 };
 
-// `root`: the panel's directory. With the image it wants the lock; without, it reads every folder in which it does not
-// find the exact name.
+// Looks a panel path up. `root` is the panel's directory. The first form needs the kernel's lock. The second form needs
+// no panel that is on, and reads each folder in which it does not find the exact name.
 Place locate(const Image& image, const std::string& root, std::string_view panelPath);
 Place locate(const std::string& root, std::string_view panelPath);
 
-// Tells every process of the name that a program is about to make here. Wants the lock.
+// Tells every process the name that a program is about to create here. Needs the kernel's lock.
 inline void nameMade(Image& image, const Place& place) {
     names::made(image, place.folder, std::string_view(place.host).substr(place.host.rfind('/') + 1));
 }
 
-// What the panel sees of a host's file: a file or folder, no link. `top`: directly in the panel's root.
+// Reads the status of a host file as the panel sees it. Returns false for a missing file, and for anything else than a
+// file or folder. A link counts only if `top` is true (the file lies directly in the panel's root): a disk that was
+// plugged in place.
 bool statusOf(const std::string& hostPath, bool top, struct stat& status);
 
-// The name of the volume that the path lies on, as the kernel file has it; empty: the panel's own object store.
+// Returns the name of the volume that holds the path. An empty name stands for the panel's object store.
 std::string volumeOf(const Image& image, std::string_view panelPath);
 
-// Whether the path lies on the flash volume, or is it; and whether that must not be changed now.
+// Returns whether the path is the flash volume or lies on it.
 bool isOnFlash(std::string_view panelPath);
+// Returns whether the path is write-protected now.
 inline bool isProtected(const Image& image, std::string_view panelPath) {
     return !image.flashWritable && isOnFlash(panelPath);
 }
 
-// Whether a name matches a pattern of "*" and "?"; "*.*" matches everything, an empty pattern nothing.
+// Returns whether a name matches a pattern with "*" and "?". "*.*" matches every name; an empty pattern matches none.
 bool matches(std::string_view pattern, std::string_view name);
 
 } // namespace panel

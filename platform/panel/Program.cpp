@@ -25,7 +25,7 @@ namespace panel {
 
 namespace {
 
-constexpr int programDescriptor = 3; // the program's file in the new process
+constexpr int programDescriptor = 3; // descriptor of the program's file in the new process
 constexpr const char* programPath = "/proc/self/fd/3";
 
 template<class Record>
@@ -33,7 +33,7 @@ bool readAt(int file, std::uint64_t offset, Record& record) {
     return pread(file, &record, sizeof record, static_cast<off_t>(offset)) == static_cast<ssize_t>(sizeof record);
 }
 
-// Whether the program has the section that Runtime.cpp puts into every program of the panel.
+// Returns whether the program has the section that Runtime.cpp puts into every program of the panel.
 bool hasMarker(int file) {
     Elf64_Ehdr header;
     Elf64_Shdr names;
@@ -50,8 +50,8 @@ bool hasMarker(int file) {
     return false;
 }
 
-// What a panel looks at before it makes a process: what it is for, and whether its sections are there. The rest shows
-// when it is loaded.
+// Checks the parts of the file that a panel checks before it creates a process: machine, subsystem and complete
+// sections. The loader checks the rest.
 bool isPanelExecutable(int file) {
     std::uint32_t header = 0;
     std::uint32_t signature = 0;
@@ -78,11 +78,11 @@ bool isPanelExecutable(int file) {
     return true;
 }
 
-// What the new process needs, made before the fork: after it, in a copy of a process that may have many threads, only
-// system calls are safe.
+// All data for the new process. It is prepared before the fork: the calling process may have many threads, so after the
+// fork only system calls are safe.
 struct Launch {
-    std::string interpreter; // what the host runs with the program's file; empty: that file itself
-    int file; // the program's file: by the time that it may begin, it may have another name
+    std::string interpreter; // host program that runs the file; empty: the file is run itself
+    int file; // descriptor of the file, which may be renamed before the program begins
     std::string output;
     std::vector<std::string> texts;
     std::vector<char*> arguments;
@@ -90,15 +90,17 @@ struct Launch {
     std::atomic<std::uint32_t>* released;
     ProcessRecord* record;
     pid_t starter;
-    bool closesFile; // the program does without it once it runs
-    bool watch; // stay, and do for a program what it cannot do itself: note its exit code, end it when it must end
-    const std::string& root; // the panel's
+    bool closesFile; // the program does not need the descriptor once it runs
+    bool watch; // keep this process as the parent of a program that does not take part in the panel's clock
+    const std::string& root; // the panel's directory
     std::uint64_t kernelDevice;
     std::uint64_t kernelInode;
-    pid_t owner; // the host process whose end ends it; 0: none
+    pid_t owner; // host process with whose end the program ends; 0: no owner
 };
 
+// Waits until the starter lets the process begin, or has died.
 void waitForRelease(const Launch& launch) {
+    // The time-out notices a dead starter, which can no longer wake this process.
     timespec moment{0, 100000000};
     while (launch.released->load(std::memory_order_acquire) == 0 && getppid() == launch.starter)
         syscall(SYS_futex, launch.released, FUTEX_WAIT, 0, &moment, nullptr, 0);
@@ -110,7 +112,9 @@ void execute(const Launch& launch) {
     _exit(127);
 }
 
-// Until the program ends by itself, and its exit code is noted; or this kills all that it has started, and itself.
+// Runs in the parent of a program that does not take part in the panel's clock, and does for it what it cannot do
+// itself. It records the exit code when the program ends. It kills the program's whole process group, including itself,
+// when the panel or the owner is gone.
 [[noreturn]] void watchOver(pid_t program, const Launch& launch) {
     const KernelAlarm alarm(launch.root.c_str(), launch.kernelDevice, launch.kernelInode);
     pollfd entries[] = {{host::openProcess(program), POLLIN, 0},
@@ -130,7 +134,7 @@ void execute(const Launch& launch) {
 }
 
 [[noreturn]] void becomeProgram(const Launch& launch) {
-    setsid();
+    setsid(); // a group of its own, so that it can be killed with its children
     const int output = open(launch.output.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644);
     const int input = open("/dev/null", O_RDONLY);
     dup2(input, 0);
@@ -151,7 +155,7 @@ void execute(const Launch& launch) {
     _exit(127);
 }
 
-// The panel executable is run by the loader, which the host's emulator runs.
+// The loader runs a panel executable; the host's emulator runs the loader.
 constexpr const char* emulator = "/usr/bin/qemu-arm-static";
 
 const char* loaderPath() {
@@ -159,6 +163,7 @@ const char* loaderPath() {
     return named ? named : PANEL_LOADER;
 }
 
+// Splits a command line at blanks, with quotes around words that contain blanks.
 void addWords(std::vector<std::string>& words, const std::string& text) {
     std::size_t at = 0;
     while ((at = text.find_first_not_of(' ', at)) != std::string::npos) {
@@ -237,14 +242,13 @@ bool canRun(const char* program) {
 
 std::string whyNot(ProgramKind kind) {
     if (kind == ProgramKind::none)
-        return "it is no program (a program for the panel's simulation, a panel executable, or a script that begins "
-               "with #!)";
+        return "it is not a program (a program of the simulation, a panel executable, or a script that begins with #!)";
     if (kind == ProgramKind::panelExecutable && !canRun(loaderPath()))
-        return std::string("it is a panel executable, and the loader that it takes is missing or no program: ") +
-               loaderPath() + " (cmake --preset loader && ninja -C build/loader makes it)";
+        return std::string("it is a panel executable, and its loader is missing or not executable: ") + loaderPath() +
+               " (cmake --preset loader && ninja -C build/loader builds it)";
     if (kind == ProgramKind::panelExecutable && !canRun(emulator))
-        return std::string("it is a panel executable, and the emulator that it takes is missing or no program: ") +
-               emulator + " (script/setup installs it)";
+        return std::string("it is a panel executable, and its emulator is missing or not executable: ") + emulator +
+               " (script/setup installs it)";
     return {};
 }
 
@@ -261,7 +265,7 @@ Started startProgram(Image& image, const std::string& root, const std::string& p
     const ProgramKind kind = kindOf(place.host);
     if (!whyNot(kind).empty())
         return {0, ERROR_BAD_EXE_FORMAT};
-    if (!(place.status.st_mode & S_IXUSR)) // the panel has no such attribute
+    if (!(place.status.st_mode & S_IXUSR)) // a panel has no attribute for executable files
         chmod(place.host.c_str(), place.status.st_mode | S_IXUSR | S_IXGRP | S_IXOTH);
     const Slot slot = processes::make(
         image, {full, commandLine, place.status.st_dev, place.status.st_ino, kind != ProgramKind::foreign}, starter);
@@ -278,6 +282,7 @@ Started startProgram(Image& image, const std::string& root, const std::string& p
         processes::end(image, slot, 0);
         return {0, ERROR_NOT_ENOUGH_MEMORY};
     }
+    // The pid comes last: a record without it counts as unfinished (processes::noticeDead).
     record.hostStart = host::startTime(pid);
     record.hostPid = pid;
     Watcher::announce(root);

@@ -1,4 +1,4 @@
-// Programs: what a file is, and how it is started on the panel.
+// Programs of the panel: recognises their files and starts them.
 #pragma once
 
 #include "platform/panel/Paths.h"
@@ -11,24 +11,26 @@ namespace panel {
 
 enum class ProgramKind {
     none, // not a program
-    native, // made for this machine, takes part in the panel's clock
-    panelExecutable, // a PE file for it, whole, which the loader runs: the same as on a real panel
-    foreign, // a script, or a program of the host: knows nothing of the panel and does not hold its time
+    native, // built for this machine with the simulation; takes part in the panel's clock
+    panelExecutable, // a complete PE file for the panel, as a real panel runs it; the loader executes it
+    foreign, // a script or another program of the host; panel time does not wait for it
 };
 
+// Returns the kind of a host file.
 ProgramKind kindOf(const std::string& hostPath);
 
-// For people: why this machine cannot run such a file; empty if it can. A panel executable takes an emulator, and the
-// loader of the build (or the one that PANEL_LOADER in the environment names).
+// Says why this machine cannot run a file of this kind; returns "" if it can. A panel executable needs the emulator
+// qemu-arm-static and the loader: the one of the build, or the file that PANEL_LOADER in the environment names.
 std::string whyNot(ProgramKind kind);
 
+// The result of a start: a process or an error.
 struct Started {
     Slot process = 0;
-    std::uint32_t error = 0; // a Windows error if process is 0
+    std::uint32_t error = 0; // the Windows error if process is 0
 };
 
-// Starts a program by its path on the panel. It stands still until the starting thread waits or ends. Wants the lock.
-// What it prints goes to run/output/NAME#START.
+// Starts a program by its panel path. The new process stands still until the starting thread waits or ends. Its output
+// goes to run/output/NAME#START. Needs the kernel's lock.
 Started startProgram(Image& image, const std::string& root, const std::string& path, const std::string& commandLine,
                      Slot starter);
 

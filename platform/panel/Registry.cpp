@@ -13,7 +13,7 @@ constexpr std::string_view rootNames[][2] = {{"HKEY_CLASSES_ROOT", "HKCR"},
                                              {"HKEY_LOCAL_MACHINE", "HKLM"},
                                              {"HKEY_USERS", "HKU"}};
 
-// Cuts the first name off a path.
+// Removes the first name from a path and returns it.
 std::string_view takeName(std::string_view& path) {
     const auto end = std::min(path.find('\\'), path.size());
     const std::string_view name = path.substr(0, end);
@@ -40,6 +40,7 @@ const Value* Key::value(std::string_view valueName) const {
 
 void Key::set(Value made) {
     const auto found = named(values, made.name);
+    // An existing value keeps its place and the spelling of its name.
     if (found == values.end()) {
         values.push_back(std::move(made));
     } else {

@@ -1,11 +1,12 @@
-// The panel's registry: keys below four roots, names case-blind and case-keeping, values of raw bytes with a type. Text
-// in values has 16 bits a character, little-endian.
+// The panel's registry: a tree of keys below four roots. A value holds raw bytes and a type.
 //
-//     registry/now.json     what it holds
-//     registry/flash.json   what would be left of it after a power cut: what was flushed, by root
+// Names are case-insensitive and case-preserving. Text in values has 16 bits per character, little-endian.
 //
-// Both are a flat list, key by key, for people and their editors. Booting begins with what is in flash, so an edit of a
-// panel that is off belongs there; an orderly switching off flushes everything.
+//     registry/now.json     the current content
+//     registry/flash.json   the content after a power cut: each root as it was flushed last
+//
+// Both files are a flat list of keys, so that people can edit them. Boot copies flash.json to now.json: while the panel
+// is off, edit flash.json. A clean shutdown flushes everything.
 #pragma once
 
 #include <cstddef>
@@ -17,76 +18,87 @@
 
 namespace panel::registry {
 
+// Types of values.
 inline constexpr std::uint32_t typeText = 1; // REG_SZ
 inline constexpr std::uint32_t typeExpandText = 2;
 inline constexpr std::uint32_t typeBinary = 3;
-inline constexpr std::uint32_t typeNumber = 4; // little-endian
+inline constexpr std::uint32_t typeNumber = 4; // REG_DWORD, little-endian
 inline constexpr std::uint32_t typeBigEndianNumber = 5;
 inline constexpr std::uint32_t typeTexts = 7; // REG_MULTI_SZ
 
 using Bytes = std::vector<std::uint8_t>;
 
+// A value: raw bytes with a type.
 struct Value {
     std::string name; // empty: the key's default value
     std::uint32_t type = typeBinary;
     Bytes data;
 };
 
+// A key with its values and subkeys. Names are found case-insensitively.
 struct Key {
     std::string name;
-    std::vector<Value> values; // in the order in which they were made
-    std::vector<Key> keys;
+    std::vector<Value> values; // in order of creation
+    std::vector<Key> keys; // subkeys, in order of creation
 
-    const Value* value(std::string_view valueName) const; // null: none
-    void set(Value made);
-    bool removeValue(std::string_view valueName);
+    const Value* value(std::string_view valueName) const; // null if the value does not exist
+    void set(Value made); // adds or replaces a value
+    bool removeValue(std::string_view valueName); // false if the value does not exist
 };
 
-// Paths begin with a root's name: "HKEY_LOCAL_MACHINE\init".
+// All keys. A path begins with the full name of a root: "HKEY_LOCAL_MACHINE\init".
 class Tree {
 public:
-    Tree(); // the four roots, empty
+    Tree(); // four empty roots
 
     const std::vector<Key>& roots() const {
         return keys;
     }
-    const Key* find(std::string_view path) const; // null: none
+    // Returns a key, or null if it does not exist.
+    const Key* find(std::string_view path) const;
     Key* find(std::string_view path);
-    Key* make(std::string_view path); // with what is missing above it; null if there is no such root
-    bool remove(std::string_view path); // with all below it; a root stays
+    // Returns a key and creates it with all missing keys above it. Returns null if the root does not exist.
+    Key* make(std::string_view path);
+    // Removes a key with all its subkeys. A root cannot be removed.
+    bool remove(std::string_view path);
+    // Replaces the content of the root that has the same name.
     void replaceRoot(const Key& root);
 
 private:
     std::vector<Key> keys;
 };
 
-// A root's full name for a full or a short one ("HKLM"), case-blind; empty: it is none.
+// Returns the full name of a root. Accepts full and short names ("HKLM"), case-insensitively. Returns "" for other
+// names.
 std::string_view rootNamed(std::string_view name);
 
-// The text of a value of a text type, up to the first zero or the end; false if its bytes are not exactly one
+// Stores the text of a value up to its first zero or its end. Returns true only if the bytes are exactly one
 // terminated, well-formed text.
 bool textOf(const Value& value, std::string& text);
+// Does the same for the list of texts in a REG_MULTI_SZ value.
 bool textsOf(const Value& value, std::vector<std::string>& texts);
+// Make a value from a text, a list of texts or a number.
 Value textValue(std::string name, std::string_view text, std::uint32_t type = typeText);
 Value textsValue(std::string name, const std::vector<std::string>& texts);
 Value numberValue(std::string name, std::uint32_t number, std::uint32_t type = typeNumber);
 
-// In characters, of a key's or value's name [documentation of RegCreateKeyEx].
-inline constexpr std::size_t maxNameLength = 255;
-inline constexpr int maxDepth = 16; // of keys below a root
+inline constexpr std::size_t maxNameLength = 255; // characters in the name of a key or value [ms891450]
+inline constexpr int maxDepth = 16; // levels of keys below a root [ms891450]
 
-std::string typeName(std::uint32_t type); // "REG_SZ"; "REG_9" for one without a name
-std::uint32_t typeNamed(std::string_view name); // throws std::runtime_error
+std::string typeName(std::uint32_t type); // "REG_SZ"; "REG_9" for a type without a name
+std::uint32_t typeNamed(std::string_view name); // throws std::runtime_error for an unknown name
 std::string hexOf(const Bytes& bytes); // "32 00"
-Bytes bytesOf(std::string_view hex); // throws std::runtime_error
+Bytes bytesOf(std::string_view hex); // throws std::runtime_error for a malformed text
 
-// The files below a panel's directory; failures are std::runtime_error. While the panel is on, the caller holds the
-// kernel's lock.
+// The functions below work on the files in a panel's directory. They throw std::runtime_error. While the panel is on,
+// the caller holds the kernel's lock.
 enum class Copy { now, flash };
 Tree load(const std::filesystem::path& panel, Copy copy);
 void store(const std::filesystem::path& panel, Copy copy, const Tree& tree);
-void flush(const std::filesystem::path& panel, std::string_view root); // one root's keys into flash
+// Copies one root, or all roots, from now.json to flash.json.
+void flush(const std::filesystem::path& panel, std::string_view root);
 void flushAll(const std::filesystem::path& panel);
-void fallBack(const std::filesystem::path& panel); // to what is in flash
+// Replaces now.json by flash.json.
+void fallBack(const std::filesystem::path& panel);
 
 } // namespace panel::registry

@@ -1,11 +1,11 @@
-// The registry's values as text, and its files.
+// Converts the registry's values to and from text, and reads and writes its files.
+#include "platform/panel/Json.h"
 #include "platform/panel/Registry.h"
 
 #include "platform/panel/Hex.h"
 #include "platform/panel/Text.h"
 #include "platform/panel/kernel/Host.h"
 
-#include <nlohmann/json.hpp>
 #include <utf8.h>
 
 #include <iterator>
@@ -14,7 +14,6 @@
 namespace panel::registry {
 
 namespace fs = std::filesystem;
-using Json = nlohmann::ordered_json;
 
 namespace {
 
@@ -22,7 +21,8 @@ constexpr std::string_view typeNames[] = {"REG_NONE",   "REG_SZ",      "REG_EXPA
                                           "REG_BINARY", "REG_DWORD",   "REG_DWORD_BIG_ENDIAN",
                                           "REG_LINK",   "REG_MULTI_SZ"};
 
-void append(Bytes& data, std::string_view text) { // terminated
+// Appends a text with its terminating zero.
+void append(Bytes& data, std::string_view text) {
     std::u16string wide;
     std::string valid;
     utf8::replace_invalid(text.begin(), text.end(), std::back_inserter(valid), 0xFFFDU);
@@ -41,7 +41,8 @@ std::u16string unitsOf(const Bytes& data) {
     return units;
 }
 
-std::string toText(const std::u16string& units) { // what is no character goes: the bytes differ then
+// Returns "" for an invalid sequence. The caller notices that, because the text then differs from the bytes.
+std::string toText(const std::u16string& units) {
     std::string text;
     try {
         utf8::utf16to8(units.begin(), units.end(), std::back_inserter(text));
@@ -59,6 +60,7 @@ std::uint32_t numberOf(const Value& value) {
     return value.data[0] | value.data[1] << 8 | value.data[2] << 16 | static_cast<std::uint32_t>(value.data[3]) << 24;
 }
 
+// Chooses the most readable form that gives back the same bytes.
 Json toJson(const Value& value) {
     Json json{{"type", typeName(value.type)}};
     std::string text;
@@ -76,13 +78,13 @@ Json toJson(const Value& value) {
 
 std::uint32_t numberFrom(const Json& json) {
     if (!json.is_number_unsigned() || json.get<std::uint64_t>() > 0xFFFFFFFF)
-        throw std::runtime_error("not a number of 32 bits: " + json.dump());
+        throw std::runtime_error("not a 32-bit number: " + jsonText(json));
     return json.get<std::uint32_t>();
 }
 
 void checkIsObject(const Json& json, const std::string& what) {
     if (!json.is_object())
-        throw std::runtime_error(what + " is no JSON object");
+        throw std::runtime_error(what + " is not a JSON object");
 }
 
 Value toValue(const std::string& name, const Json& json) {
@@ -112,6 +114,7 @@ fs::path fileOf(const fs::path& panel, Copy copy) {
 
 } // namespace
 
+// The text is well-formed if converting it back gives the same bytes.
 bool textOf(const Value& value, std::string& text) {
     if (value.type != typeText && value.type != typeExpandText)
         return false;
@@ -125,6 +128,7 @@ bool textsOf(const Value& value, std::vector<std::string>& texts) {
         return false;
     texts.clear();
     std::u16string units = unitsOf(value.data);
+    // An empty text ends the list.
     for (auto end = units.find(u'\0'); end != 0 && end != std::u16string::npos; end = units.find(u'\0')) {
         texts.push_back(toText(units.substr(0, end)));
         units.erase(0, end + 1);
@@ -163,7 +167,7 @@ std::uint32_t typeNamed(std::string_view name) {
             return type;
     std::uint32_t type = 0;
     if (!name.starts_with("REG_") || !numberIn(name.substr(4), type))
-        throw std::runtime_error("not a type of registry values: \"" + std::string(name) + "\" (such as REG_SZ)");
+        throw std::runtime_error("not a registry type: \"" + std::string(name) + "\" (such as REG_SZ)");
     return type;
 }
 
@@ -187,8 +191,8 @@ Tree load(const fs::path& panel, Copy copy) {
     const fs::path file = fileOf(panel, copy);
     Tree tree;
     try {
-        const Json json = Json::parse(host::readFile(file.string()));
-        checkIsObject(json, "the whole");
+        const Json json = parseJson(host::readFile(file.string()));
+        checkIsObject(json, "the file");
         for (const auto& [path, values] : json.items()) {
             checkIsObject(values, '"' + path + '"');
             Key* key = tree.make(path);
@@ -207,9 +211,10 @@ void store(const fs::path& panel, Copy copy, const Tree& tree) {
     Json json = Json::object();
     for (const Key& root : tree.roots())
         list(json, root.name, root);
-    host::writeFile(fileOf(panel, copy).string(), json.dump(2, ' ', false, Json::error_handler_t::replace) + '\n');
+    host::writeFile(fileOf(panel, copy).string(), jsonText(json) + '\n');
 }
 
+// Other roots keep their flushed state: a power cut then loses only their changes.
 void flush(const fs::path& panel, std::string_view root) {
     const Tree now = load(panel, Copy::now);
     Tree flash = load(panel, Copy::flash);

@@ -21,7 +21,7 @@ namespace panel {
 
 namespace {
 
-// By this section in its file a program is known to take part in the panel's clock (see Program.cpp).
+// This section marks a program that takes part in the panel's clock (Program.cpp looks for it).
 [[gnu::section(".panel_program"), gnu::used]] const char programMarker[] = "panel program";
 
 constexpr const char* remedy = " (panel off ends all programs; then boot it again)";
@@ -29,7 +29,7 @@ constexpr const char* remedy = " (panel off ends all programs; then boot it agai
 Runtime* current = nullptr;
 thread_local ThreadContext context;
 
-// Registered before anything of the program, hence run after all of it, but before a sanitizer's own work at exit.
+// Registered before the program's own exit handlers and therefore run after them, but before those of a sanitizer.
 [[gnu::constructor(101)]] void watchExit() {
     on_exit([](int status, void*) { Runtime::endProcess(static_cast<std::uint32_t>(status)); }, nullptr);
 }
@@ -88,12 +88,13 @@ void unmapImage(Image* image) {
 }
 
 ThreadContext::~ThreadContext() {
-    if (!slot || number == 1 || processEnded) // the first thread ends with its process
+    if (!slot || number == 1 || processEnded) // endProcess ends the first thread
         return;
     {
         const Lock lock(*image);
         const ThreadRecord& record = scheduler::at(*image, slot);
-        if (record.state != ThreadState::free && record.id == id) // else it ended with its process
+        // Otherwise the process has ended, and the slot may be in use again.
+        if (record.state != ThreadState::free && record.id == id)
             processes::endThread(*image, slot);
         scheduler::step(*image);
     }
@@ -102,7 +103,7 @@ ThreadContext::~ThreadContext() {
 
 Runtime& Runtime::instance() {
     if (!current) {
-        current = new Runtime; // lives as long as the process: threads that are still around at exit may use it
+        current = new Runtime; // never deleted: other threads may use it during exit
         current->locals.resize(maxHandles);
         current->attachProgram();
     }
@@ -113,7 +114,7 @@ Runtime& Runtime::instance() {
 
 void Runtime::attachProgram() {
     const char* directory = std::getenv("PANEL");
-    const char* place = std::getenv("PANEL_PROCESS"); // set by CreateProcessW: slot and serial
+    const char* place = std::getenv("PANEL_PROCESS"); // CreateProcessW sets it to "slot:serial"
     unsigned slot = 0;
     unsigned serial = 0;
     if (!directory || !place || std::sscanf(place, "%u:%u", &slot, &serial) != 2) {
@@ -137,11 +138,11 @@ void Runtime::attachProgram() {
 
 bool Runtime::begin(Slot slot, std::uint32_t serial) {
     const Lock lock(*mapped);
-    processes::noticeDead(*mapped); // its owner may have died meanwhile, and it with it
+    processes::noticeDead(*mapped); // the owner may have died, and this process must end with it
     const ProcessRecord& process = processes::at(*mapped, slot);
     if (!mapped->on || process.state == ProcessState::free || process.serial != serial || process.hostPid != getpid())
         return false;
-    if (process.state == ProcessState::created) // its starter was killed before it could let it run
+    if (process.state == ProcessState::created) // the starter was killed before it could let this process run
         processes::letRun(*mapped, slot);
     return true;
 }
@@ -196,7 +197,7 @@ void Runtime::detachDriver() {
 void Runtime::endProcess(std::uint32_t exitCode) {
     if (!current || current->part == Part::none)
         return;
-    std::fflush(nullptr); // the host would flush the streams later, when the files are no longer there
+    std::fflush(nullptr); // the host would flush the streams later, after the panel has closed their files
     endsProcess = true;
     if (processEnded.exchange(true))
         return;

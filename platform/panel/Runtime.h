@@ -1,8 +1,7 @@
-// This process's and this thread's part in a panel.
+// The calling process and the calling thread as members of a panel.
 //
-// A program that the panel has started attaches at its first platform call; one that was started otherwise is told so
-// and ends. A test or the panel command attaches as a driver: the thread that attaches it is outside of the panel's
-// time, and panel time moves only while it waits.
+// A program that the panel has started joins the panel at its first platform call. A program that was started otherwise
+// prints a message and ends with exit code 127. A test or a `panel` command joins as a driver (Driver.h).
 #pragma once
 
 #include "platform/panel/Functions.h"
@@ -16,38 +15,44 @@
 
 namespace panel {
 
-struct Found { // one entry of a search
+// A result of a file search.
+struct Found {
     std::string name;
     std::string hostPath;
-    bool top; // in the panel's root
+    bool top; // the file lies in the panel's root
 };
 
-struct LocalObject { // what this process keeps beside a handle
-    int file = -1; // host descriptor
-    std::vector<Found> found;
+// Data of a handle that only this process needs.
+struct LocalObject {
+    int file = -1; // host descriptor of an open file
+    std::vector<Found> found; // results of a search
     std::size_t nextFound = 0;
 };
 
+// The calling thread's data. The destructor removes the thread from the kernel file.
 struct ThreadContext {
     Image* image = nullptr; // the panel that the slot belongs to
     Slot slot = 0;
-    std::uint32_t id = 0; // of this use of the slot
-    std::uint32_t number = 0; // order of creation in the process
+    std::uint32_t id = 0; // thread id; tells different uses of the slot apart
+    std::uint32_t number = 0; // thread number in the process, by order of creation
     std::uint32_t lastError = 0;
-    std::uint32_t calls[functionCount] = {};
+    std::uint32_t calls[functionCount] = {}; // calls of each platform function so far
     ~ThreadContext();
 };
 
+// The process-wide singleton. It lives until the process ends, since threads may use it during exit.
 class Runtime {
 public:
-    static Runtime& instance(); // attaches on first use
+    // Returns the singleton and joins the panel at the first call. Does not return once the process has ended on the
+    // panel.
+    static Runtime& instance();
 
-    // Joins the booted panel in this directory; throws std::runtime_error when it has no power. `path`: what the
-    // process counts as being started from. `owns`: what it starts ends with it.
+    // Joins the panel in this directory as a driver. Throws std::runtime_error if the panel is off. `path` is the path
+    // that process lists show. With `owns` the programs that this process starts end with it.
     static void attachDriver(const std::string& directory, const std::string& path, bool owns);
     static void detachDriver();
 
-    // Ends this process's part at once, before what the host does at exit.
+    // Ends this process on the panel at once. The host runs its exit handlers afterwards.
     static void endProcess(std::uint32_t exitCode);
 
     Image& image() {
@@ -62,17 +67,18 @@ public:
     ProcessRecord& processRecord() {
         return mapped->processes[processSlot - 1];
     }
+    // Returns this process's data of a handle. The caller holds the kernel's lock.
     LocalObject& local(std::uint32_t handle);
 
-    // The calling thread; one that the panel does not know is registered.
+    // Returns the calling thread. Registers a thread that the panel does not know yet.
     ThreadContext& thread();
-    // For a thread that CreateThread has registered already.
+    // Makes the calling thread use a slot that CreateThread has already reserved for it.
     void adoptThread(Slot slot);
 
 private:
     Runtime() = default;
     void attachProgram();
-    bool begin(Slot slot, std::uint32_t serial); // the record is this process's, and may run
+    bool begin(Slot slot, std::uint32_t serial); // returns whether the record is this process's, and lets it run
 
     Image* mapped = nullptr; // never unmapped: threads may still end while the process detaches
     enum class Part { none, program, driver };
@@ -83,14 +89,16 @@ private:
     std::unique_ptr<Watcher> watcher;
 };
 
-// For faults that count from now on: the calling thread's number, and how often it has called a function.
+// The calling thread's number, and its number of calls of a function so far. A test adds them to a fault that is to hit
+// a future call.
 std::uint32_t callingThreadNumber();
 std::uint32_t callsMade(std::string_view function);
 
-// Maps the kernel file of a booted panel; null if there is none, also if it is a copy of another panel's, or of another
-// boot of the host. One that is damaged, of another version, or cannot be opened is a std::runtime_error. Unmapped by
-// unmapImage. `tables`: looks at them too, which takes the lock.
+// Maps a kernel file. Returns null if the file is missing, if it is a copy from another panel, or if the host was
+// rebooted since. Throws std::runtime_error if the file is damaged, has another version or cannot be opened. With
+// `tables` it also checks all tables under the lock (Soundness.h). The panel may be off: check Image::on.
 Image* mapImage(const std::string& path, bool tables = true);
+// The checksum of the image's head (Image::headSum).
 std::uint32_t headSum(const Image& image);
 void unmapImage(Image* image);
 

@@ -76,7 +76,7 @@ std::string fold(std::string_view text) {
         char& byte = result[index];
         if (byte >= 'A' && byte <= 'Z')
             byte = static_cast<char>(byte + 32);
-        else if (byte == '\xC3' && index + 1 < result.size()) { // U+00C0 to U+00FF, of which U+00D7 is no letter
+        else if (byte == '\xC3' && index + 1 < result.size()) { // U+00C0 to U+00FF; U+00D7 is not a letter
             const auto low = static_cast<unsigned char>(result[++index]);
             if (low <= 0x9E && low != 0x97)
                 result[index] = static_cast<char>(low + 32);

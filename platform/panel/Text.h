@@ -1,5 +1,7 @@
-// Text inside the simulated panel is UTF-8; wide text exists at the API's edge alone, with 16 or 32 bits a character.
-// Case-blind means: the letters of ASCII and Latin-1 (U+00C0 to U+00DE) without their case.
+// Text functions of the simulated panel.
+//
+// Inside the simulated panel text is UTF-8. Wide text exists only at the API's edge, with 16 or 32 bits per character.
+// Case-insensitive comparison ignores the case of the letters of ASCII and Latin-1 (U+00C0 to U+00DE) only.
 #pragma once
 
 #include <algorithm>
@@ -11,35 +13,40 @@
 
 namespace panel {
 
+// Returns the length in wide characters.
 std::size_t wideLength(const wchar_t* text);
-std::string toUtf8(const wchar_t* text); // null: empty; what is no character becomes U+FFFD
+// Converts wide text. A null pointer gives "". An invalid sequence becomes U+FFFD.
+std::string toUtf8(const wchar_t* text);
 std::string toUtf8(const wchar_t* text, std::size_t length);
 
-// Writes at most `capacity` characters, the terminating zero included; answers how many without it. Text that is too
-// long is cut.
+// Converts to wide text. Writes at most `capacity` characters including the terminating zero; longer text is cut.
+// Returns the number of characters without the zero.
 std::size_t toWide(std::string_view text, wchar_t* buffer, std::size_t capacity);
 
-std::size_t characterCount(std::string_view text); // of valid UTF-8
+// Returns the number of characters in valid UTF-8.
+std::size_t characterCount(std::string_view text);
 
-// A number in decimal digits and nothing else; false if the text is none, or has more than 32 bits.
+// Reads a number that consists of decimal digits only. Returns false for other texts and for more than 32 bits.
 bool numberIn(std::string_view text, std::uint32_t& number);
 
-std::string fold(std::string_view text); // for case-blind comparison
+// Returns the text without case. Two texts are equal case-insensitively if their folded forms are equal.
+std::string fold(std::string_view text);
+// Compares two texts case-insensitively.
 inline bool equalCaseBlind(std::string_view first, std::string_view second) {
     return first.size() == second.size() && fold(first) == fold(second);
 }
 
-// The text after the last backslash.
+// Returns the text after the last backslash.
 inline std::string_view fileName(std::string_view path) {
     const auto separator = path.rfind('\\');
     return separator == std::string_view::npos ? path : path.substr(separator + 1);
 }
 
-// Into a fixed field, terminated; text that is too long is cut.
+// Copies a text into a fixed field and terminates it. Longer text is cut between two characters.
 template<std::size_t N>
 void copyText(char (&field)[N], std::string_view text) {
     std::size_t length = std::min(text.size(), N - 1);
-    while (length < text.size() && length > 0 && (text[length] & 0xC0) == 0x80) // not in the middle of a character
+    while (length < text.size() && length > 0 && (text[length] & 0xC0) == 0x80) // inside a character
         --length;
     std::memcpy(field, text.data(), length);
     field[length] = 0;

@@ -13,7 +13,7 @@ std::string traceLine(std::uint64_t time, std::string_view process, std::uint32_
 }
 
 void writeTraceLine(const std::string& directory, std::string_view line) {
-    host::appendToFile(directory + "/run/trace", line); // not there: the panel was switched off this moment
+    host::appendToFile(directory + "/run/trace", line); // the folder is missing if the panel is being booted again
 }
 
 } // namespace panel

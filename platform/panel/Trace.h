@@ -1,11 +1,15 @@
-// The call trace of a panel: run/trace, one line a call, written when the call is done:
+// The call trace of a panel: the file run/trace. A call adds one line when it returns:
 //
 //       1000 TarvexHelper.exe#1 t1 Sleep[1](1000) = void after 1000 ms
 //
-// panel time in ms at the call's end; process and its how many-th start; thread by order of creation; the function and
-// which of the thread's calls of it this is; arguments; the result, with the last error of a failure, "fault" where
-// one was asked for, and the panel time that the call took if any. What has not returned is not there yet: the kernel
-// file has it.
+// The parts of a line are
+// - the panel time in ms at the end of the call;
+// - the process and its start number; the thread number by order of creation;
+// - the function, the number of its call in this thread, and the arguments;
+// - the result, followed by "error N" for a failure, "fault" for an injected fault, and the panel time that has passed
+//   during the call.
+//
+// A call that has not returned has no line. ThreadRecord::call in the kernel file holds it while its thread waits.
 #pragma once
 
 #include <cstdint>
@@ -14,8 +18,9 @@
 
 namespace panel {
 
-// How a line begins: "      1000 TarvexHelper.exe#1 t1 Sleep[1](1000)".
+// Returns the beginning of a line: "      1000 TarvexHelper.exe#1 t1 Sleep[1](1000)".
 std::string traceLine(std::uint64_t time, std::string_view process, std::uint32_t thread, std::string_view call);
+// Appends a whole line to the trace of the panel in this directory. Any process and thread; failures are ignored.
 void writeTraceLine(const std::string& directory, std::string_view line);
 
 } // namespace panel

@@ -20,8 +20,8 @@ namespace panel {
 
 namespace {
 
-constexpr std::uint32_t lockPatience = 1000; // real ms between two looks at the kernel file while the lock is stuck
-constexpr int withoutBell = 1000; // real ms between two looks where nothing rings
+constexpr std::uint32_t lockPatience = 1000; // real ms between two checks of the kernel file while the lock is stuck
+constexpr int withoutBell = 1000; // real ms between two checks without inotify or a pidfd
 
 std::string kernelFile(const std::string& directory) {
     return directory + "/run/kernel";
@@ -35,8 +35,9 @@ KernelAlarm::KernelAlarm(const char* root, std::uint64_t device, std::uint64_t i
         std::snprintf(file, sizeof file, "%s%s", root, place);
         return inotify_add_watch(bell, file, events) >= 0;
     };
+    // IN_ATTRIB also reports a new time stamp.
     const bool all = hears("", IN_MOVE_SELF) && hears("/run", IN_MOVE_SELF | IN_DELETE) &&
-                     hears("/run/kernel", IN_MODIFY | IN_MOVE_SELF | IN_ATTRIB); // the last: also a new time stamp
+                     hears("/run/kernel", IN_MODIFY | IN_MOVE_SELF | IN_ATTRIB);
     std::snprintf(file, sizeof file, "%s/run/kernel", root);
     if (all)
         return;
@@ -85,7 +86,8 @@ Watcher::Watcher(Image& watchedImage, const std::string& directory, bool isDrive
     sigset_t all;
     sigset_t before;
     sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, &before); // signals are for the program's own threads
+    // The new thread inherits the mask: signals are for the program's own threads.
+    pthread_sigmask(SIG_SETMASK, &all, &before);
     const bool started = pthread_create(&thread, nullptr, run, this) == 0;
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
     if (!started)
@@ -136,6 +138,7 @@ void Watcher::watchNew() {
             known = known || (watched[index].pid == process.hostPid && watched[index].start == process.hostStart);
         if (known)
             continue;
+        // ESRCH means that the process has ended; noticeDead removes it. Other failures make the watcher poll.
         const int opened = used == capacity ? -1 : host::openProcess(process.hostPid);
         if (opened < 0) {
             unwatched = unwatched || used == capacity || errno != ESRCH;
@@ -151,7 +154,7 @@ void Watcher::forgetDead() {
         if (!entries[index].revents)
             continue;
         if (watched[index].program)
-            waitpid(watched[index].pid, nullptr, WNOHANG); // reaped if it was this process's child
+            waitpid(watched[index].pid, nullptr, WNOHANG); // reaps a child of this process; fails harmlessly otherwise
         close(entries[index].fd);
         --used;
         entries[index] = entries[used];
@@ -164,11 +167,11 @@ bool Watcher::goesOn() {
     if (state == KernelAlarm::State::fine)
         return true;
     if (state == KernelAlarm::State::written)
-        image.magic = 0; // nobody may trust it, also where it looks sound
+        image.magic = 0; // an overwritten file must not be used, even if its tables look sound
     const bool readable = state != KernelAlarm::State::cut;
     if (!driver || !readable || image.on)
         endProcess();
-    return false; // switched off in order, and a driver may look at what is left
+    return false; // clean shutdown: a driver may still read the tables
 }
 
 void Watcher::endProcess() {

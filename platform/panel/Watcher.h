@@ -1,11 +1,14 @@
-// What this process hears of without asking: that another process of the panel has ended, however it ended, and that
-// the panel itself is gone. One thread, asleep in one poll: over a descriptor of each process, and over what happens to
-// the kernel file.
+// Watches the other processes of the panel and the kernel file, in a thread of its own.
 //
-// The dead are taken out of the tables, and who waited for them goes on. A process that begins is announced by a new
-// time stamp of the kernel file. A kernel file that was removed, moved away (or a folder with it), replaced, cut short
-// or written over is a panel that is gone (it changes through mappings alone): a program of it is killed, a driver ends
-// with one line on standard error, unless the panel had been switched off before. Also while the lock is stuck.
+// Each process of a panel has one Watcher. Its thread sleeps in one poll over a pidfd of each process and an inotify
+// descriptor of the kernel file. It wakes up for three reasons:
+// - A process has ended, in whatever way. The watcher removes it from the tables and releases the threads that waited
+//   for it.
+// - A process has joined the panel. The joining process announces itself by a new time stamp of the kernel file.
+// - The panel is gone: somebody removed, moved, replaced, truncated or overwrote the kernel file, or moved a folder
+//   above it. (The panel itself changes the file only through mappings.) The watcher kills a program. It ends a driver
+//   with one line on standard error, unless the panel was switched off before. This works even while the kernel's lock
+//   is stuck.
 #pragma once
 
 #include "platform/panel/kernel/Image.h"
@@ -17,20 +20,26 @@
 
 namespace panel {
 
-// Rings when something happens to the kernel file, or to one of the panel's folders above it. System calls alone: also
-// for a process that was just forked.
+// Tells when the kernel file or a folder above it has changed. Uses system calls only, so that a process may use it
+// after a fork.
 class KernelAlarm {
 public:
-    KernelAlarm(const char* root, std::uint64_t device, std::uint64_t inode); // of the mapped kernel file
+    // `device` and `inode` identify the mapped kernel file.
+    KernelAlarm(const char* root, std::uint64_t device, std::uint64_t inode);
     ~KernelAlarm();
     KernelAlarm(const KernelAlarm&) = delete;
     KernelAlarm& operator=(const KernelAlarm&) = delete;
 
-    int descriptor() const { // polls as readable when it rings; -1: the host has no more of them
+    // Returns a descriptor that becomes readable after a change; -1 if the host has no inotify instances left.
+    int descriptor() const {
         return bell;
     }
-    int patience() const; // real ms after which one looks without its ringing; below 0: never
+    // Returns the time-out for a poll of the descriptor in real ms; -1 means no time-out.
+    int patience() const;
+    // `written`: overwritten by a write call; `gone`: removed, moved or replaced; `cut`: truncated, so that reading the
+    // mapping would crash.
     enum class State { fine, written, gone, cut };
+    // Consumes the events and returns the file's state.
     State look() const;
 
 private:
@@ -42,33 +51,35 @@ private:
 
 class Watcher {
 public:
-    // Throws std::runtime_error if the host has no descriptor or thread left.
+    // Starts the thread. Throws std::runtime_error if the host has no descriptor or thread left.
     Watcher(Image& image, const std::string& directory, bool isDriver);
-    ~Watcher(); // waits for the thread; not with the lock held
+    // Waits for the thread's end. The caller must not hold the kernel's lock.
+    ~Watcher();
     Watcher(const Watcher&) = delete;
     Watcher& operator=(const Watcher&) = delete;
 
     // Tells all watchers of the panel that a process has joined it.
     static void announce(const std::string& directory);
 
-    static inline std::atomic<int> exitCode = 1; // of a driver whose panel is gone
+    static inline std::atomic<int> exitCode = 1; // exit code of a driver whose panel is gone
 
 private:
     enum Place : std::uint32_t { stopping, ringing, firstProcess };
-    static constexpr std::uint32_t capacity = firstProcess + 2 * maxProcesses; // the dead stay until they are reaped
+    // Twice the number of processes: an ended process keeps its entry until the thread has noticed the end.
+    static constexpr std::uint32_t capacity = firstProcess + 2 * maxProcesses;
 
     struct Watched {
         std::int32_t pid;
         std::uint64_t start;
-        bool program; // perhaps this process's child
+        bool program; // it may be a child of this process, which must reap it
     };
 
     static void* run(void* watcher);
     void watch();
-    bool look(); // at the tables; false: somebody keeps the lock
+    bool look(); // updates the tables; false if the lock could not be had within a second
     void watchNew();
     void forgetDead();
-    bool goesOn(); // the panel is there
+    bool goesOn(); // returns whether the panel still exists
     void endProcess();
 
     Image& image;
@@ -78,7 +89,7 @@ private:
     pollfd entries[capacity];
     Watched watched[capacity];
     std::uint32_t used = firstProcess;
-    bool unwatched = false; // a process, for want of a descriptor
+    bool unwatched = false; // a process has no entry because the host had no descriptor left
     pthread_t thread{};
 };
 

@@ -1,4 +1,5 @@
-// The entry of a program on the simulated panel: what the platform's loader does before and after WinMain.
+// The entry point of a program on the simulated panel. It does the work of the platform's loader before and after
+// WinMain.
 #include "platform/panel/Runtime.h"
 #include "platform/panel/Text.h"
 #include "platform/panel/api/Numbers.h"

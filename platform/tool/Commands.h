@@ -1,27 +1,40 @@
-// The commands of `panel`. Each function adds its commands to the application; both arguments live until it has run.
+// The commands of `panel`. Each function adds its commands to the application. Both arguments must live until the
+// application has run.
 //
-// A command that fails throws std::runtime_error with a text for people: what, and the remedy; one that was used
-// wrongly throws Misuse (Units.h).
+// A command that fails throws std::runtime_error with a text for people, which names the problem and the remedy. A
+// command that was used wrongly throws Misuse (Units.h).
 #pragma once
 
 #include "platform/tool/Tool.h"
 
 namespace tool {
 
-void addPowerCommands(CLI::App& app, Tool& tool); // create, boot, off, cut, advance
-void addDiskCommands(CLI::App& app, Tool& tool); // plug, mount, unplug
+// create, boot, off, cut, advance
+void addPowerCommands(CLI::App& app, Tool& tool);
+// plug, mount, unplug
+void addDiskCommands(CLI::App& app, Tool& tool);
+// device with its actions: show, refuse, block, delay, code, answer, set, add, remove
 void addDeviceCommand(CLI::App& app, Tool& tool);
+// tag list, tag set, tag remove
 void addTagCommands(CLI::App& app, Tool& tool);
-void addOperatorCommands(CLI::App& app, Tool& tool); // touch, idle, active
+// touch, idle, active
+void addOperatorCommands(CLI::App& app, Tool& tool);
+// start. Its words behind "--" come from Tool::behindDashes
 void addStartCommand(CLI::App& app, Tool& tool);
-void addProcessCommands(CLI::App& app, Tool& tool); // ps, wait, kill
+// ps, wait, kill
+void addProcessCommands(CLI::App& app, Tool& tool);
 void addSendCommand(CLI::App& app, Tool& tool);
 void addStatusCommand(CLI::App& app, Tool& tool);
-void addRegistryCommands(CLI::App& app, Tool& tool); // list, read, write, delete
-void addFileCommands(CLI::App& app, Tool& tool); // attributes
+// registry list, read, write, delete
+void addRegistryCommands(CLI::App& app, Tool& tool);
+// attributes
+void addFileCommands(CLI::App& app, Tool& tool);
 void addLogCommand(CLI::App& app, Tool& tool);
+// trace show, on, off, clear
 void addTraceCommands(CLI::App& app, Tool& tool);
+// fault add, list, clear, functions
 void addFaultCommands(CLI::App& app, Tool& tool);
+// view, which runs the program panel-view
 void addViewCommand(CLI::App& app, Tool& tool);
 
 } // namespace tool

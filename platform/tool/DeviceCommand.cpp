@@ -1,8 +1,7 @@
+#include "platform/panel/Json.h"
 #include "platform/tool/Commands.h"
 #include "platform/tool/Table.h"
 #include "platform/tool/Units.h"
-
-#include <nlohmann/json.hpp>
 
 #include <cstdio>
 #include <memory>
@@ -12,8 +11,8 @@ namespace tool {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
 using panel::Behaviour;
+using panel::Json;
 
 struct DeviceOptions {
     std::string device;
@@ -47,7 +46,7 @@ std::string joined(const std::vector<std::uint32_t>& numbers) {
     return text;
 }
 
-// What it does otherwise than to answer: "write refuses with error 31".
+// Lists the operations that do not simply work: "write refuses with error 31".
 std::string peculiarities(const panel::DeviceState& state) {
     std::string text;
     for (const auto& [operation, behaviour] : state.behaviours)
@@ -55,7 +54,7 @@ std::string peculiarities(const panel::DeviceState& state) {
     return text;
 }
 
-// What its kind is asked, and "open" if it has been told what to do then.
+// Lists the operations of the device, and "open" if it has a behaviour.
 std::vector<std::string> operationsOf(const panel::DeviceFacts& facts, const panel::DeviceState& state) {
     std::vector<std::string> names;
     if (state.behaviours.contains("open"))
@@ -98,14 +97,14 @@ void list(const panel::Devices& devices, bool json) {
                    peculiarities(state)});
     }
     if (json)
-        std::puts(answer.dump(2).c_str());
+        printJson(answer);
     else
         table.print();
 }
 
 void show(const panel::Devices& devices, const panel::DeviceFacts& facts, bool json) {
     if (json)
-        return void(std::puts(asJson(devices, facts, true).dump(2).c_str()));
+        return printJson(asJson(devices, facts, true));
     const panel::DeviceState state = devices.state(facts.name);
     Table table;
     table.add({"device", state.name + ", " + std::string(facts.what) + (state.present ? "" : ", not there")});
@@ -137,7 +136,7 @@ std::vector<std::uint32_t> valuesOf(const std::vector<std::string>& words) {
     for (const std::string& word : words) {
         const std::int64_t value = parseNumber(word);
         if (value < 0 || value > UINT32_MAX)
-            throw Misuse("not a value of 32 bits: " + word);
+            throw Misuse("not a 32-bit value: " + word);
         values.push_back(static_cast<std::uint32_t>(value));
     }
     return values;
@@ -146,7 +145,7 @@ std::vector<std::uint32_t> valuesOf(const std::vector<std::string>& words) {
 void change(const panel::Devices& devices, const DeviceOptions& options) {
     const bool addsOrRemoves = options.action == "add" || options.action == "remove";
     if (addsOrRemoves && !options.words.empty())
-        throw Misuse(options.action + " takes the device as a whole, not \"" + options.words.front() + '"');
+        throw Misuse(options.action + " concerns the whole device, not \"" + options.words.front() + '"');
     if (addsOrRemoves)
         return devices.setPresent(options.device, options.action == "add");
     if (options.action == "set") {
@@ -156,6 +155,7 @@ void change(const panel::Devices& devices, const DeviceOptions& options) {
                          std::to_string(options.words.size()));
         return devices.setValues(options.device, valuesOf(options.words));
     }
+    // All operations are checked before the first one changes, so that a mistyped word changes nothing.
     orMisuse([&] { panel::Devices::check(options.device, behaviourOf(options)); });
     for (const std::string& operation : options.words)
         orMisuse([&] { panel::Devices::check(options.device, behaviourOf(options), operation); });
@@ -166,16 +166,18 @@ void change(const panel::Devices& devices, const DeviceOptions& options) {
 }
 
 constexpr const char* examples = R"(
-Actions:
-  show       its state, and what programs have asked of it since boot (without an action)
-  refuse     fail, with --error; which of its operations: the WORDS, default: all ("open": it cannot be opened)
-  block      let who asks wait, until it is told otherwise
-  delay      answer after --time of the panel's time
-  code       of the tag library's functions: succeed, and give --error as the error code nevertheless
-  answer     do its work again
-  set        its values: the WORDS. BKL1: the four words of its record; SHC1: the count
-  add        from now on it is there
-  remove     from now on it is not
+Actions without WORDS:
+  show       print the state, and the requests of programs since boot (default)
+  add        give the panel the device
+  remove     take the device from the panel
+Actions on operations (WORDS: names of operations, or "open" for CreateFileW; default: all operations):
+  refuse     fail with the error --error
+  block      wait until another action
+  delay      wait for --time of panel time, then work
+  code       functions of the tag library only: succeed, but return the error code --error
+  answer     work normally again
+Action on values (WORDS: all values of the device):
+  set        BKL1: the four words of the record; SHC1: the count
 
 Examples:
   panel device BKL1 refuse write
@@ -186,18 +188,16 @@ Examples:
 } // namespace
 
 void addDeviceCommand(CLI::App& app, Tool& tool) {
-    auto* command = app.add_subcommand("device", "Look at the panel's devices, and tell them what to do");
+    auto* command = app.add_subcommand("device", "Show the panel's devices, and set their values and behaviour");
     auto options = std::make_shared<DeviceOptions>();
-    command->add_option("DEVICE", options->device, "Its name; without one all are listed");
-    command->add_option("ACTION", options->action, "What it is to do")
+    command->add_option("DEVICE", options->device, "Name of the device; default: list all devices");
+    command->add_option("ACTION", options->action, "Action")
         ->check(CLI::IsMember({"show", "refuse", "block", "delay", "code", "answer", "set", "add", "remove"}));
-    command->add_option("WORDS", options->words, "Operations, or values");
-    command->add_option("--error", options->error, "The error of a refusal, or the error code")
+    command->add_option("WORDS", options->words, "Operations for a behaviour, or values for set");
+    command->add_option("--error", options->error, "Error number for refuse, error code for code")
         ->type_name("N")
         ->capture_default_str();
-    command->add_option("--time", options->time, "How long a delayed answer takes")
-        ->type_name("DURATION")
-        ->capture_default_str();
+    command->add_option("--time", options->time, "Duration for delay")->type_name("DURATION")->capture_default_str();
     command->add_flag("--json", options->json, "Answer in JSON");
     command->footer(examples);
     command->callback([options, &tool] {

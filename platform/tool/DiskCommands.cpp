@@ -45,7 +45,7 @@ void plug(panel::Panel panel, const PlugOptions& options) {
         if (disk.partitions.size() < options.attributes.size())
             partition.attributes = attributesOf(options.attributes[disk.partitions.size()]);
         if (partition.attributes & panel::mountedPartition && !hasFolder)
-            throw Misuse("a mounted partition (attribute 0x10) wants a folder");
+            throw Misuse("a mounted partition (attribute 0x10) needs a folder");
         if (hasFolder && name != options.names.end())
             partition.volume = *name++;
         disk.partitions.push_back(partition);
@@ -55,7 +55,7 @@ void plug(panel::Panel panel, const PlugOptions& options) {
     if (name != options.names.end())
         throw Misuse("\"" + *name + "\" names no partition (each --as names one FOLDER, in order)");
     const std::string device = panel.plug(disk);
-    for (const panel::Disk& plugged : panel.disks().list()) // with the names that it was given
+    for (const panel::Disk& plugged : panel.disks().list()) // read again: plugging has chosen the volumes' names
         for (std::size_t index = 0; plugged.device == device && index < disk.partitions.size(); ++index)
             disk.partitions[index].volume = plugged.partitions.at(index).volume;
     for (const panel::Partition& partition : disk.partitions)
@@ -78,8 +78,9 @@ void plug(panel::Panel panel, const PlugOptions& options) {
 void addDiskCommands(CLI::App& app, Tool& tool) {
     auto* command = app.add_subcommand("plug", "Plug a copy of a folder of this machine as a disk");
     auto options = std::make_shared<PlugOptions>();
-    command->add_option("FOLDER", options->folders,
-                        "What the disk holds; several: its partitions, where \"-\" is one that is not mounted");
+    command->add_option(
+        "FOLDER", options->folders,
+        "Folder with the disk's files; several folders: one partition each; \"-\": an unmounted partition");
     command
         ->add_option("--as", options->names,
                      "The volume's name on the panel, once for each folder; default: the next free of Hard Disk, "
@@ -95,24 +96,26 @@ void addDiskCommands(CLI::App& app, Tool& tool) {
         ->allow_extra_args(false);
     auto* after = command
                       ->add_option("--ready-after", options->readyAfter,
-                                   "How long its store does not open, after plugging and after each boot")
+                                   "Time until the store opens, from plugging and from each boot")
                       ->type_name("DURATION");
-    command->add_flag("--never-ready", options->neverReady, "Its store never opens")->excludes(after);
-    command->add_flag("--without-partitions", options->withoutPartitions, "A disk that nobody has formatted");
-    command->add_flag("--in-place", options->inPlace, "The folder itself, no copy: programs may delete from it");
+    command->add_flag("--never-ready", options->neverReady, "The store never opens")->excludes(after);
+    command->add_flag("--without-partitions", options->withoutPartitions, "An unformatted disk");
+    command->add_flag("--in-place", options->inPlace,
+                      "Use the folder itself, not a copy: programs can delete your files");
     command->callback([options, &tool] { plug(tool.panel(), *options); });
 
-    auto* mounting = app.add_subcommand("mount", "Mount a partition that was plugged with a name, but not mounted");
+    auto* mounting = app.add_subcommand("mount", "Mount a partition that was plugged with --as, but not mounted");
     auto volume = std::make_shared<std::string>();
-    mounting->add_option("NAME", *volume, "The name that --as gave it")->required();
+    mounting->add_option("NAME", *volume, "Name of the partition's volume, from --as")->required();
     mounting->callback([volume, &tool] {
         tool.panel().disks().mount(*volume);
         std::printf("Mounted %s\n", volume->c_str());
     });
 
-    auto* removal = app.add_subcommand("unplug", "Pull a disk out, with all its partitions; its copy goes");
+    auto* removal =
+        app.add_subcommand("unplug", "Unplug a disk with all its partitions, and delete the copies of their files");
     auto name = std::make_shared<std::string>();
-    removal->add_option("NAME", *name, "A volume of it, or its device (DSK1:)")->required();
+    removal->add_option("NAME", *name, "Name of one of its volumes, or its device (DSK1:)")->required();
     removal->callback([name, &tool] {
         tool.panel().disks().unplug(*name);
         std::printf("Unplugged %s\n", name->c_str());

@@ -1,10 +1,9 @@
+#include "platform/panel/Json.h"
 #include "platform/tool/Commands.h"
 #include "platform/tool/Table.h"
 #include "platform/tool/Units.h"
 
 #include "platform/panel/Functions.h"
-
-#include <nlohmann/json.hpp>
 
 #include <cstdio>
 #include <memory>
@@ -13,9 +12,9 @@ namespace tool {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
 using panel::Fault;
 using panel::FaultAction;
+using panel::Json;
 
 std::string action(const Fault& fault) {
     if (fault.action == FaultAction::cut)
@@ -32,26 +31,27 @@ std::string anyOr(std::uint32_t number) {
 }
 
 void addAdd(CLI::App& faults, Tool& tool) {
-    auto* command = faults.add_subcommand("add", "Let a call of a platform function fail, before it has any effect");
+    auto* command = faults.add_subcommand("add", "Make a call of a platform function fail without any effect");
     struct Options {
         Fault fault;
         bool cut = false;
     };
     auto options = std::make_shared<Options>();
     Fault& fault = options->fault;
-    command->add_option("FUNCTION", fault.function, "Its name, in exact case")->required();
-    command->add_option("--program", fault.program, "Only in this program: its file name; default: any")
+    command->add_option("FUNCTION", fault.function, "Name of the function, case-sensitive")->required();
+    command->add_option("--program", fault.program, "File name of the program; default: every program")
         ->type_name("NAME");
-    command->add_option("--start", fault.start, "Only in this start of the program since boot; default: any")
+    command->add_option("--start", fault.start, "Start number of the program since boot; default: every start")
         ->type_name("N");
-    command->add_option("--thread", fault.thread, "Only in the thread of this number; default: any")->type_name("N");
-    command->add_option("--call", fault.call, "Which call of the function in its thread")
+    command->add_option("--thread", fault.thread, "Thread number in the process; default: every thread")
+        ->type_name("N");
+    command->add_option("--call", fault.call, "Number of the call in its thread")
         ->type_name("K")
         ->capture_default_str();
-    command->add_flag("--from-then-on", fault.ever, "That call and all after it");
-    command->add_option("--answer", fault.answer, "What it answers; default: what a failure answers on a panel")
+    command->add_flag("--from-then-on", fault.ever, "Apply the fault to all later calls, too");
+    command->add_option("--answer", fault.answer, "Result of the call; default: the function's usual failure result")
         ->type_name("N");
-    command->add_flag("--cut", options->cut, "The panel's power is cut there, instead");
+    command->add_flag("--cut", options->cut, "Cut the panel's power at the call instead");
     command->callback([options, &tool] {
         const auto function = panel::functionNamed(options->fault.function);
         if (!function)
@@ -81,7 +81,7 @@ void list(panel::Driver& driver, bool json) {
             if (fault.answer)
                 answer.back()["answers"] = *fault.answer;
         }
-        std::puts(answer.dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
+        printJson(answer);
         return;
     }
     Table table({"FUNCTION", "CALL", "PROGRAM", "START", "THREAD", "ACTION", "HITS"});
@@ -90,7 +90,7 @@ void list(panel::Driver& driver, bool json) {
                    anyOr(fault.thread), action(fault), std::to_string(fault.hits)});
     table.print();
     if (table.empty())
-        std::puts("No fault is asked for.");
+        std::puts("There are no faults.");
 }
 
 void listFunctions(bool json) {
@@ -109,7 +109,7 @@ void listFunctions(bool json) {
         }
     }
     if (json)
-        std::puts(answer.dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
+        printJson(answer);
     else
         table.print();
 }
@@ -117,21 +117,22 @@ void listFunctions(bool json) {
 } // namespace
 
 void addFaultCommands(CLI::App& app, Tool& tool) {
-    auto* faults = app.add_subcommand("fault", "Let platform calls of programs fail, or cut the power at one");
+    auto* faults = app.add_subcommand("fault", "Inject faults: make platform calls fail, or cut the power at a call");
     faults->require_subcommand(1);
     addAdd(*faults, tool);
 
     auto json = std::make_shared<bool>(false);
-    auto* listing = faults->add_subcommand("list", "List the faults that are asked for, and how often each has hit");
+    auto* listing = faults->add_subcommand("list", "List the faults, and how often each was applied");
     listing->add_flag("--json", *json, "Answer in JSON");
     listing->callback([json, &tool] {
         panel::Driver driver(tool.panel());
         list(driver, *json);
     });
-    faults->add_subcommand("clear", "Ask for no fault any more")->callback([&tool] {
+    faults->add_subcommand("clear", "Remove all faults")->callback([&tool] {
         panel::Driver(tool.panel()).clearFaults();
     });
-    auto* functions = faults->add_subcommand("functions", "List what can fail, with the answer and the last error");
+    auto* functions =
+        faults->add_subcommand("functions", "List the functions with their failure result and last error");
     functions->add_flag("--json", *json, "Answer in JSON");
     functions->callback([json] { listFunctions(*json); });
 }

@@ -1,11 +1,10 @@
+#include "platform/panel/Json.h"
 #include "platform/tool/Commands.h"
 #include "platform/tool/Units.h"
 
 #include "platform/panel/Mapping.h"
 #include "platform/panel/Paths.h"
 #include "platform/panel/api/FileTimes.h"
-
-#include <nlohmann/json.hpp>
 
 #include <cstdio>
 #include <memory>
@@ -51,9 +50,7 @@ void show(const panel::Panel& panel, const AttributesOptions& options) {
     const std::int64_t date = place.status.st_mtim.tv_sec * std::int64_t{1000} + place.status.st_mtim.tv_nsec / 1000000;
     const std::int64_t size = place.isDirectory() ? 0 : place.status.st_size;
     if (options.json)
-        std::puts(nlohmann::ordered_json{{"attributes", attributes}, {"size", size}, {"written", formatDate(date)}}
-                      .dump(2)
-                      .c_str());
+        printJson({{"attributes", attributes}, {"size", size}, {"written", formatDate(date)}});
     else
         std::printf("%s, %lld bytes, written %s\n", attributes, static_cast<long long>(size), formatDate(date).c_str());
 }
@@ -63,10 +60,11 @@ void show(const panel::Panel& panel, const AttributesOptions& options) {
 void addFileCommands(CLI::App& app, Tool& tool) {
     auto* command = app.add_subcommand("attributes", "Show a file's attributes and write time, and set them");
     auto options = std::make_shared<AttributesOptions>();
-    command->add_option("PATH", options->path, "On the panel, such as \"\\MMCMemory\\Tarvex\\config.xml\"")->required();
-    auto* readOnly = command->add_flag("--read-only", options->readOnly, "Programs cannot write or delete it");
-    command->add_flag("--writable", options->writable, "They can")->excludes(readOnly);
-    command->add_option("--written", options->written, "When it was written last (UTC)")->type_name("DATE");
+    command->add_option("PATH", options->path, "Panel path, such as \"\\MMCMemory\\Tarvex\\config.xml\"")->required();
+    auto* readOnly = command->add_flag("--read-only", options->readOnly,
+                                       "Make the file read-only: programs cannot write or delete it");
+    command->add_flag("--writable", options->writable, "Make the file writable")->excludes(readOnly);
+    command->add_option("--written", options->written, "Set the write time (UTC)")->type_name("DATE");
     command->add_flag("--json", options->json, "Answer in JSON");
     command->callback([options, &tool] {
         const panel::Panel panel = tool.panel();

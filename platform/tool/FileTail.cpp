@@ -12,7 +12,7 @@ std::vector<std::string> FileTail::newLines(const std::filesystem::path& file) {
     std::ifstream stream;
     if (std::filesystem::is_regular_file(file, missing))
         stream.open(file, std::ios::binary);
-    if (!stream.is_open()) // also a named pipe, whose reader would wait
+    if (!stream.is_open()) // a named pipe is not opened either, since reading it could block
         return {};
     std::string found(beginning.size(), '\0');
     stream.read(found.data(), static_cast<std::streamsize>(found.size()));
@@ -31,6 +31,7 @@ std::vector<std::string> FileTail::newLines(const std::filesystem::path& file) {
     std::size_t start = 0;
     for (std::size_t end; (end = text.find('\n', start)) != std::string::npos; start = end + 1)
         lines.push_back(text.substr(start, end - start));
+    // The first line identifies the content, so that a rewritten file is noticed even if it is longer than before.
     if (offset == 0)
         beginning = text.substr(0, std::min(start, known));
     offset += start;

@@ -1,4 +1,4 @@
-// The lines that a text file gains.
+// Reads the lines that are appended to a text file, as `tail -f` does.
 #pragma once
 
 #include <cstdint>
@@ -10,13 +10,13 @@ namespace tool {
 
 class FileTail {
 public:
-    // The complete lines, without their ends, that the file has gained since the last call. A file that has been
-    // truncated or replaced since counts from its beginning; one that is missing has none.
+    // Returns the complete lines since the last call, without their line ends. If the file was truncated or replaced,
+    // starts again at its beginning. A missing file has no lines.
     std::vector<std::string> newLines(const std::filesystem::path& file);
 
 private:
-    std::uintmax_t offset = 0; // what has been read
-    std::string beginning; // of the file, by which a new content is known
+    std::uintmax_t offset = 0; // number of bytes read so far
+    std::string beginning; // first line (at most 64 bytes); another beginning means another file
 };
 
 } // namespace tool

@@ -8,7 +8,7 @@ namespace tool {
 void followWhileOn(const panel::Panel& panel, const std::function<void()>& look) {
     constexpr std::chrono::milliseconds pause(50);
     for (bool on = true; on;) {
-        on = panel.isOn();
+        on = panel.isOn(); // before the look, so that the last look sees all lines
         look();
         if (on)
             std::this_thread::sleep_for(pause);

@@ -1,4 +1,4 @@
-// Watching a panel without letting its time pass.
+// Watches a panel without joining it.
 #pragma once
 
 #include "platform/panel/Panel.h"
@@ -7,8 +7,8 @@
 
 namespace tool {
 
-// Calls it several times a second until the panel is off, and once more then. Not a part of the panel: a stepped panel
-// stands still for all of it.
+// Calls `look` several times a second until the panel is off, and once more then. The command is not a driver, so the
+// time of a stepped panel does not move.
 void followWhileOn(const panel::Panel& panel, const std::function<void()>& look);
 
 } // namespace tool

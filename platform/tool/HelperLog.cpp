@@ -11,7 +11,8 @@ namespace {
 
 constexpr const char* paths[] = {"\\MMCMemory\\Tarvex\\helper_log0.txt", "\\MMCMemory\\Tarvex\\helper_log1.txt"};
 
-// The helper leaves a file when it is full: of two that were written in the same moment the larger is the older one.
+// Compares two log files by write time. With equal times the larger file is the older one: the helper rotates when a
+// file is full.
 bool isOlder(const panel::Place& first, const panel::Place& second) {
     const auto key = [](const panel::Place& place) {
         return std::make_tuple(place.status.st_mtim.tv_sec, place.status.st_mtim.tv_nsec, -place.status.st_size);

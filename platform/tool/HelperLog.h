@@ -1,4 +1,4 @@
-// The helper's log on a panel: the two files that it writes in turn.
+// The helper's log on a panel. The helper rotates between two files; this class reads them as one log.
 #pragma once
 
 #include "platform/panel/Panel.h"
@@ -13,7 +13,7 @@ class HelperLog {
 public:
     explicit HelperLog(const panel::Panel& panel);
 
-    // The lines since the last call, oldest first; those of the first call are all that the files hold.
+    // Returns the lines since the last call, oldest first. The first call returns all lines.
     std::vector<std::string> newLines();
 
 private:

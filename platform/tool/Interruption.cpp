@@ -11,7 +11,7 @@ namespace tool {
 
 namespace {
 
-int signals[2]; // a pipe: a handler may do little more than write
+int signals[2]; // a pipe from the signal handler, which may call little more than write, to the thread
 
 void note(int signal) {
     const auto number = static_cast<unsigned char>(signal);
@@ -22,6 +22,7 @@ void waitForSignal() {
     unsigned char number = 0;
     if (read(signals[0], &number, 1) != 1)
         return;
+    // Takes the lock and frees memory, which a signal handler must not do.
     panel::Runtime::endProcess(0);
     _exit(128 + number);
 }

@@ -1,10 +1,11 @@
-// Ctrl-C while a command waits for the panel.
+// Handles Ctrl-C while a command waits for the panel.
 #pragma once
 
 namespace tool {
 
-// From now on a signal that ends the command takes it out of the panel first: a stepped panel's time moves while a
-// command waits, and must not go on to move for one that is gone.
+// From now on a signal that ends the command (SIGINT, SIGTERM, SIGHUP, SIGPIPE) first removes the driver from the
+// panel: stepped time moves while a driver waits, and must not go on for a command that has ended. The exit code is 128
+// plus the signal's number. Call it once, before other threads exist.
 void endDriverWhenInterrupted();
 
 } // namespace tool

@@ -24,7 +24,7 @@ public:
     Printer(const panel::Panel& panel, const LogOptions& options)
         : log(panel), wanted(options.until), skip(options.skip) {}
 
-    // What is new; true if the wanted text stands in it. No line behind that one is printed.
+    // Prints the new lines. Stops behind the first line with the wanted text, and returns whether it was found.
     bool print() {
         for (const std::string& line : log.newLines()) {
             ++lines;
@@ -83,13 +83,11 @@ void show(Tool& tool, const LogOptions& options) {
 void addLogCommand(CLI::App& app, Tool& tool) {
     auto* command = app.add_subcommand("log", "Show the helper's log, oldest line first");
     auto options = std::make_shared<LogOptions>();
-    auto* follow =
-        command->add_flag("--follow", options->follow, "Go on with new lines until the panel is switched off");
-    auto* until =
-        command->add_option("--until", options->until, "Go on until a line contains this text, and let panel time pass")
-            ->type_name("TEXT");
-    command->add_option("--skip", options->skip, "Leave out so many lines at the beginning")->type_name("N");
-    command->add_option("--limit", options->limit, "With --until: how long at most; exit code 124 if it has passed")
+    auto* follow = command->add_flag("--follow", options->follow, "Print new lines until the panel is switched off");
+    auto* until = command->add_option("--until", options->until, "Let panel time pass until a line contains this text")
+                      ->type_name("TEXT");
+    command->add_option("--skip", options->skip, "Skip this number of lines")->type_name("N");
+    command->add_option("--limit", options->limit, "Time-out of --until; exit code 124 if it passes")
         ->type_name("DURATION")
         ->capture_default_str();
     until->excludes(follow);

@@ -1,9 +1,8 @@
+#include "platform/panel/Json.h"
 #include "platform/tool/Commands.h"
 #include "platform/tool/Units.h"
 
 #include "platform/panel/Operator.h"
-
-#include <nlohmann/json.hpp>
 
 #include <cstdio>
 #include <memory>
@@ -34,16 +33,13 @@ constexpr const char* kindOf(Landing::Kind kind) {
 
 void print(const Landing& landing, bool json) {
     if (json)
-        std::puts(nlohmann::ordered_json{
-            {"touch", kindOf(landing.kind)}, {"window", landing.window}, {"process", landing.process}}
-                      .dump(2, ' ', false, nlohmann::json::error_handler_t::replace)
-                      .c_str());
+        printJson({{"touch", kindOf(landing.kind)}, {"window", landing.window}, {"process", landing.process}});
     else if (landing.kind == Landing::Kind::swallowed)
-        std::puts("The mouse hook has swallowed it");
+        std::puts("The mouse hook swallowed the touch");
     else if (landing.window.empty())
-        std::puts("It has met no window");
+        std::puts("The touch did not land on a window");
     else
-        std::printf("It has met the window %s of %s\n", landing.window.c_str(), landing.process.c_str());
+        std::printf("The touch landed on the window %s of %s\n", landing.window.c_str(), landing.process.c_str());
 }
 
 void touch(Tool& tool, TouchOptions options) {
@@ -66,7 +62,7 @@ void touch(Tool& tool, TouchOptions options) {
         const Landing landing = panel::touch(options.touch);
         driver.settle();
         if (landing.kind == Landing::Kind::unanswered) {
-            complain("the mouse hook did not come back within " + options.limit + " (--limit allows more)");
+            complain("the mouse hook did not return within " + options.limit + " (--limit allows more)");
             tool.exitCode = limitPassed;
             return;
         }
@@ -76,20 +72,20 @@ void touch(Tool& tool, TouchOptions options) {
 }
 
 void addTouch(CLI::App& app, Tool& tool) {
-    auto* command = app.add_subcommand("touch", "Touch the screen, and print which window was met");
+    auto* command = app.add_subcommand("touch", "Touch the screen, and print the window that got the touch");
     auto options = std::make_shared<TouchOptions>();
-    auto* place = command->add_option("--at", options->place, "Where, in pixels; default: the middle of the screen")
+    auto* place = command->add_option("--at", options->place, "Place in pixels; default: the middle of the screen")
                       ->type_name("X Y");
-    command->add_flag("--right", options->touch.right, "As the right button");
+    command->add_flag("--right", options->touch.right, "Use the right button");
     auto* press = command->add_flag("--press", options->press, "Only press");
     auto* release = command->add_flag("--release", options->release, "Only release");
     command->add_flag("--move", options->move, "Only move")->excludes(press)->excludes(release);
     press->excludes(release);
-    command->add_option("--count", options->count, "How often")
+    command->add_option("--count", options->count, "Number of touches")
         ->type_name("N")
         ->capture_default_str()
         ->check(CLI::Range(1U, 0xFFFFFFFFU));
-    command->add_option("--limit", options->limit, "How long a program's mouse hook may take; exit code 124 if longer")
+    command->add_option("--limit", options->limit, "Time-out of the mouse hook; exit code 124 if it passes")
         ->type_name("DURATION")
         ->capture_default_str();
     command->add_flag("--json", options->json, "Answer in JSON");
@@ -110,8 +106,8 @@ void addActivity(CLI::App& app, Tool& tool, const char* name, const char* descri
 
 void addOperatorCommands(CLI::App& app, Tool& tool) {
     addTouch(app, tool);
-    addActivity(app, tool, "idle", "Nobody uses the panel: the power manager reports the user as inactive", false);
-    addActivity(app, tool, "active", "Somebody uses the panel: the power manager reports the user as active", true);
+    addActivity(app, tool, "idle", "Make the user inactive, as if nobody used the panel", false);
+    addActivity(app, tool, "active", "Make the user active, as if somebody used the panel", true);
 }
 
 } // namespace tool

@@ -21,7 +21,7 @@ struct CreateOptions {
 
 void create(const CreateOptions& options) {
     if (options.directory.empty())
-        throw Misuse("a panel wants a directory, and \"\" names none");
+        throw Misuse("\"\" is not a directory for a panel");
     panel::PanelOptions facts = options.facts;
     int used = 0;
     if (std::sscanf(options.screen.c_str(), "%ux%u%n", &facts.screenWidth, &facts.screenHeight, &used) != 2 ||
@@ -42,24 +42,21 @@ void create(const CreateOptions& options) {
 }
 
 void addCreate(CLI::App& app) {
-    auto* command = app.add_subcommand("create", "Make a new panel, switched off, in a directory of its own");
+    auto* command = app.add_subcommand("create", "Create a panel in a new directory; it is off");
     auto options = std::make_shared<CreateOptions>();
-    command->add_option("DIR", options->directory, "Its directory: new, or empty")->required();
+    command->add_option("DIR", options->directory, "Directory of the panel; it must be empty or not exist")->required();
     command->add_option("--screen", options->screen, "Screen size in pixels")->type_name("WxH")->capture_default_str();
-    command->add_option("--date", options->date, "What its calendar clock shows (UTC); default: the date of today")
-        ->type_name("DATE");
-    command->add_option("--version", options->facts.version, "The platform's version")
+    command->add_option("--date", options->date, "Date of the calendar clock (UTC); default: today")->type_name("DATE");
+    command->add_option("--version", options->facts.version, "Platform version")
         ->type_name("TEXT")
         ->capture_default_str();
-    command->add_option("--name", options->facts.name, "The device's name")->type_name("TEXT")->capture_default_str();
+    command->add_option("--name", options->facts.name, "Device name")->type_name("TEXT")->capture_default_str();
     command
         ->add_option("--without", options->facts.without,
-                     "A device that it lacks, such as BKL1 (panel device lists them)")
+                     "A device that the panel lacks, such as BKL1 (panel device lists the devices)")
         ->type_name("DEVICE");
-    command->add_option("--model", options->facts.model, "Its model code (tag 18)")
-        ->type_name("N")
-        ->capture_default_str();
-    command->add_option("--guid", options->guid, "Its GUID (tag 48): 16 bytes in hexadecimal")->type_name("BYTES");
+    command->add_option("--model", options->facts.model, "Model code (tag 18)")->type_name("N")->capture_default_str();
+    command->add_option("--guid", options->guid, "GUID (tag 48): 16 bytes in hexadecimal")->type_name("BYTES");
     command->callback([options] { create(*options); });
 }
 
@@ -89,35 +86,38 @@ void boot(const panel::Panel& panel, const Boot& options) {
     panel::Driver driver(panel, panel::Driver::command, panel::Driver::Programs::stay);
     for (const panel::InitStart& start : driver.startInit())
         if (start.failure.empty())
-            std::printf("Started %s as Launch%u of the registry says\n", start.process.name.c_str(), start.number);
+            std::printf("Started %s, listed as Launch%u in the registry\n", start.process.name.c_str(), start.number);
         else
             complain("Launch" + std::to_string(start.number) + " of the registry: " + start.failure);
 }
 
 void addBoot(CLI::App& app, Tool& tool) {
-    auto* command = app.add_subcommand("boot", "Switch the panel on: it starts what the registry lists under init");
+    auto* command =
+        app.add_subcommand("boot", "Switch the panel on, and start the programs that the registry lists under init");
     auto options = std::make_shared<Boot>();
     auto* flowing = command->add_flag("--flowing", options->flowing, "Panel time flows like real time (default)");
-    auto* stepped = command->add_flag("--stepped", options->stepped,
-                                      "Panel time stands still; it jumps from event to event while a command waits");
-    auto* factor = command->add_option("--factor", options->factor, "Panel seconds in a real second, with --flowing");
+    auto* stepped =
+        command->add_flag("--stepped", options->stepped,
+                          "Panel time stands still; it jumps from deadline to deadline while a command waits");
+    auto* factor = command->add_option("--factor", options->factor, "Panel seconds per real second, with --flowing");
     stepped->excludes(flowing)->excludes(factor);
-    command->add_option("--ticks", options->ticks, "The tick count at boot, ms; 0xFFFFF000 is shortly before its wrap")
+    command->add_option("--ticks", options->ticks, "Tick count at boot in ms; 0xFFFFF000 is shortly before the wrap")
         ->type_name("N")
         ->capture_default_str();
-    command->add_flag("--without-init", options->withoutInit, "Start nothing");
+    command->add_flag("--without-init", options->withoutInit, "Start no programs");
     command->callback([options, &tool] { boot(tool.panel(), *options); });
 }
 
 void addOff(CLI::App& app, Tool& tool) {
-    app.add_subcommand("off", "Switch the panel off: all programs end")->callback([&tool] {
+    app.add_subcommand("off", "Shut the panel down cleanly: end all programs, flush the registry")->callback([&tool] {
         tool.panel().off();
         std::printf("The panel is %s\n", toned("off", Tone::bad).c_str());
     });
-    app.add_subcommand("cut", "Cut the panel's power: what programs have not written is lost")->callback([&tool] {
-        tool.panel().cut();
-        std::printf("The panel is %s, its power was cut\n", toned("off", Tone::bad).c_str());
-    });
+    app.add_subcommand("cut", "Cut the panel's power: unwritten data and unflushed registry changes are lost")
+        ->callback([&tool] {
+            tool.panel().cut();
+            std::printf("The panel is %s, its power was cut\n", toned("off", Tone::bad).c_str());
+        });
 }
 
 void advance(const panel::Panel& panel, std::uint64_t duration) {
@@ -134,7 +134,7 @@ void addAdvance(CLI::App& app, Tool& tool) {
     auto duration = std::make_shared<std::string>();
     command
         ->add_option("DURATION", *duration,
-                     "1500, 1500ms, 5s, 2min, 1h; 0ms: lets no time pass, returns when all programs wait")
+                     "1500, 1500ms, 5s, 2min, 1h; 0ms lets no time pass and returns when all programs wait")
         ->required();
     command->callback([duration, &tool] { advance(tool.panel(), parseDuration(*duration)); });
 }

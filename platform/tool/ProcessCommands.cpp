@@ -1,3 +1,4 @@
+#include "platform/panel/Json.h"
 #include "platform/tool/Commands.h"
 #include "platform/tool/Table.h"
 #include "platform/tool/Units.h"
@@ -5,8 +6,6 @@
 
 #include "platform/panel/Client.h"
 #include "platform/panel/Text.h"
-
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cstdio>
@@ -19,11 +18,11 @@ namespace tool {
 namespace {
 
 namespace fs = std::filesystem;
-using Json = nlohmann::ordered_json;
+using panel::Json;
 
 std::string stateOf(const panel::ProcessStatus& process) {
     if (process.threads == 0)
-        return "unknown"; // a program that knows nothing of the panel
+        return "unknown"; // panel time does not wait for this program, so its threads are unknown
     return process.threads == process.waiting ? "waits" : "runs";
 }
 
@@ -51,7 +50,7 @@ void printAsJson(const panel::PanelStatus& status, bool all) {
     Json answer{{"processes", std::move(list)}};
     if (all)
         answer["ended"] = std::move(ended);
-    std::puts(answer.dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
+    printJson(answer);
 }
 
 void list(const panel::Panel& panel, bool all, bool json) {
@@ -78,10 +77,10 @@ void addPs(CLI::App& app, Tool& tool) {
         bool all = false;
         bool json = false;
     };
-    auto* command = app.add_subcommand(
-        "ps", "List the programs that run on the panel, and the platform calls that their threads wait in");
+    auto* command =
+        app.add_subcommand("ps", "List the running programs, and the platform calls in which their threads wait");
     auto options = std::make_shared<Options>();
-    command->add_flag("--all", options->all, "With those that have ended, and their exit codes, and panel commands");
+    command->add_flag("--all", options->all, "Also list ended programs with their exit codes, and panel commands");
     command->add_flag("--json", options->json, "Answer in JSON");
     command->callback([options, &tool] { list(tool.panel(), options->all, options->json); });
 }
@@ -93,12 +92,12 @@ struct WaitOptions {
     std::string limit = "1min";
 };
 
-// Whether a process is meant by "TarvexHelper.exe#2", or by "TarvexHelper.exe".
+// Returns whether the user means this process: "TarvexHelper.exe" means all starts, "TarvexHelper.exe#2" one start.
 bool isMeant(const std::string& wanted, const std::string& name) {
     return panel::equalCaseBlind(wanted, name) || panel::equalCaseBlind(wanted, name.substr(0, name.rfind('#')));
 }
 
-// The latest start of the program if it has ended.
+// Returns the latest start of the program, unless a start of it still runs.
 std::optional<panel::EndedStatus> findEnded(panel::Driver& driver, const std::string& wanted) {
     const panel::PanelStatus status = driver.status();
     for (const auto& process : status.processes)
@@ -111,15 +110,14 @@ std::optional<panel::EndedStatus> findEnded(panel::Driver& driver, const std::st
 
 void report(const panel::EndedStatus& ended, bool json) {
     if (json)
-        std::puts(Json{{"name", ended.name}, {"exitCode", ended.exitCode}, {"time", ended.time}}
-                      .dump(2, ' ', false, nlohmann::json::error_handler_t::replace)
-                      .c_str());
+        printJson({{"name", ended.name}, {"exitCode", ended.exitCode}, {"time", ended.time}});
     else
         std::printf("%s ended with exit code %s\n", ended.name.c_str(),
                     toned(std::to_string(ended.exitCode), ended.exitCode ? Tone::bad : Tone::good).c_str());
 }
 
-// A program that has not been started yet has a file at least. Of links only those of disks plugged in place count.
+// Returns whether the panel has a file of this name. `wait --exit` accepts a program that was not started yet, but not
+// a mistyped name. The search follows no links except disks that were plugged in place.
 bool hasFile(const panel::Panel& panel, const std::string& process) {
     const std::string name = process.substr(0, process.rfind('#'));
     const auto isIt = [&](const fs::directory_entry& entry) {
@@ -144,7 +142,7 @@ void wait(Tool& tool, const WaitOptions& options) {
     if (options.window.empty() == options.process.empty())
         throw Misuse("wait for what? Name either --window CLASS or --exit PROCESS");
     if (options.process.ends_with('#'))
-        throw Misuse("which start of the program? \"" + options.process + "\" wants a number");
+        throw Misuse("which start of the program? \"" + options.process + "\" needs a number");
     const std::uint32_t limit = parseLimit(options.limit);
     const panel::Panel panel = tool.panel();
     panel::Driver driver(panel);
@@ -161,6 +159,7 @@ void wait(Tool& tool, const WaitOptions& options) {
             return ended.has_value();
         },
         limit);
+    // The condition above also ends the wait when the panel goes off.
     if (!driver.isOn())
         throw std::runtime_error("the panel was switched off meanwhile");
     if (ended)
@@ -173,13 +172,14 @@ void wait(Tool& tool, const WaitOptions& options) {
 }
 
 void addWait(CLI::App& app, Tool& tool) {
-    auto* command = app.add_subcommand("wait", "Let panel time pass until something has happened");
+    auto* command = app.add_subcommand("wait", "Let panel time pass until a window exists or a program has ended");
     auto options = std::make_shared<WaitOptions>();
-    command->add_option("--window", options->window, "A window of this class is there")->type_name("CLASS");
+    command->add_option("--window", options->window, "Wait for a window of this class")->type_name("CLASS");
     command
-        ->add_option("--exit", options->process, "It has ended: TarvexHelper.exe#2, or TarvexHelper.exe, the last one")
+        ->add_option("--exit", options->process,
+                     "Wait for the end of TarvexHelper.exe#2, or of the last TarvexHelper.exe")
         ->type_name("PROCESS");
-    command->add_option("--limit", options->limit, "How long at most; exit code 124 if it has passed")
+    command->add_option("--limit", options->limit, "Time-out; exit code 124 if it passes")
         ->type_name("DURATION")
         ->capture_default_str();
     command->add_flag("--json", options->json, "Answer in JSON");

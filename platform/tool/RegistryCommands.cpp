@@ -1,9 +1,8 @@
+#include "platform/panel/Json.h"
 #include "platform/panel/Text.h"
 #include "platform/tool/Commands.h"
 #include "platform/tool/Table.h"
 #include "platform/tool/Units.h"
-
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cstdio>
@@ -14,7 +13,7 @@ namespace tool {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
+using panel::Json;
 namespace registry = panel::registry;
 
 constexpr const char* keyHelp = "Such as HKEY_LOCAL_MACHINE\\init, or HKLM\\init";
@@ -35,7 +34,7 @@ void checkLength(const std::string& name) {
                      " characters at most: \"" + name + '"');
 }
 
-// With the root's full name, and without a separator at the end.
+// Returns the path with the full name of its root and without a trailing separator.
 std::string fullPath(std::string path) {
     if (path.ends_with('\\'))
         path.pop_back();
@@ -59,8 +58,7 @@ std::string fullPath(std::string path) {
 const registry::Key& keyOf(const registry::Tree& tree, const std::string& path) {
     const registry::Key* key = tree.find(fullPath(path));
     if (!key)
-        throw std::runtime_error("no such key in the registry: " + path +
-                                 " (panel registry list shows those there are)");
+        throw std::runtime_error("no such key in the registry: " + path + " (panel registry list shows the keys)");
     return *key;
 }
 
@@ -86,10 +84,6 @@ Json toJson(const registry::Value& value) {
         json["texts"] = texts;
     json["bytes"] = registry::hexOf(value.data);
     return json;
-}
-
-void print(const Json& json) {
-    std::puts(json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
 }
 
 void list(Json& json, Table& table, const std::string& path, const registry::Key& key) {
@@ -119,7 +113,7 @@ void list(const panel::Panel& panel, const Options& options) {
     else
         list(json, table, fullPath(options.key), keyOf(tree, options.key));
     if (options.json)
-        print(json);
+        printJson(json);
     else
         table.print();
 }
@@ -132,7 +126,7 @@ void read(const panel::Panel& panel, const Options& options) {
     std::string text;
     std::vector<std::string> texts;
     if (options.json)
-        print(toJson(*value));
+        printJson(toJson(*value));
     else if (registry::textOf(*value, text))
         std::puts(text.c_str());
     else if (registry::textsOf(*value, texts))
@@ -147,7 +141,7 @@ registry::Value valueOf(const Options& options) {
     if (type == registry::typeTexts)
         return registry::textsValue(options.value, options.data);
     if (options.data.size() > 1)
-        throw Misuse("one value has one data (only REG_MULTI_SZ takes several)");
+        throw Misuse("this type takes one DATA (only REG_MULTI_SZ takes several)");
     const std::string data = options.data.empty() ? std::string() : options.data.front();
     if (type == registry::typeText || type == registry::typeExpandText)
         return registry::textValue(options.value, data, type);
@@ -173,13 +167,13 @@ void remove(panel::Panel panel, const Options& options, bool wholeKey) {
         throw Misuse(path + " is a root and stays (name a key below it)");
     if (!wholeKey && !keyOf(tree, options.key).value(options.value))
         throw std::runtime_error("the key " + options.key + " has no value \"" + options.value + '"');
-    keyOf(tree, options.key);
+    keyOf(tree, options.key); // throws if the key does not exist
     panel.changeRegistry(
         [&](registry::Tree& changed) {
             registry::Key* key = changed.find(path);
             const bool removed = wholeKey ? changed.remove(path) : key && key->removeValue(options.value);
             if (!removed)
-                throw std::runtime_error("somebody else has deleted it at the same time: " + path);
+                throw std::runtime_error("somebody else deleted it at the same time: " + path);
         },
         options.flushed);
 }
@@ -193,36 +187,36 @@ void addRegistryCommands(CLI::App& app, Tool& tool) {
     const auto add = [&](const char* name, const char* help) { return commands->add_subcommand(name, help); };
     const auto addKey = [&](CLI::App* command) { return command->add_option("KEY", options->key, keyHelp); };
     const auto addFlushed = [&](CLI::App* command) {
-        command->add_flag("--flush", options->flushed, "Flash has it too, and keeps it through a power cut");
+        command->add_flag("--flush", options->flushed, "Change flash, too, so that the change survives a power cut");
     };
     const auto addLooks = [&](CLI::App* command) {
-        command->add_flag("--flash", options->flash, "What would be left after a power cut");
+        command->add_flag("--flash", options->flash, "Show the content of flash, which survives a power cut");
         command->add_flag("--json", options->json, "Answer in JSON");
     };
     constexpr const char* valueHelp = "The value's name; \"\": the key's default value";
 
-    auto* listing = add("list", "Print a key and all below it, or everything");
+    auto* listing = add("list", "Print a key and its subkeys; without KEY everything");
     addKey(listing);
     addLooks(listing);
     listing->callback([options, &tool] { list(tool.panel(), *options); });
 
-    auto* reading = add("read", "Print a value: text as it is, other data in hexadecimal");
+    auto* reading = add("read", "Print a value: text unchanged, other data in hexadecimal");
     addKey(reading)->required();
     reading->add_option("VALUE", options->value, valueHelp);
     addLooks(reading);
     reading->callback([options, &tool] { read(tool.panel(), *options); });
 
-    auto* writing = add("write", "Set a value; what is missing of its key is made");
+    auto* writing = add("write", "Set a value; create its key if it is missing");
     addKey(writing)->required();
     writing->add_option("VALUE", options->value, valueHelp)->required();
-    writing->add_option("DATA", options->data, "A text, a number, or bytes in hexadecimal, as the type wants");
+    writing->add_option("DATA", options->data, "A text, a number, or bytes in hexadecimal, depending on the type");
     writing->add_option("--type", options->type, "REG_SZ, REG_EXPAND_SZ, REG_BINARY, REG_DWORD, REG_MULTI_SZ, ...")
         ->type_name("TYPE")
         ->capture_default_str();
     addFlushed(writing);
     writing->callback([options, &tool] { write(tool.panel(), *options); });
 
-    auto* removal = add("delete", "Delete a value, or without one a key with all below it");
+    auto* removal = add("delete", "Delete a value; without VALUE delete the key and its subkeys");
     addKey(removal)->required();
     auto* value = removal->add_option("VALUE", options->value, valueHelp);
     addFlushed(removal);

@@ -1,11 +1,10 @@
+#include "platform/panel/Json.h"
 #include "platform/tool/Commands.h"
 #include "platform/tool/Table.h"
 #include "platform/tool/Units.h"
 
 #include "platform/panel/Client.h"
 #include "platform/panel/Text.h"
-
-#include <nlohmann/json.hpp>
 
 #include <cstdio>
 #include <memory>
@@ -26,7 +25,7 @@ struct SendOptions {
     bool json = false;
 };
 
-// The panel's parameters have 32 bits, signed or not.
+// Reads a message parameter. It has 32 bits on a panel; signed and unsigned numbers are accepted.
 std::int64_t parameter(const std::string& text) {
     const std::int64_t value = parseNumber(text);
     if (value < INT32_MIN || value > UINT32_MAX)
@@ -36,10 +35,7 @@ std::int64_t parameter(const std::string& text) {
 
 void print(const std::optional<std::int64_t>& result, const SendOptions& options) {
     if (options.json)
-        std::puts(nlohmann::ordered_json{{"answered", result.has_value()},
-                                         {"result", result ? nlohmann::ordered_json(*result) : nullptr}}
-                      .dump(2)
-                      .c_str());
+        printJson({{"answered", result.has_value()}, {"result", result ? panel::Json(*result) : nullptr}});
     else if (result)
         std::printf("%lld\n", static_cast<long long>(*result));
 }
@@ -53,7 +49,7 @@ bool isNumber(const std::string& text) {
     }
 }
 
-// A mistyped name would be sent too, and answered like a true one.
+// Rejects unknown names: a window also replies to a mistyped message, so the mistake would not be noticed.
 void checkMessage(const std::string& message) {
     std::string known;
     for (const std::string& name : panel::registeredMessages()) {
@@ -62,7 +58,7 @@ void checkMessage(const std::string& message) {
         known += (known.empty() ? "" : ", ") + name;
     }
     throw std::runtime_error("no program has registered a message \"" + message +
-                             "\" (known: " + (known.empty() ? "none" : known) + "; --force sends it all the same)");
+                             "\" (known: " + (known.empty() ? "none" : known) + "; --force sends it nevertheless)");
 }
 
 void send(Tool& tool, const SendOptions& options) {
@@ -86,22 +82,23 @@ void send(Tool& tool, const SendOptions& options) {
     if (result)
         return;
     const bool gone = panel::findWindow(options.window) != window;
-    complain(options.window + (gone ? " went without an answer" : " did not answer within " + formatDuration(limit)));
+    complain(options.window +
+             (gone ? " was destroyed without an answer" : " did not answer within " + formatDuration(limit)));
     tool.exitCode = gone ? failed : limitPassed;
 }
 
 } // namespace
 
 void addSendCommand(CLI::App& app, Tool& tool) {
-    auto* command = app.add_subcommand("send", "Send a message to a window, and print what the window answers");
+    auto* command = app.add_subcommand("send", "Send a message to a window, and print the window procedure's result");
     auto options = std::make_shared<SendOptions>();
     command->add_option("CLASS", options->window, "The window's class, such as ORVATarvexHelper")->required();
     command->add_option("MESSAGE", options->message, "The registered message's name, or a number")->required();
     command->add_option("WPARAM", options->wParam, "A number; the helper's command codes go here")->required();
     command->add_option("LPARAM", options->lParam, "A number")->capture_default_str();
-    command->add_flag("--post", options->post, "Post it: ends at once, without an answer");
-    command->add_flag("--force", options->force, "Also a message that no program has registered");
-    command->add_option("--limit", options->limit, "How long to wait for the answer; exit code 124 if it has passed")
+    command->add_flag("--post", options->post, "Post the message: do not wait for a result");
+    command->add_flag("--force", options->force, "Send the message even if no program has registered it");
+    command->add_option("--limit", options->limit, "Time-out for the result; exit code 124 if it passes")
         ->type_name("DURATION")
         ->capture_default_str();
     command->add_flag("--json", options->json, "Answer in JSON");

@@ -1,10 +1,9 @@
+#include "platform/panel/Json.h"
 #include "platform/tool/Commands.h"
 #include "platform/tool/Table.h"
 #include "platform/tool/Units.h"
 
 #include "platform/panel/Watcher.h"
-
-#include <nlohmann/json.hpp>
 
 #include <cstdio>
 #include <fstream>
@@ -16,10 +15,10 @@ namespace tool {
 namespace {
 
 constexpr const char* help = R"(
-panel start [OPTIONS] PATH [ARGUMENTS...]; arguments that are options of this command too stand behind a --.
+panel start [OPTIONS] PATH [ARGUMENTS...]; put arguments that look like options of this command behind a --.
 Without --wait the program begins when this command ends.
-Exit code with --wait: the program's own from 0 to 123; 124: the limit has passed and it still runs; 125: it could not
-be started; 126: its exit code is above 123 (it is printed).
+Exit codes with --wait: 0 to 123: the program's own exit code; 124: the program still runs after the time-out; 125: the
+program could not be started; 126: the program's exit code is above 123 (it is printed).
 )";
 
 constexpr std::uint32_t largestCode = 123;
@@ -31,7 +30,7 @@ struct StartOptions {
     std::string limit = "1min";
 };
 
-// One string, as the platform hands it over.
+// Joins the arguments into one string, as the platform passes it.
 std::string commandLine(const std::vector<std::string>& words) {
     std::string line;
     for (const std::string& word : words) {
@@ -41,7 +40,7 @@ std::string commandLine(const std::vector<std::string>& words) {
     return line;
 }
 
-// What the program has printed, which is seldom more than the report of its crash.
+// Returns the output of the program.
 std::string output(const panel::Panel& panel, const std::string& process) {
     std::ifstream file(panel.directory() / "run/output" / process, std::ios::binary);
     std::ostringstream content;
@@ -52,12 +51,12 @@ std::string output(const panel::Panel& panel, const std::string& process) {
 void report(const std::string& process, const std::optional<std::uint32_t>& code, const std::string& printed,
             bool json) {
     if (json) {
-        nlohmann::ordered_json answer{{"name", process}, {"running", !code}};
+        panel::Json answer{{"name", process}, {"running", !code}};
         if (code) {
             answer["exitCode"] = *code;
             answer["output"] = printed;
         }
-        std::puts(answer.dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
+        printJson(answer);
         return;
     }
     std::fputs(printed.c_str(), stdout);
@@ -96,17 +95,15 @@ void start(Tool& tool, const StartOptions& options, const std::vector<std::strin
 } // namespace
 
 void addStartCommand(CLI::App& app, Tool& tool) {
-    auto* command = app.add_subcommand("start", "Start a program of the panel, and print its name among the processes");
+    auto* command = app.add_subcommand("start", "Start a program of the panel, and print its process name");
     auto options = std::make_shared<StartOptions>();
     command->add_option("PATH", options->path, "The program, such as \"\\Hard Disk\\Tarvex\\TarvexHelper.exe\"")
         ->required();
-    command->add_flag("--wait", options->wait, "Wait until it has ended, and print its exit code and what it printed");
-    command->add_option("--limit", options->limit, "With --wait: how long at most")
-        ->type_name("DURATION")
-        ->capture_default_str();
+    command->add_flag("--wait", options->wait, "Wait for the end of the program, and print its output and exit code");
+    command->add_option("--limit", options->limit, "Time-out of --wait")->type_name("DURATION")->capture_default_str();
     command->add_flag("--json", options->json, "Answer in JSON");
     command->prefix_command();
-    command->fallthrough(false); // the program's arguments are its own
+    command->fallthrough(false); // the program's arguments are not options of panel
     command->footer(help);
     command->callback([options, command, &tool] {
         tool.failureCode = options->wait ? notStarted : failed;

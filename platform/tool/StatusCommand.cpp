@@ -1,8 +1,7 @@
+#include "platform/panel/Json.h"
 #include "platform/tool/Commands.h"
 #include "platform/tool/Table.h"
 #include "platform/tool/Units.h"
-
-#include <nlohmann/json.hpp>
 
 #include <cstdio>
 #include <memory>
@@ -11,8 +10,8 @@ namespace tool {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
 using panel::ClockMode;
+using panel::Json;
 
 void addRunning(Json& answer, const panel::PanelStatus& status, std::size_t faults) {
     answer["date"] = formatDate(status.date);
@@ -43,7 +42,7 @@ void addRunning(Json& answer, const panel::PanelStatus& status, std::size_t faul
             {{"class", window.className}, {"process", window.process}, {"visible", window.visible}});
 }
 
-// The four words of the driver's record; the first and the third are levels of brightness.
+// Words 0 and 2 of the backlight's record are the brightness levels.
 std::string levels(const panel::PanelStatus& status) {
     const std::vector<std::uint32_t>& words = status.backLight;
     std::string record;
@@ -101,7 +100,7 @@ void addRunning(Table& facts, const panel::PanelStatus& status, std::size_t faul
     facts.add({"clock", stepped ? "stepped" : status.factor == 1 ? "flowing" : factor});
     facts.add({"date", formatDate(status.date)});
     facts.add({"tick count", std::to_string(status.ticks)});
-    facts.add({"user", !status.userActive   ? "unknown: there is no power manager"
+    facts.add({"user", !status.userActive   ? "unknown: the panel has no power manager"
                        : *status.userActive ? "active"
                                             : "inactive"});
     facts.add({"backlight", levels(status)});
@@ -111,7 +110,7 @@ void addRunning(Table& facts, const panel::PanelStatus& status, std::size_t faul
     facts.add({"mouse hook", status.hook.empty() ? "none" : "of " + status.hook});
     facts.add({"flash", status.flashWritable ? "\\NANDFlash is writable" : "\\NANDFlash is write-protected"});
     facts.add({"trace", status.tracing ? "on" : "off"});
-    facts.add({"faults", faults ? std::to_string(faults) + " asked for (panel fault list)" : "none"});
+    facts.add({"faults", faults ? std::to_string(faults) + " (panel fault list)" : "none"});
     for (const auto& process : status.processes)
         if (!process.driver)
             facts.add({"process", process.name + "  " + process.path});
@@ -161,7 +160,7 @@ void print(const panel::Panel& panel, bool json) {
             answer[list] = Json::array();
         if (on)
             addRunning(answer, status, faults);
-        std::puts(answer.dump(2, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
+        printJson(answer);
         return;
     }
     Table facts;
@@ -176,14 +175,14 @@ void print(const panel::Panel& panel, bool json) {
     if (on)
         addRunning(facts, status, faults);
     else
-        facts.add({"date", formatDate(options.date) + " (as it is stored)"});
+        facts.add({"date", formatDate(options.date) + " (stored at the last shutdown)"});
     facts.print();
 }
 
 } // namespace
 
 void addStatusCommand(CLI::App& app, Tool& tool) {
-    auto* command = app.add_subcommand("status", "Show how the panel is, also when it is off");
+    auto* command = app.add_subcommand("status", "Show the state of the panel, on or off");
     auto json = std::make_shared<bool>(false);
     command->add_flag("--json", *json, "Answer in JSON");
     command->callback([json, &tool] { print(tool.panel(), *json); });

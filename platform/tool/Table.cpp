@@ -14,7 +14,7 @@ bool coloured() {
     return answer;
 }
 
-std::size_t width(const std::string& text) { // in characters; the text is UTF-8
+std::size_t width(const std::string& text) { // characters of the UTF-8 text
     return static_cast<std::size_t>(
         std::count_if(text.begin(), text.end(), [](char byte) { return (byte & 0xC0) != 0x80; }));
 }

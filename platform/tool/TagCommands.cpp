@@ -1,9 +1,8 @@
 #include "platform/panel/Hex.h"
+#include "platform/panel/Json.h"
 #include "platform/tool/Commands.h"
 #include "platform/tool/Table.h"
 #include "platform/tool/Units.h"
-
-#include <nlohmann/json.hpp>
 
 #include <cstdio>
 #include <memory>
@@ -13,7 +12,7 @@ namespace tool {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
+using panel::Json;
 
 void list(const panel::Devices& devices, bool json) {
     Json answer = Json::array();
@@ -27,7 +26,7 @@ void list(const panel::Devices& devices, bool json) {
                    line == std::string::npos ? text : text.substr(0, line) + " ..."});
     }
     if (json)
-        std::puts(answer.dump(2).c_str());
+        printJson(answer);
     else if (table.empty())
         std::puts("There are no tags.");
     else
@@ -40,16 +39,16 @@ void addSet(CLI::App& tags, Tool& tool) {
         std::vector<std::string> bytes;
         std::string number;
     };
-    auto* command = tags.add_subcommand("set", "Give a tag new data; it need not be there");
+    auto* command = tags.add_subcommand("set", "Create or replace a tag");
     auto options = std::make_shared<Options>();
-    command->add_option("TAG", options->id, "Its number: 18 is the model code, 48 the GUID")->required();
-    auto* bytes = command->add_option("BYTES", options->bytes, "In hexadecimal, such as 02 04");
-    command->add_option("--number", options->number, "A number of 16 bits instead, such as 1026")
+    command->add_option("TAG", options->id, "Number of the tag: 18 is the model code, 48 the GUID")->required();
+    auto* bytes = command->add_option("BYTES", options->bytes, "Bytes in hexadecimal, such as 02 04");
+    command->add_option("--number", options->number, "A 16-bit number instead of BYTES, such as 1026")
         ->type_name("N")
         ->excludes(bytes);
     command->callback([options, &tool] {
         if (options->bytes.empty() && options->number.empty())
-            throw Misuse("a tag's data are BYTES, or --number");
+            throw Misuse("give a tag's data as BYTES or --number");
         std::string content;
         for (const std::string& word : options->bytes)
             content += orMisuse([&] { return panel::parseHex(word); });
@@ -66,7 +65,7 @@ void addSet(CLI::App& tags, Tool& tool) {
 } // namespace
 
 void addTagCommands(CLI::App& app, Tool& tool) {
-    auto* tags = app.add_subcommand("tag", "Look at the tag store, and change it");
+    auto* tags = app.add_subcommand("tag", "Show and change the tag store");
     tags->require_subcommand(1);
     auto json = std::make_shared<bool>(false);
     auto* listing = tags->add_subcommand("list", "List the tags and their data");
@@ -75,12 +74,12 @@ void addTagCommands(CLI::App& app, Tool& tool) {
     addSet(*tags, tool);
     auto id = std::make_shared<std::uint32_t>(0);
     auto* removal = tags->add_subcommand("remove", "Remove a tag");
-    removal->add_option("TAG", *id, "Its number")->required();
+    removal->add_option("TAG", *id, "Number of the tag")->required();
     removal->callback([id, &tool] {
         if (!tool.panel().devices().removeTag(*id))
             throw std::runtime_error("there is no tag " + std::to_string(*id) + " (panel tag list)");
     });
-    tags->footer("\nHow the tag library fails, or is not there:\n"
+    tags->footer("\nTo make the tag library fail, or to remove it:\n"
                  "  panel device tags refuse TAG_Get_Data --error 7\n"
                  "  panel device tags code TAG_Open --error 7\n"
                  "  panel device tags remove");

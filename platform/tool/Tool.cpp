@@ -14,7 +14,8 @@ Tool::Tool(CLI::App& app) {
 
 panel::Panel Tool::panel() const {
     if (directory.empty() && !std::filesystem::exists("devices/panel.json"))
-        throw std::runtime_error("no panel here: name one with -C DIR or in PANEL, or make one with panel create DIR");
+        throw std::runtime_error("this directory is not a panel: name a panel with -C DIR or PANEL, or create a panel "
+                                 "with panel create DIR");
     panel::Panel panel(directory.empty() ? std::filesystem::current_path() : std::filesystem::path(directory));
     panel.checkOwner();
     return panel;
@@ -30,6 +31,10 @@ void complain(const std::string& text) {
         line += code < ' ' || code == 0x7F ? escaped : std::string(1, character);
     }
     std::fprintf(stderr, "panel: %s\n", line.c_str());
+}
+
+void printJson(const panel::Json& answer) {
+    std::puts(panel::jsonText(answer).c_str());
 }
 
 } // namespace tool

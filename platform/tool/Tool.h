@@ -1,7 +1,8 @@
-// What all commands of `panel` share: which panel is meant, and the exit code.
+// The state that all commands of `panel` share: the chosen panel and the exit code.
 #pragma once
 
 #include "platform/panel/Driver.h"
+#include "platform/panel/Json.h"
 
 #include <CLI/CLI.hpp>
 
@@ -10,32 +11,36 @@
 
 namespace tool {
 
-// Exit codes: 0, or one of these with one line on standard error. `panel start --wait` answers the program's own exit
-// code from 0 to 123.
+// Exit codes of `panel`. 0 means success. The other codes come with one line on standard error. `panel start --wait`
+// also returns the program's own exit code, 0 to 123.
 inline constexpr int failed = 1;
-inline constexpr int wrongUsage = 2; // what Misuse says (Units.h)
-inline constexpr int limitPassed = 124; // what was waited for has not happened
-inline constexpr int notStarted = 125; // start --wait: the program's exit code would be mistaken for a failure's
+inline constexpr int wrongUsage = 2; // a Misuse (Units.h)
+inline constexpr int limitPassed = 124; // a time-out has passed
+inline constexpr int notStarted = 125; // start --wait: 1 could be the program's own exit code
 inline constexpr int codeTooLarge = 126; // start --wait: the program's exit code is above 123; it is printed
 
 class Tool {
 public:
-    explicit Tool(CLI::App& app); // adds the option that names the panel
+    // Adds the option -C to the application.
+    explicit Tool(CLI::App& app);
 
-    // The panel that -C or the environment names, else the one in the current directory. Throws std::runtime_error,
-    // also when another user has booted it.
+    // Returns the panel that -C or PANEL in the environment names, or else the panel in the current directory. Throws
+    // std::runtime_error if that is not a panel, or if another user has booted it.
     panel::Panel panel() const;
 
-    // A command that did its work without success says why on standard error and sets it.
+    // Exit code of a command that returns normally. A command that sets it also prints the reason on standard error.
     int exitCode = 0;
-    std::vector<std::string> behindDashes; // the command line's words behind "--": for a program to be started
-    int failureCode = failed; // for what a command throws
+    std::vector<std::string> behindDashes; // words behind "--": arguments of the program to be started
+    int failureCode = failed; // exit code of a command that throws
 
 private:
     std::string directory;
 };
 
-// One line on standard error, whatever the text holds.
+// Prints "panel: TEXT" as one line on standard error, even if the text holds line ends.
 void complain(const std::string& text);
+
+// Prints the output of a command with --json to standard output.
+void printJson(const panel::Json& answer);
 
 } // namespace tool

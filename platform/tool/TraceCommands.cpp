@@ -53,11 +53,13 @@ void show(const panel::Panel& panel, const ShowOptions& options) {
 
 void addShow(CLI::App& trace, Tool& tool) {
     auto* command = trace.add_subcommand(
-        "show", "Print the trace, with the calls that have not returned; also of a panel that was switched off");
+        "show", "Print the trace, and the calls that have not returned; also works while the panel is off");
     auto options = std::make_shared<ShowOptions>();
-    command->add_flag("--follow", options->follow, "Go on with new lines until the panel is switched off");
+    command->add_flag("--follow", options->follow, "Print new lines until the panel is switched off");
     command->add_option("--function", options->filter.functions, "Only calls of these functions")->type_name("NAME");
-    command->add_option("--process", options->filter.processes, "Only these: TarvexHelper.exe, or TarvexHelper.exe#2")
+    command
+        ->add_option("--process", options->filter.processes,
+                     "Only these processes: TarvexHelper.exe, or TarvexHelper.exe#2")
         ->type_name("NAME");
     command->add_option("--thread", options->filter.thread, "Only the thread of this number")->type_name("N");
     command->add_flag("--failed", options->filter.failuresOnly, "Only calls that left an error");
@@ -69,14 +71,14 @@ void addShow(CLI::App& trace, Tool& tool) {
 void addTraceCommands(CLI::App& app, Tool& tool) {
     auto* trace = app.add_subcommand("trace", "Record the platform calls of all programs");
     trace->require_subcommand(1);
-    trace->add_subcommand("on", "Record from now on, behind what is recorded already")->callback([&tool] {
+    trace->add_subcommand("on", "Record from now on; existing lines are kept")->callback([&tool] {
         panel::Driver(tool.panel()).setTracing(true);
     });
     trace->add_subcommand("off", "Stop recording")->callback([&tool] {
         panel::Driver(tool.panel()).setTracing(false);
     });
     addShow(*trace, tool);
-    trace->add_subcommand("clear", "Forget what is recorded")->callback([&tool] {
+    trace->add_subcommand("clear", "Delete the recorded lines")->callback([&tool] {
         std::filesystem::remove(tool.panel().directory() / "run/trace");
     });
 }

@@ -23,7 +23,7 @@ bool isOneOf(const std::vector<std::string>& names, std::string_view name) {
 } // namespace
 
 bool TraceFilter::admits(std::string_view line) const {
-    // "      1000 TarvexHelper.exe#1 t1 Sleep[1](1000) = void after 1000 ms"; a program's name may contain spaces.
+    // "      1000 TarvexHelper.exe#1 t1 Sleep[1](1000) = void after 1000 ms"; the program's name may contain spaces.
     std::string_view rest = line;
     takeWord(rest);
     rest.remove_prefix(std::min<std::size_t>(1, rest.size()));

@@ -1,4 +1,4 @@
-// Which lines of the call trace somebody wants to see.
+// Selects lines of the call trace. A line must meet all conditions.
 #pragma once
 
 #include <string>
@@ -8,12 +8,12 @@
 namespace tool {
 
 struct TraceFilter {
-    std::vector<std::string> functions; // without regard to case; empty: all
-    std::vector<std::string>
-        processes; // "TarvexHelper.exe" or "TarvexHelper.exe#2", without regard to case; empty: all
+    std::vector<std::string> functions; // case-insensitive; empty: all
+    std::vector<std::string> processes; // "TarvexHelper.exe" or "TarvexHelper.exe#2", case-insensitive; empty: all
     unsigned thread = 0; // 0: all
-    bool failuresOnly = false; // calls that left an error, by themselves or by a fault
+    bool failuresOnly = false; // only calls with an error, injected faults included
 
+    // Returns whether a line meets the conditions.
     bool admits(std::string_view line) const;
 };
 

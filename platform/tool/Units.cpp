@@ -87,7 +87,7 @@ std::int64_t parseDate(const std::string& text) {
     date.tm_year -= 1900;
     date.tm_mon -= 1;
     const std::time_t seconds = known ? timegm(&date) : -1;
-    // timegm makes the 1st of March of the 30th of February
+    // timegm turns February 30 into March 1, so the result is compared with the input
     if (seconds < 0 || date.tm_mday != asked.tm_mday || date.tm_mon + 1 != asked.tm_mon ||
         date.tm_hour != asked.tm_hour || date.tm_min != asked.tm_min || date.tm_sec != asked.tm_sec)
         throw Misuse("not a date: \"" + text + "\" (such as 2024-03-07 or 2024-03-07T06:05:09, UTC)");
@@ -108,7 +108,7 @@ std::int64_t parseNumber(const std::string& text) {
         const std::int64_t value = std::stoll(text, &used, 0);
         if (used == text.size())
             return value;
-    } catch (const std::exception&) { // told below
+    } catch (const std::exception&) { // the exception below reports it
     }
     throw Misuse("not a number: \"" + text + "\" (such as 3, -1, 0x10)");
 }

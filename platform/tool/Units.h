@@ -1,4 +1,4 @@
-// Durations, dates and numbers as people write and read them. What cannot be read throws Misuse.
+// Converts durations, dates and numbers between text and values. A malformed text throws Misuse.
 #pragma once
 
 #include <cstdint>
@@ -7,13 +7,13 @@
 
 namespace tool {
 
-// The command was used wrongly: the text says how.
+// The command was used wrongly. The text says what is wrong.
 class Misuse : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-// For what the user has named: a failure of the action is a misuse.
+// Runs an action on the user's input and turns its std::runtime_error into a Misuse.
 template<class Action>
 auto orMisuse(Action action) {
     try {
@@ -23,8 +23,10 @@ auto orMisuse(Action action) {
     }
 }
 
-std::uint64_t parseDuration(const std::string& text); // ms: "1500", "1500ms", "1.5s", "2min", "1h"
-std::uint32_t parseLimit(const std::string& text); // a duration for the panel's 32-bit time-outs, below "for ever"
+// Returns a duration in ms: "1500", "1500ms", "1.5s", "2min", "1h".
+std::uint64_t parseDuration(const std::string& text);
+// Returns a duration that fits a 32-bit time-out other than INFINITE.
+std::uint32_t parseLimit(const std::string& text);
 std::string formatDuration(std::uint64_t milliseconds); // "950 ms", "1.5 s", "2 min 3 s"
 
 std::int64_t parseDate(const std::string& text); // ms since 1970 UTC: "2024-03-07", "2024-03-07T06:05:09"

@@ -1,4 +1,4 @@
-// The platform calls that have not returned yet, for people.
+// Formats the platform calls that have not returned yet.
 #pragma once
 
 #include "platform/panel/Driver.h"
@@ -8,8 +8,8 @@
 
 namespace tool {
 
-// A line a thread that waits: "      1000 TarvexHelper.exe#1 t1 GetMessageW[2]() has not returned", with the panel time
-// since when it waits.
+// Returns a line per waiting thread. The time is the start of the wait:
+// "      1000 TarvexHelper.exe#1 t1 GetMessageW[2]() has not returned".
 std::vector<std::string> unreturnedCalls(const panel::PanelStatus& status);
 
 } // namespace tool

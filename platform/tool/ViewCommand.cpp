@@ -14,7 +14,7 @@ struct ViewOptions {
     bool stay = false;
 };
 
-// Becomes the program that serves the page, which lies beside this one.
+// Replaces this process by `panel-view`, which lies beside this program.
 void view(const panel::Panel& panel, const ViewOptions& options) {
     const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe").parent_path() / "panel-view";
     const std::string port = std::to_string(options.port);
@@ -28,8 +28,8 @@ void view(const panel::Panel& panel, const ViewOptions& options) {
 void addViewCommand(CLI::App& app, Tool& tool) {
     auto* command = app.add_subcommand("view", "Show the panel in a browser, until Ctrl-C");
     auto options = std::make_shared<ViewOptions>();
-    command->add_option("--port", options->port, "The port on this machine; default: any that is free")->type_name("N");
-    command->add_flag("--no-open", options->stay, "Print the address only; otherwise a desktop's browser opens it");
+    command->add_option("--port", options->port, "Port on this machine; default: a free port")->type_name("N");
+    command->add_flag("--no-open", options->stay, "Only print the address; do not open a browser");
     command->callback([options, &tool] { view(tool.panel(), *options); });
 }
 

@@ -1,4 +1,4 @@
-// The panel command.
+// The entry point of the `panel` command.
 #include "platform/panel/Watcher.h"
 #include "platform/panel/kernel/Patience.h"
 #include "platform/tool/Commands.h"
@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr const char* description = "Makes a simulated operator panel and works with it.";
+constexpr const char* description = "Creates and controls a simulated operator panel.";
 
 constexpr const char* examples = R"(
 Begin with:
@@ -25,12 +25,12 @@ Begin with:
   panel -C my-panel log --follow
   panel -C my-panel status
 
-Durations are 1500, 1500ms, 5s, 2min or 1h, in the panel's time (--patience: in real time).
-On a panel booted with --stepped, time moves only while one of these commands waits: advance, start --wait, send,
-touch, wait, log --until. "advance 0ms" lets no time pass: it returns when all programs wait.
+A duration is 1500, 1500ms, 5s, 2min or 1h, in panel time (--patience: in real time).
+After boot --stepped, panel time moves only while one of these commands waits: advance, start --wait, send, touch,
+wait, log --until. "advance 0ms" lets no time pass: it returns when all programs wait.
 )";
 
-// The first word that names a command; empty if none does.
+// Returns the first word that names a command, or "".
 std::string_view commandOf(const CLI::App& app, int argc, char** argv) {
     for (int index = 1; index < argc; ++index)
         for (const CLI::App* command : app.get_subcommands({}))
@@ -41,13 +41,13 @@ std::string_view commandOf(const CLI::App& app, int argc, char** argv) {
 
 const tool::Tool* current;
 
-// The process ends at once: it may be in the middle of whatever waits for ever.
+// Called by a wait that would never end. Ends the process at once, since other threads may wait for ever, too.
 [[noreturn]] void giveUp(const std::string& why) {
     tool::complain(why + " (--patience allows more)");
     _exit(current->failureCode);
 }
 
-// Somebody has cut the kernel file short, and this process was in the middle of it before its watcher could look.
+// SIGBUS: somebody has truncated the kernel file, and this process read the mapping before its watcher noticed.
 void endWithoutKernel(int) {
     constexpr std::string_view text = "panel: the panel is gone: somebody has cut run/kernel short\n";
     [[maybe_unused]] const auto written = write(STDERR_FILENO, text.data(), text.size());
@@ -69,15 +69,13 @@ int main(int argc, char** argv) {
     app.require_subcommand(0, 1);
     tool::Tool shared(app);
     std::string patience = "30s";
-    app.add_option(
-           "--patience", patience,
-           "How long to wait, in real time, while a program keeps stepped time or the panel from moving; 0: for "
-           "ever")
+    app.add_option("--patience", patience,
+                   "Time-out in real time for a program or command that keeps the panel from moving on; 0: no time-out")
         ->type_name("DURATION")
         ->envname("PANEL_PATIENCE")
         ->capture_default_str();
     app.parse_complete_callback([&] { limitPatience(shared, patience); });
-    app.fallthrough(); // -C may stand behind the command too
+    app.fallthrough(); // allows -C behind the command, too
     tool::addPowerCommands(app, shared);
     tool::addDiskCommands(app, shared);
     tool::addDeviceCommand(app, shared);
@@ -93,9 +91,9 @@ int main(int argc, char** argv) {
     tool::addTraceCommands(app, shared);
     tool::addFaultCommands(app, shared);
     tool::addViewCommand(app, shared);
-    app.footer(examples); // last: the commands do not inherit it then
+    app.footer(examples); // last, so that the commands do not inherit the footer
     char** end = argv + argc;
-    if (commandOf(app, argc, argv) == "start") { // what is behind its "--" is the program's
+    if (commandOf(app, argc, argv) == "start") { // the words behind "--" belong to the started program
         end = std::find(argv, end, std::string_view("--"));
         shared.behindDashes.assign(std::min(end + 1, argv + argc), argv + argc);
     }

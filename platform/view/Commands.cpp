@@ -13,9 +13,9 @@ namespace view {
 namespace {
 
 constexpr int notRun = 127;
-constexpr std::size_t mostText = 16 << 20; // bytes that are kept of what a command prints
+constexpr std::size_t mostText = 16 << 20; // bytes of a command's output that are kept
 
-// Standard output or standard error of a child: memory with a descriptor.
+// Standard output or standard error of a child, in a memory file.
 class Capture {
 public:
     Capture() : file(memfd_create("output", MFD_CLOEXEC)) {}
@@ -36,8 +36,8 @@ public:
     const int file;
 };
 
-// Takes over neither descriptors nor the signal mask nor the process group: Ctrl-C here ends nothing there. Of a
-// process with many threads: only system calls.
+// Runs in the child after the fork, so it uses system calls only. The child gets no other descriptors, an empty signal
+// mask and its own process group: Ctrl-C ends the server, not its commands. SIGTERM ends the child if this thread ends.
 [[noreturn]] void become(char* const* arguments, const Capture& output, const Capture& errors) {
     sigset_t none;
     sigemptyset(&none);

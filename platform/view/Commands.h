@@ -1,4 +1,4 @@
-// The panel command, run as a child process. Whatever the page shows or does goes through it.
+// Runs the panel command as a child process. The page shows and does everything by means of panel commands.
 #pragma once
 
 #include <filesystem>
@@ -7,19 +7,20 @@
 
 namespace view {
 
+// The result of a command.
 struct Outcome {
-    int code = 0; // its exit code; 128 and its signal if one ended it
-    std::string output;
-    std::string errors; // standard error; the reason, if the command could not be started
+    int code = 0; // exit code; 128 plus the signal's number if a signal ended the command
+    std::string output; // standard output
+    std::string errors; // standard error, or the reason why the command could not be started
 };
 
 class Commands {
 public:
-    // `program`: the panel command's file; `panel`: the panel's directory.
+    // `program` is the file of the panel command, `panel` the panel's directory.
     Commands(std::filesystem::path program, std::filesystem::path panel);
 
-    // Runs `panel -C DIRECTORY WORDS...` to its end; it is interrupted if this process ends before. No shell is
-    // involved. Any thread that lives as long as the process.
+    // Runs `panel -C DIRECTORY WORDS...`, without a shell, and waits for its end. The command is interrupted if the
+    // calling thread ends first, so call this from threads that live as long as the process.
     Outcome run(const std::vector<std::string>& words) const;
 
 private:

@@ -8,9 +8,9 @@ namespace view {
 
 namespace {
 
-constexpr std::size_t mostBytes = 128 << 10; // of a request, with its header
-constexpr std::chrono::seconds mostTime(10); // for all of it
-constexpr timeval patience{5, 0}; // for the next byte, either way
+constexpr std::size_t mostBytes = 128 << 10; // size of a request with its header
+constexpr std::chrono::seconds mostTime(10); // duration of a request
+constexpr timeval patience{5, 0}; // wait for the next byte in either direction
 
 class Connection : public httplib::Stream {
 public:
@@ -21,6 +21,7 @@ public:
 
     ssize_t read(char* place, std::size_t size) override {
         if (at == end) {
+            // The socket's time-out limits each read. This limits their sum: a client could send a byte at a time.
             if (total >= mostBytes || std::chrono::steady_clock::now() > deadline)
                 return -1;
             const ssize_t got = recv(file, buffer, sizeof buffer, 0);
@@ -38,10 +39,11 @@ public:
     ssize_t write(const char* place, std::size_t size) override {
         return send(file, place, size, MSG_NOSIGNAL);
     }
+    // The library asks this before a read. The read itself waits, with a time-out.
     bool is_readable() const override {
         return true;
     }
-    bool is_writable() const override { // false, too, once the other side has gone
+    bool is_writable() const override { // also false once the client has closed the connection
         pollfd entry{file, POLLOUT | POLLRDHUP, 0};
         return poll(&entry, 1, static_cast<int>(patience.tv_sec * 1000)) > 0 && entry.revents == POLLOUT;
     }

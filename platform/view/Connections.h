@@ -1,5 +1,5 @@
-// The web server of the library, with limits for what one client can cost: the library itself would read header lines
-// without an end.
+// The library's web server with limits on the size and duration of a request. The library itself would read header
+// lines without end.
 #pragma once
 
 #include <httplib.h>
@@ -7,7 +7,7 @@
 namespace view {
 
 class Connections : public httplib::Server {
-    bool process_and_close_socket(socket_t socket) override; // one request a connection
+    bool process_and_close_socket(socket_t socket) override; // handles one request per connection
 };
 
 } // namespace view

@@ -4,7 +4,7 @@ namespace view {
 
 namespace {
 
-constexpr std::ptrdiff_t most = 4000; // lines of a file that are handed over at once: the last ones
+constexpr std::ptrdiff_t most = 4000; // most lines that are passed at once; earlier lines are dropped
 
 std::vector<std::string> lastOf(std::vector<std::string> lines) {
     if (std::ssize(lines) > most)
@@ -25,6 +25,7 @@ bool Lines::read(std::int64_t boot, const Receiver& receive) {
     const bool booted = !first && boot != lastBoot;
     lastBoot = boot;
     for (Source& source : sources) {
+        // The file starts anew after a boot; the reader must then drop the lines that it has shown.
         const bool gone = source.some && (booted || !std::filesystem::exists(source.file));
         if (gone)
             source = {source.name, source.file};
@@ -33,6 +34,7 @@ bool Lines::read(std::int64_t boot, const Receiver& receive) {
         if ((gone || !lines.empty()) && !receive(source.name, gone, first, lines))
             return false;
     }
+    // The helper's log survives a boot, so its lines are never dropped.
     const std::vector<std::string> lines = lastOf(log.newLines());
     return lines.empty() || receive("log", false, first, lines);
 }

@@ -1,4 +1,4 @@
-// The lines that a panel's files gain, for one reader: trace, log, requests of devices, touches.
+// Reads the new lines of a panel's files for one page: trace, log, device requests and touches.
 #pragma once
 
 #include "platform/tool/FileTail.h"
@@ -15,11 +15,12 @@ class Lines {
 public:
     explicit Lines(const panel::Panel& panel);
 
-    // Of the file's name, whether what it had before is gone, whether these lines are history, and the lines, oldest
-    // first. False: end.
+    // Receives the name of the file ("log", "trace", ...), whether its earlier lines are gone, whether the lines are
+    // older than this reader, and the lines, oldest first. Returns false to stop.
     using Receiver = std::function<bool(const std::string&, bool, bool, const std::vector<std::string>&)>;
 
-    // Hands over what is new. `boot` differs from boot to boot, which trace, requests and touches do not outlive.
+    // Passes the new lines to `receive`. Returns false if `receive` did. `boot` differs after each boot: trace,
+    // requests and touches start anew then.
     bool read(std::int64_t boot, const Receiver& receive);
 
 private:

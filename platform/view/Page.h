@@ -1,4 +1,4 @@
-// The files of the page, which are part of the program.
+// The files of the page. They are embedded in the program.
 #pragma once
 
 #include <string_view>
@@ -6,11 +6,12 @@
 namespace view {
 
 struct PageFile {
-    std::string_view name; // below the page's address; empty: the page itself
-    std::string_view type;
+    std::string_view name; // relative to the page's address; empty: the page itself
+    std::string_view type; // MIME type
     std::string_view content;
 };
 
-const PageFile* pageFile(std::string_view name); // null: there is none
+// Returns a file, or null for an unknown name.
+const PageFile* pageFile(std::string_view name);
 
 } // namespace view

@@ -1,8 +1,7 @@
 #include "platform/view/Server.h"
 
+#include "platform/panel/Json.h"
 #include "platform/view/Page.h"
-
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <stdexcept>
@@ -14,17 +13,19 @@ namespace view {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
 using httplib::Request;
 using httplib::Response;
+using panel::Json;
+
+constexpr int oneLine = -1; // an indentation for jsonText that gives one line
 
 constexpr std::size_t mostBody = 64 << 10; // bytes
-constexpr int mostStreams = 8; // pages at a time
-constexpr int mostCommands = 12; // at a time
+constexpr int mostStreams = 8; // pages at the same time
+constexpr int mostCommands = 12; // commands at the same time
 constexpr int threads = mostStreams + mostCommands + 12;
-constexpr std::chrono::seconds heartbeat(15); // by which a page that was closed is noticed
+constexpr std::chrono::seconds heartbeat(15); // interval of empty events, which detect a closed page
 
-// What a page may run: all that does not look at, make or serve panels as a whole.
+// The commands that a page may run: those that change this panel.
 constexpr std::string_view admitted[] = {"boot",  "off",    "cut",  "advance", "plug", "unplug",   "device", "tag",
                                          "touch", "active", "idle", "start",   "send", "registry", "trace",  "fault"};
 
@@ -40,7 +41,7 @@ std::string newToken() {
 }
 
 std::vector<std::string> wordsOf(const std::string& body) {
-    const auto words = Json::parse(body).at("words").get<std::vector<std::string>>();
+    const auto words = panel::parseJson(body).at("words").get<std::vector<std::string>>();
     const auto hasZero = [](const std::string& word) { return word.find('\0') != std::string::npos; };
     if (words.empty() || std::find(std::begin(admitted), std::end(admitted), words[0]) == std::end(admitted))
         throw std::runtime_error("no command for the page");
@@ -54,10 +55,6 @@ bool send(httplib::DataSink& sink, const std::string& event, const std::string& 
     return sink.write(text.data(), text.size());
 }
 
-std::string dump(const Json& json) {
-    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
-}
-
 void refuse(Response& response, int status, const std::string& why) {
     response.status = status;
     response.set_content(why + '\n', "text/plain; charset=utf-8");
@@ -69,7 +66,8 @@ Server::Server(const Commands& panelCommands, panel::Panel shown, int port)
     : commands(panelCommands), panel(std::move(shown)), token(newToken()) {
     server.new_task_queue = [] { return new httplib::ThreadPool(threads); };
     server.set_payload_max_length(mostBody);
-    server.set_socket_options([](socket_t socket) { // the library's own would let others listen at the same port
+    // The library's own options would let other programs bind the same port.
+    server.set_socket_options([](socket_t socket) {
         const int yes = 1;
         setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
     });
@@ -82,7 +80,7 @@ Server::Server(const Commands& panelCommands, panel::Panel shown, int port)
         {"Cache-Control", "no-store"},
     });
     server.set_exception_handler([](const Request&, Response& response, std::exception_ptr) {
-        refuse(response, 400, "This cannot be answered");
+        refuse(response, 400, "The request cannot be answered");
     });
     server.set_pre_routing_handler(
         [this](const Request& request, Response& response) { return admit(request, response); });
@@ -91,7 +89,7 @@ Server::Server(const Commands& panelCommands, panel::Panel shown, int port)
         port ? server.bind_to_port("127.0.0.1", port) : (port = server.bind_to_any_port("127.0.0.1")) > 0;
     if (!bound)
         throw std::runtime_error("the port " + std::to_string(port) +
-                                 " cannot be had (another --port, or none for any)");
+                                 " is not available (choose another --port, or leave it out)");
     host = port == 80 ? "127.0.0.1" : "127.0.0.1:" + std::to_string(port);
     state = std::make_unique<State>(commands, panel.directory());
     std::thread([this] { server.listen_after_bind(); }).detach();
@@ -101,8 +99,8 @@ std::string Server::address() const {
     return "http://" + host + '/' + token + '/';
 }
 
-// Answers all but the one request with a body. No other page can name the token; the host name keeps out one whose own
-// name was made to mean this machine.
+// Handles all requests except the one with a body. Other pages do not know the token. The check of the host name keeps
+// out pages whose own host name resolves to this machine (DNS rebinding).
 httplib::Server::HandlerResponse Server::admit(const Request& request, Response& response) {
     constexpr auto handled = httplib::Server::HandlerResponse::Handled;
     const std::string start = '/' + token + '/';
@@ -110,20 +108,20 @@ httplib::Server::HandlerResponse Server::admit(const Request& request, Response&
     const bool hostNamed = request.get_header_value_count("Host") == 1 && request.get_header_value("Host") == host;
     const bool foreign = request.has_header("Origin") && request.get_header_value("Origin") != "http://" + host;
     if (!known || !hostNamed || foreign)
-        return refuse(response, 403, "Not for you"), handled;
+        return refuse(response, 403, "Access denied"), handled;
     const std::string name = request.path.substr(start.size());
     const PageFile* file = pageFile(name);
     if (name == "run" && request.method == "POST") {
-        const bool packed = request.has_header("Content-Encoding"); // it could grow to any size
+        const bool packed = request.has_header("Content-Encoding"); // a compressed body could expand to any size
         if (request.get_header_value("Content-Type") == "application/json" && !packed)
             return httplib::Server::HandlerResponse::Unhandled;
-        refuse(response, 415, "In plain JSON only");
+        refuse(response, 415, "The request must be plain JSON");
     } else if (request.method == "GET" && name == "events") {
         stream(response);
     } else if (request.method == "GET" && file) {
         response.set_content(file->content.data(), file->content.size(), std::string(file->type));
     } else {
-        refuse(response, 404, "There is no such thing here");
+        refuse(response, 404, "Not found");
     }
     return handled;
 }
@@ -132,9 +130,10 @@ void Server::run(const Request& request, Response& response) {
     const std::shared_ptr<void> done(nullptr, [this](void*) { --atWork; });
     if (++atWork > mostCommands)
         return refuse(response, 503, "Too many commands at a time");
-    const Outcome outcome = commands.run(wordsOf(request.body)); // what throws is answered with 400
-    response.set_content(dump({{"code", outcome.code}, {"output", outcome.output}, {"errors", outcome.errors}}),
-                         "application/json");
+    const Outcome outcome = commands.run(wordsOf(request.body)); // an exception becomes the status 400
+    response.set_content(
+        panel::jsonText({{"code", outcome.code}, {"output", outcome.output}, {"errors", outcome.errors}}, oneLine),
+        "application/json");
 }
 
 void Server::stream(Response& response) {
@@ -159,7 +158,8 @@ bool Server::sendNews(httplib::DataSink& sink, Lines& lines, std::uint64_t& vers
         if (topic.version > before && !send(sink, name, topic.json))
             return false;
     const auto sendLines = [&](const std::string& file, bool gone, bool history, const std::vector<std::string>& some) {
-        return send(sink, "lines", dump({{"file", file}, {"gone", gone}, {"history", history}, {"lines", some}}));
+        return send(sink, "lines",
+                    panel::jsonText({{"file", file}, {"gone", gone}, {"history", history}, {"lines", some}}, oneLine));
     };
     return lines.read(state->boot(), sendLines) && (version != before || sink.write(":\n\n", 3));
 }

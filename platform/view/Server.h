@@ -1,11 +1,11 @@
-// Serves the page of one panel, to this machine alone, until the process ends.
+// Serves the page of one panel on the loopback address until the process ends.
 //
-//     GET  /TOKEN/            the page; /TOKEN/page.js and so on: its files
-//     GET  /TOKEN/events      what happens, as server-sent events; the event's name is a topic of State, or "lines"
-//     POST /TOKEN/run         {"words": ["touch", "--at", "10", "20"]}: runs that panel command; code, output and
-//                             errors are the answer
+//     GET  /TOKEN/            the page; /TOKEN/page.js and others: its files
+//     GET  /TOKEN/events      server-sent events; an event's name is a topic of State, or "lines"
+//     POST /TOKEN/run         {"words": ["touch", "--at", "10", "20"]}: runs this panel command; the response holds
+//                             code, output and errors
 //
-// A request without the token, for another host name or from another origin gets 403.
+// A request without the token, for another host name or from another origin gets the status 403.
 #pragma once
 
 #include "platform/view/Connections.h"
@@ -16,10 +16,10 @@ namespace view {
 
 class Server {
 public:
-    // `port` 0: any that is free. Throws std::runtime_error if it cannot be had.
+    // Starts the server. Port 0 stands for a free port. Throws std::runtime_error if the port is not available.
     Server(const Commands& commands, panel::Panel panel, int port);
 
-    std::string address() const; // of the page, with the token
+    std::string address() const; // the page's address with the token
 
 private:
     httplib::Server::HandlerResponse admit(const httplib::Request& request, httplib::Response& response);
@@ -29,11 +29,11 @@ private:
 
     const Commands& commands;
     const panel::Panel panel;
-    std::unique_ptr<State> state; // once the port is had
+    std::unique_ptr<State> state; // created once the port is bound
     std::string host;
     std::string token;
-    std::atomic<int> streams = 0;
-    std::atomic<int> atWork = 0; // commands
+    std::atomic<int> streams = 0; // pages that receive events
+    std::atomic<int> atWork = 0; // commands that run
     Connections server;
 };
 

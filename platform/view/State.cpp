@@ -1,6 +1,5 @@
 #include "platform/view/State.h"
-
-#include <nlohmann/json.hpp>
+#include "platform/panel/Json.h"
 
 #include <sys/stat.h>
 #include <thread>
@@ -9,13 +8,9 @@ namespace view {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
+using panel::Json;
 
-std::string dump(const Json& json) {
-    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
-}
-
-// Changes with every file of the folder that is written.
+// Returns a text that changes when a JSON file of the folder is written.
 std::string stampOf(const std::filesystem::path& folder) {
     std::string stamp;
     std::error_code error;
@@ -43,8 +38,13 @@ std::map<std::string, State::Topic> State::wait(std::uint64_t& known, std::chron
 
 void State::publish(const std::string& topic, const std::vector<std::string>& words) {
     const Outcome outcome = commands.run(words);
-    const Json json = Json::parse(outcome.output, nullptr, false);
-    std::string text = dump(outcome.code || json.is_discarded() ? Json{{"error", outcome.errors}} : json);
+    Json answer{{"error", outcome.errors}};
+    try {
+        if (outcome.code == 0)
+            answer = panel::parseJson(outcome.output);
+    } catch (const std::exception&) { // a command that was killed: its answer is cut off
+    }
+    std::string text = panel::jsonText(answer, -1);
     const std::lock_guard lock(mutex);
     if (topics[topic].json != text)
         topics[topic] = {++version, std::move(text)};
@@ -73,7 +73,7 @@ void State::follow() {
     for (;; watch.wait()) {
         refresh();
         const std::lock_guard lock(mutex);
-        ++version; // lines may have come, too
+        ++version; // a file may have new lines
         changed.notify_all();
     }
 }

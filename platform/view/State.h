@@ -1,5 +1,6 @@
-// What the page shows of a panel, but for the files that grow line by line: topics, each the answer of a panel command
-// in JSON. They are renewed when the panel changes. Lives as long as the process.
+// The state of a panel for the page, divided into topics. A topic is the JSON output of a panel command. A thread
+// renews the topics when the panel changes. Lines has the files that grow line by line. Objects live as long as the
+// process.
 #pragma once
 
 #include "platform/view/Commands.h"
@@ -16,14 +17,14 @@ public:
     State(const Commands& commands, std::filesystem::path panel);
 
     struct Topic {
-        std::uint64_t version = 0; // of the last change; counts over all topics
+        std::uint64_t version = 0; // number of the last change, counted over all topics
         std::string json; // one line
     };
-    // Waits, at most so long, until something has happened after this version; what holds then, and its version. Any
-    // thread.
+    // Waits until a topic or a file changes after this version, at most `limit`. Returns all topics and stores their
+    // version. Any thread.
     std::map<std::string, Topic> wait(std::uint64_t& version, std::chrono::seconds limit);
 
-    // Differs from boot to boot.
+    // Differs after each boot of the panel.
     std::int64_t boot() const {
         return watch.boot();
     }
@@ -40,7 +41,7 @@ private:
     std::condition_variable changed;
     std::map<std::string, Topic> topics;
     std::uint64_t version = 0;
-    std::map<std::string, std::string> stamps; // of what is behind the topics
+    std::map<std::string, std::string> stamps; // state of the sources of each topic at its last renewal
 };
 
 } // namespace view

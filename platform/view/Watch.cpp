@@ -17,10 +17,11 @@ namespace view {
 namespace {
 
 constexpr std::uint32_t anything = IN_MODIFY | IN_CREATE | IN_DELETE | IN_MOVE | IN_DELETE_SELF | IN_MOVE_SELF;
-constexpr std::chrono::milliseconds pause(25); // changes that belong together are looked at once
+constexpr std::chrono::milliseconds pause(25); // collects changes that belong together
 constexpr std::uint32_t hour = 3600000; // ms
 
-// Read without the lock: after a change that was read halfway the lock is released once more.
+// Reads the tables without the lock. A half-finished change does no harm: its end releases the lock, which starts
+// another look.
 std::uint64_t digestOf(const panel::Image& image) {
     std::uint64_t digest = 14695981039346656037U; // FNV-1a over numbers
     const auto add = [&](std::uint64_t number) { digest = (digest ^ number) * 1099511628211U; };
@@ -71,10 +72,11 @@ void Watch::watchFolders() {
         return inotify_add_watch(files, folder.c_str(), anything | IN_ONLYDIR);
     };
     if (add(root) < 0)
-        around = add(root.parent_path()); // perhaps it comes back
+        around = add(root.parent_path()); // the panel may be created again
     else if (around >= 0)
         inotify_rm_watch(files, std::exchange(around, -1));
-    for (const char* folder : {"run", "devices", "registry", "fs", "fs/MMCMemory", "fs/MMCMemory/Tarvex"}) // the log
+    // The last folder holds the log.
+    for (const char* folder : {"run", "devices", "registry", "fs", "fs/MMCMemory", "fs/MMCMemory/Tarvex"})
         add(root / folder);
 }
 
@@ -82,12 +84,12 @@ void Watch::wait() {
     pollfd sources[] = {{files, POLLIN, 0}, {bell, POLLIN, 0}};
     poll(sources, 2, -1);
     std::this_thread::sleep_for(pause);
-    char events[16384]; // what they say does not matter
+    char events[16384]; // the content of the events does not matter
     for (const int source : {files, bell})
         while (read(source, events, sizeof events) > 0) {
         }
     watchFolders();
-    wakeListener(); // there may be another kernel file
+    wakeListener(); // the kernel file may be a new one
 }
 
 void Watch::ring() {
@@ -112,7 +114,7 @@ void Watch::listen() {
                 listenTo(*kernel.image);
                 continue;
             }
-        } catch (const std::runtime_error&) { // `panel status` says why
+        } catch (const std::runtime_error&) { // `panel status` reports the reason
         }
         rounds.wait(seen);
     }
@@ -130,7 +132,7 @@ void Watch::listenTo(panel::Image& image) {
                status.st_size == static_cast<off_t>(sizeof image);
     };
     while (image.on && isCurrent()) {
-        image.watched = 1; // before the look: a later change rings
+        image.watched = 1; // before the look, so that a later change wakes this thread
         if (digestOf(image) == lastDigest) {
             panel::host::futexWait(image.watched, 1, hour);
         } else {

@@ -1,6 +1,6 @@
-// Tells when something may have changed on a panel: from the kernel file's lock and from the files of the panel's
-// directory. Nobody looks while nothing happens. The panel may be off, be deleted and be made again meanwhile. Lives as
-// long as the process.
+// Notices changes of a panel, without polling: a futex reports each release of the kernel's lock, and inotify reports
+// changes of files. The panel may be off, be deleted and be created again meanwhile. Objects live as long as the
+// process.
 #pragma once
 
 #include "platform/panel/kernel/Image.h"
@@ -17,14 +17,14 @@ public:
     Watch(const Watch&) = delete;
     Watch& operator=(const Watch&) = delete;
 
-    // Blocks until something may have changed since the last call returned. One thread.
+    // Blocks until the panel may have changed since the last call returned. One thread only.
     void wait();
 
-    // Of the kernel's tables that `panel status`, `ps` and `fault list` show; 0: the panel is off.
+    // A hash of the kernel's tables that `panel status`, `ps` and `fault list` show. 0 while the panel is off.
     std::uint64_t digest() const {
         return lastDigest;
     }
-    // Differs from boot to boot; 0: the panel was not on yet.
+    // Differs after each boot of the panel. 0 if the panel was not on yet.
     std::int64_t boot() const {
         return lastBoot;
     }
@@ -37,14 +37,14 @@ private:
     void ring();
 
     const std::filesystem::path root;
-    const int files; // inotify
-    const int bell; // eventfd: the digest has changed
-    int around = -1; // watch descriptor of the folder around the panel, while there is none
+    const int files; // inotify descriptor
+    const int bell; // eventfd that reports a change of the digest
+    int around = -1; // watch of the parent folder while the panel does not exist; -1: no such watch
     std::atomic<std::uint64_t> lastDigest = 0;
     std::atomic<std::int64_t> lastBoot = 0;
-    std::atomic<unsigned> rounds = 0; // of `wait`
+    std::atomic<unsigned> rounds = 0; // calls of `wait`
     std::mutex mutex;
-    panel::Image* listened = nullptr;
+    panel::Image* listened = nullptr; // the image on which the thread sleeps
 };
 
 } // namespace view

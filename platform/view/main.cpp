@@ -1,4 +1,4 @@
-// The program that shows a panel in a browser. `panel view` starts it.
+// The entry point of `panel-view`, which shows a panel in a browser. `panel view` starts it.
 #include "platform/view/Server.h"
 
 #include <csignal>
@@ -15,9 +15,9 @@ void openInBrowser(const std::string& address) {
         sigset_t none;
         sigemptyset(&none);
         sigprocmask(SIG_SETMASK, &none, nullptr);
-        setpgid(0, 0); // Ctrl-C is not for it
+        setpgid(0, 0); // Ctrl-C must not end the browser
         execlp("xdg-open", "xdg-open", address.c_str(), nullptr);
-        _exit(127); // without one the address must do
+        _exit(127); // no browser: the user opens the printed address
     }
 }
 
@@ -33,7 +33,7 @@ int main(int argc, char** argv) {
     sigemptyset(&ends);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP})
         sigaddset(&ends, signal);
-    pthread_sigmask(SIG_BLOCK, &ends, nullptr); // in every thread: they are waited for here
+    pthread_sigmask(SIG_BLOCK, &ends, nullptr); // blocked in every thread; main waits for these signals
     try {
         const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe");
         const panel::Panel panel(argv[1]);
@@ -45,7 +45,7 @@ int main(int argc, char** argv) {
             openInBrowser(server.address());
         int signal = 0;
         sigwait(&ends, &signal);
-        _exit(0); // nothing here outlives the process, and commands that still run are interrupted
+        _exit(0); // ends the threads at once; running commands are interrupted
     } catch (const std::exception& error) {
         std::fprintf(stderr, "panel: %s\n", error.what());
         return 1;

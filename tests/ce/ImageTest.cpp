@@ -84,8 +84,8 @@ TEST(ChangedExecutable, IsRefusedInOneLineWhenItIsLoaded) {
         Change change;
         const char* why;
     } cases[] = {
-        {header16(pe::optionalSize, 0x60), "its optional header is no PE32 one"},
-        {header16(pe::characteristics, 0x210F), "it is a library, or was not linked to its end"},
+        {header16(pe::optionalSize, 0x60), "its optional header is not a PE32 header"},
+        {header16(pe::characteristics, 0x210F), "it is a library, or was not completely linked"},
         {header32(pe::entryPoint, 0xFFFFFFFE), "its entry lies outside of its code"},
         {header32(pe::imageSize, 0x1000), "a section reaches beyond its image"},
         {header32(pe::imageBase, 0x20000000), "there is no room for its image at its base"}, // the loader's own

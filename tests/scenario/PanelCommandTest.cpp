@@ -109,21 +109,21 @@ TEST_F(PanelCommand, RunsTheHelperFromCreationToItsEnd) {
 TEST_F(PanelCommand, SaysWhatIsWrongInOneLine) {
     fails("boot", "not a panel");
     succeed("create p");
-    fails("create p", "something already");
+    fails("create p", "the directory is not empty");
     fails("ps", "panel boot");
     fails("off", "off already");
     succeed("boot --stepped");
     fails("boot", "on already");
     fails("start '\\MMCMemory\\none.exe'", "no such file");
     writeText(directory / "p/fs/MMCMemory/text.exe", "text");
-    fails("start '\\MMCMemory\\text.exe'", "it is no program");
+    fails("start '\\MMCMemory\\text.exe'", "it is not a program");
     std::string head(0x80, '\0'); // of a panel executable: signature, machine, subsystem, no sections
     head.replace(0, 2, "MZ").replace(0x3C, 1, "\x20").replace(0x20, 2, "PE").replace(0x24, 2, "\xC0\x01");
     head.replace(0x20 + 24 + 68, 1, "\x09");
     writeText(directory / "p/fs/MMCMemory/panel.exe", head);
     for (const std::string loader : {"/nowhere/loader", "/tmp"}) {
         setenv("PANEL_LOADER", loader.c_str(), 1);
-        fails("start '\\MMCMemory\\panel.exe'", "the loader that it takes is missing or no program: " + loader + " (");
+        fails("start '\\MMCMemory\\panel.exe'", "its loader is missing or not executable: " + loader + " (");
     }
     unsetenv("PANEL_LOADER");
     fails("send NoWindow Message 1", "NoWindow");
@@ -135,13 +135,13 @@ TEST_F(PanelCommand, SaysWhatIsWrongInOneLine) {
     isMisused("device tags code TAG_Nope", "TAG_Nope");
     isMisused("device NANDFlash set 1", "0 values");
     isMisused("device BKL1 explode", "explode");
-    isMisused("device BKL1 set 1 2 3 4294967296", "32 bits");
+    isMisused("device BKL1 set 1 2 3 4294967296", "32-bit");
     isMisused("device BKL1 set 1 2", "4 values");
     isMisused("fault add Sleep", "cannot fail");
     isMisused("fault add CreateFileW --call 0", "from 1");
-    isMisused("create ''", "names none");
+    isMisused("create ''", "not a directory for a panel");
     for (const std::string name : {"'a\\b'", "..", "''"})
-        isMisused("plug p --as " + name, "not a name for a volume");
+        isMisused("plug p --as " + name, "not a valid volume name");
     isMisused("plug p --as " + std::string(63, 'n'), "too long");
     isMisused("fault add createfilew", "panel fault functions");
     isMisused("registry read 'HKEY_NONE\\a' v", "HKEY_NONE");
@@ -177,9 +177,9 @@ TEST_F(PanelCommand, SaysWhatIsWrongInOneLine) {
     succeed("device BZR1");
     succeed("trace show");
     before = "trap '' XFSZ; ulimit -f 0;"; // like a disk that is full
-    fails("create q", "cannot make a panel in q: cannot write ");
+    fails("create q", "cannot create a panel in q: cannot write ");
     EXPECT_FALSE(fs::exists(directory / "q"));
-    fails("off", "the panel is off, but not in order: what the registry has not flushed is lost (");
+    fails("off", "the panel is off, but the shutdown was not clean: unflushed registry changes are lost (");
     before.clear();
     EXPECT_EQ(json("status").at("on"), false);
 }
@@ -194,7 +194,7 @@ TEST_F(PanelCommand, ReadsAndChangesTheRegistry) {
     const Answer boot = call("boot --stepped");
     EXPECT_EQ(boot.code, 0);
     EXPECT_NE(boot.text.find("Launch9 of the registry: cannot start \\MMCMemory\\none.exe"), std::string::npos);
-    EXPECT_NE(boot.text.find("Started Actor.exe#1 as Launch62"), std::string::npos) << boot.text;
+    EXPECT_NE(boot.text.find("Started Actor.exe#1, listed as Launch62"), std::string::npos) << boot.text;
     succeed("registry write 'HKCU\\a\\b' '' '32 00' --type REG_BINARY");
     succeed("registry write 'HKCU\\a' n 0x10 --type REG_DWORD --flush");
     EXPECT_EQ(call("registry read 'HKCU\\a' n").text, "10 00 00 00\n");
@@ -225,7 +225,7 @@ TEST_F(PanelCommand, ShowsDevicesAndTellsThemWhatToDo) {
     EXPECT_EQ(backlight.at("does").at("write"), "refuses with error 21");
     EXPECT_EQ(backlight.at("does").at("read"), "answers");
     EXPECT_EQ(json("status").at("backLight"), Json({128, 1, 128, 1}));
-    isMisused("device SHC1 add 5", "as a whole");
+    isMisused("device SHC1 add 5", "the whole device");
     succeed("device SHC1 add");
     succeed("device BZR1 delay --time 2s beep");
     EXPECT_EQ(json("device BZR1").at("does").at("beep"), "answers after 2 s");

@@ -16,7 +16,7 @@ using namespace testing_panel;
 
 namespace {
 
-constexpr int ROUNDS = 10000;
+constexpr int ROUNDS = 3000;
 
 constexpr std::pair<std::uint64_t, std::int64_t> COMMANDS[] = {{5, 1}, {3, 1}, {2, 0}, {2, 1}, {4, 0}, {1, 0}, {5, 1},
                                                                {4, 9}, {5, 0}, {5, 1}, {3, 2}, {2, 0}, {3, 1}};

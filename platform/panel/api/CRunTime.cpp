@@ -1,4 +1,4 @@
-// Streams of crt.h over the simulated files. They pass no gate; what a stream does with its file, does.
+// The streams of crt.h over the simulated files. The stream functions pass no gate; the file operations of a stream do.
 #include "platform/crt/FileStream.h"
 #include "platform/panel/kernel/Wait.h"
 
@@ -9,8 +9,8 @@
 
 namespace {
 
-// The host closes what a program has left open when its process has long ended on the panel: nothing is done then. A
-// thread that was still at work does not go on.
+// During exit the host closes the streams that the program left open. The process has already ended on the panel then,
+// so the ending thread does nothing, and other threads stop here.
 bool isOver() {
     if (panel::processEnded && !panel::endsProcess)
         panel::standStill();
@@ -30,8 +30,8 @@ int seekStream(void* stream, off64_t* offset, int origin) {
     return *offset < 0 ? -1 : 0;
 }
 
-// Those that are open: the leak check does not see that the host's streams know them. Never destroyed, as a thread may
-// be at work while the process ends.
+// The open streams. The leak check does not see them through the host's streams. Never destroyed: threads may still use
+// the list while the process ends.
 class OpenStreams {
 public:
     static OpenStreams& instance() {
@@ -68,7 +68,7 @@ std::FILE* _wfopen(const wchar_t* path, const wchar_t* mode) noexcept {
     if (!file)
         return nullptr;
     OpenStreams::instance().add(file);
-    // Opened with the host's mode: without "a", since the host does not seek for streams of this kind.
+    // FileStream itself seeks to the end for "a", since the host does not seek in streams of this kind.
     const char hostMode[] = {file->canRead() ? 'r' : 'w', file->canRead() && file->canWrite() ? '+' : '\0', '\0'};
     std::FILE* stream = fopencookie(file, hostMode, {readStream, writeStream, seekStream, closeStream});
     if (!stream)

@@ -31,7 +31,8 @@ const OperationFacts* operationOf(const DeviceFacts& device, DWORD code) {
     return nullptr;
 }
 
-// What the hardware does with a request that its driver has granted; the words go in or come back. A Windows error.
+// Executes a request in the simulated hardware. `words` holds the input or receives the output. Returns a Windows
+// error.
 DWORD perform(Image& image, const DeviceState& state, std::string_view operation, std::vector<std::uint32_t>& words) {
     if (operation == "read") {
         words.assign(std::begin(image.backLight), std::end(image.backLight));
@@ -48,7 +49,7 @@ DWORD perform(Image& image, const DeviceState& state, std::string_view operation
     return 0;
 }
 
-// Holds the lock on return; what the driver did may have changed in between.
+// Executes a request as the device behaves now, and records it. May leave the lock meanwhile; holds it again on return.
 DWORD control(Gate& gate, Lock& lock, const DeviceFacts& device, const OperationFacts& operation,
               const Buffers& buffers) {
     Image& image = gate.image();
@@ -68,7 +69,7 @@ DWORD control(Gate& gate, Lock& lock, const DeviceFacts& device, const Operation
         const DeviceState state = behavesAs(gate, lock, device.name, operation.name, error);
         if (!error)
             error = perform(image, state, operation.name, request.words);
-    } catch (const std::exception&) { // a state that nobody can read: the device is broken
+    } catch (const std::exception&) { // an unreadable file counts as a broken device
         error = ERROR_GEN_FAILURE;
     }
     if (operation.output && !error)
@@ -85,7 +86,7 @@ namespace panel {
 
 DeviceState behavesAs(Gate& gate, Lock& lock, std::string_view device, std::string_view operation, DWORD& error) {
     Image& image = gate.image();
-    std::uint64_t end = 0; // of a delay
+    std::uint64_t end = 0; // end of the delay; it counts from the first look, even if the delay changes later
     for (;;) {
         DeviceState state = Devices(gate.runtime.directory()).state(device);
         const Behaviour behaviour = state.behaviour(operation);

@@ -1,4 +1,4 @@
-// Drivers as files, and how a device that was told to refuse, to block or to take its time does so.
+// Opens drivers, and applies the behaviour that `panel device` has given a device: refuse, block or delay.
 #pragma once
 
 #include "platform/panel/Devices.h"
@@ -6,11 +6,13 @@
 
 namespace panel {
 
-// The driver's handle, or INVALID_HANDLE_VALUE and the last error. Wants the lock; it may wait meanwhile.
+// Opens a driver for CreateFileW. Returns its handle, or INVALID_HANDLE_VALUE with the last error set. The caller holds
+// the lock; the function may leave it while it waits.
 HANDLE openDriver(Gate& gate, Lock& lock, const DeviceFacts& device);
 
-// Waits as long as the device does not go on with this operation, and answers its state then; `error` is that of a
-// refusal, else 0. Wants the lock; it may wait meanwhile. A state that nobody can read is a std::runtime_error.
+// Waits while the device blocks or delays this operation. Returns the device's state at the end of the wait. Stores the
+// error of a refusal in `error`, else 0. Throws std::runtime_error if the device's file cannot be read. The caller
+// holds the lock; the function may leave it while it waits.
 DeviceState behavesAs(Gate& gate, Lock& lock, std::string_view device, std::string_view operation, DWORD& error);
 
 } // namespace panel

@@ -1,4 +1,4 @@
-// Processes, threads, modules, sleeping, time.
+// Processes, threads, modules, sleep and time.
 #include "platform/panel/Gate.h"
 #include "platform/panel/Program.h"
 #include "platform/panel/Text.h"
@@ -24,7 +24,7 @@ struct ThreadStart {
     Slot slot;
 };
 
-// Above it is the platform: an exception that leaves the entry ends the process.
+// noexcept, since the platform called the entry function: an exception that leaves it must end the process.
 void* runThread(void* argument) noexcept {
     const std::unique_ptr<ThreadStart> start(static_cast<ThreadStart*>(argument));
     Runtime::instance().adoptThread(start->slot);
@@ -32,6 +32,7 @@ void* runThread(void* argument) noexcept {
     return nullptr;
 }
 
+// The host thread is detached: the panel's own thread object reports its end.
 bool launchThread(ThreadStart* start) {
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
@@ -42,7 +43,7 @@ bool launchThread(ThreadStart* start) {
     return started;
 }
 
-// Without a module the command line's first word names the program.
+// Without a module the first word of the command line names the program.
 void splitCommandLine(std::string& program, std::string& arguments) {
     const std::size_t start = std::min(arguments.find_first_not_of(' '), arguments.size());
     const bool quoted = start < arguments.size() && arguments[start] == '"';
@@ -54,7 +55,7 @@ void splitCommandLine(std::string& program, std::string& arguments) {
     arguments.erase(0, rest);
 }
 
-// A bare file name is looked for in the root and in \Windows; without an extension it means a ".exe".
+// Searches a file name without a folder in the root and in \Windows. A name without an extension gets ".exe".
 std::string searchProgram(const std::string& root, std::string name) {
     if (name.empty() || name.find('\\') != std::string::npos)
         return name;
@@ -80,7 +81,7 @@ BOOL CreateProcessW(LPCWSTR module, LPWSTR commandLine, SECURITY_ATTRIBUTES* pro
         splitCommandLine(program, arguments);
     Image& image = gate.image();
     const Lock lock(image);
-    processes::noticeDead(image); // makes room
+    processes::noticeDead(image); // frees the slots of dead processes
     const Started started = startProgram(image, gate.runtime.directory(),
                                          searchProgram(gate.runtime.directory(), program), arguments, gate.slot());
     if (!started.process)
@@ -114,6 +115,7 @@ BOOL GetExitCodeProcess(HANDLE process, DWORD* exitCode) noexcept {
     const Slot slot = objects::resolve(gate.image(), gate.process(), numberOf(process));
     if (!slot || objects::at(gate.image(), slot).type != ObjectType::process)
         return gate.fails(FALSE, ERROR_INVALID_HANDLE);
+    // A process may have died a moment ago, and no watcher has noticed it yet.
     processes::noticeDead(gate.image());
     const ObjectRecord& record = objects::at(gate.image(), slot);
     *exitCode = record.signalled ? record.exitCode : STILL_ACTIVE;
@@ -143,7 +145,7 @@ HANDLE CreateThread(SECURITY_ATTRIBUTES*, DWORD, LPTHREAD_START_ROUTINE entry, L
             processes::endThread(image, slot);
         return gate.fails(HANDLE{}, ERROR_NOT_ENOUGH_MEMORY);
     }
-    static_cast<void>(start.release()); // the thread's now
+    static_cast<void>(start.release()); // the new thread owns it now
     ThreadRecord& thread = scheduler::at(image, slot);
     thread.object = object;
     objects::at(image, object).subject = slot;
@@ -185,7 +187,7 @@ void Sleep(DWORD milliseconds) noexcept {
 
 void OutputDebugStringW(LPCWSTR text) noexcept {
     Gate gate(Function::OutputDebugStringW, text);
-    std::fputs(toUtf8(text).c_str(), stderr); // run/output of the program
+    std::fputs(toUtf8(text).c_str(), stderr); // stderr of a program is its file in run/output
 }
 
 DWORD GetTickCount() noexcept {

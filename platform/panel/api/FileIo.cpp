@@ -14,7 +14,7 @@ using namespace panel;
 
 namespace {
 
-// Two openings of one file must grant each other what they want to do.
+// Returns whether all open handles of a file share it for this access, and the new handle for theirs.
 bool sharingAllows(const Image& image, const struct stat& status, DWORD access, DWORD share) {
     const auto granted = [](DWORD wanted, DWORD given) {
         return (!(wanted & GENERIC_READ) || (given & FILE_SHARE_READ)) &&
@@ -27,7 +27,7 @@ bool sharingAllows(const Image& image, const struct stat& status, DWORD access, 
     return !(access & GENERIC_WRITE) || objects::busy(image, status.st_dev, status.st_ino) != objects::Busy::running;
 }
 
-// Why the file cannot be opened so; 0 if it can.
+// Returns the error of CreateFileW, or 0 if the file can be opened.
 DWORD refusal(const Image& image, const Place& place, bool isProtected, DWORD access, DWORD share, DWORD disposition) {
     const bool makes = disposition == CREATE_NEW || disposition == CREATE_ALWAYS || disposition == OPEN_ALWAYS;
     if (disposition < CREATE_NEW || disposition > TRUNCATE_EXISTING)
@@ -54,7 +54,7 @@ int openOnHost(const Place& place, DWORD access, DWORD disposition) {
     return open(place.host.c_str(), flags, 0644);
 }
 
-// The host's descriptor of an open file that allows this access; -1 if there is none. Wants the lock.
+// Returns the host descriptor of a file handle with this access right, or -1. Needs the lock.
 int descriptor(Gate& gate, HANDLE file, DWORD access) {
     const Slot slot = objects::resolve(gate.image(), gate.process(), numberOf(file));
     if (!slot || objects::at(gate.image(), slot).type != ObjectType::file ||
@@ -117,6 +117,7 @@ BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD bytes, DWORD* count, void*) noex
     *count = 0;
     if (gate.faulted())
         return gate.fault<BOOL>();
+    // Without the lock: a read changes nothing that other processes see.
     const int host = lockedDescriptor(gate, file, GENERIC_READ);
     const ssize_t length = host < 0 ? -1 : read(host, buffer, bytes);
     if (length < 0)
@@ -136,7 +137,8 @@ BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD bytes, DWORD* written, void*) 
     if (host < 0)
         return gate.fails(FALSE, ERROR_INVALID_HANDLE);
     const Slot object = objects::resolve(gate.image(), gate.process(), numberOf(file));
-    if (objects::at(gate.image(), object).subject && !gate.image().flashWritable) // protected since it was opened
+    // The volume may have been protected after the file was opened.
+    if (objects::at(gate.image(), object).subject && !gate.image().flashWritable)
         return gate.fails(FALSE, ERROR_WRITE_PROTECT);
     const ssize_t length = write(host, buffer, bytes);
     *written = length < 0 ? 0 : static_cast<DWORD>(length);
@@ -157,7 +159,8 @@ DWORD SetFilePointer(HANDLE file, LONG distance, LONG* distanceHigh, DWORD origi
     if (origin > FILE_END || (distanceHigh && *distanceHigh != 0))
         return gate.fails(INVALID_SET_FILE_POINTER, ERROR_INVALID_PARAMETER);
     constexpr int origins[] = {SEEK_SET, SEEK_CUR, SEEK_END};
-    const off_t offset = distanceHigh ? off_t{static_cast<DWORD>(distance)} : off_t{distance}; // half of 64 bits
+    // With a high part the low part is unsigned.
+    const off_t offset = distanceHigh ? off_t{static_cast<DWORD>(distance)} : off_t{distance};
     const auto position = lseek(host, offset, origins[origin]);
     if (position < 0)
         return gate.fails(INVALID_SET_FILE_POINTER, ERROR_INVALID_PARAMETER);

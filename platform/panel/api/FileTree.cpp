@@ -1,4 +1,4 @@
-// Files and folders by name: copying, moving, deleting, attributes, searches, shortcuts.
+// Operations on files and folders by name: copy, move, delete, attributes, search, shortcuts.
 #include "platform/panel/Gate.h"
 #include "platform/panel/Paths.h"
 #include "platform/panel/Text.h"
@@ -16,9 +16,9 @@ using namespace panel;
 
 namespace {
 
-constexpr std::size_t shortcutSize = 256; // characters of a target, the terminating zero among them
+constexpr std::size_t shortcutSize = 256; // characters of a target, including the terminating zero
 
-// Why a file that is there must not be deleted or replaced; 0 if it may.
+// Returns the error of deleting or replacing an existing file, or 0.
 DWORD protection(const Image& image, const Place& place) {
     if (!place.isFile() || place.isReadOnly())
         return ERROR_ACCESS_DENIED;
@@ -43,7 +43,8 @@ bool copyContent(int from, int to, off_t size) {
     return true;
 }
 
-// A fresh file in place of what was there; with the source's attributes and write time.
+// Replaces the destination by a new file with the attributes and the write time of the source. The new inode keeps
+// processes that run from the old file unharmed.
 DWORD copyOnHost(const Place& source, const Place& destination) {
     const int from = open(source.host.c_str(), O_RDONLY | O_CLOEXEC);
     if (from < 0)
@@ -90,7 +91,8 @@ DWORD copyFile(Image& image, const Place& source, const Place& destination, bool
     return copyOnHost(source, destination);
 }
 
-bool isTop(const std::string& root, const Place& place) { // the panel's root or a top folder that may be a volume
+// Returns whether the place is the panel's root or lies directly in it, as volumes do.
+bool isTop(const std::string& root, const Place& place) {
     return place.host == root + "/fs" || place.host.rfind('/') == root.size() + 3;
 }
 
@@ -110,6 +112,7 @@ DWORD moveFile(Image& image, const std::string& root, const std::string& from, c
     const std::string volume = volumeOf(image, from);
     if (!volume.empty() && isTop(root, source))
         return ERROR_ACCESS_DENIED;
+    // Between volumes a file is copied and deleted; a folder cannot move.
     if (volume != volumeOf(image, to)) {
         if (source.isDirectory())
             return ERROR_NOT_SAME_DEVICE;
@@ -120,7 +123,8 @@ DWORD moveFile(Image& image, const std::string& root, const std::string& from, c
         return unlink(source.host.c_str()) == 0 ? 0 : ERROR_ACCESS_DENIED;
     }
     Place target = destination;
-    if (sameFile) // only the case changes
+    // Only the case of the name changes: `destination` has the old spelling.
+    if (sameFile)
         target.host = target.host.substr(0, target.host.rfind('/') + 1) + std::string(fileName(to));
     nameMade(image, target);
     return rename(source.host.c_str(), target.host.c_str()) == 0 ? 0 : ERROR_ACCESS_DENIED;
@@ -132,7 +136,7 @@ DWORD attributesOf(const struct stat& status) {
     return status.st_mode & S_IWUSR ? FILE_ATTRIBUTE_NORMAL : FILE_ATTRIBUTE_READONLY;
 }
 
-// A snapshot of what matches, in the order of the names.
+// Returns all matching entries, sorted by name.
 std::vector<Found> search(Image& image, const std::string& root, const std::string& path) {
     std::vector<Found> found;
     const std::string pattern(fileName(path));
@@ -156,7 +160,7 @@ std::vector<Found> search(Image& image, const std::string& root, const std::stri
     return found;
 }
 
-// The next entry that is still there.
+// Stores the next entry that still exists. Returns false at the end.
 bool nextFound(LocalObject& local, WIN32_FIND_DATAW* data) {
     while (local.nextFound < local.found.size()) {
         const Found& entry = local.found[local.nextFound++];
@@ -180,7 +184,7 @@ bool isSearch(Gate& gate, HANDLE handle) {
     return slot && objects::at(gate.image(), slot).type == ObjectType::search;
 }
 
-// A call that answers TRUE, or FALSE with an error.
+// Returns TRUE for error 0, and FALSE with the error otherwise.
 BOOL answer(Gate& gate, DWORD error) {
     return error ? gate.fails(FALSE, error) : gate.done(TRUE);
 }

@@ -1,5 +1,5 @@
-// The low-level mouse hook: one on the whole panel. Its procedure runs on the thread that installed it, inside
-// GetMessageW, and the input that it is about waits for it.
+// The low-level mouse hook. The panel has one. Its procedure runs on the thread that installed it, inside GetMessageW.
+// The input waits for the procedure's result.
 #include "platform/panel/api/Numbers.h"
 #include "platform/panel/api/WindowCalls.h"
 
@@ -7,14 +7,14 @@ using namespace panel;
 
 namespace {
 
-constexpr std::uint32_t hookShift = 4; // a hook's number = serial, four bits that no other handle has so
-constexpr std::uint32_t hookMark = 0xB;
+constexpr std::uint32_t hookShift = 4; // a hook handle is a serial above hookMark
+constexpr std::uint32_t hookMark = 0xB; // low bits that no other handle has
 
 HHOOK handleOf(const HookRecord& hook) {
     return reinterpret_cast<HHOOK>(static_cast<std::uintptr_t>(hook.serial << hookShift | hookMark));
 }
 
-// What the program lets out of its procedure ends the process: foreign frames would not carry it.
+// noexcept: an exception that leaves the procedure ends the process, as it cannot pass through the platform's frames.
 LRESULT callProcedure(HOOKPROC procedure, UINT message, const MSLLHOOKSTRUCT& event) noexcept {
     return procedure(HC_ACTION, message, reinterpret_cast<LPARAM>(&event));
 }
@@ -28,7 +28,7 @@ LRESULT callHook(Gate& gate, const messages::Message& sent) {
     {
         const Lock lock(gate.image());
         const HookRecord& hook = gate.image().mouseHook;
-        if (hook.thread == gate.slot()) // else it was removed meanwhile
+        if (hook.thread == gate.slot()) // otherwise the hook was removed meanwhile
             procedure = reinterpret_cast<HOOKPROC>(static_cast<std::uintptr_t>(hook.procedure));
     }
     gate.deliverWakes();
@@ -68,6 +68,6 @@ BOOL UnhookWindowsHookEx(HHOOK handle) noexcept {
 
 LRESULT CallNextHookEx(HHOOK hook, int code, WPARAM wParam, LPARAM lParam) noexcept {
     Gate gate(Function::CallNextHookEx, hook, code, trace::Hex{wParam});
-    static_cast<void>(lParam); // an address
+    static_cast<void>(lParam); // not traced: an address differs from run to run
     return gate.done(LRESULT{0}); // there is no next one
 }

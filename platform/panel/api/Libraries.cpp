@@ -1,4 +1,4 @@
-// Libraries that are loaded by name, and their functions by name.
+// Loads libraries and looks up their functions by name.
 #include "platform/panel/Devices.h"
 #include "platform/panel/Gate.h"
 #include "platform/panel/Text.h"
@@ -21,7 +21,7 @@ struct Named {
     FARPROC function;
 };
 
-// Neither list is ever destroyed: threads may still ask while the process ends.
+// The lists are never destroyed: threads may still use them while the process ends.
 const std::vector<Named>& coreFunctions() {
     static const auto& functions = *new std::vector<Named>{
 #define COREDLL(name, how, failure, lastError) {#name, address(&::name)},
@@ -41,9 +41,9 @@ const std::vector<Named>& tagFunctions() {
 
 struct Library {
     std::string_view name; // folded, without ".dll"
-    std::string_view device; // that must be there; empty: none
+    std::string_view device; // device without which the library is missing; empty: the library always exists
     const std::vector<Named>& functions;
-    std::uint32_t loads; // in this process; touched under the lock
+    std::uint32_t loads; // loads in this process; needs the lock
 };
 
 Library libraries[] = {{"coredll", "", coreFunctions(), 0}, {"taguserapi", "tags", tagFunctions(), 0}};
@@ -53,7 +53,7 @@ constexpr std::uint32_t moduleDistance = 0x10000;
 bool isThere(const Library& library, const std::string& root) {
     try {
         return library.device.empty() || Devices(root).has(library.device);
-    } catch (const std::exception&) { // a state that nobody can read
+    } catch (const std::exception&) { // an unreadable file counts as a missing library
         return false;
     }
 }

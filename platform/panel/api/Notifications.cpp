@@ -1,4 +1,4 @@
-// Message queues, and the notifications of devices that come and go.
+// Message queues and device notifications.
 #include "platform/panel/Gate.h"
 #include "platform/panel/api/Numbers.h"
 #include "platform/panel/kernel/Clock.h"
@@ -16,7 +16,7 @@ using namespace panel;
 
 namespace {
 
-// A handle to a new object; 0 if a table is full. Wants the lock.
+// Creates an object and returns its handle, or 0 if a table is full. Needs the lock.
 std::uint32_t openNew(Gate& gate, ObjectType type, Slot& object) {
     object = objects::make(gate.image(), type);
     const std::uint32_t handle = object ? objects::openHandle(gate.image(), gate.process(), object) : 0;
@@ -25,7 +25,8 @@ std::uint32_t openNew(Gate& gate, ObjectType type, Slot& object) {
     return handle;
 }
 
-Slot objectOf(Gate& gate, HANDLE handle, ObjectType type) { // 0: the handle is none to such an object
+// Returns the object of a handle, or 0 if the handle has another type or is not valid.
+Slot objectOf(Gate& gate, HANDLE handle, ObjectType type) {
     const Slot object = objects::resolve(gate.image(), gate.process(), numberOf(handle));
     return object && objects::at(gate.image(), object).type == type ? object : 0;
 }
@@ -48,7 +49,7 @@ HANDLE CreateMsgQueue(LPCWSTR name, const MSGQUEUEOPTIONS* options) noexcept {
             gate.shows(field);
     if (gate.faulted())
         return gate.fault<HANDLE>();
-    // The writing end is the platform's own here, and nobody opens a queue by its name.
+    // Only the device manager writes here, and no program opens a queue by name. Other options therefore fail.
     if (name || !options || options->dwSize != sizeof *options || options->dwFlags || !options->cbMaxMessage ||
         !options->bReadAccess)
         return gate.fails(HANDLE{}, ERROR_INVALID_PARAMETER);
@@ -73,12 +74,12 @@ BOOL ReadMsgQueue(HANDLE queue, LPVOID buffer, DWORD bytes, DWORD* bytesRead, DW
     if (!object || !buffer || !bytesRead || !flags)
         return gate.fails(FALSE, object ? ERROR_INVALID_PARAMETER : ERROR_INVALID_HANDLE);
     const std::uint64_t end = clock::deadline(gate.image(), milliseconds);
-    while (!queues::first(gate.image(), object)) { // another reader may have been quicker
+    while (!queues::first(gate.image(), object)) { // another reader may have taken the message
         const std::uint64_t now = clock::now(gate.image());
         const auto rest = milliseconds == INFINITE ? INFINITE : static_cast<DWORD>(end > now ? end - now : 0);
         if (waitForObjects(lock, gate.image(), gate.slot(), &object, 1, rest) != WAIT_OBJECT_0)
             return gate.fails(FALSE, ERROR_TIMEOUT);
-        if (!objectOf(gate, queue, ObjectType::queue)) // closed meanwhile
+        if (!objectOf(gate, queue, ObjectType::queue)) // the queue was closed during the wait
             return gate.fails(FALSE, ERROR_INVALID_HANDLE);
     }
     const QueueMessageRecord& message = *queues::first(gate.image(), object);
@@ -88,7 +89,7 @@ BOOL ReadMsgQueue(HANDLE queue, LPVOID buffer, DWORD bytes, DWORD* bytesRead, DW
     std::memcpy(buffer, message.bytes, *bytesRead);
     queues::pop(gate.image(), object);
     gate.shows(trace::Bytes{buffer, *bytesRead});
-    if (size > bytes) // what fits was copied, the rest is gone [ms886793]
+    if (size > bytes) // the rest of the message is lost [ms886793]
         return gate.fails(FALSE, ERROR_INSUFFICIENT_BUFFER);
     return gate.done(TRUE);
 }
@@ -113,7 +114,7 @@ HANDLE RequestDeviceNotifications(const GUID* deviceClass, HANDLE queue, BOOL al
     const std::uint32_t handle = openNew(gate, ObjectType::notification, object);
     if (!handle)
         return gate.fails(HANDLE{}, ERROR_NOT_ENOUGH_MEMORY);
-    // The panel has devices of this one class; whoever asks for another hears nothing.
+    // All devices of the panel have this class. A request for another class gets no notifications.
     const bool blocks = !deviceClass || std::memcmp(deviceClass, &queues::blockDriver, sizeof *deviceClass) == 0;
     objects::at(gate.image(), object).subject = receiver;
     objects::at(gate.image(), object).limit = blocks;

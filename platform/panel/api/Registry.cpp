@@ -1,4 +1,4 @@
-// The registry. An open key is a handle to an object that has the key's path as its name.
+// The registry. A handle to an open key refers to an object whose name is the key's path.
 #include "platform/panel/Registry.h"
 #include "platform/panel/Gate.h"
 #include "platform/panel/Text.h"
@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::string_view roots[] = {"HKEY_CLASSES_ROOT", "HKEY_CURRENT_USER", "HKEY_LOCAL_MACHINE", "HKEY_USERS"};
 
-// For the trace: a root by its name.
+// Returns a key handle for the trace: a root as its name.
 trace::Word shown(HKEY key) {
     const std::uint32_t number = numberOf(key) - numberOf(HKEY_CLASSES_ROOT);
     trace::Word result;
@@ -30,7 +30,7 @@ trace::Word shown(HKEY key) {
     return result;
 }
 
-// The path of an open key or a root; empty: it is none. Wants the lock.
+// Returns the path of an open key or a root, or "" for an invalid handle. Needs the lock.
 std::string pathOf(Gate& gate, HKEY key) {
     const std::uint32_t number = numberOf(key);
     if (number - numberOf(HKEY_CLASSES_ROOT) < std::size(roots))
@@ -39,7 +39,7 @@ std::string pathOf(Gate& gate, HKEY key) {
     return slot && objects::at(gate.image(), slot).type == ObjectType::key ? objects::at(gate.image(), slot).name : "";
 }
 
-// The path of a key below another; empty if a name in it is empty or too long, or if it lies too deep.
+// Returns the path of a subkey, or "" if one of its names is empty or too long, or if the key lies too deep.
 std::string below(const std::string& path, LPCWSTR subkey) {
     std::string names = toUtf8(subkey);
     if (names.empty())
@@ -59,8 +59,10 @@ std::string below(const std::string& path, LPCWSTR subkey) {
     return tooDeep || whole.size() >= sizeof ObjectRecord::name ? std::string() : whole;
 }
 
-bool isOpen(const Image& image, const std::string& path) { // it, or a key below it
+// Returns whether the key or one of its subkeys is open in any process.
+bool isOpen(const Image& image, const std::string& path) {
     const std::string folded = fold(path);
+    // The separator keeps "init" from matching "initial".
     for (const ObjectRecord& object : usedObjects(image)) {
         if (object.type != ObjectType::key)
             continue;
@@ -85,7 +87,7 @@ LONG open(Gate& gate, const std::string& path, HKEY* key) {
     return ERROR_SUCCESS;
 }
 
-// Runs the action on the registry under the lock; what it changed is stored when it succeeds.
+// Runs an action on the registry under the lock. Stores the registry if the action succeeds.
 template<class Action>
 LONG withTree(Gate& gate, HKEY key, bool changes, Action action) {
     const Lock lock(gate.image());
@@ -98,7 +100,7 @@ LONG withTree(Gate& gate, HKEY key, bool changes, Action action) {
         if (changes && result == ERROR_SUCCESS)
             registry::store(gate.runtime.directory(), Copy::now, tree);
         return result;
-    } catch (const std::exception&) { // somebody edited the file while the panel was on
+    } catch (const std::exception&) { // somebody has edited the file badly while the panel was on
         return ERROR_REGISTRY_CORRUPT;
     }
 }
@@ -107,11 +109,13 @@ template<class Action>
 LONG withKey(Gate& gate, HKEY key, bool changes, Action action) {
     return withTree(gate, key, changes, [&](Tree& tree, const std::string& path) -> LONG {
         Key* found = tree.find(path);
+        // The key may have gone while it was open: a person can edit the file.
         return found ? action(*found) : ERROR_KEY_DELETED;
     });
 }
 
-// Into a buffer of *length characters, the terminating zero included; *length is then without it.
+// Copies a name into a buffer of *length characters, including the terminating zero. Then *length is the length without
+// the zero.
 LONG giveName(const std::string& name, LPWSTR buffer, DWORD* length) {
     wchar_t wide[maxNameLength * 2 + 1];
     const std::size_t needed = toWide(name, wide, std::size(wide));
@@ -129,6 +133,7 @@ LONG giveData(const Value& value, DWORD* type, BYTE* data, DWORD* size) {
         *type = value.type;
     if (!size)
         return data ? ERROR_INVALID_PARAMETER : ERROR_SUCCESS;
+    // The size is stored even on failure, so that the caller can get a larger buffer.
     const DWORD room = *size;
     *size = static_cast<DWORD>(value.data.size());
     if (!data)
@@ -175,7 +180,7 @@ LONG RegCloseKey(HKEY key) noexcept {
     const Lock lock(gate.image());
     if (pathOf(gate, key).empty())
         return gate.done<LONG>(ERROR_INVALID_HANDLE);
-    objects::closeHandle(gate.image(), gate.process(), numberOf(key)); // of a root: nothing
+    objects::closeHandle(gate.image(), gate.process(), numberOf(key)); // does nothing for a root
     return gate.done<LONG>(ERROR_SUCCESS);
 }
 

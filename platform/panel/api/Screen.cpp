@@ -1,4 +1,4 @@
-// What windows show, and the cursor.
+// Visibility of windows, and the cursor.
 #include "platform/panel/kernel/Screen.h"
 #include "platform/panel/api/Numbers.h"
 #include "platform/panel/api/WindowCalls.h"
@@ -31,7 +31,7 @@ BOOL UpdateWindow(HWND window) noexcept {
     const Lock lock(gate.image());
     if (!messages::window(gate.image(), numberOf(window)))
         return gate.fails(FALSE, ERROR_INVALID_WINDOW_HANDLE);
-    return gate.done(TRUE); // a window shows its background as soon as it is visible: nothing is left to paint
+    return gate.done(TRUE); // nothing to paint: a visible window always shows its background
 }
 
 int ShowCursor(BOOL show) noexcept {
@@ -45,7 +45,7 @@ HGDIOBJ GetStockObject(int object) noexcept {
     Gate gate(Function::GetStockObject, object);
     if (gate.faulted())
         return gate.fault<HGDIOBJ>();
-    if (object < 0 || object > NULL_BRUSH) // brushes only
+    if (object < 0 || object > NULL_BRUSH) // the panel has only the brushes
         return gate.fails(HGDIOBJ{}, ERROR_INVALID_PARAMETER);
     return gate.done(static_cast<HGDIOBJ>(handleOf(firstStockObject + static_cast<std::uint32_t>(object))));
 }

@@ -1,4 +1,4 @@
-// The storage manager: stores of block devices, and their partitions. What would change a store is refused.
+// The storage manager: stores of block devices and their partitions. All functions that would change a store fail.
 #include "platform/panel/Gate.h"
 #include "platform/panel/Text.h"
 #include "platform/panel/api/Numbers.h"
@@ -14,10 +14,11 @@ using namespace panel;
 
 namespace {
 
-constexpr std::uint64_t sectors = 1 << 21; // 1 GB, whatever the folder holds
+constexpr std::uint64_t sectors = 1 << 21; // 1 GB, whatever the size of the files
 constexpr BYTE fat32 = 0x0B;
 
-// The block device of a store or search; null if the handle is none, or the device is gone. Wants the lock.
+// Returns the block device of a store or search handle. Returns null if the handle is not valid or the device was
+// unplugged, even if a new disk uses the same record. Needs the lock.
 const BlockDeviceRecord* deviceOf(Gate& gate, HANDLE handle, ObjectType type) {
     const Slot slot = objects::resolve(gate.image(), gate.process(), numberOf(handle));
     if (!slot || objects::at(gate.image(), slot).type != type)
@@ -28,7 +29,7 @@ const BlockDeviceRecord* deviceOf(Gate& gate, HANDLE handle, ObjectType type) {
 }
 
 template<std::size_t N>
-void put(std::uint16_t (&field)[N], std::string_view text) { // as the panel has it: 16 bits a character
+void put(std::uint16_t (&field)[N], std::string_view text) { // 16 bits per character on both platforms
     wchar_t wide[N];
     const std::size_t length = toWide(text, wide, N);
     std::copy(wide, wide + length, field);
@@ -47,7 +48,7 @@ void describe(const BlockDeviceRecord& device, std::uint32_t index, PARTINFO& in
     info.bPartType = fat32;
 }
 
-// A handle to the device's store, or to a search for its partitions.
+// Opens the device's store, or a search for its partitions.
 HANDLE open(Gate& gate, const BlockDeviceRecord& device, ObjectType type) {
     Image& image = gate.image();
     const Slot object = objects::make(image, type);
@@ -126,7 +127,7 @@ BOOL FindClosePartition(HANDLE search) noexcept {
     return gate.done(TRUE);
 }
 
-// The rest is there to be found by name; nothing on a panel calls it.
+// The helper looks these functions up by name, but never calls them.
 #define REFUSED(type, failure, name, ...)                                                                              \
     type name(__VA_ARGS__) noexcept {                                                                                  \
         Gate gate(Function::name);                                                                                     \

@@ -1,4 +1,4 @@
-// Handles, waits, events, mutexes, critical sections.
+// Handles, waits, events, mutexes and critical sections.
 #include "platform/panel/Gate.h"
 #include "platform/panel/Text.h"
 #include "platform/panel/api/Numbers.h"
@@ -20,10 +20,10 @@ bool isObjectName(const std::string& name) {
 
 struct NamedObject {
     std::uint32_t handle = 0;
-    DWORD error = ERROR_SUCCESS; // also ERROR_ALREADY_EXISTS of a valid handle
+    DWORD error = ERROR_SUCCESS; // ERROR_ALREADY_EXISTS goes with a valid handle
 };
 
-// Opens the object of this name, or makes one and lets `initialise` set it up. Wants the lock.
+// Opens the object of this name. If it does not exist, creates it and calls `initialise`. Needs the lock.
 template<class Initialise>
 NamedObject openOrMake(Gate& gate, ObjectType type, LPCWSTR name, Initialise initialise) {
     const std::string text = toUtf8(name);
@@ -49,7 +49,7 @@ NamedObject openOrMake(Gate& gate, ObjectType type, LPCWSTR name, Initialise ini
     return {handle, existed ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS};
 }
 
-// For who watches the panel: an event whose setter holds it alone is gone with its handle.
+// Counts the signals of a named event for `panel status`. A test can see them even if the event is destroyed at once.
 void countSignal(Image& image, std::string_view event) {
     event = event.substr(0, sizeof SignalRecord::name - 1);
     for (SignalRecord& signal : image.signals) {
@@ -100,7 +100,7 @@ BOOL CloseHandle(HANDLE object) noexcept {
     const Slot slot = objects::resolve(gate.image(), gate.process(), numberOf(object));
     const ObjectType type = slot ? objects::at(gate.image(), slot).type : ObjectType::free;
     if (!slot || type == ObjectType::search || type == ObjectType::key || type == ObjectType::partitions ||
-        type == ObjectType::notification) // these have closing functions of their own
+        type == ObjectType::notification) // these handles have other closing functions
         return gate.fails(FALSE, ERROR_INVALID_HANDLE);
     if (type == ObjectType::file) {
         LocalObject& local = gate.runtime.local(numberOf(object));
@@ -206,8 +206,8 @@ BOOL ReleaseMutex(HANDLE mutex) noexcept {
     return gate.done(TRUE);
 }
 
-// The section's fields are read and written under the kernel file's lock alone. A leave by a thread that does not hold
-// it spoils it [ms886733]: every later enter waits for ever, also the holder's.
+// The fields of a critical section are accessed under the kernel's lock. If a thread leaves a section that it does not
+// own, every later enter waits for ever, even the owner's [ms886733].
 
 void InitializeCriticalSection(CRITICAL_SECTION* section) noexcept {
     Gate gate(Function::InitializeCriticalSection);
@@ -226,8 +226,9 @@ void EnterCriticalSection(CRITICAL_SECTION* section) noexcept {
     }
     ++section->dwContentions;
     me.waitKind = WaitKind::section;
-    me.waitKey = section->needtrap ? 0 : reinterpret_cast<std::uintptr_t>(section); // 0: nobody comes
-    block(lock, gate.image(), gate.slot(), never); // whoever leaves makes the next one its owner
+    me.waitKey = section->needtrap ? 0 : reinterpret_cast<std::uintptr_t>(section); // no leave ever matches the key 0
+    // LeaveCriticalSection makes this thread the owner before it releases the thread.
+    block(lock, gate.image(), gate.slot(), never);
 }
 
 void LeaveCriticalSection(CRITICAL_SECTION* section) noexcept {

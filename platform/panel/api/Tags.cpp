@@ -1,4 +1,4 @@
-// The tag library, over the files in devices/tags.
+// The tag library. The tags are the files in devices/tags.
 #include "platform/panel/Gate.h"
 #include "platform/panel/api/DriverFiles.h"
 
@@ -10,14 +10,14 @@ using namespace panel;
 
 namespace {
 
-// Error codes: those of the platform for want of the library's own.
+// Error codes. Those of the library are unknown, so these are the platform's.
 constexpr DWORD notOpen = ERROR_NOT_READY;
 constexpr DWORD noSuchTag = ERROR_FILE_NOT_FOUND;
 constexpr DWORD broken = ERROR_GEN_FAILURE;
 
-std::uint32_t openings = 0; // of this process; touched under the lock
+std::uint32_t openings = 0; // unmatched TAG_Open calls of this process; needs the lock
 
-// What all functions share; `work` answers its error code.
+// Runs a function of the library as the device behaves now. `work` returns an error code.
 template<class Work>
 BOOL call(Gate& gate, Function function, DWORD* error, bool opens, Work work) {
     const std::string_view name = facts(function).name;
@@ -37,7 +37,7 @@ BOOL call(Gate& gate, Function function, DWORD* error, bool opens, Work work) {
         const Behaviour behaviour = state.behaviour(name);
         if (done && behaviour.kind == Behaviour::Kind::code)
             code = behaviour.number;
-    } catch (const std::exception&) { // a state or a tag that nobody can read, or write
+    } catch (const std::exception&) { // a file cannot be read or written
         code = broken;
     }
     *error = code;

@@ -1,4 +1,4 @@
-// Calls of a program's window procedures, on the thread that made the window.
+// Calls the program's window procedures and hook procedure. The caller must not hold the lock.
 #pragma once
 
 #include "platform/panel/Gate.h"
@@ -6,11 +6,11 @@
 
 namespace panel {
 
-// Calls the procedure of a window of this thread; 0 if there is none by now, or it is another thread's. Without the
-// lock.
+// Calls the window procedure and returns its result. Returns 0 if the window no longer exists or belongs to another
+// thread.
 LRESULT callWindow(Gate& gate, std::uint32_t window, UINT message, std::uint64_t wParam, std::int64_t lParam);
 
-// Calls the mouse hook's procedure for an event that was sent to this thread; 0 if the hook is gone. Without the lock.
+// Calls the hook procedure for a mouse event that was sent to this thread. Returns 0 if the hook was removed meanwhile.
 LRESULT callHook(Gate& gate, const messages::Message& sent);
 
 } // namespace panel

@@ -1,7 +1,7 @@
-// Windows, window classes, messages.
+// Windows, window classes and messages.
 //
-// A window belongs to the thread that made it. Its procedure runs on that thread only: in DispatchMessageW for a posted
-// message, inside GetMessageW for one that another thread has sent.
+// A window belongs to the thread that created it. Its procedure runs on that thread only: in DispatchMessageW for a
+// posted message, inside GetMessageW for a message that another thread has sent.
 #include "platform/panel/Gate.h"
 #include "platform/panel/Text.h"
 #include "platform/panel/api/Numbers.h"
@@ -24,7 +24,7 @@ struct WindowClass {
     ATOM atom;
 };
 
-// The classes of this process by folded name; touched under the kernel file's lock.
+// The window classes of this process by folded name. Access needs the kernel's lock.
 std::map<std::string, WindowClass> classes;
 ATOM lastAtom = 0xBFFF;
 
@@ -32,7 +32,7 @@ WNDPROC procedureOf(const WindowRecord& window) {
     return reinterpret_cast<WNDPROC>(static_cast<std::uintptr_t>(window.procedure));
 }
 
-// What the program lets out of its procedure ends the process: foreign frames would not carry it.
+// noexcept: an exception that leaves the procedure ends the process, as it cannot pass through the platform's frames.
 LRESULT callProcedure(WNDPROC procedure, std::uint32_t window, UINT message, std::uint64_t wParam,
                       std::int64_t lParam) noexcept {
     return procedure(windowOf(window), message, static_cast<WPARAM>(wParam), static_cast<LPARAM>(lParam));
@@ -47,6 +47,7 @@ LRESULT callWindow(Gate& gate, std::uint32_t window, UINT message, std::uint64_t
     {
         const Lock lock(gate.image());
         const WindowRecord* record = messages::window(gate.image(), window);
+        // The procedure's address is valid in its own process only.
         if (record && record->thread == gate.slot())
             procedure = procedureOf(*record);
     }
@@ -58,6 +59,7 @@ LRESULT callWindow(Gate& gate, std::uint32_t window, UINT message, std::uint64_t
 
 namespace {
 
+// The window must still exist while its procedure handles the last two messages.
 void destroy(Gate& gate, std::uint32_t window) {
     callWindow(gate, window, WM_DESTROY, 0, 0);
     callWindow(gate, window, WM_NCDESTROY, 0, 0);
@@ -70,6 +72,7 @@ bool isOwn(Gate& gate, std::uint32_t window) {
     return record && record->thread == gate.slot();
 }
 
+// Runs the procedure of a message that another thread has sent, and releases the sender.
 void answerSent(Gate& gate, const messages::Message& sent) {
     const LRESULT result =
         sent.window ? callWindow(gate, sent.window, sent.message, sent.wParam, sent.lParam) : callHook(gate, sent);
@@ -153,6 +156,7 @@ HWND CreateWindowExW(DWORD extendedStyle, LPCWSTR className, LPCWSTR title, DWOR
     const auto creation = reinterpret_cast<std::intptr_t>(&create);
     std::int32_t sizes[10] = {};
     callWindow(gate, window, WM_GETMINMAXINFO, 0, reinterpret_cast<std::intptr_t>(sizes));
+    // A procedure refuses the creation by 0 for WM_NCCREATE or -1 for WM_CREATE.
     bool made = callWindow(gate, window, WM_NCCREATE, 0, creation) != 0;
     if (made) {
         callWindow(gate, window, WM_NCCALCSIZE, 0, reinterpret_cast<std::intptr_t>(sizes));
@@ -190,7 +194,7 @@ BOOL DestroyWindow(HWND window) noexcept {
 
 LRESULT DefWindowProcW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexcept {
     Gate gate(Function::DefWindowProcW, window, trace::Hex{message}, wParam);
-    static_cast<void>(lParam); // often an address, which differs from run to run
+    static_cast<void>(lParam); // not traced: it is often an address, which differs from run to run
     if (message == WM_CLOSE) {
         bool own = false;
         {
@@ -212,6 +216,7 @@ BOOL GetMessageW(MSG* message, HWND window, UINT first, UINT last) noexcept {
         return gate.fails(-1, ERROR_INVALID_WINDOW_HANDLE);
     for (;;) {
         messages::Message taken;
+        // Sent messages come before posted ones. The procedure runs without the lock, since it calls the API.
         if (messages::takeSent(gate.image(), gate.slot(), taken)) {
             lock.release();
             answerSent(gate, taken);
@@ -239,7 +244,7 @@ BOOL GetMessageW(MSG* message, HWND window, UINT first, UINT last) noexcept {
 
 BOOL TranslateMessage(const MSG* message) noexcept {
     Gate gate(Function::TranslateMessage, trace::Hex{message->message});
-    return gate.done(FALSE); // no keyboard: nothing to translate
+    return gate.done(FALSE); // the panel has no keyboard, so there is nothing to translate
 }
 
 LRESULT DispatchMessageW(const MSG* message) noexcept {
@@ -253,7 +258,7 @@ BOOL PostMessageW(HWND window, UINT message, WPARAM wParam, LPARAM lParam) noexc
         return gate.fault<BOOL>();
     const Lock lock(gate.image());
     const messages::Message posted{numberOf(window), message, wParam, lParam, 0, 0, 0};
-    if (!window) // to the thread itself
+    if (!window) // without a window the message goes to the calling thread
         return messages::postToThread(gate.image(), gate.slot(), posted) ? gate.done(TRUE)
                                                                          : gate.fails(FALSE, ERROR_NOT_ENOUGH_QUOTA);
     if (!messages::window(gate.image(), numberOf(window)))

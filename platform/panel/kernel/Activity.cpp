@@ -10,7 +10,7 @@ namespace {
 
 Slot makeEvent(Image& image, const char* name, bool signalled) {
     const Slot slot = objects::make(image, ObjectType::event);
-    objects::hold(image, slot); // the kernel's own, for ever
+    objects::hold(image, slot); // the kernel's own reference, which is never dropped
     ObjectRecord& event = objects::at(image, slot);
     event.manualReset = 1;
     event.signalled = signalled;

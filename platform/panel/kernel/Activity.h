@@ -1,5 +1,7 @@
-// The power manager's two events that tell whether somebody uses the panel: manual-reset and complementary [ms890502].
-// The kernel holds them from boot to off. All functions want the lock held.
+// The two events of the power manager that report user activity. They are manual-reset, and exactly one of them is
+// signalled at any time [ms890502]. The kernel itself holds a handle to each from boot to off.
+//
+// All functions need the kernel's lock.
 #pragma once
 
 #include "platform/panel/kernel/Image.h"
@@ -8,9 +10,11 @@
 
 namespace panel::activity {
 
-void make(Image& image); // at boot: the user is active
-// False: the panel has no power manager.
+// Creates the events while the panel boots. The user is active then.
+void make(Image& image);
+// Signals one event and resets the other. Returns false if the panel has no power manager.
 bool set(Image& image, bool active);
-std::optional<bool> isActive(Image& image); // empty: no power manager
+// Returns whether the user is active; empty if the panel has no power manager.
+std::optional<bool> isActive(Image& image);
 
 } // namespace panel::activity

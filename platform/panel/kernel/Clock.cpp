@@ -32,6 +32,7 @@ std::uint32_t realUntil(const Image& image, std::uint64_t deadline) {
     const std::uint64_t current = now(image);
     if (deadline <= current)
         return 0;
+    // One ms more, so that the deadline has passed when the sleeper looks at the clock.
     const double real = static_cast<double>(deadline - current) * 1000 / image.clock.factor + 1;
     return static_cast<std::uint32_t>(std::min<double>(real, host::noLimit - 1));
 }

@@ -1,21 +1,22 @@
-// Panel time. All functions want the lock held.
+// Panel time: milliseconds since boot. Tick count and date follow from it.
 //
-// Stepped: time stands still while any thread of the panel runs; see scheduler::step. Flowing: the host's monotonic
-// clock times a factor. Panel time counts milliseconds since boot; ticks and dates follow from it.
+// In stepped mode time stands still while any thread of a program runs (scheduler::step moves it). In flowing mode
+// panel time is the host's monotonic time multiplied by a factor. All functions need the kernel's lock.
 #pragma once
 
 #include "platform/panel/kernel/Image.h"
 
 namespace panel::clock {
 
-std::uint64_t now(const Image& image);
-std::uint32_t ticks(const Image& image); // wraps
+std::uint64_t now(const Image& image); // panel ms since boot
+std::uint32_t ticks(const Image& image); // tick count in ms; wraps at 32 bits
 std::int64_t date(const Image& image); // ms since 1970 UTC
 
-// The panel time so many milliseconds from now; `never` for all bits set.
+// Returns the panel time that lies this far in the future. INFINITE (all bits set) gives `never`.
 std::uint64_t deadline(const Image& image, std::uint32_t milliseconds);
 
-// Real milliseconds until that panel time, or for ever (host::noLimit): only flowing time gets nearer by itself.
+// Returns the real milliseconds until that panel time. Returns host::noLimit in stepped mode, where waiting alone does
+// not move time.
 std::uint32_t realUntil(const Image& image, std::uint64_t deadline);
 
 } // namespace panel::clock

@@ -46,10 +46,10 @@ std::string bootId() {
 
 namespace {
 
-// What the host says of a process or thread behind its name: "S 1 ..."; null if nothing. Without memory of its own: a
-// thread's first allocation costs more than all that it does here.
+// Returns the fields of /proc/PID/stat behind the process's name, "S 1 ...", or null. Uses the caller's buffer: the
+// first allocation of a thread would cost more than the whole function.
 const char* statusOf(std::int32_t pid, char (&text)[1024]) {
-    // The emulator makes up "/proc/PID/stat" of its own process, but not this.
+    // The emulator fakes "/proc/PID/stat" of its own process, but not this file.
     std::snprintf(text, sizeof text, "/proc/%d/task/%d/stat", pid, pid);
     const int file = open(text, O_RDONLY | O_CLOEXEC);
     if (file < 0)
@@ -57,7 +57,7 @@ const char* statusOf(std::int32_t pid, char (&text)[1024]) {
     const auto length = read(file, text, sizeof text - 1);
     close(file);
     text[length > 0 ? length : 0] = 0;
-    const char* field = std::strrchr(text, ')'); // the name before it may hold anything
+    const char* field = std::strrchr(text, ')'); // the name before it may contain any character
     return field && field[1] == ' ' ? field + 2 : "X";
 }
 
@@ -86,7 +86,7 @@ std::uint64_t startTime(std::int32_t pid) {
 }
 
 int openProcess(std::int32_t pid) {
-    return static_cast<int>(syscall(SYS_pidfd_open, pid, 0)); // close-on-exec
+    return static_cast<int>(syscall(SYS_pidfd_open, pid, 0)); // the descriptor is close-on-exec
 }
 
 bool waitForEnd(std::int32_t pid, std::uint64_t start, std::uint32_t milliseconds) {

@@ -1,4 +1,4 @@
-// The few things that the simulated panel asks of the host.
+// The functions of the host, Linux, that the simulated panel uses: futexes, processes, time and small files.
 #pragma once
 
 #include <atomic>
@@ -8,42 +8,48 @@
 
 namespace panel::host {
 
-inline constexpr std::uint32_t noLimit = ~std::uint32_t{0};
+inline constexpr std::uint32_t noLimit = ~std::uint32_t{0}; // a time-out that never passes
 
-// Sleeps while the word holds the value, at most so many real milliseconds. May return early.
+// Sleeps while the word holds the value, for at most `milliseconds` of real time. May return early.
 void futexWait(std::atomic<std::uint32_t>& word, std::uint32_t value, std::uint32_t milliseconds);
+// Wakes up to `count` threads that sleep on the word, in any process.
 void futexWake(std::atomic<std::uint32_t>& word, int count = 1);
 
-std::int32_t threadId(); // of the calling thread
+std::int32_t threadId(); // the calling thread's id on the host
 std::int64_t monotonicNanoseconds();
 
-// The start time of a process or thread in the host's clock ticks; 0 if it is gone or only waits to be reaped,
-// `unknown` if it is there but the host does not tell (no descriptor is free).
+// Returns the start time of a process or thread in the host's clock ticks. Together with the id it identifies the
+// process even after the id was reused. Returns 0 if the process has ended, reaped or not; returns `unknown` if it
+// exists but the host has no descriptor left to read the time.
 inline constexpr std::uint64_t unknown = ~std::uint64_t{0};
 std::uint64_t startTime(std::int32_t pid);
+// Returns whether the process still runs. An unknown start time counts as a match.
 inline bool isAlive(std::int32_t pid, std::uint64_t start) {
     const std::uint64_t now = startTime(pid);
     return now != 0 && (now == start || now == unknown);
 }
 
-bool isStopped(std::int32_t pid); // by a signal or a debugger
+// Returns whether a signal (SIGSTOP) or a debugger has stopped the process.
+bool isStopped(std::int32_t pid);
 
-// Differs from boot to boot of the host.
+// Returns an id that differs after each boot of the host.
 std::string bootId();
 
-// A descriptor that polls as readable once the process has ended; -1 if it is gone, or none is free.
+// Returns a pidfd, which becomes readable when the process ends. Returns -1 if the process is gone or no descriptor is
+// free.
 int openProcess(std::int32_t pid);
 
-bool exists(std::int32_t pid); // cheap; true also for one that only waits to be reaped
+// Returns whether a process with this id exists, even if it has ended and waits to be reaped. Cheaper than startTime.
+bool exists(std::int32_t pid);
 
-// Waits until the process is gone, at most so many real milliseconds; false if it still lives.
+// Waits until the process has ended. Returns false if it still runs after `milliseconds` of real time.
 bool waitForEnd(std::int32_t pid, std::uint64_t start, std::uint32_t milliseconds);
 
-// A whole file; empty if it cannot be read, or is no regular file: a named pipe would make its reader wait.
+// Reads a whole file. Returns "" if it cannot be read or is not a regular file: reading a named pipe could block.
 std::string readFile(const std::string& path);
-// Appends in one write, so that lines of several processes do not mix; makes the file. Failures are not told.
+// Appends in one write, so that lines of several processes do not mix. Creates the file. Ignores failures.
 void appendToFile(const std::string& path, std::string_view text);
-// Writes a new file beside it and renames it into place; throws std::runtime_error naming the path.
+// Replaces a file: writes a new file beside it and renames it. Throws std::runtime_error with the path in its text.
 void writeFile(const std::string& path, const std::string& content);
 
 } // namespace panel::host

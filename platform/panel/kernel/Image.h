@@ -1,10 +1,10 @@
-// What run/kernel holds: the tables of one booted panel, mapped by every process that takes part.
+// The content of run/kernel: the tables of one booted panel. Every process of the panel maps this file.
 //
-// Fixed-width fields only and no pointers (a window procedure's address means something to its own process alone), so
-// that 64-bit programs and 32-bit ARM programs share one image. All zero is the state before boot: a new file is a
-// valid image. Everything is read and written under `lock`, except where a field is atomic.
+// The records have fields of fixed width and no pointers, so that 64-bit programs and 32-bit ARM programs can share one
+// image. (The address of a window procedure is stored, but only its own process uses it.) A file of zeros is a valid
+// image: the state before boot. All fields are read and written under `lock`, except atomic fields.
 //
-// References between tables are slots: an index plus one, 0 means none.
+// A reference to a record of another table is a slot: the index plus one. 0 means no record.
 #pragma once
 
 #include <atomic>
@@ -14,10 +14,11 @@
 
 namespace panel {
 
-inline constexpr std::uint32_t maxProcesses = 32; // as on the platform
+// Sizes of the tables. maxProcesses is the platform's own limit; the others leave room above the helper's use.
+inline constexpr std::uint32_t maxProcesses = 32;
 inline constexpr std::uint32_t maxThreads = 512;
 inline constexpr std::uint32_t maxObjects = 1024;
-inline constexpr std::uint32_t maxHandles = 512; // of one process
+inline constexpr std::uint32_t maxHandles = 512; // per process
 inline constexpr std::uint32_t maxWaitObjects = 64;
 inline constexpr std::uint32_t maxWindows = 64;
 inline constexpr std::uint32_t maxMessages = 16384;
@@ -25,18 +26,19 @@ inline constexpr std::uint32_t maxRegisteredMessages = 256;
 inline constexpr std::uint32_t maxPrograms = 64;
 inline constexpr std::uint32_t maxVolumes = 16;
 inline constexpr std::uint32_t maxFaults = 32;
-inline constexpr std::uint32_t maxQueueMessages = 256; // of all message queues
+inline constexpr std::uint32_t maxQueueMessages = 256; // in all message queues together
 inline constexpr std::uint32_t maxQueueMessageSize = 256; // bytes
 inline constexpr std::uint32_t maxBlockDevices = 8;
-inline constexpr std::uint32_t maxPartitions = 8; // of a block device
+inline constexpr std::uint32_t maxPartitions = 8; // per block device
 inline constexpr std::uint32_t maxSignals = 32;
 inline constexpr std::uint32_t maxLingering = 128;
 inline constexpr std::uint32_t maxEnded = 64;
 inline constexpr std::uint32_t maxMadeNames = 64;
-inline constexpr std::uint64_t never = ~std::uint64_t{0}; // a deadline that does not come
+inline constexpr std::uint64_t never = ~std::uint64_t{0}; // a deadline that never comes
 
-using Slot = std::uint32_t; // index + 1; 0: none
+using Slot = std::uint32_t; // index + 1; 0: no record
 
+// The types of kernel objects. Handles to all types share one table per process.
 enum class ObjectType : std::uint32_t {
     free,
     event,
@@ -50,106 +52,117 @@ enum class ObjectType : std::uint32_t {
     queue,
     notification,
     store,
-    partitions, // a search for them
+    partitions, // a search for partitions
 };
 
+// A kernel object. Each comment names the types that use the field.
 struct ObjectRecord {
     ObjectType type;
-    std::uint32_t holders; // handles and waits; the object goes with the last
+    std::uint32_t holders; // number of handles and waits; the object is freed with the last one
     std::uint32_t manualReset; // events
-    std::uint32_t signalled; // events; processes and threads that have ended
+    std::uint32_t signalled; // events, queues; processes and threads: 1 once ended; mutexes: 1 once abandoned
     std::uint32_t exitCode; // processes that have ended
     Slot owner; // mutexes: the owning thread
-    std::uint32_t recursion; // mutexes: how often the owner must release
-    std::uint32_t limit; // queues: how many messages they take, 0: any number; notifications: wants block devices
-    std::uint32_t size; // queues: bytes of a message at most
-    std::uint32_t serial; // stores and partition searches: which use of the block device's record
-    std::uint32_t next; // partition searches: where they go on
-    Slot subject; // processes: its slot while it runs; files: 1 on the flash; devices: which, from 1; queues: the first
-                  // message; notifications: their queue; stores and partition searches: the block device
+    std::uint32_t recursion; // mutexes: how often the owner must still release
+    std::uint32_t limit; // queues: maximum number of messages, 0: no limit; notifications: 1 for block devices
+    std::uint32_t size; // queues: maximum size of a message in bytes
+    std::uint32_t serial; // stores and partition searches: BlockDeviceRecord::serial at the time of opening
+    std::uint32_t next; // partition searches: index of the next partition
+    // Processes and threads: their slot while they run. Files: 1 on the flash volume. Devices: the device's number,
+    // from 1. Queues: the first message. Notifications: their queue. Stores and partition searches: the block device.
+    Slot subject;
     std::uint32_t access; // files: GENERIC_* bits
     std::uint32_t share; // files: FILE_SHARE_* bits
     std::uint64_t device; // files: identity on the host, which a rename does not change
     std::uint64_t inode;
-    std::uint32_t named; // events and mutexes: 1 with a name, be it the empty one
-    char name[788]; // events and mutexes: UTF-8; registry keys: their path
+    std::uint32_t named; // events and mutexes: 1 if the object has a name; the name may be empty
+    char name[788]; // events and mutexes: the name in UTF-8; registry keys: the path
 };
 
+// An entry of a process's table of handles.
 struct HandleRecord {
     Slot object; // 0: closed
-    std::uint32_t serial; // how often the entry was used
+    std::uint32_t serial; // how often the entry was used; part of the handle's number
 };
 
+// `created`: the process stands still for its starter.
 enum class ProcessState : std::uint32_t { free, created, running };
 
+// A process of the panel: a program or a driver. The record is free again when the process has ended; its process
+// object keeps the exit code as long as a handle refers to it.
 struct ProcessRecord {
     ProcessState state;
     std::int32_t hostPid;
-    std::uint64_t hostStart; // the host's start time of that pid, which makes it unmistakable
+    std::uint64_t hostStart; // start time of that pid on the host; identifies the process even if the pid is reused
     std::uint32_t serial; // differs for each use of the record
     std::uint32_t program; // index into Image::programs
-    std::uint32_t start; // how many-th start of that program since boot
-    std::uint32_t aware; // takes part in the panel's clock: linked with this library
-    std::uint32_t driver; // a test or the panel command: outside of the panel's time and power
-    Slot starter; // the thread that started it, while the process stands still for it
-    Slot owner; // the driver whose end ends it: a driver that owns what it starts names itself; 0: nobody
-    std::atomic<std::uint32_t> released; // futex word: the process may begin
-    std::atomic<std::uint32_t> exitKnown; // set with exitCode by the stub of a program that does not take part
+    std::uint32_t start; // start number of that program since boot, from 1
+    std::uint32_t aware; // 1: the program takes part in the panel's clock, being linked with this library
+    std::uint32_t driver; // 1: a test or a `panel` command, which panel time and panel power do not concern
+    Slot starter; // the thread that started the process, while the process stands still for it
+    Slot owner; // the driver with whose end this process ends; a driver that owns programs names itself; 0: no owner
+    std::atomic<std::uint32_t> released; // futex word: 1 once the process may begin
+    std::atomic<std::uint32_t> exitKnown; // 1: exitCode is valid; set by the parent of a program that is not aware
     std::atomic<std::uint32_t> exitCode;
     Slot mainThread;
-    Slot object;
+    Slot object; // the process object
     std::uint32_t threadsMade;
-    std::uint32_t nextHandle; // where the search for a free entry goes on
-    std::uint64_t device; // its executable's identity on the host
+    std::uint32_t nextHandle; // index at which the search for a free handle goes on
+    std::uint64_t device; // the executable's identity on the host
     std::uint64_t inode;
-    char path[1048]; // as it was started by
+    char path[1048]; // the panel path by which the process was started
     char commandLine[1024];
     HandleRecord handles[maxHandles];
 };
 
 enum class ThreadState : std::uint32_t { free, running, waiting };
+// The reason of a wait: Sleep, kernel objects, a critical section, GetMessageW, the reply to a sent message, a device
+// that blocks or delays.
 enum class WaitKind : std::uint32_t { none, time, objects, section, message, reply, device };
 
+// A thread with its wait and its message queues. The scheduler (Scheduler.h) changes the state.
 struct ThreadRecord {
     ThreadState state;
     Slot process;
-    std::uint32_t number; // 1 for the process's first thread
-    std::uint32_t driver;
-    Slot object; // 0 while nobody has a handle to it
-    std::atomic<std::uint32_t> word; // what the thread sleeps on; changes when it may go on
-    std::atomic<std::uint32_t> wakeDue; // marked as running, but not woken yet
+    std::uint32_t number; // number in the process by order of creation, from 1
+    std::uint32_t driver; // 1: the first thread of a driver
+    Slot object; // the thread object; 0 while no handle to it exists
+    std::atomic<std::uint32_t> word; // futex word of the thread's wait; changes when the thread is woken
+    std::atomic<std::uint32_t> wakeDue; // 1: the thread is marked as running but not woken yet
     WaitKind waitKind;
-    std::uint32_t waitCount;
+    std::uint32_t waitCount; // used entries of waitObjects
     std::uint32_t waitResult;
-    std::uint64_t waitKey; // sections: the address in the process
-    std::uint64_t waitOrder; // first come, first served
+    std::uint64_t waitKey; // critical sections: the section's address in the process
+    std::uint64_t waitOrder; // number of the wait; earlier waits are served first
     std::uint64_t deadline; // panel time in ms
     Slot waitObjects[maxWaitObjects];
-    Slot postedFirst; // its message queue
+    Slot postedFirst; // list of posted messages
     Slot postedLast;
-    Slot sentFirst; // messages that others sent and wait for
+    Slot sentFirst; // list of messages that other threads have sent
     Slot sentLast;
-    std::int64_t reply; // what its own sent message was answered
-    std::uint64_t replyToken; // which sent message it waits for
-    Slot replyFrom; // the thread that is to answer it
-    std::uint32_t replied; // 1: answered, 2: the receiver is gone
-    std::uint32_t id; // what GetCurrentThreadId answers; does not repeat soon
+    std::int64_t reply; // result of the message that this thread has sent
+    std::uint64_t replyToken; // token of that message
+    Slot replyFrom; // the receiver of that message
+    std::uint32_t replied; // 1: replied, 2: the receiver is gone
+    std::uint32_t id; // the result of GetCurrentThreadId; not reused soon
     std::uint64_t waitingSince; // panel ms
-    char call[120]; // the platform call that it waits in, as the trace shows it; empty: in none
+    char call[120]; // the platform call in which the thread waits, as the trace shows it; empty: no call
 };
 
+// A posted or sent message. Messages form linked lists: the queues of threads, and the list of free records.
 struct MessageRecord {
     Slot next;
     Slot window;
     std::uint32_t windowSerial;
     Slot sender; // 0: posted
     std::uint32_t message;
-    std::uint32_t time; // ticks
-    std::uint64_t token; // the sender's replyToken
+    std::uint32_t time; // tick count
+    std::uint64_t token; // ThreadRecord::replyToken of the sender
     std::uint64_t wParam;
     std::int64_t lParam;
 };
 
+// A window. Its number, which is also its handle, consists of the serial and the slot.
 struct WindowRecord {
     std::uint32_t used;
     std::uint32_t serial;
@@ -157,12 +170,13 @@ struct WindowRecord {
     std::uint32_t visible;
     std::int32_t x, y, width, height;
     std::uint32_t extendedStyle;
-    std::uint32_t background; // its class's brush
-    std::uint64_t order; // which of all showings was its last
-    std::uint64_t procedure; // address in its process
+    std::uint32_t background; // the brush of the window's class
+    std::uint64_t order; // Image::shows when the window was shown last
+    std::uint64_t procedure; // address in the window's process
     char className[128];
 };
 
+// A message in a point-to-point message queue (Queues.h).
 struct QueueMessageRecord {
     std::uint32_t used;
     Slot next;
@@ -170,67 +184,77 @@ struct QueueMessageRecord {
     std::uint8_t bytes[maxQueueMessageSize];
 };
 
+// A partition of a block device (Disks.h).
 struct PartitionRecord {
-    char volume[64]; // its top folder, without a separator; of one that is not mounted: what it would be
-    std::uint32_t attributes; // PARTITION_ATTRIBUTE_*
+    char volume[64]; // name of the volume, without a backslash; it also names a partition that is not mounted yet
+    std::uint32_t attributes; // PARTITION_ATTRIBUTE_* bits
     std::uint32_t unused;
 };
 
+// A plugged disk. A new disk in the same record has another serial, so handles to the old disk become invalid.
 struct BlockDeviceRecord {
     std::uint32_t used;
-    std::uint32_t serial;
-    std::uint64_t readyAt; // panel ms; never: its store does not open
+    std::uint32_t serial; // differs for each use of the record
+    std::uint64_t readyAt; // panel ms from which OpenStore succeeds, or `never`
     char name[16]; // "DSK1:"
     std::uint32_t partitionCount;
     std::uint32_t unused;
     PartitionRecord partitions[maxPartitions];
 };
 
+// The low-level mouse hook of the panel.
 struct HookRecord {
-    Slot thread; // that installed it; 0: there is none
+    Slot thread; // the thread that installed the hook; 0: no hook is installed
     std::uint32_t serial;
-    std::uint64_t procedure; // address in its process
+    std::uint64_t procedure; // address in the thread's process
 };
 
+// A program that was started since boot, by its file name.
 struct ProgramRecord {
-    char name[128]; // file name, as first started
-    std::uint32_t starts;
+    char name[128]; // file name, in the spelling of the first start
+    std::uint32_t starts; // number of starts since boot
 };
 
+// The two modes of panel time (Clock.h).
 enum class ClockMode : std::uint32_t { stepped, flowing };
 
+// The clock of the panel. Tick count and date follow from `now`.
 struct ClockRecord {
     ClockMode mode;
-    std::uint32_t factor; // flowing: panel ms in 1000 real ms
-    std::uint64_t now; // panel ms since boot; flowing: at realBase
-    std::int64_t realBase; // flowing: host's monotonic time in ns
-    std::int64_t bootDate; // ms since 1970 UTC
-    std::uint32_t bootTicks; // the tick count at boot
+    std::uint32_t factor; // flowing mode: panel ms per 1000 real ms
+    std::uint64_t now; // panel ms since boot; in flowing mode: at realBase
+    std::int64_t realBase; // flowing mode: the host's monotonic time in ns
+    std::int64_t bootDate; // date at boot in ms since 1970 UTC
+    std::uint32_t bootTicks; // tick count at boot
     std::uint32_t unused;
 };
 
+// `fail`: the call fails; `cut`: the power is cut at the call; `none`: the record is free.
 enum class FaultAction : std::uint32_t { none, fail, cut };
 
+// An injected fault (Driver.h). All conditions must match the call.
 struct FaultRecord {
     FaultAction action;
-    std::uint32_t function; // Function
-    std::uint32_t start; // 0: every start of the program
-    std::uint32_t thread; // 0: every thread
-    std::uint32_t call; // 1: the first
-    std::uint32_t ever; // from that call on
-    std::uint32_t hits;
-    std::uint32_t answers; // `answer` stands in for the list's failure
+    std::uint32_t function; // a value of Function
+    std::uint32_t start; // start number of the program; 0: every start
+    std::uint32_t thread; // thread number; 0: every thread
+    std::uint32_t call; // number of the call, from 1
+    std::uint32_t ever; // 1: the fault also applies to all later calls
+    std::uint32_t hits; // how often the fault was applied
+    std::uint32_t answers; // 1: `answer` replaces the failure result from coredll.inc
     std::int64_t answer;
-    char program[128]; // empty: every program
+    char program[128]; // file name; empty: every program
 };
 
-struct LingeringRecord { // a process that has ended on the panel, but not yet on the host
+// A process that has ended on the panel, but perhaps not yet on the host.
+struct LingeringRecord {
     std::int32_t hostPid;
     std::uint32_t unused;
     std::uint64_t hostStart;
 };
 
-struct EndedRecord { // a program's exit code for people; the platform keeps it in the process object alone
+// The exit code of a program, for `panel ps --all`. Programs read it from the process object.
+struct EndedRecord {
     std::uint32_t program; // index into Image::programs
     std::uint32_t start; // 0: the entry is free
     std::uint32_t exitCode;
@@ -238,61 +262,64 @@ struct EndedRecord { // a program's exit code for people; the platform keeps it 
     std::uint64_t time; // panel ms
 };
 
-struct MadeNameRecord { // a name that a program has made in a folder (FolderNames.h)
+// A name that a program has created in a folder (FolderNames.h).
+struct MadeNameRecord {
     std::uint64_t device; // the folder's identity on the host
     std::uint64_t inode;
     char name[256];
 };
 
-struct SignalRecord { // how often an event was set, whoever held it
+// How often a named event was set since boot.
+struct SignalRecord {
     char name[128]; // empty: the entry is free
     std::uint32_t count;
     std::uint32_t unused;
 };
 
+// The whole content of the file.
 struct Image {
-    std::atomic<std::uint32_t> magic; // set last, when the image is ready; 0 again once somebody wrote over the file
-    std::uint32_t version;
-    std::uint64_t fileDevice; // the kernel file's own identity: a copy of a panel that is on is off
+    std::atomic<std::uint32_t> magic; // boot sets it last; the Watcher clears it when the file was overwritten
+    std::uint32_t version; // imageVersion
+    std::uint64_t fileDevice; // identity of the kernel file: a copied panel is off, since its file has another one
     std::uint64_t fileInode;
-    char hostBoot[40]; // and so is one that the host's own reboot has ended
-    std::uint32_t headSum; // of the four fields above, which never change
-    std::atomic<std::uint32_t> lock; // names its owner (Lock.h); top bit: somebody sleeps on it
-    std::atomic<std::uint32_t> on; // the panel has power: 0 or 1
-    std::uint32_t threadsUsed; // records that were ever used: nobody looks at those behind them
+    char hostBoot[40]; // host::bootId at boot: after a reboot of the host the panel is off
+    std::uint32_t headSum; // checksum of the four fields above, which never change
+    std::atomic<std::uint32_t> lock; // the kernel's lock (Lock.h): its owner; top bit: a thread sleeps on it
+    std::atomic<std::uint32_t> on; // 1 while the panel has power
+    std::uint32_t threadsUsed; // number of records that were ever used; searches stop there
     std::uint32_t objectsUsed;
     std::uint32_t processesUsed;
-    std::uint32_t running; // threads of the panel that are not waiting
-    std::uint32_t waitingDrivers;
-    std::uint64_t waitOrder;
+    std::uint32_t running; // number of running threads of programs
+    std::uint32_t waitingDrivers; // number of waiting driver threads
+    std::uint64_t waitOrder; // number of waits and sent messages so far
     ClockRecord clock;
     std::atomic<std::uint32_t> tracing;
     std::atomic<std::uint32_t> faultCount;
     std::uint32_t screenWidth;
     std::uint32_t screenHeight;
-    std::uint32_t flashWritable; // its volume driver was told so
-    Slot activeEvent; // the power manager's; 0: the panel has none
+    std::uint32_t flashWritable; // 1 after the volume driver's "writable" request
+    Slot activeEvent; // the power manager's events; 0: the panel has no power manager
     Slot inactiveEvent;
-    std::uint32_t backLight[4]; // what the driver holds now
+    std::uint32_t backLight[4]; // the record of the backlight driver
     HookRecord mouseHook;
-    std::uint64_t shows; // of windows, so far
-    std::int32_t cursorCount;
-    std::atomic<std::uint32_t> watched; // futex word: 1 while somebody sleeps until the next release of the lock
+    std::uint64_t shows; // number of times that a window was shown
+    std::int32_t cursorCount; // the cursor is visible while the count is 0 or more
+    std::atomic<std::uint32_t> watched; // futex word: 1 while a thread sleeps until the next release of the lock
     SignalRecord signals[maxSignals];
-    std::uint32_t messagesUsed; // records of `messages` that were ever used
-    Slot freeMessage;
-    std::uint32_t nextLingering;
-    std::uint32_t threadIds;
-    std::uint32_t endedCount; // since boot
-    char volumes[maxVolumes][64]; // top folders that are volumes of their own; empty: free
+    std::uint32_t messagesUsed; // number of records of `messages` that were ever used
+    Slot freeMessage; // list of free records below messagesUsed
+    std::uint32_t nextLingering; // number of records written to `lingering` so far
+    std::uint32_t threadIds; // number of thread ids given so far
+    std::uint32_t endedCount; // number of programs that have ended since boot
+    char volumes[maxVolumes][64]; // names of the volumes; empty: the entry is free
     char registeredMessages[maxRegisteredMessages][128];
-    std::uint8_t programsMessages[maxRegisteredMessages]; // 1: a program has registered it, not a command alone
+    std::uint8_t programsMessages[maxRegisteredMessages]; // 1: registered by a program, not only by a command
     ProgramRecord programs[maxPrograms];
     FaultRecord faults[maxFaults];
     LingeringRecord lingering[maxLingering];
-    EndedRecord ended[maxEnded]; // a ring: the last ones
-    std::uint64_t namesMade; // so far
-    MadeNameRecord madeNames[maxMadeNames]; // a ring: the last ones
+    EndedRecord ended[maxEnded]; // ring buffer of the latest records
+    std::uint64_t namesMade; // number of names written to `madeNames` so far
+    MadeNameRecord madeNames[maxMadeNames]; // ring buffer of the latest records
     BlockDeviceRecord blockDevices[maxBlockDevices];
     QueueMessageRecord queueMessages[maxQueueMessages];
     ObjectRecord objects[maxObjects];
@@ -306,11 +333,11 @@ static_assert(std::atomic<std::uint32_t>::is_always_lock_free && sizeof(std::ato
 static_assert(sizeof(MessageRecord) == 48 && sizeof(ObjectRecord) == 864 && sizeof(ClockRecord) == 40 &&
               sizeof(BlockDeviceRecord) == 616 && sizeof(QueueMessageRecord) == 268);
 
-// One number for the layout. A program that was built with another one, be it for the other machine, is refused: it
-// would misread the tables. A new table of Image joins by a line here.
+// Returns a number that stands for the layout of Image. A program with another number, for example a loader that was
+// built from older sources, cannot map the kernel file: it would misread the tables. Add a line for each new table.
 constexpr std::uint32_t layoutNumber() {
     const std::size_t facts[] = {
-        3, // counts what changes in meaning alone
+        3, // increment it when a field changes its meaning, but not its place
         sizeof(Image),
         offsetof(Image, on),
         offsetof(Image, clock),
@@ -348,6 +375,7 @@ constexpr std::uint32_t layoutNumber() {
 inline constexpr std::uint32_t imageMagic = 0x4C4E4150;
 inline constexpr std::uint32_t imageVersion = layoutNumber();
 
+// The records of a table that were ever used. Searches of threads, objects and processes can stop at their end.
 inline std::span<ThreadRecord> usedThreads(Image& image) {
     return {image.threads, image.threadsUsed};
 }

@@ -11,15 +11,16 @@ namespace panel {
 namespace {
 
 constexpr std::uint32_t sleepers = 0x80000000;
-constexpr std::uint32_t idBits = 22; // the host's ids are below 2^22
+constexpr std::uint32_t idBits = 22; // Linux ids are below 2^22
 constexpr std::uint32_t idMask = (1U << idBits) - 1;
-constexpr std::uint32_t startMask = 0x1FF; // all set: not known
-constexpr std::uint32_t glance = 50; // real ms after which a waiter looks whether the owner still lives
+constexpr std::uint32_t startMask = 0x1FF; // all bits set: the start time is unknown
+constexpr std::uint32_t glance = 50; // real ms between two checks whether the owner is alive
 
 std::int32_t threadOf(std::uint32_t owner) {
     return static_cast<std::int32_t>(owner & idMask);
 }
 
+// Returns whether the owner of the lock is dead, or its id belongs to another thread now.
 bool isGone(std::uint32_t owner) {
     const std::uint64_t start = threadOf(owner) ? host::startTime(threadOf(owner)) : 0;
     const std::uint32_t noted = owner >> idBits & startMask;
@@ -50,7 +51,7 @@ bool Lock::tryFor(std::uint32_t milliseconds) {
     std::uint32_t value = 0;
     if (word.compare_exchange_strong(value, me, std::memory_order_acquire))
         return held = true;
-    // From here on the word is taken with the top bit set: others may sleep on it too.
+    // From here on the lock is taken with the top bit set, since other threads may sleep on the word, too.
     const std::int64_t begun = host::monotonicNanoseconds();
     for (;;) {
         if (value == 0) {
@@ -67,7 +68,7 @@ bool Lock::tryFor(std::uint32_t milliseconds) {
         const std::uint32_t now = word.load(std::memory_order_relaxed);
         if (now == value && isGone(value)) {
             if (word.compare_exchange_strong(value, me | sleepers, std::memory_order_acquire)) {
-                scheduler::recover(image);
+                scheduler::recover(image); // the dead owner may have left the counts wrong
                 break;
             }
             continue;
@@ -86,7 +87,8 @@ void Lock::release() {
     held = false;
     if (word.exchange(0) & sleepers)
         host::futexWake(word);
-    if (image.watched.load() && image.watched.exchange(0)) // after the change, as a watcher sets it before it looks
+    // After the change: a watcher sets the word before it reads the tables.
+    if (image.watched.load() && image.watched.exchange(0))
         host::futexWake(image.watched, INT_MAX);
 }
 

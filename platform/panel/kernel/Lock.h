@@ -1,6 +1,8 @@
-// The one lock of the kernel file: a futex word that names its owner by host thread id and start time, so that whoever
-// waits for it can see that the owner has died, also when its id was given to somebody else, and take it over. Not
-// recursive. Each release wakes those who watch the panel from outside (Image::watched).
+// The lock of the kernel file: a guard that holds it while it lives.
+//
+// The lock is a futex word with the owner's host thread id and start time. A waiting thread can therefore see that the
+// owner has died, even if the id was reused, and take the lock over. The lock is not recursive. Each release wakes the
+// threads that watch the panel (Image::watched).
 #pragma once
 
 #include "platform/panel/kernel/Image.h"
@@ -9,10 +11,11 @@ namespace panel {
 
 class Lock {
 public:
+    // Waits for the lock. With `--patience` (Patience.h) the process gives up after that time.
     explicit Lock(Image& guarded) : image(guarded), word(guarded.lock) {
         acquire();
     }
-    // Gives up after so many real milliseconds; see isHeld.
+    // Waits for at most `milliseconds` of real time; isHeld tells the outcome.
     Lock(Image& guarded, std::uint32_t milliseconds) : image(guarded), word(guarded.lock) {
         tryFor(milliseconds);
     }
@@ -23,12 +26,12 @@ public:
     Lock& operator=(const Lock&) = delete;
 
     void acquire();
-    void release(); // nothing if it is not held
+    void release(); // does nothing if the lock is not held
     bool isHeld() const {
         return held;
     }
 
-    // What the word holds while this thread has the lock.
+    // Returns the value of the word while this thread holds the lock.
     static std::uint32_t nameOf(std::int32_t threadId);
 
 private:

@@ -8,7 +8,7 @@ namespace panel::messages {
 
 namespace {
 
-constexpr std::uint32_t windowShift = 8; // number = serial, window slot
+constexpr std::uint32_t windowShift = 8; // a window number is the serial above the slot
 constexpr std::uint32_t firstRegistered = 0xC000;
 
 MessageRecord& at(Image& image, Slot message) {
@@ -56,6 +56,7 @@ bool append(Image& image, Slot thread, Slot& first, Slot& last, const Message& m
     return true;
 }
 
+// Removes the first matching message from a list.
 template<class Wanted>
 bool takeFirst(Image& image, Slot& first, Slot& last, Wanted wanted, Message& message) {
     Slot previous = 0;
@@ -74,6 +75,7 @@ bool takeFirst(Image& image, Slot& first, Slot& last, Wanted wanted, Message& me
     return false;
 }
 
+// Releases a sender without a result.
 void answerNothing(Image& image, Slot sender, std::uint64_t token) {
     ThreadRecord& record = scheduler::at(image, sender);
     if (record.state != ThreadState::waiting || record.waitKind != WaitKind::reply || record.replyToken != token)
@@ -82,7 +84,7 @@ void answerNothing(Image& image, Slot sender, std::uint64_t token) {
     scheduler::release(image, sender, 0);
 }
 
-// Takes all messages of a window (0: all) out of the thread's queues.
+// Removes the messages of a window from the thread's queues. 0 removes all messages.
 void discard(Image& image, Slot thread, std::uint32_t window) {
     ThreadRecord& owner = scheduler::at(image, thread);
     const auto wanted = [window](const MessageRecord& record) { return window == 0 || record.window == window; };
@@ -146,7 +148,7 @@ void removeThread(Image& image, Slot thread) {
     if (image.mouseHook.thread == thread)
         image.mouseHook.thread = 0;
     discard(image, thread, 0);
-    for (Slot sender = 1; sender <= image.threadsUsed; ++sender) // whose message it was just answering
+    for (Slot sender = 1; sender <= image.threadsUsed; ++sender) // senders whose message the thread was handling
         if (scheduler::at(image, sender).replyFrom == thread)
             answerNothing(image, sender, scheduler::at(image, sender).replyToken);
 }
@@ -183,6 +185,7 @@ bool send(Image& image, Slot sender, const Message& message) {
 }
 
 bool sendToThread(Image& image, Slot sender, Slot thread, const Message& message) {
+    // The number of the wait is unique, so it also serves as the token.
     Message sent = message;
     sent.sender = sender;
     sent.token = ++image.waitOrder;
@@ -200,7 +203,7 @@ void reply(Image& image, const Message& message, std::int64_t result) {
     ThreadRecord& record = scheduler::at(image, message.sender);
     if (record.state != ThreadState::waiting || record.waitKind != WaitKind::reply ||
         record.replyToken != message.token)
-        return; // it has given up, or gone
+        return; // the sender has given up or ended
     record.reply = result;
     record.replied = 1;
     scheduler::release(image, message.sender, 0);

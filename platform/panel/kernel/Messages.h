@@ -1,4 +1,7 @@
-// Windows, registered message names, and the message queues of threads. All functions want the lock held.
+// The tables of windows and registered message names, and the message queues of threads.
+//
+// A thread has two queues: posted messages, which nobody waits for, and sent messages, whose senders wait for a reply.
+// All functions need the kernel's lock.
 #pragma once
 
 #include "platform/panel/kernel/Image.h"
@@ -9,36 +12,45 @@
 namespace panel::messages {
 
 struct Message {
-    std::uint32_t window = 0; // number; 0: none
+    std::uint32_t window = 0; // window number; 0: a message to the thread itself
     std::uint32_t message = 0;
     std::uint64_t wParam = 0;
     std::int64_t lParam = 0;
-    std::uint32_t time = 0; // ticks
-    Slot sender = 0; // 0: posted
-    std::uint64_t token = 0; // which of the sender's messages
+    std::uint32_t time = 0; // tick count
+    Slot sender = 0; // the sending thread; 0: the message was posted
+    std::uint64_t token = 0; // identifies a sent message, so that a late reply is not taken for another one's
 };
 
-// A window's number: what a window handle holds. 0 if the table is full.
+// Creates a window and returns its number, which is also its handle. Returns 0 if the table is full.
 std::uint32_t makeWindow(Image& image, Slot thread, std::string_view className, std::uint64_t procedure);
 std::uint32_t numberOf(const Image& image, const WindowRecord& window);
-WindowRecord* window(Image& image, std::uint32_t number); // null: there is none
-std::uint32_t findWindow(Image& image, std::string_view className); // case-blind; 0: none
-// Its posted messages go, the senders of its sent ones are answered nothing.
+// Returns the record of a window, or null if the number is not valid (any more).
+WindowRecord* window(Image& image, std::uint32_t number);
+// Returns the first window of a class, case-insensitively, or 0.
+std::uint32_t findWindow(Image& image, std::string_view className);
+// Removes a window and its messages. The senders of its sent messages are released without a result.
 void removeWindow(Image& image, std::uint32_t number);
-void removeThread(Image& image, Slot thread); // its windows, queues and hook
+// Removes the windows, the messages and the mouse hook of a thread.
+void removeThread(Image& image, Slot thread);
 
-std::uint32_t registerName(Image& image, std::string_view name, bool byProgram); // 0xC000 on; 0 if the table is full
+// Returns the number of a message name, 0xC000 or more. Registers a new name. Returns 0 if the table is full or the
+// name too long. `byProgram` is false for a `panel` command.
+std::uint32_t registerName(Image& image, std::string_view name, bool byProgram);
 
-// Appends and returns. False if there is no such window, or no room.
+// Append a message to the posted messages. They return false if the window does not exist or the table of messages is
+// full.
 bool post(Image& image, const Message& message);
 bool postToThread(Image& image, Slot thread, const Message& message);
-// Appends a message that the sender then waits for (block with WaitKind::reply).
+// Appends a message to the sent messages. The sender then calls `block` with WaitKind::reply. Returns false as `post`
+// does.
 bool send(Image& image, Slot sender, const Message& message);
-// The same for the mouse hook of a thread; window 0, the place in wParam and lParam.
+// Sends a mouse event to the thread that installed the hook. `window` is 0; wParam and lParam hold the coordinates.
 bool sendToThread(Image& image, Slot sender, Slot thread, const Message& message);
+// Releases the sender of a message with this result. Does nothing if the sender no longer waits.
 void reply(Image& image, const Message& message, std::int64_t result);
 
-// Takes the oldest; `window` 0 takes any. False if there is none.
+// Take the oldest message of a queue. They return false if no message matches. `window` 0 matches all windows; `first`
+// and `last` are the range of message numbers, and 0 and 0 match all.
 bool takeSent(Image& image, Slot thread, Message& message);
 bool takePosted(Image& image, Slot thread, std::uint32_t window, std::uint32_t first, std::uint32_t last,
                 Message& message);

@@ -9,7 +9,8 @@ namespace panel::objects {
 
 namespace {
 
-// handle = serial, 9 bits of index, two zero bits: never 0 (serials start at 1), never 66 or -1 (not divisible by 4).
+// A handle consists of a serial, 9 bits of index and two zero bits. It is never 0, because serials start at 1, and
+// never 66 or -1, because it is divisible by 4.
 constexpr std::uint32_t indexShift = 2;
 constexpr std::uint32_t serialShift = 11;
 static_assert(maxHandles == 1U << (serialShift - indexShift));

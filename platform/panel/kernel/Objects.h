@@ -1,7 +1,7 @@
-// Kernel objects and the handles to them. All functions want the lock held.
+// Kernel objects and their handles.
 //
-// A handle is a number of its process: not 0, -1 or 66, and not soon used again. An object lives as long as a handle or
-// a wait holds it.
+// A handle belongs to its process. It is never 0, -1 or 66, and its number is not reused soon. An object has a count of
+// holders: handles and waits. The object is freed when the last holder drops it. All functions need the kernel's lock.
 #pragma once
 
 #include "platform/panel/kernel/Image.h"
@@ -12,20 +12,27 @@ namespace panel::objects {
 
 ObjectRecord& at(Image& image, Slot object);
 
-Slot make(Image& image, ObjectType type); // held by nobody yet; 0 if the table is full
+// Creates an object without holders. Returns 0 if the table is full.
+Slot make(Image& image, ObjectType type);
+// Increments and decrements the count of holders.
 void hold(Image& image, Slot object);
 void drop(Image& image, Slot object);
-void setName(ObjectRecord& object, std::string_view name); // also the empty one; without it findNamed finds nothing
-Slot findNamed(Image& image, ObjectType type, std::string_view name); // 0: none
+// Gives an event or mutex a name, which may be empty. findNamed finds named objects only.
+void setName(ObjectRecord& object, std::string_view name);
+// Returns the object of this type and name, or 0.
+Slot findNamed(Image& image, ObjectType type, std::string_view name);
 
-// Takes hold of the object. 0 if the process has no entry left.
+// Opens a handle, which holds the object. Returns 0 if the process has no free entry.
 std::uint32_t openHandle(Image& image, Slot process, Slot object);
+// Closes a handle and drops the object. Returns false if the handle is not valid.
 bool closeHandle(Image& image, Slot process, std::uint32_t handle);
 void closeAllHandles(Image& image, Slot process);
-Slot resolve(Image& image, Slot process, std::uint32_t handle); // 0: no such handle
-std::uint32_t handleIndex(std::uint32_t handle); // the entry that a valid handle stands for
+// Returns the object of a handle, or 0 if the handle is not valid.
+Slot resolve(Image& image, Slot process, std::uint32_t handle);
+// Returns the index of a valid handle in ProcessRecord::handles.
+std::uint32_t handleIndex(std::uint32_t handle);
 
-// A file on the host that a process runs from, or that somebody holds open.
+// Returns whether a process runs from this host file or a handle holds it open.
 enum class Busy { no, running, open };
 Busy busy(const Image& image, std::uint64_t device, std::uint64_t inode);
 

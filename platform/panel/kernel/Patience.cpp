@@ -21,7 +21,7 @@ std::string busyPrograms(Image& image) {
                 (host::isStopped(process.hostPid) ? " is stopped (kill -CONT " + pid + " lets it go on)"
                                                   : " is busy (process " + pid + ")");
     }
-    return busy.empty() ? "no program waits for a moment that will come" : busy;
+    return busy.empty() ? "no program waits with a deadline" : busy;
 }
 
 } // namespace panel::patience

@@ -1,5 +1,8 @@
-// How long a person's command waits, in real time, for a program that does not go on: one that never waits while time
-// is stepped, or that was stopped. Panel time says nothing about it. Without a limit, as in tests, waits have no end.
+// The real-time limit of a command's waits (`--patience`).
+//
+// A program that never waits, or that was stopped by a signal, keeps stepped time from moving for ever. A time-out in
+// panel time never passes then. With a limit a command gives up instead. Without a limit, as in tests, it waits for
+// ever.
 #pragma once
 
 #include "platform/panel/kernel/Image.h"
@@ -8,14 +11,15 @@
 
 namespace panel::patience {
 
-// Set once, before the process takes part in a panel. `giveUp` is told why, on any thread, and must end the process.
+// The process sets this once, before it joins a panel.
 struct Limit {
-    std::uint32_t milliseconds = 0; // 0: none
+    std::uint32_t milliseconds = 0; // 0: no limit
+    // Runs when the limit has passed, on any thread. `why` is a text for people. Must end the process.
     void (*giveUp)(const std::string& why) = nullptr;
 };
 extern Limit limit;
 
-// Who keeps stepped time from moving. Wants the lock.
+// Returns a text about the programs that keep stepped time from moving. Needs the kernel's lock.
 std::string busyPrograms(Image& image);
 
 } // namespace panel::patience

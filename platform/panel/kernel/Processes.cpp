@@ -15,7 +15,7 @@ namespace panel::processes {
 
 namespace {
 
-constexpr std::uint32_t lastBreath = 5000; // real ms that a killed process may take to be gone
+constexpr std::uint32_t lastBreath = 5000; // real ms for a killed process to end
 
 std::uint32_t programIndex(Image& image, std::string_view path) {
     const std::string_view file = fileName(path).substr(0, sizeof ProgramRecord::name - 1);
@@ -26,7 +26,7 @@ std::uint32_t programIndex(Image& image, std::string_view path) {
         if (equalCaseBlind(program.name, file))
             return index;
     }
-    return maxPrograms - 1; // more programs than names: the last ones share an entry
+    return maxPrograms - 1; // the table is full: further programs share the last entry
 }
 
 Slot makeRecord(Image& image, const Program& program) {
@@ -89,6 +89,8 @@ Slot makeThreadRecord(Image& image, Slot process) {
     return 0;
 }
 
+// Returns the exit code of a process that has ended on the host. A program that takes part in the panel ends itself
+// with endProcess, so without a recorded code the process was killed.
 std::uint32_t codeOfDead(const ProcessRecord& process) {
     if (process.exitKnown.load(std::memory_order_acquire))
         return process.exitCode.load(std::memory_order_relaxed);
@@ -96,9 +98,10 @@ std::uint32_t codeOfDead(const ProcessRecord& process) {
 }
 
 void killHostProcess(const ProcessRecord& process) {
+    // The start time guards against a reused pid; pid 1 and below would hit other processes.
     if (process.hostPid <= 1 || !host::isAlive(process.hostPid, process.hostStart))
         return;
-    ::kill(-process.hostPid, SIGKILL); // with what a script has started
+    ::kill(-process.hostPid, SIGKILL); // the process group, with the children of a script
     ::kill(process.hostPid, SIGKILL);
 }
 
@@ -183,7 +186,7 @@ void letStartedRun(Image& image, Slot starter) {
 void end(Image& image, Slot process, std::uint32_t exitCode) {
     ProcessRecord& record = at(image, process);
     if (!record.aware && record.hostPid > 1)
-        ::kill(-record.hostPid, SIGKILL); // what a script has started goes with it
+        ::kill(-record.hostPid, SIGKILL); // the children of a script end with it
     if (!record.driver && record.hostPid)
         image.ended[image.endedCount++ % maxEnded] = {record.program, record.start, exitCode, 0, clock::now(image)};
     for (Slot thread = 1; thread <= image.threadsUsed; ++thread)
@@ -200,7 +203,7 @@ void end(Image& image, Slot process, std::uint32_t exitCode) {
         if (ended.holders == 0)
             ended.type = ObjectType::free;
     }
-    bool own = false; // this process's program: last, so that no other one is left
+    bool own = false; // the calling process is owned, too: it is killed last, so that it can kill the others
     for (ProcessRecord& owned : usedProcesses(image)) {
         if (owned.state == ProcessState::free || owned.owner != process || &owned == &record)
             continue;
@@ -210,7 +213,8 @@ void end(Image& image, Slot process, std::uint32_t exitCode) {
         else
             killHostProcess(owned);
     }
-    record.state = ProcessState::free; // not before: whoever is killed in here leaves it to be ended again
+    // Last: if this process is killed in here, another process repeats the whole function.
+    record.state = ProcessState::free;
     if (own)
         raise(SIGKILL);
 }
@@ -220,7 +224,8 @@ void noticeDead(Image& image) {
     bool someDied = false;
     for (Slot slot = 1; slot <= image.processesUsed; ++slot) {
         ProcessRecord& process = at(image, slot);
-        // A creation is wholly under the lock: one without a host process was left half done by a dead starter.
+        // A process is created under one lock. A record without a pid therefore comes from a starter that died in
+        // between.
         if (process.state == ProcessState::free || process.hostPid == me ||
             (process.hostPid != 0 && host::isAlive(process.hostPid, process.hostStart)))
             continue;

@@ -1,4 +1,4 @@
-// The processes and threads of a panel, from creation to end. All functions want the lock held.
+// The processes and threads of a panel, from creation to end. All functions need the kernel's lock, except killOnHost.
 #pragma once
 
 #include "platform/panel/kernel/Image.h"
@@ -8,46 +8,48 @@
 
 namespace panel::processes {
 
+// A program to be started.
 struct Program {
-    std::string path; // on the panel, as it was started by
+    std::string path; // the panel path by which it is started
     std::string commandLine;
     std::uint64_t device = 0; // identity of the executable on the host
     std::uint64_t inode = 0;
-    bool aware = true; // takes part in the panel's clock
+    bool aware = true; // the program takes part in the panel's clock
 };
 
 ProcessRecord& at(Image& image, Slot process);
 
-// A process that stands still until letStartedRun(starter), with its first thread (if it is aware), and its process
-// object, held by nobody yet. 0 if a table is full.
+// Creates a process with its process object and, if it is aware, its first thread. The process stands still until
+// letStartedRun(starter). The object has no holder yet. Returns 0 if a table is full.
 Slot make(Image& image, const Program& program, Slot starter);
-// A test or a panel command: runs at once, outside of the panel's time and power.
-// `owns`: what it starts, with all that this starts, ends with it.
+// Creates the record of a driver (a test or a `panel` command). It runs at once, and neither panel time nor the panel's
+// power concern it. With `owns` the programs that it starts, and the programs that these start, end with it.
 Slot makeDriver(Image& image, const Program& program, std::int32_t hostPid, bool owns);
-// A further thread of the process, running. 0 if the table is full.
+// Creates a further thread of the process, which runs. Returns 0 if the table is full.
 Slot makeThread(Image& image, Slot process);
+// Removes a thread with its windows and messages.
 void endThread(Image& image, Slot thread);
 
-// A created process may begin; its first thread runs from now on.
+// Lets a created process begin. Its first thread counts as running from now on.
 void letRun(Image& image, Slot process);
-// The processes that this thread has started may begin.
+// Lets all processes begin that this thread has started.
 void letStartedRun(Image& image, Slot starter);
-// Takes the process out of the tables: threads, windows, handles, objects; its process object is signalled. Of a driver
-// that owns what it has started: kills that on the host.
+// Removes a process from the tables: threads, windows, handles. Signals its process object. If the process is a driver
+// that owns programs, kills these on the host.
 void end(Image& image, Slot process, std::uint32_t exitCode);
-// Ends the processes that are gone on the host, and wakes whom they had released.
+// Removes the processes that have ended on the host, and wakes the threads that they had released.
 void noticeDead(Image& image);
-// Ends one process, on the host too.
+// Ends a process of the panel and kills it on the host.
 void kill(Image& image, Slot process);
-// Kills every process of the panel on the host, and leaves the tables alone: no lock, and no trust in what they hold.
-// Waits until they are gone.
+// Kills every program of the panel on the host and waits up to 5 s for the end of each. Neither takes the lock nor
+// changes the tables, and does not rely on their content.
 void killOnHost(const Image& image);
-// Ends every process of the panel on the host too, at once; drivers stay. The calling process is left to the caller.
+// Ends every program of the panel and kills it on the host; drivers stay. The caller must end its own process itself.
 void killAll(Image& image);
 
-// "TarvexHelper.exe#2"
+// Returns the process's name with its start number: "TarvexHelper.exe#2".
 std::string name(const Image& image, const ProcessRecord& process);
 
-inline constexpr std::uint32_t killedExitCode = 0xC0000005; // of a process that did not end by itself
+inline constexpr std::uint32_t killedExitCode = 0xC0000005; // exit code of a process that was killed or crashed
 
 } // namespace panel::processes

@@ -21,6 +21,7 @@ bool push(Image& image, Slot queue, const void* message, std::uint32_t size) {
     ObjectRecord& record = objects::at(image, queue);
     Slot* last = &record.subject;
     std::uint32_t count = 0;
+    // Finds the end of the list and counts its messages.
     for (; *last; last = &at(image, *last).next)
         ++count;
     if (size > record.size || (record.limit && count >= record.limit))
@@ -69,7 +70,7 @@ void announce(Image& image, Slot queue, std::string_view device, bool attached) 
     detail.cbName = static_cast<int>(2 * (device.size() + 1));
     std::memcpy(bytes, &detail, nameOffset);
     for (std::size_t index = 0; index < device.size(); ++index)
-        bytes[nameOffset + 2 * index] = static_cast<std::uint8_t>(device[index]); // names are ASCII
+        bytes[nameOffset + 2 * index] = static_cast<std::uint8_t>(device[index]); // device names are ASCII
     push(image, queue, bytes, nameOffset + static_cast<std::uint32_t>(detail.cbName));
 }
 

@@ -13,11 +13,12 @@ namespace {
 constexpr std::uint32_t waitAbandoned = 0x80;
 constexpr std::uint32_t waitTimeout = 258;
 
-// Trivial, since a thread's last act, in the destructors of its own objects, releases others.
+// The threads that this thread has released but not woken. The types are trivial: the destructors of other thread-local
+// objects release threads, when a non-trivial object might already be destroyed.
 thread_local Slot releasedHere[maxThreads];
 thread_local std::uint32_t releasedCount;
 
-// A killed driver does not leave time running behind it.
+// Returns whether a living driver waits. A killed driver must not let time run on.
 bool aDriverWaits(Image& image) {
     if (image.waitingDrivers == 0)
         return false;
@@ -28,6 +29,7 @@ bool aDriverWaits(Image& image) {
     return false;
 }
 
+// The exchange makes sure that a thread is woken once, even if `recover` runs in another process at the same time.
 void wake(ThreadRecord& thread) {
     if (thread.wakeDue.exchange(0, std::memory_order_relaxed)) {
         thread.word.fetch_add(1, std::memory_order_release);
@@ -102,7 +104,7 @@ std::uint32_t take(Image& image, Slot object, Slot thread) {
         return 0;
     record.owner = thread;
     ++record.recursion;
-    const bool abandoned = record.signalled; // a mutex keeps there that its last owner ended with it
+    const bool abandoned = record.signalled; // for a mutex this field means that its last owner ended
     record.signalled = 0;
     return abandoned ? waitAbandoned : 0;
 }
@@ -146,8 +148,8 @@ void releaseDue(Image& image) {
 }
 
 void step(Image& image) {
-    // A panel that is off has no running programs: those that the cut killed within a call may have left the count
-    // wrong.
+    // A panel that is off has no running programs. The count may be wrong then: the power cut may have killed programs
+    // inside a call.
     const auto nobodyRuns = [&] { return image.running == 0 || !image.on; };
     while (image.clock.mode == ClockMode::stepped && nobodyRuns() && aDriverWaits(image)) {
         std::uint64_t nearest = never;

@@ -45,6 +45,7 @@ const WindowRecord* windowAt(const Image& image, std::int32_t x, std::int32_t y)
 const WindowRecord* cover(const Image& image) {
     const auto right = static_cast<std::int32_t>(image.screenWidth) - 1;
     const auto bottom = static_cast<std::int32_t>(image.screenHeight) - 1;
+    // A window that contains two opposite corners covers the screen.
     for (const WindowRecord* window : visibleWindows(image))
         if (contains(*window, 0, 0) && contains(*window, right, bottom))
             return window;

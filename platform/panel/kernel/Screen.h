@@ -1,7 +1,7 @@
-// What the panel's screen shows: which windows are visible, and how they cover each other. All functions want the lock
-// held.
+// The panel's screen: which windows are visible and which window covers another.
 //
-// A topmost window lies above one that is not; of two alike, the one that was shown last.
+// A topmost window lies above all windows that are not topmost. Among windows of the same kind the one that was shown
+// last is the uppermost. All functions need the kernel's lock.
 #pragma once
 
 #include "platform/panel/kernel/Image.h"
@@ -10,11 +10,13 @@
 
 namespace panel::screen {
 
-// Whether it was visible before.
+// Shows or hides a window. Returns whether it was visible before.
 bool show(Image& image, WindowRecord& window, bool visible);
-// Those that are visible, the uppermost first.
+// Returns the visible windows, the uppermost first.
 std::vector<const WindowRecord*> visibleWindows(const Image& image);
-const WindowRecord* windowAt(const Image& image, std::int32_t x, std::int32_t y); // the uppermost; null: none
-const WindowRecord* cover(const Image& image); // the uppermost that takes the whole screen; null: none
+// Returns the uppermost window at this pixel, or null.
+const WindowRecord* windowAt(const Image& image, std::int32_t x, std::int32_t y);
+// Returns the uppermost window that covers the whole screen, or null.
+const WindowRecord* cover(const Image& image);
 
 } // namespace panel::screen

@@ -11,7 +11,7 @@ namespace panel {
 
 namespace {
 
-constexpr std::int64_t farDate = 253402300800000; // ms since 1970: the year 10000
+constexpr std::int64_t farDate = 253402300800000; // ms from 1970 to the year 10000
 constexpr std::uint32_t largestScreen = 16384;
 constexpr std::uint32_t largestFactor = 100000000;
 
@@ -20,7 +20,7 @@ bool ends(const char (&text)[size]) {
     return std::memchr(text, 0, size) != nullptr;
 }
 
-// Follows lists of records, each of which may be in one of them, once.
+// Follows linked lists of records. A record may be in one list only, and only once.
 template<std::uint32_t size>
 class Chains {
 public:
@@ -57,7 +57,7 @@ bool isSound(const Image& image, const ObjectRecord& object) {
     case ObjectType::store:
     case ObjectType::partitions:
         return object.subject - 1 < maxBlockDevices;
-    default: // of others the subject is no slot of the tables, or a list's first one
+    default: // the subject of other types is not a slot, or is the head of a list that is checked elsewhere
         return true;
     }
 }
@@ -71,6 +71,7 @@ bool isSound(const Image& image, const ProcessRecord& process) {
 }
 
 bool isSound(const Image& image, const ThreadRecord& thread) {
+    // waitCount is checked below, but the range must be valid even for a wrong count.
     const auto* const end = thread.waitObjects + std::min(thread.waitCount, maxWaitObjects);
     const bool waits = thread.waitKind == WaitKind::objects;
     return thread.state <= ThreadState::waiting && thread.process - 1 < image.processesUsed &&
@@ -82,6 +83,7 @@ bool isSound(const Image& image, const ThreadRecord& thread) {
            thread.replyFrom <= image.threadsUsed;
 }
 
+// Returns whether all lists of messages end and share no record.
 bool listsEnd(const Image& image) {
     Chains<maxMessages> messages;
     Chains<maxQueueMessages> queued;

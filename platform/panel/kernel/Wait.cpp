@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::uint32_t waitTimeout = 258;
 
-// A person's command sleeps no longer than that without looking whether stepped time moves.
+// Returns the longest sleep in real ms. With `--patience` a command wakes up to check that stepped time moves.
 std::uint32_t longestSleep(const Image& image, const ThreadRecord& thread) {
     const bool looks = thread.driver && image.clock.mode == ClockMode::stepped && patience::limit.milliseconds;
     return looks ? patience::limit.milliseconds : host::noLimit;
@@ -49,11 +49,12 @@ std::uint32_t block(Lock& lock, Image& image, Slot thread, std::uint64_t deadlin
     processes::letStartedRun(image, thread);
     scheduler::stopsRunning(image, thread);
     if (record.driver)
-        processes::noticeDead(image); // or time would pass by what a program's death sets off
+        processes::noticeDead(image); // before time moves: the end of a program may release threads now
     scheduler::step(image);
     const std::uint32_t longest = longestSleep(image, record);
     while (record.state == ThreadState::waiting || record.word.load(std::memory_order_acquire) == word) {
         const std::uint32_t real = std::min(clock::realUntil(image, deadline), longest);
+        // Read before the lock is left: a wake-up in between changes the word, and the sleep returns at once.
         const std::uint32_t seen = record.word.load(std::memory_order_acquire);
         const std::uint64_t before = image.clock.now;
         const std::int64_t asleep = host::monotonicNanoseconds();
@@ -87,6 +88,7 @@ void sleepFor(Image& image, Slot thread, std::uint32_t milliseconds) {
 
 std::uint32_t waitForObjects(Lock& lock, Image& image, Slot thread, const Slot* waited, std::uint32_t count,
                              std::uint32_t milliseconds) {
+    // The first signalled index wins, even if several objects are ready.
     for (std::uint32_t index = 0; index < count; ++index)
         if (scheduler::ready(image, waited[index], thread))
             return scheduler::take(image, waited[index], thread) + index;

@@ -1,4 +1,5 @@
-// How a thread waits. Wants the lock held; holds it again on return.
+// Blocks the calling thread. Unless a comment says otherwise, a function needs the kernel's lock, leaves it during the
+// wait, and holds it again on return.
 #pragma once
 
 #include "platform/panel/Functions.h"
@@ -8,33 +9,35 @@
 
 namespace panel {
 
-// Set when this process has ended on the panel, while the host still runs its exit handlers: its other threads go on no
-// more. Whoever enters or leaves a platform call then stops here for ever.
+// True once this process has ended on the panel while the host still runs its exit handlers. The process's other
+// threads must not go on then: a thread that begins or ends a platform call stops in `standStill` for ever.
 extern std::atomic<bool> processEnded;
 [[noreturn]] void standStill();
-// This thread has ended the process, and runs on only for the host's clean-up: it must not stand still.
+// True in the thread that has ended the process. It must go on, since it runs the exit handlers.
 extern thread_local bool endsProcess;
 
 // A call of the platform that has not returned yet.
 struct PlatformCall {
     Function function;
-    std::uint32_t number; // how many-th of this function in this thread
+    std::uint32_t number; // number of the call of this function in this thread, from 1
     std::string arguments;
-    const PlatformCall* outer; // whose callback has made this one
+    const PlatformCall* outer; // the call whose callback has made this call; null: no such call
 
     std::string text() const; // "Sleep[1](1000)"
 };
-// This thread's innermost one; null: it is in none. The gate keeps it, a wait tells it to who watches the panel.
+// The innermost platform call of this thread; null outside of calls. The gate sets it. A wait copies it to
+// ThreadRecord::call for `panel ps`.
 extern thread_local const PlatformCall* currentCall;
 
-// The thread's wait fields (kind, objects, key) are set; sleeps until it is released or the deadline (panel time) has
-// come, and answers the wait's result. Lets the programs begin that this thread has started.
+// Sleeps until the thread is released or the deadline (panel ms) has passed, and returns the result of the wait. The
+// caller has set the wait fields of the thread's record (kind, objects, key). The programs that this thread has started
+// begin now.
 std::uint32_t block(Lock& lock, Image& image, Slot thread, std::uint64_t deadline);
 
-// A wait for the time alone; the thread goes on at once if it is 0.
-void sleepFor(Image& image, Slot thread, std::uint32_t milliseconds); // takes the lock itself
+// Sleeps for a panel time; returns at once for 0. Takes the lock itself.
+void sleepFor(Image& image, Slot thread, std::uint32_t milliseconds);
 
-// A wait for so many objects, none of which is invalid. The platform's wait result.
+// Waits until one of the objects is signalled. All of them must be valid. Returns the result of WaitForMultipleObjects.
 std::uint32_t waitForObjects(Lock& lock, Image& image, Slot thread, const Slot* waited, std::uint32_t count,
                              std::uint32_t milliseconds);
 

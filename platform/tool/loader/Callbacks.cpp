@@ -9,7 +9,7 @@ void* loader_functions[64];
 extern const struct LoaderEntry { unsigned instructions[2]; } loader_entries[];
 }
 
-// Each entry calls the function in its slot, with up to four arguments.
+// Entry number N calls loader_functions[N] with the same four arguments. It misaligns the stack to 4 bytes first.
 asm(R"(
     .text
     .balign 4

@@ -1,5 +1,5 @@
-// What the imports of the panel executable are bound to. The C run time's own calls neither count nor show in a trace,
-// so they are served here, past the simulated panel's gate.
+// The functions to which the loader binds the imports of the panel executable. The C run time's own imports are
+// implemented here and bypass the gate, so that they are neither counted nor traced.
 #include "platform/panel/Runtime.h"
 #include "platform/panel/kernel/Wait.h"
 #include "platform/tool/loader/Callbacks.h"
@@ -18,7 +18,7 @@ namespace {
 
 constexpr DWORD memReserve = 0x2000;
 
-// A lock of the run time: the host's, kept where the platform keeps its handle.
+// A lock of the run time is a host mutex. The section's handle field holds its address.
 pthread_mutex_t* mutexOf(const CRITICAL_SECTION* section) {
     return static_cast<pthread_mutex_t*>(section->hCrit);
 }
@@ -29,7 +29,7 @@ void InitializeCriticalSection(CRITICAL_SECTION* section) noexcept {
     pthread_mutexattr_t attributes;
     pthread_mutexattr_init(&attributes);
     pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
-    auto* mutex = new pthread_mutex_t; // lives as long as the program
+    auto* mutex = new pthread_mutex_t; // never deleted
     pthread_mutex_init(mutex, &attributes);
     section->hCrit = mutex;
 }
@@ -47,13 +47,13 @@ LONG InterlockedCompareExchange(LONG* destination, LONG value, LONG expected) no
     return expected;
 }
 
-// Panel time passes in it, as in a wait of the program.
+// Sleeps in panel time.
 void Sleep(DWORD milliseconds) noexcept {
     panel::Runtime& panel = panel::Runtime::instance();
     panel::sleepFor(panel.image(), panel.thread().slot, milliseconds);
 }
 
-DWORD TlsCall(DWORD operation, DWORD) noexcept { // only 0: a new index
+DWORD TlsCall(DWORD operation, DWORD) noexcept { // supports operation 0 only: a new index
     pthread_key_t key = 0;
     return operation == 0 && pthread_key_create(&key, nullptr) == 0 ? key : 0xFFFFFFFF;
 }
@@ -74,14 +74,15 @@ LPVOID VirtualAlloc(LPVOID address, DWORD bytes, DWORD kind, DWORD) noexcept {
     return mprotect(address, bytes, PROT_READ | PROT_WRITE) == 0 ? address : nullptr;
 }
 
-BOOL TerminateProcess(HANDLE, DWORD exitCode) noexcept { // only its own
+BOOL TerminateProcess(HANDLE, DWORD exitCode) noexcept { // always ends the calling process
     panel::Runtime::endProcess(exitCode);
     _exit(static_cast<int>(exitCode & 0xFF));
 }
 
 } // namespace runtime
 
-namespace program { // what takes a function of the program, which the platform will call
+// Wrappers of the functions with callbacks. They give each callback the stack of a real panel.
+namespace program {
 
 HANDLE CreateThread(SECURITY_ATTRIBUTES* security, DWORD stackSize, LPTHREAD_START_ROUTINE entry, LPVOID parameter,
                     DWORD flags, DWORD* threadId) noexcept {
@@ -109,7 +110,8 @@ void* address(Function* function) {
 
 Table programTable() {
     return {
-        {"CreateThread", address(&program::CreateThread)}, // the first of a name stays
+        // A map keeps the first entry of a name, so these three replace the entries below.
+        {"CreateThread", address(&program::CreateThread)},
         {"RegisterClassW", address(&program::RegisterClassW)},
         {"SetWindowsHookExW", address(&program::SetWindowsHookExW)},
 #define COREDLL(name, how, failure, lastError) {#name, address(&::name)},

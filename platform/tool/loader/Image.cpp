@@ -19,13 +19,13 @@ namespace pe = panel::pe;
 constexpr std::uint32_t page = 0x1000;
 constexpr std::uint32_t byOrdinal = 0x80000000;
 constexpr std::uint32_t longestName = 255;
-constexpr unsigned importBlocks = 2; // the program's, its run time's
+constexpr unsigned importBlocks = 2; // the imports of the program and of its run time
 
 [[noreturn]] void refuse(const std::string& why) {
     throw std::runtime_error(why);
 }
 
-// The headers, as the file has them.
+// Reads and checks the headers of the file.
 class Headers {
 public:
     explicit Headers(const std::string& content) : file(content), start(at<std::uint32_t>(pe::signaturePlace)) {}
@@ -73,13 +73,13 @@ bool inside(const std::vector<pe::Section>& sections, std::uint32_t flag, std::u
 
 void check(const Headers& headers, const std::string& file, const std::vector<pe::Section>& sections) {
     if (file.compare(0, 2, "MZ") != 0 || headers.word(0) != pe::signature || headers.half(pe::machine) != pe::arm)
-        refuse("it is no program for this panel's machine");
+        refuse("it is not a program for this panel's machine");
     if (headers.half(pe::optionalSize) != pe::wholeOptionalHeader || headers.half(pe::magic) != pe::pe32)
-        refuse("its optional header is no PE32 one");
+        refuse("its optional header is not a PE32 header");
     if (headers.half(pe::subsystem) != pe::panelSubsystem)
         refuse("it is for another subsystem than the panel's");
     if ((headers.half(pe::characteristics) & (pe::executable | pe::isLibrary)) != pe::executable)
-        refuse("it is a library, or was not linked to its end");
+        refuse("it is a library, or was not completely linked");
     for (const pe::Section& section : sections) {
         if (std::uint64_t{section.place} + section.fileSize > file.size())
             refuse("the file is cut short");
@@ -92,7 +92,7 @@ void check(const Headers& headers, const std::string& file, const std::vector<pe
         refuse("its entry lies outside of its code");
 }
 
-// The image in memory, by addresses that count from its base.
+// The image in memory. Addresses count from its base.
 class Memory {
 public:
     Memory(std::uint32_t base, std::uint32_t bytes)
@@ -140,7 +140,8 @@ std::string printable(const std::string& name) {
     return text;
 }
 
-struct ImportBlock { // one record of the import directory
+// A record of the import directory.
+struct ImportBlock {
     std::uint32_t lookup;
     std::uint32_t time;
     std::uint32_t forwarders;
@@ -154,7 +155,7 @@ void bindBlock(const Memory& memory, const std::vector<pe::Section>& sections, c
          offset += 4) {
         if (entry & byOrdinal)
             refuse("it imports a function by its number");
-        const std::string name = memory.text(std::uint64_t{entry} + 2); // behind the hint
+        const std::string name = memory.text(std::uint64_t{entry} + 2); // the name follows a 16-bit hint
         const auto address = reinterpret_cast<std::uintptr_t>(functionNamed(name, runTime));
         if (address == 0)
             missing += (missing.empty() ? " " : ", ") + printable(name);
@@ -183,7 +184,7 @@ void bindImports(const Memory& memory, const std::vector<pe::Section>& sections,
         refuse("the panel has no" + missing);
 }
 
-// Who may do what with a section.
+// Returns the memory protection of a section.
 int protectionOf(std::uint32_t flags) {
     return (flags & pe::canRead ? PROT_READ : 0) | (flags & pe::canWrite ? PROT_WRITE : 0) |
            (flags & pe::canExecute ? PROT_EXEC : 0);
@@ -203,12 +204,13 @@ Image load(const std::string& hostPath) {
         std::memcpy(memory.at(section.address, section.fileSize), file.data() + section.place, section.fileSize);
     if (const std::uint32_t directory = headers.word(pe::importDirectory))
         bindImports(memory, sections, directory);
+    // The code was written as data, so the instruction cache must be cleared before it runs.
     char* const start = memory.at(0, size);
     __builtin___clear_cache(start, start + size);
     mprotect(start, size, PROT_READ);
     for (const pe::Section& section : sections)
         if (mprotect(start + section.address, sizeOf(section), protectionOf(section.flags)) != 0)
-            refuse("a section cannot be protected as it asks for");
+            refuse("a section cannot be protected as its flags demand");
     return {base + headers.word(pe::entryPoint)};
 }
 

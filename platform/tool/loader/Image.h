@@ -1,4 +1,4 @@
-// The panel executable in memory.
+// Loads a panel executable into memory.
 #pragma once
 
 #include <cstdint>
@@ -7,15 +7,17 @@
 namespace loader {
 
 struct Image {
-    std::uint32_t entry = 0; // address
+    std::uint32_t entry = 0; // address of the entry point
 };
 
-// Maps the file at its base, copies its sections and binds its imports to the simulated panel's functions of those
-// names: of its first import block those that pass the gate, of its second the C run time's own. Throws
-// std::runtime_error if anything in the file does not fit, also with the names of the functions that the panel lacks.
+// Maps the file at its base address, copies its sections and binds its imports by name. The imports of the first block
+// are bound to the simulated panel's functions, those of the second block to the C run time's own (functionNamed).
+// Throws std::runtime_error if the file is malformed, or if the panel lacks a function; the text then names the
+// functions.
 Image load(const std::string& hostPath);
 
-// The panel's function of this name, null if it has none. `runTime`: the C run time's.
+// Returns the address of a function, or null if the panel lacks it. With `runTime` it is a function for the C run time,
+// which bypasses the gate.
 void* functionNamed(const std::string& name, bool runTime);
 
 } // namespace loader

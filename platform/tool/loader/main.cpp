@@ -1,5 +1,5 @@
-// Runs the panel executable on a simulated panel: loader FILE. The panel starts it so (platform/panel/Program.cpp),
-// under the host's emulator for ARM.
+// The entry point of the loader, which runs a panel executable on a simulated panel: loader FILE. The simulated panel
+// starts it under the host's ARM emulator (platform/panel/Program.cpp).
 #include "platform/panel/Runtime.h"
 #include "platform/panel/Text.h"
 #include "platform/panel/api/Numbers.h"
@@ -18,14 +18,14 @@
 
 namespace {
 
-// On a panel the current thread's id is a word of the kernel's data page, which cannot be mapped here: the read is
-// served when it faults. The executable makes it in one place, a load of r0.
+// On a panel the current thread's id is a word of the kernel's data page. That page cannot be mapped here, so a signal
+// handler emulates the faulting read. The executable reads it in one place only, by loading r0.
 constexpr std::uintptr_t threadIdAddress = 0xFFFFC808;
-constexpr unsigned instruction = 4; // bytes
+constexpr unsigned instruction = 4; // size in bytes
 
 void serveRead(int signal, siginfo_t* information, void* context) {
     if (reinterpret_cast<std::uintptr_t>(information->si_addr) != threadIdAddress) {
-        std::signal(signal, SIG_DFL); // a fault of the program, then: met again on return
+        std::signal(signal, SIG_DFL); // a real fault of the program: it repeats after the return and ends the process
         return;
     }
     mcontext_t& machine = static_cast<ucontext_t*>(context)->uc_mcontext;
@@ -39,7 +39,7 @@ using Entry = void (*)(HINSTANCE, HINSTANCE, LPWSTR, int);
 
 int main(int argc, char** argv) {
     if (argc != 2) {
-        std::fputs("usage: loader FILE (a panel starts it for a panel executable)\n", stderr);
+        std::fputs("usage: loader FILE (the simulated panel starts panel executables with it)\n", stderr);
         return 127;
     }
     struct sigaction action {};
@@ -57,5 +57,5 @@ int main(int argc, char** argv) {
     } catch (const std::exception& failure) {
         std::fprintf(stderr, "%s cannot be run: %s\n", runtime.processRecord().path, failure.what());
     }
-    return 127; // a program ends by ending its process
+    return 127; // not reached: a program ends by TerminateProcess
 }

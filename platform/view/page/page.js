@@ -1,5 +1,5 @@
-// The page of one panel. Topics and lines come as server-sent events; everything that is done is a panel command, which
-// the server runs and the page names.
+// The page of one panel. It receives topics and lines as server-sent events. Each action is a panel command: the server runs
+// it, and the page shows it.
 "use strict";
 
 const byId = id => document.getElementById(id);
@@ -11,10 +11,10 @@ function element(tag, properties = {}, ...children) {
 }
 
 const state = {on: null, functions: new Map(), planned: [], status: {}, processes: {}, trees: {}};
-const helperMessages = [ // of the window ORVATarvexHelper: name, command, argument, what for
+const helperMessages = [ // messages of the window ORVATarvexHelper: name, command, argument, description
   ["ORVATarvexMsg", 1, 0, "end the helper"],
   ["ORVATarvexScreenSaverMsg", 1, 0, "screen saver: read its file again"],
-  ["ORVATarvexScreenSaverMsg", 2, 1, "screen saver: make one (argument 0: remove it)"],
+  ["ORVATarvexScreenSaverMsg", 2, 1, "screen saver: create it (argument 0: remove it)"],
   ["ORVATarvexScreenSaverMsg", 3, 1000, "screen saver: time-out in ms"],
   ["ORVATarvexScreenSaverMsg", 4, 0, "screen saver: level 0 to 255, 0 is the black screen"],
   ["ORVATarvexScreenSaverMsg", 5, 1, "screen saver: save the screen at once (argument 0: disable)"],
@@ -48,7 +48,7 @@ async function run(...words) {
   return answer;
 }
 
-function wordsOf(text) { // as a program gets them: quotes hold words together
+function wordsOf(text) { // splits a text as a shell does: quotes hold words together
   return (text.match(/"[^"]*"|\S+/g) || []).map(word => word.replace(/^"(.*)"$/, "$1"));
 }
 
@@ -64,7 +64,7 @@ document.addEventListener("click", event => {
   if (command) run(...command.split(" "));
 });
 
-// Boots with what is planned.
+// Boots the panel with the planned faults.
 onSubmit("boot", async fields => {
   const words = ["boot"];
   if (fields.clock.value) words.push(fields.clock.value);
@@ -103,7 +103,7 @@ byId("send").elements.known.dispatchEvent(new Event("change"));
 // The face
 
 const glass = byId("screen");
-let held = null, touches = Promise.resolve(); // one after the other, as a finger does
+let held = null, touches = Promise.resolve(); // touches are sent one after the other
 
 function placeOf(event) {
   const box = glass.getBoundingClientRect(), {width, height} = state.status.screen;
@@ -122,7 +122,7 @@ glass.addEventListener("pointerdown", event => {
     finger.timer = clearTimeout(finger.timer);
     sendTouch(finger, "--press");
   };
-  finger.timer = setTimeout(finger.press, 350); // whoever lets go earlier taps
+  finger.timer = setTimeout(finger.press, 350); // an earlier release is a tap
 });
 glass.addEventListener("pointermove", event => {
   const finger = held, place = finger && placeOf(event);
@@ -165,7 +165,7 @@ function showTouch(line, history) {
 }
 
 let sound = null, soundEnds = 0;
-function audio() { // a browser lets a page be heard once somebody has clicked it
+function audio() { // a browser allows sound after the first click only
   sound = sound || new AudioContext();
   if (sound.state === "suspended") sound.resume();
   return sound;
@@ -177,7 +177,7 @@ function click(frequency, duration, history) {
   clicks.textContent = `${frequency} Hz for ${duration} ms, ${count} since boot`;
   if (history) return;
   byId("buzzer").className = "";
-  void byId("buzzer").offsetWidth; // begins the animation anew
+  void byId("buzzer").offsetWidth; // restarts the animation
   byId("buzzer").className = "clicks";
   const tone = audio().createOscillator(), volume = audio().createGain();
   volume.gain.value = .15;
@@ -197,7 +197,7 @@ function showRequest(line, history) {
   if (beep) click(+beep[1], +beep[2], history);
 }
 
-// What topics show
+// Topics
 
 function say(text) {
   byId("notice").textContent = text;
@@ -209,10 +209,10 @@ function showStatus(status) {
     state.on = false;
     document.body.classList.remove("on");
     byId("power").textContent = "gone";
-    return say("The panel cannot be read any more, perhaps it was deleted: " + status.error);
+    return say("The panel cannot be read. It may have been deleted: " + status.error);
   }
   if (state.on !== null && state.on !== status.on)
-    say(status.on ? "" : "The panel went off: " + (/^panel (off|cut)$/.exec(byId("command").textContent) || ["somebody else, or a fault, did that"])[0]);
+    say(status.on ? "" : "The panel went off: " + (/^panel (off|cut)$/.exec(byId("command").textContent) || ["by another command or a fault"])[0]);
   else if (byId("power").textContent === "gone") say("");
   [state.status, state.on] = [status, status.on];
   document.body.classList.toggle("on", status.on);
@@ -286,13 +286,13 @@ function showOpen() {
     calls.map(({since, thread, call}) => `${since} ${name} t${thread} ${call}`)) : []);
 }
 
-// A select for what an operation does, with the number that goes with it.
+// Makes a select for the behaviour of an operation, and an input for its number.
 function behaviour(device, operation, does) {
   const kinds = {answer: /^answers$/, refuse: /^refuses/, block: /^blocks/, delay: /^answers after/, code: /^succeeds/};
   const kind = Object.keys(kinds).find(name => kinds[name].test(does));
   const names = Object.keys(kinds).filter(name => name !== "code" || device === "tags");
   const choice = element("select", {title: does}, ...names.map(name => element("option", {selected: name === kind}, name)));
-  const number = element("input", {size: 5, value: does.replace(/^\D*/, "").replace(" ", ""), title: "The error, or how long"});
+  const number = element("input", {size: 5, value: does.replace(/^\D*/, "").replace(" ", ""), title: "Error number or duration"});
   number.hidden = !number.value;
   choice.dataset.operation = `${device} ${operation}`;
   const tell = () => run("device", device, choice.value, operation, ...number.hidden || !number.value ? []
@@ -311,7 +311,7 @@ function showDevices(devices) {
   fill("devices", ["Device", "There", "Values", "Does"], devices.map(({name, what, present, values, does}) => {
     const there = element("input", {type: "checkbox", checked: present, onchange: () => run("device", name, there.checked ? "add" : "remove")});
     const value = element("input", {size: 11, value: values.join(" "), onchange: () => run("device", name, "set", ...wordsOf(value.value))});
-    there.setAttribute("aria-label", name + " is there");
+    there.setAttribute("aria-label", "the panel has " + name);
     value.setAttribute("aria-label", "values of " + name);
     const operations = Object.keys(does);
     if (operations.length && name !== "tags" && !operations.includes("open")) operations.unshift("open");
@@ -352,7 +352,7 @@ function valueLine({name, type, text, texts, bytes}, flushed) {
 function showFaults(faults) {
   fill("faults", ["Function", "Call", "Program", "Thread", "Action", "Hits"], faults.error ? [] : faults.map(fault => [fault.function,
     fault.call + (fault.fromThenOn ? " and all after it" : ""), (fault.program || "any") + (fault.start ? "#" + fault.start : ""), fault.thread || "any",
-    fault.cut ? "power cut" : "fails", fault.hits]), "No fault is asked for.");
+    fault.cut ? "power cut" : "fails", fault.hits]), "There are no faults.");
 }
 
 function showPlanned() {
@@ -375,7 +375,7 @@ const timeline = makeTimeline(byId("track"), call => {
   byId("fail").title = cannot ? `${call.name} cannot fail` : "";
 });
 
-// Keeps the fault for the next boot, which then begins at once.
+// Adds a fault to the planned faults and boots the panel.
 async function plan(...options) {
   const {name, program, start, thread, call} = chosenCall;
   state.planned.push(["fault", "add", name, "--program", program, "--start", start, "--thread", thread, "--call", call, ...options]);
@@ -428,12 +428,12 @@ function follow() {
   });
   events.onopen = () => {
     byId("link").hidden = true;
-    Object.values(onLines).forEach(each => each.gone()); // all of it comes again
+    Object.values(onLines).forEach(each => each.gone()); // the server sends all lines again
     byId("loglines").replaceChildren();
   };
   events.onerror = () => {
     byId("link").hidden = false;
-    if (events.readyState === EventSource.CLOSED) setTimeout(follow, 3000); // refused: too many pages
+    if (events.readyState === EventSource.CLOSED) setTimeout(follow, 3000); // the server refused: too many pages
   };
 }
 

@@ -1,5 +1,5 @@
-// The trace as a timeline: a row a thread, a bar a call. Positions are counted in slots: every call ends in a slot of its
-// own, in the order of the trace, so calls of one millisecond stand in their order; where panel time passes there is a gap.
+// The trace as a timeline: a row per thread, a bar per call. Positions are slots. Each call ends in a slot of its own, in the
+// order of the trace, so that calls of the same millisecond keep their order. A gap means that panel time has passed.
 "use strict";
 
 function makeTimeline(track, onChoose) {
@@ -24,7 +24,7 @@ function makeTimeline(track, onChoose) {
     return {cells, end: 0};
   }
 
-  // "  1000 TarvexHelper.exe#1 t1 Sleep[1](1000) = void after 1000 ms"; without " = " it has not returned.
+  // "  1000 TarvexHelper.exe#1 t1 Sleep[1](1000) = void after 1000 ms"; without " = " the call has not returned.
   function parse(line) {
     const parts = /^\s*(\d+) (.+#(\d+)) t(\d+) (\w+)\[(\d+)\](.*)$/s.exec(line);
     if (!parts) return null;
@@ -35,7 +35,7 @@ function makeTimeline(track, onChoose) {
       took: +(/ after (\d+) ms/.exec(result) || [0, 0])[1]};
   }
 
-  function slotOf(time) { // where that millisecond begins
+  function slotOf(time) { // the first slot of a millisecond
     for (let index = steps.length - 1; index >= 0; --index)
       if (steps[index].time <= time) return steps[index].slot;
     return 0;
@@ -62,7 +62,7 @@ function makeTimeline(track, onChoose) {
     if (!last || call.time > last.time) {
       if (last) edge += Math.min(6, 1 + Math.log2(call.time - last.time) / 2);
       steps.push({time: call.time, slot: edge});
-      const room = edge - labelled > 4; // for another label
+      const room = edge - labelled > 4; // room for another label
       const mark = element("s", {}, !room ? "" : call.time < 10000 ? call.time + " ms" : (call.time / 1000).toFixed(3) + " s");
       if (room) labelled = edge;
       mark.style.setProperty("--x", edge);
@@ -73,7 +73,7 @@ function makeTimeline(track, onChoose) {
     calls.push(call);
   }
 
-  function showOpen(lines) { // the calls that have not returned now, each the last of its thread
+  function showOpen(lines) { // shows the calls that have not returned, at most one per thread
     for (const call of unreturned) call.bar.remove();
     unreturned = lines.map(parse).filter(Boolean);
     for (const call of unreturned) draw(call, rowOf(call), Math.max(rowOf(call).end, slotOf(call.time)));
@@ -112,7 +112,7 @@ function makeTimeline(track, onChoose) {
     });
   }
 
-  function next(step, among = calls) { // the next one of these behind the chosen one, or before it
+  function next(step, among = calls) { // selects the next or previous call of a list
     const here = calls.indexOf(chosen), list = step > 0 ? among : among.toReversed();
     const found = list.find(call => here < 0 || (calls.indexOf(call) - here) * step > 0) || list[0];
     if (found) choose(found);

@@ -1,6 +1,6 @@
-// The library's view of threads. The toolchain is made for machines without any; this file, found before its own, says
-// that there are some, so that shared pointers count atomically. That is all that is used of it: the mutexes are
-// declared because headers name them, and whoever used one would not link.
+// The C++ library's interface to threads. The toolchain is built without threads. This file replaces the toolchain's
+// own and says that threads exist, so that shared pointers count atomically. Nothing else of it is used: the mutexes
+// are declared because headers name them, and a program that used a mutex would not link.
 #pragma once
 
 #define __GTHREADS 1
