@@ -182,11 +182,16 @@ TEST(Installation, ClearsTheOldPlaceAndSavesWhereItsLeftoversAre) {
     }
 }
 
-TEST(Installation, FailsWhenTheInstalledHelperDoesNotStart) {
-    ScenarioPanel panel;
-    panel.put("\\Temp\\TarvexHelper.exe", helperFile());
-    panel.failCall("CreateProcessW");
-    EXPECT_EQ(panel.run("\\Temp\\TarvexHelper.exe"), 1U);
-    EXPECT_EQ(panel.lastLines(1), Lines{"ERROR;Exception OrvaUtils::Exception: Cannot start default helper"});
-    EXPECT_FALSE(panel.settlesInLoop());
+TEST(Installation, FailsWhenItCannotTellWhereItStartedOrTheInstalledHelperDoesNotStart) {
+    for (const auto& [failure, function] :
+         {std::pair{"Generic Exception", "GetModuleFileNameW"}, {"Cannot start default helper", "CreateProcessW"}}) {
+        ScenarioPanel panel;
+        panel.put("\\Temp\\TarvexHelper.exe", helperFile());
+        const auto before = panel.tree("\\");
+        panel.failCall(function);
+        EXPECT_EQ(panel.run("\\Temp\\TarvexHelper.exe"), 1U);
+        EXPECT_EQ(panel.lastLines(1), Lines{std::string("ERROR;Exception OrvaUtils::Exception: ") + failure});
+        EXPECT_EQ(panel.tree("\\") == before, std::string_view(failure) == "Generic Exception");
+        EXPECT_FALSE(panel.settlesInLoop());
+    }
 }
