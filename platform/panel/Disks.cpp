@@ -254,7 +254,7 @@ void Disks::check(const Disk& disk, const std::vector<Disk>& known) const {
         throw std::runtime_error("a disk has at most " + std::to_string(maxPartitions) + " partitions");
 }
 
-void Disks::tell(const Disk& disk, bool attached) const {
+void Disks::tell(const Disk& disk, Event event) const {
     const Mapping kernel(root);
     if (!kernel.image)
         return;
@@ -262,12 +262,17 @@ void Disks::tell(const Disk& disk, bool attached) const {
         const Lock lock(*kernel.image);
         setVolumes(*kernel.image, volumes());
         names::changed(*kernel.image);
-        if (attached)
+        if (event == Event::attached)
             addDevice(*kernel.image, disk);
-        for (BlockDeviceRecord& record : kernel.image->blockDevices)
-            if (!attached && record.used && record.name == disk.device)
-                record.used = 0;
-        queues::announce(*kernel.image, disk.device, attached);
+        for (BlockDeviceRecord& record : kernel.image->blockDevices) {
+            if (!record.used || record.name != disk.device)
+                continue;
+            record.used = event != Event::detached;
+            for (std::uint32_t index = 0; index < record.partitionCount; ++index)
+                record.partitions[index].attributes = disk.partitions[index].attributes;
+        }
+        if (event != Event::mounted)
+            queues::announce(*kernel.image, disk.device, event == Event::attached);
     }
     scheduler::deliverWakes(*kernel.image);
 }
@@ -302,7 +307,7 @@ std::string Disks::plug(Disk disk, std::int64_t date) const {
         removeFolders(disk);
         throw;
     }
-    tell(disk, true);
+    tell(disk, Event::attached);
     return disk.device;
 }
 
@@ -327,23 +332,10 @@ void Disks::mount(const std::string& volume) const {
                 throw;
             }
             removeIfEmpty(root / "unmounted");
-            tellAttributes(disk);
+            tell(disk, Event::mounted);
             return;
         }
     throw std::runtime_error("no partition \"" + volume + "\" waits to be mounted (panel status lists the disks)");
-}
-
-void Disks::tellAttributes(const Disk& disk) const {
-    const Mapping kernel(root);
-    if (!kernel.image)
-        return;
-    const Lock lock(*kernel.image);
-    setVolumes(*kernel.image, volumes());
-    names::changed(*kernel.image);
-    for (BlockDeviceRecord& record : kernel.image->blockDevices)
-        for (std::uint32_t index = 0; record.used && record.name == disk.device && index < record.partitionCount;
-             ++index)
-            record.partitions[index].attributes = disk.partitions[index].attributes;
 }
 
 void Disks::copyFolders(const Disk& disk, const fs::path& folder) const {
@@ -386,7 +378,7 @@ void Disks::unplug(const std::string& name, const fs::path& keep) const {
     disks.erase(found);
     removeFolders(disk);
     save(disks);
-    tell(disk, false);
+    tell(disk, Event::detached);
 }
 
 } // namespace panel

@@ -76,8 +76,8 @@ private:
     void nameVolumes(Disk& disk, const std::vector<Disk>& known) const;
     void check(const Disk& disk, const std::vector<Disk>& known) const;
     std::filesystem::path placeOf(const Partition& partition) const; // host folder of the partition's files
-    void tell(const Disk& disk, bool attached) const; // updates the kernel file if the panel is on
-    void tellAttributes(const Disk& disk) const; // updates the partitions' attributes in the kernel file
+    enum class Event { attached, detached, mounted };
+    void tell(const Disk& disk, Event event) const; // updates the kernel file if the panel is on
     void removeFolders(const Disk& disk) const;
     void copyFolders(const Disk& disk, const std::filesystem::path& folder) const;
     void save(const std::vector<Disk>& disks) const;

@@ -194,6 +194,7 @@ TEST_F(PanelCommand, SaysWhatIsWrongInOneLine) {
     fails("create q", "cannot create a panel in q: cannot write ");
     EXPECT_FALSE(fs::exists(directory / "q"));
     fails("off", "the panel is off, but the shutdown was not clean: unflushed registry changes are lost (");
+    fails("boot", "cannot make ");
     before.clear();
     EXPECT_EQ(json("status").at("on"), false);
 }
@@ -307,6 +308,9 @@ TEST_F(PanelCommand, LetsTheUserComeAndGo) {
     EXPECT_EQ(json("status").at("userActive"), true);
     succeed("touch --count 3 --right --press");
     EXPECT_EQ(call("touch --move --press").code, 2);
+    const Json status = json("status");
+    EXPECT_EQ(Json({status.at("flashWritable"), status.at("cursor"), status.at("hook"), status.at("buzzer")}).dump(),
+              R"([false,{"count":0,"shown":true},null,{"last":null,"requests":0}])");
 }
 
 TEST_F(PanelCommand, NamesTheProgramThatKeepsTimeFromMoving) {

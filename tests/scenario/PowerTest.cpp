@@ -72,9 +72,9 @@ TEST(Power, BelongsToWhomHasBooted) {
 
 TEST(Power, ACutLosesWhatTheRegistryHasNotFlushed) {
     const auto launches = [](const panel::Panel& panel) {
-        const panel::registry::Tree tree = panel.registry(panel::registry::Copy::now);
+        panel::registry::Tree tree = panel.registry(panel::registry::Copy::now);
         std::string names;
-        for (const auto& value : tree.find("HKEY_LOCAL_MACHINE\\init")->values)
+        for (const auto& value : tree.make("HKEY_LOCAL_MACHINE\\init")->values)
             names += value.name + ' ';
         return names;
     };
@@ -103,6 +103,19 @@ TEST(Power, ACutLosesWhatTheRegistryHasNotFlushed) {
     launch(panel, "Launch50", actor, false);
     panel.panel().off(); // an orderly end keeps it
     EXPECT_EQ(launches(panel.panel()), "Launch61 launch7 Launch Launch50 ");
+}
+
+TEST(Power, ACutInAProgramsCallLeavesWhatWasWrittenAndNothingElse) {
+    ScenarioPanel panel;
+    panel.install();
+    panel.write("\\MMCMemory\\Tarvex\\config.xml", "replaced");
+    // Three calls are the log's, the fourth is the settings'.
+    panel.driver().addFault({"WriteFile", "TarvexHelper.exe", 1, 1, 4, false, panel::FaultAction::cut});
+    const auto process = panel.driver().start(ScenarioPanel::helper);
+    EXPECT_EQ(panel.driver().waitForExit(process, ScenarioPanel::limit), 0xC0000005U); // the waiting one is woken
+    EXPECT_FALSE(panel.panel().isOn());
+    EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), ""); // opened for replacing
+    EXPECT_EQ(panel.log(), firstStartLines({}));
 }
 
 TEST(Power, TheKernelsLockIsTakenOverFromADeadOwner) {

@@ -153,7 +153,6 @@ struct ThreadRecord {
 struct MessageRecord {
     Slot next;
     Slot window;
-    std::uint32_t windowSerial;
     Slot sender; // 0: posted
     std::uint32_t message;
     std::uint32_t time; // tick count
@@ -363,7 +362,7 @@ constexpr std::uint32_t layoutNumber() {
         offsetof(ThreadRecord, waitKey),
         offsetof(ThreadRecord, waitObjects),
         offsetof(ThreadRecord, id),
-        offsetof(MessageRecord, lParam),
+        offsetof(MessageRecord, time),
         offsetof(WindowRecord, procedure),
     };
     std::uint32_t number = 2166136261U; // FNV-1a over words
