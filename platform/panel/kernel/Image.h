@@ -58,7 +58,7 @@ enum class ObjectType : std::uint32_t {
 // A kernel object. Each comment names the types that use the field.
 struct ObjectRecord {
     ObjectType type;
-    std::uint32_t holders; // number of handles and waits; the object is freed with the last one
+    std::uint32_t holders; // number of handles and waits; the object is freed when the number becomes 0
     std::uint32_t manualReset; // events
     std::uint32_t signalled; // events, queues; processes and threads: 1 once ended; mutexes: 1 once abandoned
     std::uint32_t exitCode; // processes that have ended
