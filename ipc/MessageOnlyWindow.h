@@ -41,8 +41,8 @@ public:
     // Runs the message loop, which serves all windows of the calling thread. The loop ends when it has dispatched
     // WM_CLOSE to this window, when it receives WM_QUIT, or when a handler throws. Creates the window, with a generated
     // class name, if `create` was not called. Throws the exceptions of `create`, and "Message loop already running" if
-    // another call of `run` is in progress. After its end `run` may be called again only
-    // if the window still exists. WM_CLOSE destroys the window, unless a handler is registered for WM_CLOSE.
+    // another call of `run` is in progress. After `run` has ended, `run` may be called again only if the
+    // window still exists. WM_CLOSE destroys the window, unless a handler is registered for WM_CLOSE.
     void run();
     // Asks the loop to end by posting WM_CLOSE to the window.
     //

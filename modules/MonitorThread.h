@@ -16,9 +16,9 @@
 // Lifetime: if the thread uses only the monitor, the owner creates the monitor with `new` and destroys it with
 // `stopAndDelete`, which keeps the monitor in memory if the thread does not end. If the monitor is a member of another
 // object, or the thread uses other objects too, the owner calls `stop` itself. The owner deletes these objects and the
-// monitor only if `hasEnded` then returns true. If nobody has called `stop`, the destructor of the
-// monitor calls `stop` and may throw the exception of `stop`. The monitor is destroyed even if the thread still runs,
-// so do not rely on the destructor.
+// monitor only if `hasEnded` then returns true. If nobody has called `stop`, the destructor of the monitor calls
+// `stop` and may throw the exception of `stop`. The monitor is destroyed even if the thread still runs, so do not rely
+// on the destructor.
 class MonitorThread {
 public:
     MonitorThread(const MonitorThread&) = delete;

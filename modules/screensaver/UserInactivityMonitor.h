@@ -12,8 +12,8 @@
 // The power manager has two named events, one of which is always set: "PowerManager/UserActivity_Active" and
 // "PowerManager/UserActivity_Inactive" [ms890502]. When the Inactive event is set, the time-out begins. If the Active
 // event is set during the time-out, the monitor reports activity. Otherwise the monitor reports inactivity when the
-// time-out has passed, and activity as soon as the Active event is set. The monitor may therefore report activity
-// several times in a row. If the panel lacks one of these events, the monitor reports nothing.
+// time-out has passed. Afterwards it reports activity as soon as the Active event is set. The monitor may therefore
+// report activity several times in a row. If the panel lacks one of these events, the monitor reports nothing.
 //
 // When the thread starts, it first reads the state of the Active event. If this event is set, the thread reports
 // activity before `start` returns, so a slow observer delays `start`. If the event is not set, the time-out begins at
