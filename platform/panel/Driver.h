@@ -112,8 +112,8 @@ struct Fault {
 
 class Driver {
 public:
-    // Says what happens to the started programs, and to the programs that these have started, when the driver ends.
-    // With `end` they end too, even if the driver is killed. With `stay` they continue.
+    // Says what happens at the end of the driver to the programs that it has started, and to the programs that these
+    // have started. `end`: these programs end too, even if the driver is killed. `stay`: these programs continue.
     enum class Programs { end, stay };
     static constexpr const char* command = "\\Windows\\panel.exe"; // the path by which a `panel` command is listed
     // Joins a panel that is on. Throws if the panel is off. Process lists and the trace show the driver under the path
@@ -123,7 +123,8 @@ public:
     Driver(const Driver&) = delete;
     Driver& operator=(const Driver&) = delete;
 
-    // Starts a program by its panel path. The program runs when this thread waits next, or when the driver ends.
+    // Starts a program by its panel path. The program begins to run when this thread waits next. With
+    // Programs::stay it begins to run when the driver ends, at the latest.
     ProcessHandle start(const std::string& path, const std::string& commandLine = {});
     // Starts the programs of the "init" list in the order of their numbers, as a panel does after boot. A name without
     // a folder stands for a file in \Windows. "DependNN" is ignored: every program counts as started at once.

@@ -80,6 +80,7 @@ public:
     Gate& operator=(const Gate&) = delete;
 
     // Returns whether a fault makes this call fail. The function must then return fault() and change nothing.
+    // Only ReadFile and WriteFile still set the count of bytes to 0.
     bool faulted() const {
         return faultHit;
     }
