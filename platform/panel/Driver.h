@@ -97,7 +97,8 @@ struct InitStart {
     std::string failure; // reason of the failure
 };
 
-// A fault to inject: a platform call that fails, or at which the power is cut.
+// A fault to inject: a platform call that fails, or at which the power is cut. With StoragePolicy::torn a cut at a
+// WriteFile falls inside the call: its data counts as written, but not as committed.
 struct Fault {
     std::string function; // name of the platform function
     std::string program; // file name; empty: every program
@@ -107,6 +108,7 @@ struct Fault {
     bool ever = false; // the fault also applies to all later calls
     FaultAction action = FaultAction::fail;
     std::uint32_t hits = 0; // how often the fault was applied
+    std::uint32_t sectors = 0; // power cut: how many uncommitted sectors of each file stay (StoragePolicy::torn)
     std::optional<std::int64_t> answer = {}; // result of the failing call; empty: the result from coredll.inc
 };
 

@@ -5,9 +5,11 @@
 #include "platform/panel/kernel/Clock.h"
 #include "platform/panel/kernel/Processes.h"
 #include "platform/panel/kernel/Scheduler.h"
+#include "platform/panel/kernel/Storage.h"
 
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 
 namespace panel {
 
@@ -93,12 +95,9 @@ void Gate::applyFaults() {
             continue;
         ++fault.hits;
         if (fault.action == FaultAction::cut && !self.driver) {
-            processes::killAll(panel);
-            panel.on = 0;
-            scheduler::step(panel); // a driver that waits for time sees the power cut
-            lock.release();
-            scheduler::deliverWakes(panel);
-            raise(SIGKILL); // killAll spares the calling process: it must release the lock first
+            if (panel.storage != StoragePolicy::torn || call.function != Function::WriteFile)
+                cutPower(lock, fault.sectors);
+            tears = fault.sectors;
         }
         if (fault.action == FaultAction::fail) {
             faultHit = true;
@@ -109,11 +108,32 @@ void Gate::applyFaults() {
     }
 }
 
+void Gate::cutPower(Lock& lock, std::uint32_t sectors) {
+    Image& panel = runtime.image();
+    processes::noticeDead(panel); // who has ended before has closed its files
+    try {
+        storage::cutPower(runtime.directory(), panel.storage == StoragePolicy::torn ? sectors : 0);
+    } catch (const std::exception&) {
+        // The host is full. The next boot tries again.
+    }
+    processes::killAll(panel);
+    panel.on = 0;
+    scheduler::step(panel); // a driver that waits for time sees the power cut
+    lock.release();
+    scheduler::deliverWakes(panel);
+    raise(SIGKILL); // killAll spares the calling process: it must release the lock first
+    std::abort();
+}
+
 void Gate::deliverWakes() {
     scheduler::deliverWakes(runtime.image());
 }
 
 Gate::~Gate() {
+    if (tears) {
+        Lock lock(runtime.image());
+        cutPower(lock, *tears);
+    }
     if (tracing) {
         std::string name;
         std::uint64_t ended = 0;

@@ -152,10 +152,12 @@ private:
     struct Plain {};
     Gate(Function called, Plain);
     void applyFaults();
+    [[noreturn]] void cutPower(Lock& lock, std::uint32_t sectors);
 
     PlatformCall call;
     bool tracing;
     bool faultHit = false;
+    std::optional<std::uint32_t> tears; // the power is cut when the call has written; this many of its sectors stay
     std::optional<std::int64_t> failure; // the fault's own answer, which replaces the failure from coredll.inc
     std::uint64_t begun = 0; // panel time in ms at the start of the call
     std::string result;

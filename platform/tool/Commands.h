@@ -9,7 +9,7 @@
 
 namespace tool {
 
-// create, boot, off, cut, advance
+// create, boot, off, cut, storage, advance
 void addPowerCommands(CLI::App& app, Tool& tool);
 // plug, mount, unplug
 void addDiskCommands(CLI::App& app, Tool& tool);

@@ -18,7 +18,7 @@ using panel::Json;
 
 std::string action(const Fault& fault) {
     if (fault.action == FaultAction::cut)
-        return "power cut";
+        return "power cut" + (fault.sectors ? ", " + std::to_string(fault.sectors) + " sectors stay" : "");
     return fault.answer ? "answers " + std::to_string(*fault.answer) : "fails";
 }
 
@@ -51,7 +51,12 @@ void addAdd(CLI::App& faults, Tool& tool) {
     command->add_flag("--from-then-on", fault.ever, "Apply the fault to all later calls, too");
     command->add_option("--answer", fault.answer, "Result of the call; default: the function's usual failure result")
         ->type_name("N");
-    command->add_flag("--cut", options->cut, "Cut the panel's power at the call instead");
+    auto* cut = command->add_flag("--cut", options->cut, "Cut the panel's power at the call instead");
+    command
+        ->add_option("--sectors", fault.sectors,
+                     "With --cut and the storage policy \"torn\": how many uncommitted sectors of each file stay")
+        ->type_name("K")
+        ->needs(cut);
     command->callback([options, &tool] {
         const auto function = panel::functionNamed(options->fault.function);
         if (!function)
@@ -77,6 +82,7 @@ void list(panel::Driver& driver, bool json) {
                               {"call", fault.call},
                               {"fromThenOn", fault.ever},
                               {"cut", fault.action == FaultAction::cut},
+                              {"sectors", fault.sectors},
                               {"hits", fault.hits}});
             if (fault.answer)
                 answer.back()["answers"] = *fault.answer;

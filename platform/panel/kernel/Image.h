@@ -229,6 +229,10 @@ struct ClockRecord {
     std::uint32_t unused;
 };
 
+// What a power cut leaves of written files (Storage.h). `kept`: each completed write. `closed`: what was written
+// through handles that are closed. `torn`: that, and some sectors of the rest.
+enum class StoragePolicy : std::uint32_t { kept, closed, torn };
+
 // `fail`: the call fails; `cut`: the power is cut at the call; `none`: the record is free.
 enum class FaultAction : std::uint32_t { none, fail, cut };
 
@@ -243,6 +247,8 @@ struct FaultRecord {
     std::uint32_t hits; // how often the fault was applied
     std::uint32_t answers; // 1: `answer` replaces the failure result from coredll.inc
     std::int64_t answer;
+    std::uint32_t sectors; // power cuts: how many uncommitted sectors of each file stay (StoragePolicy::torn)
+    std::uint32_t unused;
     char program[128]; // file name; empty: every program
 };
 
@@ -297,6 +303,7 @@ struct Image {
     std::atomic<std::uint32_t> faultCount;
     std::uint32_t screenWidth;
     std::uint32_t screenHeight;
+    StoragePolicy storage;
     std::uint32_t flashWritable; // 1 after the volume driver's "writable" request
     Slot activeEvent; // the power manager's events; 0: the panel has no power manager
     Slot inactiveEvent;
@@ -311,6 +318,7 @@ struct Image {
     std::uint32_t nextLingering; // number of records written to `lingering` so far
     std::uint32_t threadIds; // number of thread ids given so far
     std::uint32_t endedCount; // number of programs that have ended since boot
+    char directory[4096]; // the panel's directory on the host
     char volumes[maxVolumes][64]; // names of the volumes; empty: the entry is free
     char registeredMessages[maxRegisteredMessages][128];
     std::uint8_t programsMessages[maxRegisteredMessages]; // 1: registered by a program, not only by a command
@@ -342,6 +350,7 @@ constexpr std::uint32_t layoutNumber() {
         offsetof(Image, on),
         offsetof(Image, clock),
         offsetof(Image, tracing),
+        offsetof(Image, storage),
         offsetof(Image, volumes),
         offsetof(Image, programs),
         offsetof(Image, faults),
@@ -355,6 +364,7 @@ constexpr std::uint32_t layoutNumber() {
         offsetof(Image, threads),
         offsetof(Image, processes),
         offsetof(Image, messages),
+        offsetof(FaultRecord, sectors),
         offsetof(ObjectRecord, device),
         offsetof(BlockDeviceRecord, partitions),
         offsetof(ProcessRecord, hostStart),

@@ -135,6 +135,7 @@ bool isSound(const Image& image) {
            all(image.programs, [](const ProgramRecord& program) { return ends(program.name); }) &&
            all(image.ended, [](const EndedRecord& ended) { return ended.program < maxPrograms; }) &&
            all(image.signals, [](const SignalRecord& signal) { return ends(signal.name); }) &&
+           image.storage <= StoragePolicy::torn && ends(image.directory) &&
            all(image.volumes, [](const auto& volume) { return ends(volume); }) &&
            all(image.registeredMessages, [](const auto& name) { return ends(name); }) &&
            all(image.faults, [](const FaultRecord& fault) {
