@@ -1,7 +1,10 @@
 #include "OrvaUtils/Text.h"
 
+#include "app/log/Decimal.h"
+
 #include <crt.h>
 
+#include <algorithm>
 #include <iterator>
 #include <utf8.h>
 
@@ -30,10 +33,14 @@ void append16(std::vector<std::uint8_t>& bytes, std::uint32_t unit) {
 } // namespace
 
 std::wstring toWide(std::string_view utf8) {
+    const auto* const other = std::find_if(utf8.begin(), utf8.end(), [](char byte) { return (byte & 0x80) != 0; });
+    std::wstring text(utf8.begin(), other); // ASCII, mostly all of it
+    if (other == utf8.end()) {
+        return text;
+    }
     std::string valid;
     // The unchecked conversions below are only safe for valid UTF-8.
-    utf8::replace_invalid(utf8.begin(), utf8.end(), std::back_inserter(valid), REPLACEMENT);
-    std::wstring text;
+    utf8::replace_invalid(other, utf8.end(), std::back_inserter(valid), REPLACEMENT);
     // A wide character has 16 or 32 bits, depending on the platform. Only this file looks at the difference.
     if constexpr (sizeof(wchar_t) == 2) {
         utf8::unchecked::utf8to16(valid.begin(), valid.end(), std::back_inserter(text));
@@ -79,6 +86,10 @@ std::wstring fromText16(const std::uint8_t* bytes, std::size_t size) {
 }
 
 std::vector<std::uint8_t> toText16(std::wstring_view text) {
+    if constexpr (sizeof(wchar_t) == 2) {
+        const auto* const first = reinterpret_cast<const std::uint8_t*>(text.data());
+        return {first, first + 2 * text.size()};
+    }
     std::vector<std::uint8_t> bytes;
     bytes.reserve(2 * text.size());
     for (const wchar_t character : text) {
@@ -114,7 +125,11 @@ std::string narrow(std::wstring_view text) {
 }
 
 std::wstring decimal(std::int64_t number) {
-    return widen(std::to_string(number));
+    if (number < 0 || number > UINT32_MAX) {
+        return widen(std::to_string(number));
+    }
+    char digits[10];
+    return std::wstring(digits, putDecimal(digits, static_cast<std::uint32_t>(number)));
 }
 
 bool equalIgnoringCase(const std::wstring& first, const std::wstring& second) {

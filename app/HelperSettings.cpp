@@ -136,9 +136,9 @@ void HelperSettings::save() const {
     document.InsertEndChild(document.NewDeclaration());
     XMLElement& root = *document.NewElement("OrvaTarvex");
     document.InsertEndChild(&root);
-    root.SetAttribute("Version", 1);
+    root.SetAttribute("Version", "1");
     XMLElement& settings = *root.InsertNewChildElement("Settings");
-    settings.InsertNewChildElement("Parameters")->SetAttribute("LogLevel", logLevel);
+    settings.InsertNewChildElement("Parameters")->SetAttribute("LogLevel", std::to_string(logLevel).c_str());
     XMLElement& directories = *settings.InsertNewChildElement("CleanupDirectories");
     for (const std::wstring& directory : cleanupDirectories) {
         directories.InsertNewChildElement("Directory")->SetAttribute("Name", toUtf8(directory).c_str());

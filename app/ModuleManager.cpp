@@ -9,6 +9,7 @@
 #include <utility>
 
 ModuleManager::ModuleManager(IPCDispatcher& dispatcher, USBDeviceMonitor& usbMonitor) {
+    modules.reserve(3);
     try {
         modules.push_back(ScreenSaverModule::create(dispatcher));
         modules.push_back(BuzzerModule::create(dispatcher));

@@ -3,6 +3,8 @@
 #include "OrvaUtils/Text.h"
 #include "app/log/Logger.h"
 
+using namespace std::string_view_literals;
+
 namespace CommandLog {
 
 namespace {
@@ -17,15 +19,15 @@ std::wstring decimalCode(WPARAM command) {
 void received(std::wstring_view handler, WPARAM command) {
     Logger& log = Logger::instance();
     if (log.admits(LogLevel::Info)) {
-        log.writeParts(LogLevel::Info, {handler, L";message received ", decimalCode(command)});
+        log.writeParts(LogLevel::Info, {handler, L";message received "sv, decimalCode(command)});
     }
 }
 
 void handled(std::wstring_view handler, WPARAM command, std::uint32_t result) {
     Logger& log = Logger::instance();
     if (log.admits(LogLevel::Info)) {
-        log.writeParts(LogLevel::Info,
-                       {handler, L";message handled ", decimalCode(command), L" result: ", OrvaUtils::decimal(result)});
+        log.writeParts(LogLevel::Info, {handler, L";message handled "sv, decimalCode(command), L" result: "sv,
+                                        OrvaUtils::decimal(result)});
     }
 }
 

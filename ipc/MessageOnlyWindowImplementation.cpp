@@ -2,7 +2,6 @@
 
 #include "OrvaUtils/Text.h"
 
-#include <map>
 #include <stdexcept>
 #include <utility>
 
@@ -13,28 +12,31 @@ std::atomic<std::uint32_t> automaticClassNames = 0;
 
 } // namespace
 
-// Deliberate: no entry is ever removed. The entry of a window whose owner is gone holds an expired pointer and finds
-// nothing.
+// The implementations by their windows, the latest first: the platform may use a handle again. Deliberate: no entry is
+// ever removed. The entry of a window whose owner is gone holds an expired pointer and finds nothing. So no lock is
+// needed.
 class MessageOnlyWindow::Implementation::WindowMap {
 public:
-    static WindowMap& instance() {
-        // The map is never destroyed: windows may receive messages while the process ends.
-        static WindowMap& map = *new WindowMap;
-        return map;
+    static void add(HWND window, std::weak_ptr<Implementation> implementation) {
+        auto* const entry = new Entry{window, std::move(implementation), latest};
+        while (!latest.compare_exchange_weak(entry->next, entry)) {
+        }
     }
-    void add(HWND window, std::weak_ptr<Implementation> implementation) {
-        const indev::CriticalSectionGuard guard(*lock);
-        entries[window] = std::move(implementation);
-    }
-    std::shared_ptr<Implementation> find(HWND window) {
-        const indev::CriticalSectionGuard guard(*lock);
-        const auto found = entries.find(window);
-        return found == entries.end() ? nullptr : found->second.lock();
+    static std::shared_ptr<Implementation> find(HWND window) {
+        const Entry* entry = latest;
+        while (entry != nullptr && entry->window != window) {
+            entry = entry->next;
+        }
+        return entry == nullptr ? nullptr : entry->implementation.lock();
     }
 
 private:
-    std::unique_ptr<indev::ICriticalSection> lock = indev::createCriticalSection();
-    std::map<HWND, std::weak_ptr<Implementation>> entries;
+    struct Entry {
+        const HWND window;
+        const std::weak_ptr<Implementation> implementation;
+        Entry* next;
+    };
+    static inline std::atomic<Entry*> latest = nullptr;
 };
 
 MessageOnlyWindow::Implementation::Implementation(MessageOnlyWindow* windowOwner)
@@ -112,13 +114,12 @@ LRESULT CALLBACK MessageOnlyWindow::Implementation::staticProcedure(HWND receive
                                                                     LPARAM lParam) {
     std::shared_ptr<Implementation> implementation;
     try {
-        WindowMap& map = WindowMap::instance();
         if (message == WM_CREATE) {
             const auto* creation = reinterpret_cast<const CREATESTRUCTW*>(lParam);
             // WM_CREATE is the first message that carries the pointer given to CreateWindowExW.
-            map.add(receiver, static_cast<Implementation*>(creation->lpCreateParams)->weak_from_this());
+            WindowMap::add(receiver, static_cast<Implementation*>(creation->lpCreateParams)->weak_from_this());
         }
-        implementation = map.find(receiver);
+        implementation = WindowMap::find(receiver);
         // Messages before WM_CREATE, and messages of a window without an owner, get the default procedure.
         return implementation == nullptr ? DefWindowProcW(receiver, message, wParam, lParam)
                                          : implementation->procedure(receiver, message, wParam, lParam);
@@ -142,9 +143,10 @@ LRESULT CALLBACK MessageOnlyWindow::Implementation::staticProcedure(HWND receive
 LRESULT MessageOnlyWindow::Implementation::procedure(HWND receiver, UINT message, WPARAM wParam, LPARAM lParam) {
     // The lock makes handlers run one at a time and keeps the table unchanged. It is recursive: a handler may register.
     const indev::CriticalSectionGuard guard(*dispatchLock);
-    if (window == nullptr) {
+    HWND own = window;
+    if (own == nullptr) {
         // CreateWindowExW has not returned the handle yet.
-        window = receiver;
+        window = own = receiver;
     }
     gone = gone || message == WM_DESTROY;
     const auto found = handlers.find(message);
@@ -153,7 +155,7 @@ LRESULT MessageOnlyWindow::Implementation::procedure(HWND receiver, UINT message
     }
     // The handler may clear the table, so the iterator is not used after the call begins.
     indev::MESSAGEHANDLER* handler = found->second;
-    return handler->handleMessage(window, message, wParam, lParam);
+    return handler->handleMessage(own, message, wParam, lParam);
 }
 
 void MessageOnlyWindow::Implementation::run() {

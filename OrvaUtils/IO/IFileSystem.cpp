@@ -52,10 +52,12 @@ void IFileSystem::copyDirectory(const std::wstring& destination, const std::wstr
     // The result is ignored: an existing destination is no error, and without a parent all copies below fail. The
     // destination is created even if no entry matches the pattern.
     createDirectory(destination);
-    for (; !it->atEnd(); it->advance()) {
+    std::wstring from = combinePath(source, L"");
+    std::wstring to = combinePath(destination, L"");
+    for (const std::size_t fromLength = from.size(), toLength = to.size(); !it->atEnd(); it->advance()) {
         const DirectoryEntry& entry = it->current();
-        const std::wstring from = combinePath(source, entry.name);
-        const std::wstring to = combinePath(destination, entry.name);
+        from.replace(fromLength, std::wstring::npos, entry.name);
+        to.replace(toLength, std::wstring::npos, entry.name);
         if (entry.kind == DirectoryEntry::Kind::File) {
             copyFileReplacing(from, to, overwrite);
         } else if (entry.kind == DirectoryEntry::Kind::Directory) {

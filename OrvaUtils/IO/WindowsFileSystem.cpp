@@ -44,7 +44,9 @@ std::wstring WindowsFileSystem::normalizePath(const std::wstring& path) {
 }
 
 std::wstring WindowsFileSystem::combinePath(const std::wstring& first, const std::wstring& second) {
-    std::wstring path = first;
+    std::wstring path;
+    path.reserve(first.size() + 1 + second.size());
+    path = first;
     if (!path.empty() && !path.ends_with(SEPARATOR)) {
         path += SEPARATOR;
     }

@@ -19,9 +19,8 @@ void writeNumber(HKEY key, const std::wstring& name, DWORD type, std::uint32_t n
 }
 
 // The terminating zero belongs to the data.
-void writeText(HKEY key, const std::wstring& name, DWORD type, std::wstring text, const wchar_t* failure) {
-    text += L'\0';
-    const std::vector<std::uint8_t> bytes = toText16(text);
+void writeText(HKEY key, const std::wstring& name, DWORD type, const std::wstring& text, const wchar_t* failure) {
+    const std::vector<std::uint8_t> bytes = toText16({text.c_str(), text.size() + 1});
     write(key, name, type, bytes.data(), bytes.size(), failure);
 }
 

@@ -1,25 +1,43 @@
 #include "OrvaUtils/Xml/DocumentFile.h"
 
-#include <crt.h>
 #include <windows.h>
 
-#include <cstdio>
-#include <memory>
 #include <new>
 #include <tinyxml2.h>
 
 namespace OrvaUtils::Xml {
 
+namespace {
+
+bool readAll(HANDLE file, std::string& text) {
+    char some[4096];
+    DWORD size = 0;
+    do {
+        if (!ReadFile(file, some, sizeof some, &size, nullptr)) {
+            return false;
+        }
+        text.append(some, size);
+    } while (size == sizeof some);
+    return true;
+}
+
+} // namespace
+
 bool loadDocument(tinyxml2::XMLDocument& document, const std::wstring& path) {
-    // _wfopen uses the platform's file functions, so the library needs no path.
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(_wfopen(path.c_str(), L"rb"), std::fclose);
-    try {
-        return file != nullptr && document.LoadFile(file.get()) == tinyxml2::XML_SUCCESS;
-    } catch (const std::bad_alloc&) {
-        // The file is larger than the free memory. The incomplete document is discarded.
-        document.Clear();
+    const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                    OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
         return false;
     }
+    bool loaded = false;
+    try {
+        std::string text;
+        loaded = readAll(file, text) && document.Parse(text.data(), text.size()) == tinyxml2::XML_SUCCESS;
+    } catch (const std::bad_alloc&) { // more than the heap holds
+        document.Clear();
+    }
+    CloseHandle(file);
+    return loaded;
 }
 
 bool saveDocument(const tinyxml2::XMLDocument& document, const std::wstring& path) {

@@ -1,5 +1,5 @@
-// Functions that load and save XML documents. The XML library never sees a path: it reads from a file that is opened
-// here and prints into memory. Any thread may call.
+// Functions that load and save XML documents. The XML library never sees a file: it parses and prints memory. Any
+// thread may call.
 #pragma once
 
 #include <string>

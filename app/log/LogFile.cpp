@@ -63,7 +63,7 @@ std::uint32_t LogFile::size() const {
     return end == INVALID_SET_FILE_POINTER ? 0 : end;
 }
 
-void LogFile::write(const std::string& bytes) {
+void LogFile::write(std::string_view bytes) {
     // A file is opened at its beginning; lines go to its end.
     if (SetFilePointer(handle, 0, nullptr, FILE_END) != INVALID_SET_FILE_POINTER) {
         DWORD written = 0;

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 
 // An open file that several threads append to, each line with one WriteFile.
 //
@@ -36,7 +37,7 @@ public:
     // Returns the size in bytes of the file that the path names now, or 0 if the file cannot be opened. Needs a Use.
     std::uint32_t size() const;
     // Appends bytes. The bytes are lost if the platform call fails. Needs a Use.
-    void write(const std::string& bytes);
+    void write(std::string_view bytes);
 
 private:
     std::wstring path;

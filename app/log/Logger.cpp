@@ -1,6 +1,7 @@
 #include "app/log/Logger.h"
 
 #include "app/Paths.h"
+#include "app/log/Decimal.h"
 
 #include <crt.h>
 #include <windows.h>
@@ -17,6 +18,8 @@ namespace {
 
 // The size of the buffer of `writeFormatted`, in characters.
 constexpr std::size_t FORMATTED_LENGTH = 512;
+constexpr std::size_t STAMP_LENGTH = 64; // at most
+constexpr std::size_t USUAL_LENGTH = 256; // of a line, its stamp's length at most; a longer one takes memory
 
 const char* levelName(std::int32_t level) {
     switch (level) {
@@ -42,23 +45,60 @@ std::wstring widened(std::string_view bytes) {
     return text;
 }
 
-std::wstring linePrefix(std::int32_t level) {
-    SYSTEMTIME time;
-    GetSystemTime(&time);
-    char text[64];
-    std::snprintf(text, sizeof text, "%04u-%02u-%02u %02u:%02u:%02u,%lu;%s;", unsigned{time.wYear},
-                  unsigned{time.wMonth}, unsigned{time.wDay}, unsigned{time.wHour}, unsigned{time.wMinute},
-                  unsigned{time.wSecond}, static_cast<unsigned long>(GetTickCount()), levelName(level));
-    return widened(text);
+// A number of the calendar, and what stands behind it.
+char* putTwoDigits(char* at, unsigned number, char separator) {
+    const unsigned tens = number * 205 >> 11; // a tenth, of what is below 1000
+    *at++ = static_cast<char>('0' + tens);
+    *at++ = static_cast<char>('0' + (number - 10 * tens));
+    *at++ = separator;
+    return at;
 }
 
-std::string oneByteEach(const std::wstring& line) {
-    std::string bytes;
-    for (const wchar_t character : line) {
-        const auto code = static_cast<std::uint32_t>(character);
-        bytes += code <= 0xFF ? static_cast<char>(code) : '?';
+// What stands before the message.
+char* putStamp(char* at, std::int32_t level) {
+    SYSTEMTIME time;
+    GetSystemTime(&time);
+    at = putDecimal(at, time.wYear, 4);
+    *at++ = '-';
+    at = putTwoDigits(at, time.wMonth, '-');
+    at = putTwoDigits(at, time.wDay, ' ');
+    at = putTwoDigits(at, time.wHour, ':');
+    at = putTwoDigits(at, time.wMinute, ':');
+    at = putTwoDigits(at, time.wSecond, ',');
+    at = putDecimal(at, GetTickCount());
+    *at++ = ';';
+    const char* name = levelName(level);
+    do {
+        *at++ = *name++;
+    } while (*name != '\0');
+    *at++ = ';';
+    return at;
+}
+
+// One byte a character.
+char* putText(char* at, std::wstring_view text) {
+    if (text.empty()) {
+        return at;
     }
-    return bytes;
+    const wchar_t* character = text.data();
+    do {
+        const auto code = static_cast<std::uint32_t>(*character);
+        *at++ = code <= 0xFF ? static_cast<char>(code) : '?';
+    } while (++character != text.data() + text.size());
+    return at;
+}
+
+std::wstring joined(std::initializer_list<std::wstring_view> parts) {
+    std::size_t length = 0;
+    for (const std::wstring_view part : parts) {
+        length += part.size();
+    }
+    std::wstring text;
+    text.reserve(length);
+    for (const std::wstring_view part : parts) {
+        text += part;
+    }
+    return text;
 }
 
 // Compares the two halves of a file time.
@@ -105,7 +145,9 @@ Logger::~Logger() {
 void Logger::close() {
     // The queue is empty unless `setImmediate(false)` was called.
     for (const std::wstring& line : pending) {
-        output(line);
+        std::string bytes(line.size() + 1, '\n');
+        putText(bytes.data(), line);
+        output(bytes, 0, {line});
     }
     // The claim is never given back: no thread opens a file after this.
     if (changing.exchange(1) == 0 && !current.load()->isFree()) {
@@ -114,27 +156,15 @@ void Logger::close() {
 }
 
 Logger& Logger::instance() {
-    // The object is never freed: threads may write while the process ends.
-    static Logger& logger = *new Logger;
-    // The destructor of this object runs at process exit and closes the log.
-    static struct AtExit {
-        ~AtExit() {
+    // The object is never freed: threads may write while the process ends. Its owner's destructor runs at process exit
+    // and closes the log.
+    static const struct ClosedAtExit {
+        ~ClosedAtExit() {
             logger.close();
         }
-    } atExit;
-    return logger;
-}
-
-bool Logger::isEnabled() const {
-    return toConsole || toDebugger || toFile || !listeners.empty();
-}
-
-std::int32_t Logger::threshold() const {
-    return highestLevel;
-}
-
-bool Logger::admits(std::int32_t level) const {
-    return isEnabled() && threshold() >= level;
+        Logger& logger = *new Logger;
+    } closedAtExit;
+    return closedAtExit.logger;
 }
 
 void Logger::write(std::wstring_view message, std::int32_t level) {
@@ -156,18 +186,29 @@ void Logger::writeParts(std::int32_t level, std::initializer_list<std::wstring_v
 }
 
 void Logger::writeLine(std::int32_t level, std::initializer_list<std::wstring_view> parts) try {
-    LogRecord record{{}, level};
+    std::size_t length = STAMP_LENGTH + 1;
     for (const std::wstring_view part : parts) {
-        record.message += part;
+        length += part.size();
     }
-    std::wstring line = linePrefix(level) + record.message + L'\n';
+    char usual[USUAL_LENGTH];
+    const std::unique_ptr<char[]> unusual(length <= USUAL_LENGTH ? nullptr : new char[length]);
+    char* const line = unusual == nullptr ? usual : unusual.get();
+    char* const message = putStamp(line, level);
+    char* end = message;
+    for (const std::wstring_view part : parts) {
+        end = putText(end, part);
+    }
+    *end++ = '\n';
     if (immediate) {
-        output(line);
+        output({line, end}, static_cast<std::size_t>(message - line), parts);
     } else {
-        pending.push_back(std::move(line));
+        pending.push_back(widened({line, message}) + joined(parts));
     }
-    for (LogListener* listener : listeners) {
-        listener->receive(record);
+    if (!listeners.empty()) {
+        const LogRecord record{joined(parts), level};
+        for (LogListener* listener : listeners) {
+            listener->receive(record);
+        }
     }
 } catch (const std::bad_alloc&) {
     // The line does not fit into memory and is lost.
@@ -188,20 +229,16 @@ void Logger::addListener(LogListener* listener) {
     listeners.push_back(listener);
 }
 
-void Logger::output(const std::wstring& line) {
+void Logger::output(std::string_view bytes, std::size_t stampLength, std::initializer_list<std::wstring_view> message) {
     if (toConsole) {
-        std::fputs(oneByteEach(line).c_str(), stdout);
+        std::fwrite(bytes.data(), 1, bytes.size(), stdout);
     }
     if (toDebugger) {
-        OutputDebugStringW(line.c_str());
+        OutputDebugStringW((widened(bytes.substr(0, stampLength)) + joined(message) + L'\n').c_str());
     }
-    if (toFile) {
-        outputToFile(line);
+    if (!toFile) {
+        return;
     }
-}
-
-void Logger::outputToFile(const std::wstring& line) {
-    const std::string bytes = oneByteEach(line);
     LogFile::Use file = useCurrent();
     if (file == nullptr) {
         file = openFirst();
@@ -216,14 +253,14 @@ void Logger::outputToFile(const std::wstring& line) {
 }
 
 LogFile::Use Logger::useCurrent() {
-    LogFile* file = nullptr;
-    LogFile::Use use;
-    // Another thread may have changed the file between the two looks. Then the new file is used.
-    do {
-        file = current;
-        use = file->use();
-    } while (use == nullptr && file != current);
-    return use;
+    for (;;) {
+        LogFile* const file = current;
+        LogFile::Use use = file->use();
+        // Another thread may have changed the file between the two looks. Then the new file is used.
+        if (use != nullptr || file == current) {
+            return use;
+        }
+    }
 }
 
 LogFile::Use Logger::openFirst() {
@@ -279,14 +316,14 @@ std::wstring Logger::pathOf(std::int32_t index) {
     if (index == -1) {
         index = currentIndex = newestIndex();
     }
-    return directory + L'\\' + baseName + widened(std::to_string(index)) + extension;
+    return joined({directory, L"\\", baseName, widened(std::to_string(index)), extension});
 }
 
 std::int32_t Logger::newestIndex() const {
     std::int32_t newest = 0;
     std::optional<FILETIME> newestTime;
     WIN32_FIND_DATAW found;
-    const HANDLE search = FindFirstFileW((directory + L"\\*").c_str(), &found);
+    const HANDLE search = FindFirstFileW(joined({directory, L"\\*"}).c_str(), &found);
     if (search == INVALID_HANDLE_VALUE) {
         return newest;
     }

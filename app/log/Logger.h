@@ -48,11 +48,17 @@ public:
     static Logger& instance();
 
     // Tells whether there is any output or listener.
-    bool isEnabled() const;
+    bool isEnabled() const {
+        return toFile || toConsole || toDebugger || !listeners.empty();
+    }
     // Returns the highest level that is written.
-    std::int32_t threshold() const;
-    // Tells whether a message of this level should be built: `isEnabled() && threshold() >= level`.
-    bool admits(std::int32_t level) const;
+    std::int32_t threshold() const {
+        return highestLevel;
+    }
+    // Tells whether a message of this level should be built.
+    bool admits(std::int32_t level) const {
+        return isEnabled() && threshold() >= level;
+    }
 
     // Writes a line if its level is at most the threshold. The second form makes each byte one character.
     void write(std::wstring_view message, std::int32_t level);
@@ -94,9 +100,8 @@ public:
 private:
     void close();
     void writeLine(std::int32_t level, std::initializer_list<std::wstring_view> parts);
-    void output(const std::wstring& line);
-    void outputToFile(const std::wstring& line);
-    // Starts the use of the current file. Returns null while no file is open.
+    // `bytes` is the whole line; what is behind its stamp also comes as wide text.
+    void output(std::string_view bytes, std::size_t stampLength, std::initializer_list<std::wstring_view> message);
     LogFile::Use useCurrent();
     // Opens the first file, unless another thread is doing that.
     LogFile::Use openFirst();

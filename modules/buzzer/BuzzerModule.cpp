@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr wchar_t NAME[] = L"BuzzerModule";
+constexpr std::wstring_view NAME = L"BuzzerModule";
 constexpr DWORD RELOAD = 1;
 constexpr std::int32_t CLICK = 50; // ms
 

@@ -16,7 +16,7 @@ using OrvaUtils::decimal;
 
 namespace {
 
-constexpr wchar_t NAME[] = L"ScreenSaverModule";
+constexpr std::wstring_view NAME = L"ScreenSaverModule";
 
 constexpr DWORD RELOAD = 1;
 constexpr DWORD START_OR_STOP = 2;

@@ -7,6 +7,7 @@
 #include "modules/usbconfig/RunProcessCommand.h"
 
 #include <cstdio>
+#include <cstring>
 #include <tinyxml2.h>
 
 using OrvaUtils::Xml::XmlException;
@@ -14,16 +15,20 @@ using tinyxml2::XMLElement;
 
 namespace {
 
-std::wstring nameOf(const XMLElement& element) {
-    return OrvaUtils::toWide(element.Name());
-}
-
-std::wstring attribute(const XMLElement& element, const char* name) {
+const char* utf8Attribute(const XMLElement& element, const char* name) {
     const char* text = element.Attribute(name);
     if (text == nullptr) {
         throw XmlException();
     }
-    return OrvaUtils::toWide(text);
+    return text;
+}
+
+bool equal(const char* text, const char* word) {
+    return std::strcmp(text, word) == 0;
+}
+
+std::wstring attribute(const XMLElement& element, const char* name) {
+    return OrvaUtils::toWide(utf8Attribute(element, name));
 }
 
 // Converts pairs of hexadecimal digits. A pair that is not a number becomes 0; an odd last digit is ignored.
@@ -39,18 +44,19 @@ std::vector<std::uint8_t> hexBytes(const std::wstring& text) {
 }
 
 bool readWaitCompletion(const XMLElement& element) {
-    const std::wstring text = attribute(element, "WaitCompletion");
-    if (text != L"0" && text != L"1") {
+    const char* const text = utf8Attribute(element, "WaitCompletion");
+    const bool waits = equal(text, "1");
+    if (!waits && !equal(text, "0")) {
         throw ConfigurationException(L"Invalid WaitCompletion attribute");
     }
-    return text == L"1";
+    return waits;
 }
 
 std::unique_ptr<ICommand> readCommand(const XMLElement& element) {
-    if (nameOf(element) != L"Command") {
+    if (!equal(element.Name(), "Command")) {
         throw ConfigurationException(L"Expected command");
     }
-    if (attribute(element, "Type") != L"RunProcess") {
+    if (!equal(utf8Attribute(element, "Type"), "RunProcess")) {
         throw ConfigurationException(L"Invalid command type");
     }
     auto command = std::make_unique<RunProcessCommand>();
@@ -71,7 +77,7 @@ Configuration::Configuration(const std::wstring& path) : filePath(path) {
     if (root == nullptr) {
         throw XmlException();
     }
-    if (nameOf(*root) != L"Tarvex") {
+    if (!equal(root->Name(), "Tarvex")) {
         throw ConfigurationException(L"Invalid root element");
     }
     for (const XMLElement* section = root->FirstChildElement(); section != nullptr;
@@ -81,17 +87,17 @@ Configuration::Configuration(const std::wstring& path) : filePath(path) {
 }
 
 void Configuration::readSection(const XMLElement& section) {
-    const std::wstring name = nameOf(section);
-    if (name == L"Login") {
+    const char* const name = section.Name();
+    if (equal(name, "Login")) {
         readLogin(section);
-    } else if (name == L"Users") {
+    } else if (equal(name, "Users")) {
         readUsers(section);
-    } else if (name == L"Commands") {
+    } else if (equal(name, "Commands")) {
         readCommands(section);
     } else {
         return;
     }
-    sections.insert(name);
+    sections.insert(OrvaUtils::toWide(name));
 }
 
 void Configuration::readLogin(const XMLElement& login) {

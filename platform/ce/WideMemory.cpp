@@ -6,10 +6,10 @@
 extern "C" {
 
 std::size_t wcslen(const wchar_t* text) {
-    const wchar_t* end = text;
-    while (*end)
-        ++end;
-    return static_cast<std::size_t>(end - text);
+    const wchar_t* behind = text;
+    while (*behind++) {
+    }
+    return static_cast<std::size_t>(behind - text) - 1;
 }
 
 wchar_t* wmemcpy(wchar_t* target, const wchar_t* source, std::size_t count) {

@@ -9,7 +9,7 @@ int _wcsicmp(const wchar_t* first, const wchar_t* second) noexcept {
         const bool upper = (code >= 'A' && code <= 'Z') || (code >= 0xC0 && code <= 0xDE && code != 0xD7);
         return upper ? code + 32 : code;
     };
-    while (*first && lower(*first) == lower(*second)) {
+    while (*first && (*first == *second || lower(*first) == lower(*second))) {
         ++first;
         ++second;
     }

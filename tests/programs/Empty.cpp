@@ -1,4 +1,4 @@
-// The smallest program that waits for messages: what the C++ run time alone costs until then (script/measure).
+// The smallest program that waits for messages.
 #include <windows.h>
 
 int WinMain(HINSTANCE, HINSTANCE, LPWSTR, int) {

@@ -67,10 +67,10 @@ const KnownLoss single[] = {
     // Reading the settings: taken for missing, or for empty, and written back so.
     {installed, "GetFileAttributesW", SETTINGS_FILE, ON_DISK},
     {installed, "CreateFileW", R"("\MMCMemory\Tarvex\config.xml", 0x80000000)", SETTINGS " " ON_DISK},
-    {installed, reading, SETTINGS_FILE, SETTINGS " " ON_DISK},
+    {installed, "ReadFile", SETTINGS_FILE ",", SETTINGS " " ON_DISK},
     {inPlace, "GetFileAttributesW", SETTINGS_FILE, SETTINGS " +MMCMemory\\_rm_old.exe"},
     {inPlace, "CreateFileW", R"("\MMCMemory\Tarvex\config.xml", 0x80000000)", SETTINGS " +MMCMemory\\_rm_old.exe"},
-    {inPlace, reading, SETTINGS_FILE, SETTINGS " +MMCMemory\\_rm_old.exe"},
+    {inPlace, "ReadFile", SETTINGS_FILE ",", SETTINGS " +MMCMemory\\_rm_old.exe"},
     // Writing the settings in place: the file is cut short.
     {installed | inPlace | alive, "WriteFile", SETTINGS_FILE, SETTINGS},
     // Writing the association's last key: no check looks at it, so it is never written again.
@@ -99,9 +99,9 @@ const KnownLoss single[] = {
     // The screen saver: its settings, its thread, the user's activity (a wait that fails counts as some), the black
     // window, and the driver, which ends the watching when it refuses.
     {alive, "CreateFileW", SAVER_FILE, "~(dims)", 1},
-    {alive, reading, SAVER_FILE, "~(dims)"},
+    {alive, "ReadFile", SAVER_FILE ",", "~(dims)"},
     {alive, "CreateFileW", SAVER_FILE, "~(reloads)", 2},
-    {alive, reading, SAVER_FILE "#2", "~(reloads)"},
+    {alive, "ReadFile", SAVER_FILE "#2,", "~(reloads)"},
     {alive, "CreateThread", "", "~(dims)", 2},
     {alive, "OpenEventW", R"(0x1f0003, 0, "PowerManager/UserActivity_)", "~(dims)"},
     {alive, "PostMessageW", "0x101, 0x401", "~(dims)"},
@@ -114,11 +114,11 @@ const KnownLoss single[] = {
     {alive, "DeviceIoControl", R"("BKL1:", 0x113040c, {c8)", "~(wakes)"},
     // The buzzer: its settings, its thread (a wait that fails clicks), the hook, and the driver.
     {alive, "CreateFileW", BUZZER_FILE, "~(clicks)", 1},
-    {alive, reading, BUZZER_FILE, "~(clicks)"},
+    {alive, "ReadFile", BUZZER_FILE ",", "~(clicks)"},
     {alive, "CreateFileW", BUZZER_FILE, "~(reloads)", 2},
-    {alive, reading, BUZZER_FILE "#2", "~(reloads)"},
+    {alive, "ReadFile", BUZZER_FILE "#2,", "~(reloads)"},
     {alive, "CreateFileW", BUZZER_FILE, "~(clicks again) ~(reloads)", 3},
-    {alive, reading, BUZZER_FILE "#3", "~(clicks again) ~(reloads)"},
+    {alive, "ReadFile", BUZZER_FILE "#3,", "~(clicks again) ~(reloads)"},
     {alive, "CreateThread", "", "~(clicks)", 3},
     {alive, "WaitForMultipleObjects", "2, event, event#2", "~(clicks)"},
     {alive, "SetWindowsHookExW", "", "~(clicks)", 1},
@@ -138,14 +138,13 @@ const KnownLoss single[] = {
     {alive, "GetProcAddressW", "0x20000, ", "~(starts)"},
     {alive, "GetFileAttributesW", DISK_FILE, "~(starts)"},
     {alive, "CreateFileW", DISK_FILE, "~(starts)"},
-    {alive, reading, DISK_FILE, "~(starts)"},
+    {alive, "ReadFile", DISK_FILE ",", "~(starts)"},
     {alive, "CreateProcessW", "", "~(starts)"},
 };
 
 // What is tried again, and then makes up for one failure but not for failing from then on.
 const KnownLoss lasting[] = {
     {alive, "CreateFileW", STATISTICS_FILE, "~" STATISTICS},
-    {alive, "SetFilePointer", STATISTICS_FILE, "~" STATISTICS},
     {alive, "ReadFile", STATISTICS_FILE, "~" STATISTICS},
     {alive, "WriteFile", STATISTICS_FILE, "~" STATISTICS},
     {alive, "CreateThread", "", "~(clicks again)", 5}, // the one before serves on, if there is one

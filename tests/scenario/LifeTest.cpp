@@ -100,7 +100,6 @@ TEST(Life, CostsTheUpdatesOfTheStatisticsAloneWhileNothingHappens) {
     const Lines update{"GetFileAttributesW \\MMCMemory\\Tarvex\\EMMC.xml",
                        "CreateFileW \\MMCMemory\\Tarvex\\EMMC.xml",
                        "ReadFile ",
-                       "ReadFile ",
                        "CloseHandle ",
                        "CreateFileW SHC1:",
                        "DeviceIoControl ",
@@ -126,7 +125,7 @@ TEST(Life, CostsTheUpdatesOfTheStatisticsAloneWhileNothingHappens) {
             EXPECT_EQ(call.thread, 2U) << call.text;
             if (call.function.starts_with("Wait"))
                 calls.push_back(call.function + call.text.substr(call.text.find(',')));
-            else if (call.function != "SetFilePointer") // the two C libraries differ in how they find a file's length
+            else
                 calls.push_back(call.function + ' ' + call.firstText());
         }
         EXPECT_EQ(calls, hour);

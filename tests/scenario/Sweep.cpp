@@ -76,19 +76,7 @@ Where place(Story story, const Call& call) {
     return story == Story::inPlace ? inPlace : alive;
 }
 
-// A file is read in whole once it is open: its first byte, its size, its content. Only the seek to the beginning behind
-// the size counts, and only the last look at the position, which the panel's C run time takes twice.
-bool isOfReading(std::string_view file, const Call& call) {
-    const auto is = [&](const char* rest) { return call.arguments == std::string(file) + rest; };
-    if (call.function == "SetFilePointer")
-        return is(", 0, 2") || (is(", 0, 1") && call.occurrence == call.occurrences) ||
-               (is(", 0, 0") && call.occurrence == 2);
-    return call.function == "ReadFile" && call.arguments.starts_with(std::string(file) + ',');
-}
-
 bool isMeant(const KnownLoss& loss, const Call& call) {
-    if (loss.function == reading)
-        return isOfReading(loss.arguments, call);
     return loss.function == call.function && call.arguments.starts_with(loss.arguments) &&
            (loss.occurrence == 0 || call.occurrence == loss.occurrence);
 }
@@ -137,7 +125,7 @@ Recording recorded(Story story, bool (*isWanted)(const Call& call)) {
     for (auto call = calls.begin(); call != calls.end(); ++call)
         for (auto former = calls.begin(); former != call; ++former)
             if (isAlike(*former, *call))
-                call->occurrence = call->occurrences = ++former->occurrences;
+                call->occurrence = former->occurrence + 1;
     return {calls, panel.endState()};
 }
 

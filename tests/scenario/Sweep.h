@@ -9,7 +9,6 @@
 // With names in the place of handles among its arguments: "\\file"#2 is what the second opening of the file has given.
 struct Call : TracedCall {
     std::uint32_t occurrence = 1; // among the process's calls with the same arguments
-    std::uint32_t occurrences = 1; // of such calls
 };
 
 // When a test fails: what a row of KnownLosses.cpp needs. The other: as tests are named.
@@ -38,8 +37,6 @@ extern const std::span<const KnownLoss> lastingLosses;
 extern const std::span<const KnownLoss> cutLosses;
 
 inline constexpr const char* flashWritable = "the flash is writable";
-// In a row's `function`: each call of the reading of the file in `arguments` whose failure leaves its content unknown.
-inline constexpr std::string_view reading = "reading";
 
 // An undisturbed run: those of its calls that are wanted, a thread's after the other's, and the state that it leads to.
 struct Recording {
