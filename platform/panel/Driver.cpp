@@ -332,7 +332,22 @@ std::vector<Fault> Driver::faults() {
     return result;
 }
 
+void Driver::releaseCalls() {
+    Call call;
+    for (FaultRecord& fault : call.image.faults)
+        if (fault.action == FaultAction::hold) {
+            fault.action = FaultAction::none;
+            call.image.faultCount.fetch_sub(1, std::memory_order_relaxed);
+        }
+    for (Slot thread = 1; thread <= call.image.threadsUsed; ++thread) {
+        const ThreadRecord& record = scheduler::at(call.image, thread);
+        if (record.state == ThreadState::waiting && record.waitKind == WaitKind::held)
+            scheduler::release(call.image, thread, 0);
+    }
+}
+
 void Driver::clearFaults() {
+    releaseCalls();
     Call call;
     for (FaultRecord& fault : call.image.faults)
         fault.action = FaultAction::none;

@@ -72,29 +72,43 @@ Gate::Gate(Function called, Plain)
       call{called, ++thread.calls[static_cast<std::size_t>(called)], {}, currentCall},
       tracing(runtime.image().tracing.load(std::memory_order_relaxed)) {
     currentCall = &call;
-    // The counters are read without the lock: a program without faults and trace must not pay for it.
-    if (runtime.image().faultCount.load(std::memory_order_relaxed))
-        applyFaults();
+}
+
+void Gate::begin() {
     if (tracing) {
         const Lock lock(runtime.image());
         begun = clock::now(runtime.image());
     }
+    // The counters are read without the lock: a program without faults and trace must not pay for it.
+    if (runtime.image().faultCount.load(std::memory_order_relaxed))
+        applyFaults();
+}
+
+bool Gate::isMeant(const FaultRecord& fault) const {
+    const ProcessRecord& self = runtime.processRecord();
+    return fault.action != FaultAction::none && fault.function == static_cast<std::uint32_t>(call.function) &&
+           (fault.program[0] == 0 || equalCaseBlind(fault.program, runtime.image().programs[self.program].name)) &&
+           (fault.start == 0 || fault.start == self.start) && (fault.thread == 0 || fault.thread == thread.number) &&
+           (fault.ever ? call.number >= fault.call : call.number == fault.call);
 }
 
 void Gate::applyFaults() {
     Image& panel = runtime.image();
     Lock lock(panel);
-    const ProcessRecord& self = runtime.processRecord();
     for (FaultRecord& fault : panel.faults) {
-        const bool meant =
-            fault.action != FaultAction::none && fault.function == static_cast<std::uint32_t>(call.function) &&
-            (fault.program[0] == 0 || equalCaseBlind(fault.program, panel.programs[self.program].name)) &&
-            (fault.start == 0 || fault.start == self.start) && (fault.thread == 0 || fault.thread == thread.number) &&
-            (fault.ever ? call.number >= fault.call : call.number == fault.call);
-        if (!meant)
+        if (fault.action != FaultAction::hold || !isMeant(fault) || scheduler::at(panel, slot()).driver)
             continue;
         ++fault.hits;
-        if (fault.action == FaultAction::cut && !self.driver) {
+        while (isMeant(fault) && fault.action == FaultAction::hold) {
+            scheduler::at(panel, slot()).waitKind = WaitKind::held;
+            block(lock, panel, slot(), never);
+        }
+    }
+    for (FaultRecord& fault : panel.faults) {
+        if (fault.action == FaultAction::hold || !isMeant(fault))
+            continue;
+        ++fault.hits;
+        if (fault.action == FaultAction::cut && !runtime.processRecord().driver) {
             if (panel.storage != StoragePolicy::torn || call.function != Function::WriteFile)
                 cutPower(lock, fault.sectors);
             tears = fault.sectors;

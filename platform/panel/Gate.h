@@ -73,6 +73,7 @@ public:
     template<class... Arguments>
     explicit Gate(Function called, const Arguments&... arguments) : Gate(called, Plain{}) {
         (shows(arguments), ...);
+        begin();
     }
     ~Gate();
     Gate(const Gate&) = delete;
@@ -151,6 +152,8 @@ public:
 private:
     struct Plain {};
     Gate(Function called, Plain);
+    void begin();
+    bool isMeant(const FaultRecord& fault) const;
     void applyFaults();
     [[noreturn]] void cutPower(Lock& lock, std::uint32_t sectors);
 

@@ -204,6 +204,11 @@ TEST_F(PanelCommand, ChoosesWhatACutLeavesOfFiles) {
     succeed("wait --window ORVATarvexHelper");
     succeed("fault add WriteFile --cut --sectors 1");
     EXPECT_EQ(json("fault list").at(0).at("sectors"), 1);
+    succeed("fault add Sleep --hold");
+    isMisused("fault add Sleep --hold --cut", "--hold");
+    EXPECT_EQ(json("fault list").at(1).at("hold"), true);
+    succeed("fault release");
+    EXPECT_EQ(json("fault list").size(), 1U);
     const std::string log = call("log").text;
     succeed("cut --sectors 1");
     EXPECT_EQ(call("log").text, log.substr(0, 512));

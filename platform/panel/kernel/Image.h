@@ -117,8 +117,8 @@ struct ProcessRecord {
 
 enum class ThreadState : std::uint32_t { free, running, waiting };
 // The reason of a wait: Sleep, kernel objects, a critical section, GetMessageW, the reply to a sent message, a device
-// that blocks or delays.
-enum class WaitKind : std::uint32_t { none, time, objects, section, message, reply, device };
+// that blocks or delays, a fault that holds the call.
+enum class WaitKind : std::uint32_t { none, time, objects, section, message, reply, device, held };
 
 // A thread with its wait and its message queues. The scheduler (Scheduler.h) changes the state.
 struct ThreadRecord {
@@ -233,8 +233,8 @@ struct ClockRecord {
 // through handles that are closed. `torn`: that, and some sectors of the rest.
 enum class StoragePolicy : std::uint32_t { kept, closed, torn };
 
-// `fail`: the call fails; `cut`: the power is cut at the call; `none`: the record is free.
-enum class FaultAction : std::uint32_t { none, fail, cut };
+// `fail`: the call fails; `cut`: the power is cut at the call; `hold`: the call waits; `none`: the record is free.
+enum class FaultAction : std::uint32_t { none, fail, cut, hold };
 
 // An injected fault (Driver.h). All conditions must match the call.
 struct FaultRecord {
