@@ -15,8 +15,8 @@ class XMLElement;
 // The constructor reads the document, the start-up steps change the fields in memory, and `save` writes the whole
 // document. The destructor does not save. Failures are not reported: a missing document gives the defaults, a document
 // that cannot be read counts as empty, and a failed `save` leaves the file as saveDocument describes. Only the main
-// thread uses the object, during start-up. A "Directory" element without the attribute "Name" deliberately blocks the
-// constructor for ever.
+// thread uses the object, during start-up. If a "Directory" element lacks the attribute "Name", the constructor
+// deliberately never returns.
 class HelperSettings {
 public:
     // Reads the document. Program code uses `instance` and does not create an object of its own.
@@ -27,8 +27,8 @@ public:
     // Returns the settings of the process. The first call reads the document.
     static HelperSettings& instance();
 
-    // Replaces the document. A restore request that is not in progress, or has no repository path, is written without
-    // its details: only "InProgress" is kept.
+    // Replaces the document. If a restore request is not in progress, or has no repository path, only its attribute
+    // "InProgress" is written.
     void save() const;
 
     // Returns the first restore request that is in progress, or null. The pointer is valid until the list changes.
@@ -37,8 +37,8 @@ public:
     // The requests in the order of the document. Requests that are not in progress, or lack a repository path or
     // "Components", are not read.
     std::vector<RestoreRequest> restoreRequests;
-    // Directories whose leftovers the next start deletes, in the order of the document. An empty path makes every later
-    // start fail.
+    // The cleanup directories, in the order of the document: the next start deletes the leftovers in them. An empty
+    // path makes every later start fail.
     std::vector<std::wstring> cleanupDirectories;
     // The attribute "LogLevel". The helper reads it and writes it back, and does not use it: the threshold of the log
     // is set independently. It is 2 if there is no document or the attribute is not a number, and 0 if the document

@@ -1,42 +1,50 @@
 // The self-installation: copies the application and the helper into the installation directory \MMCMemory\Tarvex,
-// deletes the place that the helper was started from, and deletes leftovers at the next start.
+// deletes the file or folder that the helper was started from, and deletes leftovers at the next start.
 //
-// Call all functions on the main thread during start-up. A step that cannot be done throws an OrvaUtils::Exception with
-// the message given below; the exception ends the start-up. Leftovers are files that were in use: they carry the prefix
-// "_rm_" (IFileSystem).
+// Call all functions on the main thread during start-up. A function that fails throws an OrvaUtils::Exception with the
+// message given below; the exception ends the start-up. Leftovers are files and directories that could not be deleted
+// because they were in use; they were renamed with the prefix "_rm_" (IFileSystem). The cleanup directories are the
+// list in HelperSettings: the next start deletes the leftovers there.
 #pragma once
 
 #include <string>
 
-// Returns the full path that this helper was started by. The platform is asked once. Throws "Generic Exception" if the
-// platform does not know the path: an empty path in the list of cleanup directories would make every later start fail.
+// Returns the full path of the executable of this process. The path does not change if the file is renamed. Throws
+// "Generic Exception" if GetModuleFileNameW fails. Without this exception the empty path would get into the list of
+// cleanup directories, and every later start would fail.
 const std::wstring& ownExecutable();
 
-// Tells whether a disk, such as "Hard Disk", holds the file Tarvex\Tarvex.exe.
+// Returns true if the volume `disk`, for example "Hard Disk" (without a backslash), holds the file Tarvex\Tarvex.exe.
 bool diskHoldsApplication(const std::wstring& disk);
-// Tells whether "Hard Disk" or "Hard Disk2" holds the application.
+// Returns true if the volume "Hard Disk" or "Hard Disk2" holds the application.
 bool anyDiskHoldsApplication();
-// Returns the application's folder on the first disk that holds the application: "Hard Disk", then "Hard Disk2". Throws
-// "Tarvex not found in any external disk".
+// Returns the application's folder on "Hard Disk", or on "Hard Disk2" if only that volume holds the application. Throws
+// "Tarvex not found in any external disk" if neither does.
 std::wstring findApplicationSource();
 
-// Installs what is missing. If Tarvex.exe is not installed and a disk holds the application, copies the application's
-// whole folder from that disk; files that are installed already stay. Otherwise copies only the running helper. The
-// place that the helper was started from does not matter for this choice. Throws the exceptions of `copyHelperFile`; a
-// folder copy skips files that it cannot copy.
+// Installs the application and the helper. The caller must have checked that TarvexHelper.exe is not installed: an
+// installed helper is never replaced.
+//
+// If Tarvex.exe is not installed and a volume holds the application (`findApplicationSource`), copies the application's
+// whole folder from there, even if the helper was started from elsewhere. Files that exist in the installation
+// directory stay, and files that cannot be copied are skipped without a report. In all other cases copies only the
+// running helper with `copyHelperFile`, and throws its exceptions.
 void installApplication();
-// Copies the helper and replaces `destination`, unless the destination is read-only or in use. Creates the
-// destination's directory if only the last level is missing. Throws "Cannot find <source> to copy" and "Cannot copy
-// <source> to <destination>".
+// Copies a file over `destination`. Creates the directory of `destination` if only its last level is missing. Throws
+// "Cannot find <source> to copy" if `source` does not exist. Throws "Cannot copy <source> to <destination>" if the copy
+// fails, for example because the destination is read-only or in use.
 void copyHelperFile(const std::wstring& source, const std::wstring& destination);
 
-// Deletes the place that the helper was started from, and adds the directory of its leftovers to the settings.
+// Deletes the file or folder that the helper was started from. Adds the directory that may then hold leftovers to the
+// cleanup directories.
 //
-// On an external disk, and in the legacy folder \MMCMemory\ORVATarvex, this deliberately deletes the whole folder of
-// the executable; its parent directory is added. Anywhere else it deletes the executable only, and adds its directory.
-// In the root of a disk the whole folder is the whole disk, and the added path is empty.
+// If the executable lies in the legacy folder \MMCMemory\ORVATarvex, or its path begins with \Hard Disk (as on \Hard
+// Disk2), deliberately deletes the executable's whole folder and adds the parent of that folder. Otherwise, for example
+// on \USB Disk, deletes only the executable and adds the executable's folder. Warning: if the executable lies in the
+// root of \Hard Disk, this deletes all files of the disk. It then adds an empty path, which makes every later start
+// fail.
 void registerStartLocationForCleanup();
-// Deletes the leftovers in the directories that the settings list. A directory that still has leftovers stays in the
-// list and is logged; the others are removed from the list. The directories themselves stay on the panel. Throws
-// FileSystemException "Invalid directory name" for an empty path in the list.
+// Deletes the leftovers in all cleanup directories, but not the directories themselves. Removes a directory from the
+// list if it has no leftovers any more. A directory that still has leftovers stays in the list and is logged. Throws
+// FileSystemException "Invalid directory name" if the list holds an empty path.
 void cleanupRegisteredDirectories();

@@ -12,8 +12,8 @@ class USBDeviceMonitor;
 class ModuleManager {
 public:
     // Creates the screen saver, the buzzer and the configuration applier, in this order. The dispatcher and the monitor
-    // are not owned and must live longer. The exception of a module passes through; modules that exist by then are not
-    // deleted and stay until the process ends.
+    // are not owned and must live longer. If the creation of a module throws, the exception passes through, and the
+    // modules that were created before are never deleted.
     ModuleManager(IPCDispatcher& dispatcher, USBDeviceMonitor& usbMonitor);
     ModuleManager(const ModuleManager&) = delete;
     ModuleManager& operator=(const ModuleManager&) = delete;

@@ -12,8 +12,8 @@ inline constexpr wchar_t HELPER[] = L"\\MMCMemory\\Tarvex\\TarvexHelper.exe";
 inline constexpr wchar_t APPLICATION_FILE_NAME[] = L"Tarvex.exe";
 inline constexpr wchar_t APPLICATION_NAME[] = L"Tarvex";
 
-// Returns the full path that the running program was started by, or an empty text if the platform does not know the
-// path. A path longer than 260 characters is cut. Any thread may call.
+// Returns the full path of the running executable, or an empty text if GetModuleFileNameW fails. A path longer than 260
+// characters is cut. Any thread may call.
 std::wstring runningExecutable();
 
 } // namespace Paths

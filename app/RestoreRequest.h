@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
-// A restore of a software repository that the application has recorded in "config.xml". The helper only keeps the
-// request and starts the application if the request is in progress; the application performs the restore and defines
-// the meaning of the fields below `inProgress`.
+// A restore of a software repository that the application has recorded in "config.xml". If a request is in progress,
+// the helper starts the application, which performs the restore. The helper only stores the fields below `inProgress`;
+// the application defines their meaning.
 struct RestoreRequest {
     bool inProgress = false;
     std::wstring repositoryPath; // the ".osr" file

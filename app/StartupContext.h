@@ -6,8 +6,8 @@
 
 // The data that the steps of the start-up sequence share.
 struct StartupContext {
-    // The sequence sets this if the helper was not started from its installation path: the installed helper must take
-    // over.
+    // The sequence sets this if the helper was not started from its installation path. The caller must then start the
+    // installed helper.
     bool restartNeeded = false;
     // A backup of the Zentrix runtime. Its existence means that a cleanup is pending.
     std::wstring zentrixBackupPath = inZentrixDirectory(L"_backup_ZentrixHMICE.exe");

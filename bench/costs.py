@@ -230,7 +230,7 @@ def compare(measured, document):
 def main(panel_command, folder, document=None):
     least = Program(folder, "Least")
     measured = {}
-    print("| operation | instructions | the least | ratio | platform calls of both | more of the helper |\n"
+    print("| operation | instructions | the least | ratio | platform calls of both | additional calls of the helper |\n"
           "|---|---:|---:|---:|---|---|")
     for life in LIVES:
         costs, written = lead_twice(panel_command, Program(folder, life.program), life, False)

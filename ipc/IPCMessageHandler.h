@@ -12,7 +12,8 @@ class IPCMessageHandler {
 public:
     // Handles one message. By convention `wParam` holds the command code and `lParam` its argument, a signed 32-bit
     // integer. Returns one of the values of CommandResult; a client that sends the message receives it, a client that
-    // posts the message receives nothing. An exception ends the message loop and with it the helper.
+    // posts the message receives nothing. An exception that leaves the function ends the message loop, and then the
+    // helper with exit code 1.
     virtual std::uint32_t handleMessage(HWND window, UINT message, WPARAM wParam, LPARAM lParam) = 0;
     // The destructor of a module may throw: see IModule.
     virtual ~IPCMessageHandler() noexcept(false) = default;

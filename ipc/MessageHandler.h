@@ -6,8 +6,8 @@ namespace indev {
 
 // A handler of any window message of a MessageOnlyWindow.
 //
-// The window calls the handler on the thread of its message loop and does not own it. The destructor deliberately comes
-// first here and last in IPCMessageHandler.
+// The window calls the handler on the thread of its message loop and does not own it. The destructor is deliberately
+// the first virtual function here, but the last one in IPCMessageHandler.
 class MESSAGEHANDLER {
 public:
     virtual ~MESSAGEHANDLER() = default;

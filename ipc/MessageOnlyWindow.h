@@ -7,36 +7,35 @@
 #include <memory>
 #include <string>
 
-// A hidden window of a named class and the message loop of its thread. Other processes find the window by the class
-// name.
+// A hidden window and its message loop. Other processes find the window by the name of its class.
 //
 // Threads: one thread, the loop thread, calls `create`, `run` and the destructor. The platform delivers messages only
 // to the thread that created the window, and only this thread can destroy the window. Any thread may call
-// `registerHandler`, `clearHandlers` and `stop` while the object exists. The destructor may run while another thread
-// still waits in a `stop` that has ended the loop, but not while a thread enters `stop`.
+// `registerHandler`, `clearHandlers` and `stop` while the object exists. No other thread may call an operation when the
+// destructor begins. There is one exception: a thread may still be waiting in a `stop` that it has called before.
 //
 // Handlers run on the loop thread, one at a time. A registration by another thread waits until the running handler has
 // returned.
 //
-// Errors are standard exceptions with the texts given below. An exception that leaves a handler ends `run` and comes
-// out of it, even if another thread or process sent the message; the sender then receives 0. An exception that leaves
-// the handler of WM_CREATE is lost: `create` fails instead.
+// Errors are standard exceptions with the texts given below. An exception that leaves a handler ends `run`, and `run`
+// rethrows it. If another thread or process has sent the message, the sender receives 0. An exception that leaves the
+// handler of WM_CREATE is lost: `create` fails instead.
 class MessageOnlyWindow {
 public:
     // Creates no window yet.
     MessageOnlyWindow();
     MessageOnlyWindow(const MessageOnlyWindow&) = delete;
     MessageOnlyWindow& operator=(const MessageOnlyWindow&) = delete;
-    // Destroys the window, unless it is gone already, and unregisters its class.
+    // Destroys the window, if it still exists, and unregisters its class.
     ~MessageOnlyWindow();
 
-    // Registers the window class and creates the window. Does nothing if the window was created before, whatever the
-    // name. Throws "Failed to register message only window class" or "Failed to create message only window". After a
-    // failure there is neither a class nor a window, and `create` may be called again.
+    // Registers the window class and creates the window. Does nothing if the window was created before, even with
+    // another class name. Throws "Failed to register message only window class" or "Failed to create message only
+    // window". After a failure there is neither a class nor a window, and `create` may be called again.
     void create(const std::wstring& className);
     // Binds a message to a handler, which is not owned. A later handler for the same message replaces the earlier one.
     void registerHandler(UINT message, indev::MESSAGEHANDLER* handler);
-    // Forgets all handlers: from now on DefWindowProcW answers every message.
+    // Removes all handlers: from now on DefWindowProcW handles every message.
     void clearHandlers();
     // Runs the message loop, which serves all windows of the calling thread. The loop ends when it has dispatched
     // WM_CLOSE to this window, when it receives WM_QUIT, or when a handler throws. Creates the window, with a generated
@@ -49,9 +48,9 @@ public:
     // without a limit until the loop has ended. If the loop thread calls `run` again before the waiting thread wakes,
     // `stop` waits for that loop, too.
     //
-    // Returns false at once if the window was never created or the message queue is full; the loop then continues. On
-    // another thread it never returns if the window was destroyed while the loop runs: a WM_CLOSE that was sent and not
-    // posted does this, and that loop does not end.
+    // Returns false at once if the window was never created or the message queue is full; the loop then continues.
+    // Warning: if a program sends WM_CLOSE to the window instead of posting it, the window is destroyed but the loop
+    // continues. A `stop` on another thread then never returns.
     bool stop();
 
 private:

@@ -30,7 +30,7 @@ private:
     // Finds the implementation of a window handle.
     class WindowMap;
 
-    // Marks the loop as ended in its destructor, however the loop ends.
+    // Its destructor marks the loop as ended, whether the loop returns or throws.
     class LoopEnd {
     public:
         explicit LoopEnd(Implementation& implementation) : ended(implementation) {}
@@ -65,5 +65,5 @@ private:
     std::wstring className;
     std::atomic<DWORD> loopThreadId = 0; // 0: no loop runs
     bool gone = false; // WM_DESTROY has arrived
-    std::exception_ptr failure; // the first exception that left a handler and was not yet rethrown
+    std::exception_ptr failure; // the first exception of a handler that `run` has not rethrown yet
 };

@@ -8,10 +8,10 @@
 
 namespace indev {
 
-// A CRITICAL_SECTION of the platform that knows its owner.
+// A critical section that wraps the platform's CRITICAL_SECTION and stores which thread owns it.
 //
-// A leave by a thread that is not the owner ends here. The platform would corrupt the critical section, and a later
-// enter could wait for ever.
+// If a thread that is not the owner calls `leave`, this class ignores the call. LeaveCriticalSection would corrupt the
+// critical section, and a later `enter` could wait for ever.
 class WindowsCriticalSection : public ICriticalSection {
 public:
     WindowsCriticalSection();

@@ -7,14 +7,17 @@
 
 #include <atomic>
 
-// The worker thread of a monitor: it starts and stops the thread and knows whether it runs. It is the base class of all
-// monitors; a derived class supplies the loop that runs on the thread and the exception that reports failures.
+// The base class of all monitors: it starts and stops the monitor's worker thread and knows whether the thread runs. A
+// derived class supplies two functions: the loop that runs on the thread, and the function that throws the monitor's
+// exception.
 //
 // Threads: one owner thread calls all public operations. The loop runs on the worker thread.
 //
-// Lifetime: the owner creates a monitor with `new` and ends it with `stopAndDelete`. An owner that has other objects
-// which depend on the monitor calls `stop` and then asks `hasEnded`. The destructor of a monitor also stops the thread
-// and may throw the exception of `stop`. A monitor must not be deleted while its thread runs.
+// Lifetime: the owner creates a monitor with `new` and destroys it with `stopAndDelete`, which keeps the monitor in
+// memory if the thread does not end. If the thread uses other objects too, the owner calls `stop` itself, and deletes
+// these objects and the monitor only if `hasEnded` then returns true. If nobody has called `stop`, the destructor of
+// the monitor calls it and may throw its exception. The monitor is gone then, even if the thread still runs, so do not
+// rely on the destructor.
 class MonitorThread {
 public:
     MonitorThread(const MonitorThread&) = delete;
@@ -22,40 +25,45 @@ public:
 
     // Starts the thread. Returns false if the monitor is running already, otherwise true.
     //
-    // Waits until the thread has decided: it runs its loop, or it gives up and ends. The wait lasts 20000 ms at most;
-    // if the wait fails twice, `start` returns at once. If CreateThread fails, the result is true all the same, and
-    // `hasEnded` is true. If an undecided thread of an earlier start exists, its handle is closed and `hasEnded` tells
-    // about the new thread.
+    // Waits until the new thread has either entered its loop or ended, at most 20000 ms. If the wait function fails
+    // twice, `start` returns at once. If CreateThread fails, `start` still returns true, and `hasEnded` then returns
+    // true, too.
+    //
+    // A thread of an earlier `start` may still exist that has neither entered its loop nor ended. In this case `start`
+    // closes the handle of that thread, and `hasEnded` refers to the new thread only.
     bool start();
-    // Stops the thread: sets the stop event and waits for the thread to end, 20000 ms at most. Does nothing unless the
-    // monitor is running. Throws the monitor's exception "Failed to terminate monitor thread" after a time-out, or if
-    // the wait fails twice. `stop` may then be called again.
+    // Stops the thread: sets the stop event and waits for the thread to end, at most 20000 ms. Does nothing if the
+    // monitor is not running. Throws the monitor's exception "Failed to terminate monitor thread" after a time-out, or
+    // if the wait function fails twice. After the exception `stop` may be called again.
     void stop();
-    // Tells whether no thread uses the monitor, so that it can be deleted: there never was a thread, or it has ended.
+    // Returns true if no thread uses the monitor: no thread was created, or the thread has ended. The monitor can then
+    // be deleted.
     bool hasEnded() const;
 
 protected:
-    // The loop of the monitor, which runs on the thread; its result is the thread's exit code. A loop that gives up
-    // returns at once. A loop that runs sets `running`, calls `tellDecision` and continues until the stop event is set.
+    // The loop of the monitor. It runs on the thread, and its result is the thread's exit code. If the loop cannot do
+    // its work, it returns at once. Otherwise it sets `running`, calls `tellDecision` and continues until the stop
+    // event is set.
     using Loop = DWORD (*)(MonitorThread& monitor);
     // Throws the monitor's exception with this message.
     using Failure = void (*)(const wchar_t* message);
-    // Decides whether the handles of the thread and the events are closed.
+    // Says whether the monitor closes the handles of its thread and events.
     enum class Handles { Close, LeaveOpen };
 
     // Stores its arguments and creates nothing.
     MonitorThread(Loop loopToRun, Failure failureToThrow, Handles ofThreadAndEvents = Handles::Close);
     ~MonitorThread();
 
-    // Creates the events. The constructor of the monitor calls it once. Throws the monitor's exception "Cannot create
-    // event".
+    // Creates the two events. The constructor of the derived class calls this once. Throws the monitor's exception
+    // "Cannot create event".
     void createEvents();
-    // Tells `start` that the loop runs.
+    // Wakes `start`: the thread has entered its loop.
     void tellDecision();
-    // Tells whether there is a thread handle: the last `start` created a thread, and no `stop` has seen its end.
+    // Returns true if the object holds a thread handle: the last `start` created a thread, and no `stop` has waited for
+    // its end with success.
     bool hasThread() const;
-    // Stops the thread unless that was done. The destructor of the monitor calls it first, while all data of the thread
-    // exist. Throws the exception of `stop`, unless an exception is in flight.
+    // Calls `stop` if the object holds a thread handle. The destructor of the derived class calls this first, while the
+    // data that the thread uses still exist. Throws the exception of `stop`, unless an exception is in flight.
     void stopAtEnd();
 
     // Calls a wait function, and calls it once more if the first wait fails.
@@ -65,9 +73,9 @@ protected:
         return woken == WAIT_FAILED ? wait() : woken;
     }
 
-    // The loop sets this. A loop that does not clear it at its end lets the monitor start only once.
+    // The loop sets this flag. If the loop does not clear the flag at its end, the monitor can be started only once.
     std::atomic<bool> running = false;
-    // INVALID_HANDLE_VALUE means that there is no thread or that its end was seen. Null means that CreateThread failed.
+    // INVALID_HANDLE_VALUE: no thread was created yet, or `stop` has waited for its end. Null: CreateThread failed.
     HANDLE threadHandle = INVALID_HANDLE_VALUE;
     HANDLE stopEvent = nullptr; // auto-reset
 
@@ -82,8 +90,8 @@ private:
     Handles handles;
 };
 
-// Stops a monitor and deletes it. If the thread does not end, the monitor stays in memory until the process ends. Then
-// throws the exception of `stop`, unless an exception is in flight.
+// Stops a monitor and deletes it. If the thread does not end, the monitor is not deleted and stays in memory until the
+// process ends. If `stop` has thrown an exception, rethrows it at the end, unless another exception is in flight.
 template<class Monitor>
 void stopAndDelete(Monitor* monitor) {
     OrvaUtils::Teardown steps;

@@ -5,7 +5,7 @@ namespace OrvaUtils::Concurrency {
 // A critical section: it lets only one thread of the process run the guarded code at a time.
 //
 // It is recursive: the owning thread may enter again, and must leave as often as it entered. Both operations always
-// succeed and answer nothing. ISystem::createCriticalSection creates a critical section.
+// succeed. ISystem::createCriticalSection creates a critical section.
 class ICriticalSection {
 public:
     // Waits without a limit until no other thread owns the critical section.

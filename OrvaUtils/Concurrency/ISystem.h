@@ -14,7 +14,8 @@ namespace OrvaUtils::Concurrency {
 // The platform's threads, events, critical sections, processes and time.
 //
 // The create operations return a new object, which the caller owns and deletes, or null if memory is short. Operations
-// of these interfaces report failures by their results and do not throw. The only exception is IProcess::getParameter.
+// of these interfaces report failures by their return values and do not throw. The only exception is
+// IProcess::getParameter.
 class ISystem {
 public:
     // Returns the milliseconds since the system started as a 64-bit number. The platform's counter has 32 bits and

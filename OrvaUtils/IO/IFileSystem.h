@@ -7,31 +7,31 @@
 
 namespace OrvaUtils::IO {
 
-// Marks leftovers: a file or directory that is in use cannot be deleted, so it gets a name with this prefix instead.
-// `cleanupDirectory` deletes leftovers later.
+// The prefix of leftovers. A file or directory that is in use cannot be deleted, so it is renamed to a name with this
+// prefix. `cleanupDirectory` deletes leftovers later.
 inline constexpr wchar_t RENAME_AWAY_PREFIX[] = L"_rm_";
 
 // The file system: tests, copies, moves, deletes and lists files and directories, and computes paths.
 //
-// Paths are absolute and begin with a volume; there are no drive letters: \NANDFlash\ZentrixHMI. An operation on one
-// file returns false if the platform call fails, and leaves the file as the platform left it. An operation on a
-// directory tree throws FileSystemException for an empty path; it skips entries that it cannot handle and reports
-// nothing.
+// Paths are absolute and begin with a volume, for example \NANDFlash\ZentrixHMI. There are no drive letters. Unless its
+// comment says otherwise, an operation on one file returns false if the platform call fails; it does not undo partial
+// changes. An operation on a directory tree throws FileSystemException for an empty path. It skips entries that it
+// cannot handle, and does not report them.
 //
 // The object has no state and no lock. Any thread may call any operation. Threads that work on the same directories
-// must order their calls themselves.
+// must synchronise their calls.
 //
-// The operations that combine others are implemented here, so that every implementation shares them.
+// Operations that only combine other operations are implemented in this class; a derived class inherits them.
 class IFileSystem {
 public:
     virtual ~IFileSystem() = default;
 
-    // Tells whether the path names something that exists and is not a directory.
+    // Returns true if the path exists and is not a directory.
     virtual bool isFile(const std::wstring& path) = 0;
-    // Tells whether the path names an existing directory.
+    // Returns true if the path is an existing directory.
     virtual bool isDirectory(const std::wstring& path) = 0;
 
-    // Returns the character between the names of a path, a backslash.
+    // Returns the separator of paths, a backslash.
     virtual wchar_t getSeparator() = 0;
     // Removes separators at the end and reduces each run of separators to one separator.
     virtual std::wstring normalizePath(const std::wstring& path) = 0;
@@ -46,13 +46,14 @@ public:
     // Replaces every "/" with the separator.
     virtual std::wstring toNativeSeparators(const std::wstring& path) = 0;
 
-    // Creates the last directory of the path. Returns false if its parent is missing or the name exists.
+    // Creates one directory. Returns false if its parent directory is missing, or if the path exists already.
     virtual bool createDirectory(const std::wstring& path) = 0;
     // Creates all missing directories of the path. Returns true only if the last missing directory was created. The
     // result is deliberately false if the whole path exists already.
     virtual bool createDirectories(const std::wstring& path) = 0;
-    // Tells whether `path` begins with `parent`. The comparison is case-insensitive and ignores repeated separators. It
-    // compares text only: \A\BC lies under \A\B. Every path lies under the empty parent.
+    // Returns true if the text of `path` begins with the text of `parent`. The comparison is case-insensitive and
+    // ignores repeated separators. It does not look for a separator after `parent`: \A\BC counts as a subpath of \A\B.
+    // Every path is a subpath of the empty path.
     virtual bool isSubPath(const std::wstring& parent, const std::wstring& path) = 0;
     // Lists the entries of a directory whose names match the pattern ("*" and "?" are wildcards). The list is empty if
     // the pattern is empty or the directory cannot be listed.
@@ -62,20 +63,21 @@ public:
     // Copies a file. Returns false if the destination exists and `overwrite` is false. A read-only or busy destination
     // makes the copy fail.
     virtual bool copyFile(const std::wstring& source, const std::wstring& destination, bool overwrite) = 0;
-    // Copies a file like `copyFile`, but deletes or renames an existing destination first. A read-only or busy
-    // destination therefore does not stop the copy.
+    // Copies a file. If the destination exists and `overwrite` is false, changes nothing and returns false. If the
+    // destination exists and `overwrite` is true, first deletes the destination or renames it with the prefix "_rm_". A
+    // read-only or busy destination therefore does not make the copy fail.
     virtual bool copyFileReplacing(const std::wstring& source, const std::wstring& destination, bool overwrite) = 0;
     // Moves or renames a file or directory. Returns false if the destination exists.
     virtual bool moveFile(const std::wstring& source, const std::wstring& destination) = 0;
-    // Moves a file after it has deleted or renamed an existing destination.
+    // Moves a file. If the destination is an existing file, first deletes it or renames it with the prefix "_rm_".
     virtual bool moveFileReplacing(const std::wstring& source, const std::wstring& destination);
     // Deletes a file, even a read-only file. Returns false if the file is missing or in use.
     virtual bool deleteFile(const std::wstring& path) = 0;
     // Deletes a file. If that fails, renames the file with the prefix "_rm_"; a file that already has the prefix keeps
     // its name. Always returns true.
     virtual bool deleteOrRenameFile(const std::wstring& path);
-    // Does the same and sets `newName` to the path chosen for the rename. The rename itself may have failed, and the
-    // file may never have existed. `newName` stays unchanged if no rename was tried.
+    // Does the same and sets `newName` to the new path if it tries to rename the file. The rename may have failed, and
+    // the file may never have existed. If no rename is tried, `newName` stays unchanged.
     virtual bool deleteOrRenameFile(const std::wstring& path, std::wstring& newName);
 
     // Copies a directory tree. The destination deliberately comes first, unlike in the file operations. The parent of
@@ -89,20 +91,20 @@ public:
     // Deletes a directory tree. Entries that are in use get the prefix "_rm_", and so do the directories that still
     // hold such entries. Always returns true. Throws FileSystemException "Invalid directory name" for an empty path.
     virtual bool deleteDirectoryOrRename(const std::wstring& path);
-    // Does the same and sets `newName` to the path chosen for the rename of the directory, or to `path` if none was
-    // tried.
+    // Does the same. Sets `newName` to the new path if it tries to rename the directory itself, otherwise to `path`.
+    // The rename may have failed.
     virtual bool deleteDirectoryOrRename(const std::wstring& path, std::wstring& newName);
-    // Deletes or renames, in the same way, the direct entries that match `pattern` and do not match `excludedPattern`.
-    // The directory itself stays. An empty `excludedPattern` excludes nothing. Throws FileSystemException "Invalid
-    // directory name" for an empty path.
+    // Deletes the entries of a directory that match `pattern` and do not match `excludedPattern`, with their
+    // subdirectories. Entries that are in use get the prefix "_rm_". The directory itself stays. An empty
+    // `excludedPattern` excludes nothing. Throws FileSystemException "Invalid directory name" for an empty path.
     virtual void deleteDirectoryContents(const std::wstring& path, const std::wstring& pattern,
                                          const std::wstring& excludedPattern);
-    // Deletes the leftovers directly in a directory. A leftover that is still in use stays. Throws FileSystemException
-    // "Invalid directory name" for an empty path.
+    // Deletes the leftovers in a directory, but not those in its subdirectories. A leftover that is still in use stays.
+    // Throws FileSystemException "Invalid directory name" for an empty path.
     virtual void cleanupDirectory(const std::wstring& path);
 
-    // Creates a shortcut file that runs `target` with `arguments`. Puts `target` in double quotes unless it begins with
-    // one. Always returns true, even if the platform call fails.
+    // Creates a shortcut file that runs `target` with `arguments`. Puts `target` in double quotes, unless `target`
+    // already begins with a double quote. Always returns true, even if the platform call fails.
     virtual bool createShortcut(const std::wstring& shortcutPath, const std::wstring& target,
                                 const std::wstring& arguments) = 0;
 

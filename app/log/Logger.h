@@ -26,28 +26,30 @@ inline constexpr std::int32_t Debug = 3;
 // started. The outputs are a set of rotating files, the debugger and the standard output. A file holds one byte per
 // character; characters above 0xFF become "?".
 //
-// Errors: logging never fails and never reports a failure of its own. A line that cannot be written to the file is lost
-// in the file. A line that does not fit into memory is lost completely.
+// Errors: the log does not report failures of its own. If a line cannot be written to the file, the file lacks the
+// line; the other outputs still get it. If memory is short, the line is lost in all outputs.
 //
-// Threads: any thread may write at any time. There is no lock, and no thread waits for another thread. One thread at a
-// time opens or changes the file. Lines that other threads write meanwhile go to the older file, which then exceeds its
-// limit by more than one line; while no file is open, such lines are lost. If there is only one file, a thread can
-// empty it only while no other thread writes; until then the file grows. The settings, the listeners and the queue have
-// no protection: configure the log before other threads write.
+// Threads: any thread may write at any time. There is no lock, and no thread waits for another thread. Only one thread
+// at a time opens a file or rotates to the next file. If other threads write during a rotation, their lines go to the
+// previous file, which may then exceed its limit by several lines. If other threads write while the first file is being
+// opened, their lines are lost. If there is only one file (`setMaxFiles`), it can be emptied only while no other thread
+// writes; until then it grows beyond its limit. The operations that change settings or listeners, and
+// `setImmediate(false)`, are not thread-safe: configure the log before other threads write.
 class Logger {
 public:
     // Creates a log with the defaults given at the setters. Program code uses `instance`.
     Logger() = default;
     Logger(const Logger&) = delete;
     Logger& operator=(const Logger&) = delete;
-    // Outputs the queued lines and closes the file.
+    // Outputs the lines that `setImmediate(false)` has kept in memory, and closes the file.
     ~Logger();
 
-    // Returns the log of the process. The first call creates it. At process exit it outputs its queued lines and closes
-    // its file, but stays in memory: threads that still run may write, and their lines are lost in the file.
+    // Returns the log of the process. The first call creates the log. Process exit outputs the lines that are kept in
+    // memory and closes the file. The object itself is never freed: threads that still run may call it, but their lines
+    // do not reach the file any more.
     static Logger& instance();
 
-    // Tells whether there is any output or listener.
+    // Returns true if at least one output is on or one listener is registered.
     bool isEnabled() const {
         return toFile || toConsole || toDebugger || !listeners.empty();
     }
@@ -55,12 +57,13 @@ public:
     std::int32_t threshold() const {
         return highestLevel;
     }
-    // Tells whether a message of this level should be built.
+    // Returns true if a line of this level would be written. Otherwise the caller need not build its text.
     bool admits(std::int32_t level) const {
         return isEnabled() && threshold() >= level;
     }
 
-    // Writes a line if its level is at most the threshold. The second form makes each byte one character.
+    // Writes a line if `level` is at most the threshold. The second overload converts each byte to the character of the
+    // same value.
     void write(std::wstring_view message, std::int32_t level);
     void write(std::string_view message, std::int32_t level);
     // Joins the parts and writes them as one line. Builds nothing if the level is not admitted.
@@ -77,7 +80,8 @@ public:
     void setToDebugger(bool on);
     // Writes lines to the file. On by default.
     void setToFile(bool on);
-    // Outputs each line at once. On by default. Off keeps the lines in memory until the log ends.
+    // Outputs each line at once. On by default. If this is off, the log keeps all lines in memory and outputs them when
+    // it is destroyed.
     void setImmediate(bool on);
     // Sets the complete path of a single file, which replaces the file names described below. Empty by default.
     void setFilePath(std::wstring path);
@@ -91,8 +95,8 @@ public:
     void setExtension(std::wstring text);
     // Sets the number of rotating files, 1 by default.
     void setMaxFiles(std::int32_t count);
-    // Sets the limit of a file in bytes. When a file has become larger, the next line empties and begins the next file.
-    // 0, the default, means no limit.
+    // Sets the limit of a file in bytes; 0, the default, means no limit. If the current file is larger than the limit
+    // when a line is to be written, the log first empties the next file and writes the line there.
     void setMaxFileSize(std::uint32_t bytes);
     // Sets the highest level that is written, Info by default.
     void setThreshold(std::int32_t level);
@@ -100,12 +104,14 @@ public:
 private:
     void close();
     void writeLine(std::int32_t level, std::initializer_list<std::wstring_view> parts);
-    // `bytes` is the whole line; what is behind its stamp also comes as wide text.
+    // `bytes` is the whole line; its first `stampLength` bytes are time, tick count and level. `message` holds the
+    // parts of the message as wide text.
     void output(std::string_view bytes, std::size_t stampLength, std::initializer_list<std::wstring_view> message);
+    // Acquires the current file for writing. Returns null while no file is open.
     LogFile::Use useCurrent();
-    // Opens the first file, unless another thread is doing that.
+    // Opens the first file, unless another thread is doing so.
     LogFile::Use openFirst();
-    // Changes to the next file, unless another thread is doing that.
+    // Rotates to the next file, unless another thread is doing so.
     void rotate(LogFile::Use& full);
     // Returns the path of the file with this index. -1 means the file that was written last.
     std::wstring pathOf(std::int32_t index);
@@ -122,9 +128,9 @@ private:
     std::int32_t maxFiles = 1;
     std::uint32_t maxFileSize = 0;
     std::int32_t highestLevel = LogLevel::Info;
-    LogFile files[2]; // the current file, and the file before it until its last user has left
+    LogFile files[2]; // the current file, and the previous file as long as a thread still writes to it
     std::atomic<LogFile*> current = &files[0];
-    std::atomic<std::int32_t> changing = 0; // 1: a thread changes the file, or the log is closed
+    std::atomic<std::int32_t> changing = 0; // 1: a thread opens or rotates a file, or the log is closed
     std::int32_t currentIndex = -1; // -1: not determined yet
     std::vector<std::wstring> pending;
     std::vector<LogListener*> listeners;

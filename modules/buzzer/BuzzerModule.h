@@ -12,13 +12,13 @@ class TouchBuzzer;
 //
 // The settings file "TouchBuzzerConfig.xml" in the installation directory says whether the buzzer is enabled and names
 // the frequency in Hz. A negative frequency means the default of the panel's model; the module then writes the default
-// into the file. A file that cannot be read disables the buzzer.
+// into the file. If the file cannot be read, the buzzer is disabled.
 //
 // Command 1 of the message "ORVATarvexBuzzerMsg" reads the file again. It answers 0, or 2 if the file cannot be read.
 // Every other command answers 1.
 //
-// Deliberate: a running buzzer keeps its frequency. A new frequency counts when the buzzer is switched on the next
-// time. A missing driver and a mouse hook that cannot be installed are not reported.
+// Deliberate: a buzzer that is switched on keeps its frequency. A new frequency is used when the buzzer is switched on
+// the next time. A missing driver and a mouse hook that cannot be installed are not reported.
 //
 // Only the main thread uses the module. Its message loop must run: the platform calls the mouse hook there.
 class BuzzerModule : public IModule, public IPCMessageHandler {

@@ -5,41 +5,44 @@
 
 #include <windows.h>
 
-// The mouse hook of the process: it notifies observers of touches, which are presses of the left or right button
-// [dn529147]. Moves and releases do not count.
+// The mouse hook of the process: it notifies observers of touches. A touch is a press of the left or right button, not
+// a move or a release. The id of the platform's documentation page on this hook is dn529147.
 //
-// Threads: the platform calls the hook procedure on the thread that installed the hook, inside its GetMessageW, and
-// holds back input meanwhile. The procedure only sets an auto-reset event, so an observer never delays input. A
-// notification thread waits for the event and calls every observer once. Presses that come while no notification thread
-// waits are merged into one more notification. Only the main thread calls the operations below.
+// Threads: the platform calls the hook procedure on the thread that installed the hook, inside GetMessageW, and holds
+// back all input until the procedure returns. The procedure only sets an auto-reset event, so observers never delay
+// input. A notification thread waits for the event and then calls every observer. If all notification threads are busy,
+// the presses that arrive meanwhile cause a single further notification. Only the main thread may call the operations
+// below.
 //
-// Deliberate: a notification thread never ends, even when the hook is removed. Each installation adds a thread. All
-// threads wait for the same event, and a press wakes one of them.
+// Deliberate: a notification thread runs until the process ends, even after the hook was removed. Each installation
+// starts one more thread. All threads wait for the same event, and a press wakes one of them.
 class MouseHook {
 public:
-    // Returns the one object of the process. The program makes the first call before everything else; it creates the
-    // events. Process exit destroys the object. Throws OrvaUtils::Exception "Cannot create events for mouse hook".
+    // Returns the single object of the process. The first call creates the object and its events; the program makes
+    // this call at its very start. Process exit destroys the object. Throws OrvaUtils::Exception "Cannot create events
+    // for mouse hook".
     static MouseHook& instance();
 
     MouseHook(const MouseHook&) = delete;
     MouseHook& operator=(const MouseHook&) = delete;
 
-    // Installs the hook and starts a notification thread. Returns false, and starts no thread, if a hook is installed
-    // already or the platform cannot install a hook; the platform has room for one hook. If CreateThread fails, the
-    // hook stays installed without a new thread.
+    // Installs the hook and starts a notification thread. Returns false, and starts no thread, if this object has
+    // already installed the hook or SetWindowsHookExW fails, for example because another program has installed a hook.
+    // If CreateThread fails, the hook stays installed without a new thread.
     bool install();
-    // Removes the hook. Returns true even if no hook is installed. Returns false if the platform fails to remove the
-    // hook: the hook then stays installed.
+    // Removes the hook. Returns true even if no hook is installed. Returns false if UnhookWindowsHookEx fails; the hook
+    // then stays installed.
     bool uninstall();
 
-    // Adds an observer, which is not owned. It may be in the list already.
+    // Adds an observer, which is not owned. If an observer is added twice, each notification calls it twice.
     void addObserver(MouseHookObserver* observer);
-    // Removes an observer and waits until no notification can still call it, so that the observer can be deleted. An
-    // observer must not call this during its own notification.
+    // Removes all registrations of an observer and waits until no notification can call it any more. The observer can
+    // then be deleted. An observer must not call this operation during its own notification.
     //
-    // The wait lasts 20000 ms at most, and 100 ms while a hook is installed, because input waits for this thread then.
-    // After a time-out, a notification inside the observer continues, so it must not use the observer's data any more.
-    // A notification that is just about to call the observer may call it although it is gone.
+    // The wait has a time-out: 20000 ms without a hook, but only 100 ms while the hook is installed, because the
+    // panel's input waits for the main thread meanwhile. After a time-out there are two risks. The observer's `notify`
+    // may still be running on a notification thread: it must not use the observer's data from then on. A notification
+    // thread that is about to call the observer may still call it, even if the observer has been deleted.
     void removeObserver(MouseHookObserver* observer);
 
 private:
@@ -52,8 +55,8 @@ private:
     void startThread();
     void stopThread();
 
-    ObserverList<MouseHookObserver>* observers = nullptr; // never deleted: the threads outlive this object
-    bool running = false; // deliberately never set: see above
-    HANDLE thread = nullptr; // the last one; INVALID_HANDLE_VALUE after it was stopped
+    ObserverList<MouseHookObserver>* observers = nullptr; // never deleted, because the threads outlive this object
+    bool running = false; // deliberately never set, so that no thread is stopped
+    HANDLE thread = nullptr; // the thread of the last installation; null before it, or if CreateThread failed
     HANDLE stopEvent = nullptr; // auto-reset
 };

@@ -8,9 +8,9 @@
 
 // The touch buzzer: an observer of the mouse hook that sends one request to the buzzer driver "BZR1:" for each touch.
 //
-// Create and destroy it on the main thread. It clicks as long as it exists. Without the driver it stays silent. A
-// request that fails is not reported. Once the driver has a request, nothing of the object is read any more: the object
-// can be destroyed although the driver does not answer.
+// Create and destroy it on the main thread. It clicks as long as it exists. If the driver is missing, it does nothing.
+// A request that fails is not reported. While a request waits in the driver, no code reads the object's data, so the
+// object can be destroyed even if the driver hangs.
 class TouchBuzzer : public MouseHookObserver {
 public:
     // Opens the driver and registers with the mouse hook. `duration` is in ms, `frequency` in Hz. A driver that appears

@@ -13,15 +13,15 @@
 // again. At level 0 it also covers the screen with a black window.
 //
 // Threads: the main thread creates, configures and removes the screen saver; its message loop serves the black window.
-// The thread of the inactivity monitor calls `notify`. There is no lock between the two.
+// The thread of the inactivity monitor calls `notify`. No lock protects the two threads from each other.
 //
 // Errors: a failure of the backlight driver throws ScreenBackLightException out of the operation that used the driver.
-// Its state, engaged or not, then stays as it was before the operation. A failure in `notify` ends the monitor
-// permanently: only the operations of the main thread engage or restore from then on.
+// The screen saver then stays engaged, or not engaged, as it was before the operation. A failure in `notify` ends the
+// monitor permanently. From then on only `activate` and `deactivate` engage the screen saver and restore the screen.
 class ScreenSaver : public UserInactivityMonitorObserver {
 public:
-    // Creates a screen saver and starts its monitor. At first the time-out is 60000 ms and the screen saver uses the
-    // black window. The caller ends the object with `remove`.
+    // Creates a screen saver and starts its monitor. The initial time-out is 60000 ms, and the initial level is 0. The
+    // caller destroys the object with `remove`.
     //
     // Throws a ScreenSaverException: "Cannot register class", "Driver open failed", "Get back light settings failed",
     // "Cannot create event" or "Cannot create black screen window".
@@ -29,15 +29,16 @@ public:
     ScreenSaver(const ScreenSaver&) = delete;
     ScreenSaver& operator=(const ScreenSaver&) = delete;
 
-    // Restores the screen, stops the monitor and deletes the screen saver. Completes all steps, then throws the first
-    // exception, unless an exception is in flight. If the monitor's thread does not end, the object stays in memory
-    // until the process ends, without its window.
+    // Restores the screen, stops the monitor and deletes the screen saver. All steps are done even if one of them
+    // throws. The first exception is rethrown at the end, unless another exception is in flight. If the monitor's
+    // thread does not end, the object stays in memory until the process ends, but its window is destroyed.
     static void remove(ScreenSaver* screenSaver);
 
-    // Sets the time-out. It counts from the next time that the user becomes inactive.
+    // Sets the time-out after which an inactive user engages the screen saver. If the monitor is waiting already, that
+    // wait keeps its old time-out.
     void setTimeout(std::uint32_t milliseconds);
-    // Sets the level, from 0 to 1, for the next time that the screen saver engages. 0 means the black window, 1 the
-    // full level of the driver.
+    // Sets the brightness of the engaged screen saver, as a fraction from 0 (the black window) to 1 (brightest). The
+    // new brightness is used when the screen saver engages the next time.
     void setLevel(float fraction);
 
     // Engages the screen saver now. Does nothing if it is engaged.
@@ -45,7 +46,7 @@ public:
     // Restores the screen. Does nothing if the screen saver is not engaged.
     void deactivate();
 
-    // Engages or restores. The monitor's thread calls it.
+    // Engages the screen saver or restores the screen, depending on the event. The monitor's thread calls this.
     void notify(const UserActivityEvent& event) override;
 
 private:

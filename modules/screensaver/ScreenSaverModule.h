@@ -21,9 +21,10 @@ class ScreenSaver;
 //     5        not 0     enables the screen saver and engages it at once              0
 //     others   -         nothing                                                      1
 //
-// A file that cannot be read disables the screen saver. Commands 3 to 5 change values in memory, until the file is read
-// again. Command 2 does not change whether the screen saver is enabled: while it is disabled, commands 3 and 4 remove a
-// screen saver that command 2 has created.
+// If the file cannot be read, the screen saver is disabled. Commands 3 to 5 change the settings in memory only; reading
+// the file again replaces them. Command 2 does not change the setting `Enabled`. Two consequences: while `Enabled` is
+// 0, commands 3 and 4 remove a screen saver that command 2 has created. While `Enabled` is 1, command 5 does not create
+// a screen saver that command 2 has removed.
 //
 // Only the main thread uses the module. Exceptions of ScreenSaver pass through: they end the helper.
 class ScreenSaverModule : public IModule, public IPCMessageHandler {

@@ -10,12 +10,14 @@
 // The monitor of user activity: a thread that tells its observers when the user becomes inactive and active.
 //
 // The power manager has two named events, one of which is always set: "PowerManager/UserActivity_Active" and
-// "PowerManager/UserActivity_Inactive" [ms890502]. The user is inactive when the first event stays unset for the
-// time-out after the second event was set. The user is active as soon as the first event is set. The monitor may report
-// activity several times in a row. If the panel lacks these events, the monitor reports nothing.
+// "PowerManager/UserActivity_Inactive" [ms890502]. If the Inactive event was set and the Active event then stays unset
+// until the time-out has passed, the monitor reports inactivity. As soon as the Active event is set, it reports
+// activity. The monitor may report activity several times in a row. If the panel lacks these events, the monitor
+// reports nothing.
 //
-// At its start the thread looks at the first event. If the user is active, it reports that before `start` returns, so a
-// slow observer delays `start`. If the user is not active, the time-out begins with the start.
+// When the thread starts, it first reads the state of the Active event. If this event is set, the thread reports
+// activity before `start` returns, so a slow observer delays `start`. If the event is not set, the time-out begins at
+// once.
 //
 // Add observers before `start` and remove them after `stop`. Any thread may call `setTimeout` at any time. Failures
 // throw UserInactivityMonitorException. After a `stop` the monitor can be started again.
@@ -27,8 +29,8 @@ public:
         stopAtEnd();
     }
 
-    // Sets the time-out, which is 60000 ms at first. A wait in progress keeps its time-out. The first wait counts as in
-    // progress when `start` returns.
+    // Sets the time-out, which is 60000 ms at first. A new time-out does not change a wait that is in progress. After
+    // `start` has returned, the first wait is in progress.
     void setTimeout(std::uint32_t milliseconds);
 
     // Adds an observer, which is not owned.

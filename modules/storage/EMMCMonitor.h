@@ -5,9 +5,10 @@
 // The monitor of the eMMC's write statistics: a thread that updates "EMMC.xml" at its start and then every five
 // minutes.
 //
-// The time since the panel's boot counts as time of the session. Once the thread runs, only the thread uses the file.
-// Between two updates nothing is kept in memory. Failures throw EMMCException; an update that fails is not reported.
-// One owner thread calls all operations.
+// A session begins when the monitor is created. The first update adds the whole time since the panel's boot to the
+// session's duration. Once the thread runs, only the thread uses the file. Each update reads the file, changes the
+// values and writes the file. Failures throw EMMCException; an update that fails is not reported. One owner thread
+// calls all operations.
 class EMMCMonitor : public MonitorThread {
 public:
     // Begins a session: sets the session's count and duration in the file to 0. Throws "Cannot create event"; the file

@@ -6,10 +6,9 @@
 // The write statistics of the panel's eMMC: writes and up-time of the helper, in this session and over the device's
 // life. The counts have the unit of the driver.
 //
-// The file "EMMC.xml" in the installation directory holds each 64-bit count in two halves. Deliberate: the upper half
-// is written as the count divided by 4294967295, but read as times 4294967296, so that existing files keep their
-// meaning. Some counts from 4294967295 on, that number included, therefore grow each time that they are saved and
-// loaded.
+// The file "EMMC.xml" in the installation directory holds each 64-bit count in two halves. Deliberate: `save` divides
+// the count by 4294967295 to get the upper half, but `load` multiplies the upper half by 4294967296, so that existing
+// files keep their meaning. Some counts of 4294967295 or more therefore grow each time that they are saved and loaded.
 //
 // One thread at a time may load and save: there is no lock.
 struct EMMCStatistics {

@@ -5,7 +5,8 @@
 
 #include <string>
 
-// Tells whether a path begins with "\NANDFlash" (case-insensitive). Only the text counts: \NANDFlashX begins so, too.
+// Returns true if the text of a path begins with "\NANDFlash" (case-insensitive). The result is therefore also true for
+// \NANDFlashX.
 bool isOnNandFlash(const std::wstring& path);
 
 // Lifts the write protection. Throws FlashNotWritableException if the volume's driver is missing or the request fails.

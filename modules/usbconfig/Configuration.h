@@ -31,8 +31,8 @@ class XMLElement;
 class Configuration {
 public:
     // Reads the file and runs nothing. Throws OrvaUtils::Xml::XmlException if the file cannot be read, is not XML or
-    // lacks an attribute. Throws ConfigurationException for any other fault: "Invalid root element", "Expected
-    // command", "Invalid command type" or "Invalid WaitCompletion attribute".
+    // lacks an attribute. Throws ConfigurationException for any other mistake in the file: "Invalid root element",
+    // "Expected command", "Invalid command type" or "Invalid WaitCompletion attribute".
     explicit Configuration(const std::wstring& path);
     Configuration(const Configuration&) = delete;
     Configuration& operator=(const Configuration&) = delete;

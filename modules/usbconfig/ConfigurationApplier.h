@@ -7,10 +7,11 @@ class USBDeviceMonitor;
 
 // The configuration applier: a module that carries out the file "Tarvex.xml" in the root of each USB disk or hard disk
 // that is mounted. It starts the programs of the file's commands one after the other, without checking login or users.
-// If the file has a fault, it starts nothing and logs one line at ERROR.
+// If the file is malformed, it starts no program and logs one line at ERROR.
 //
-// The work runs on the thread of the USB monitor, within the notification. A program that a command waits for blocks
-// that thread. The module may be deleted meanwhile; the notification then continues without it.
+// The work runs on the thread of the USB monitor, within the notification. If a command waits for its program, the
+// thread is blocked meanwhile. The module may be deleted during that time: the rest of the notification does not use
+// it.
 class ConfigurationApplier : public USBDeviceMonitorObserver, public IModule {
 public:
     // Creates a module and registers it with the monitor. The caller owns the module. The monitor is not owned and must

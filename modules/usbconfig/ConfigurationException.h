@@ -2,7 +2,7 @@
 
 #include "OrvaUtils/Exception.h"
 
-// A configuration file has a fault. Configuration lists the messages.
+// A configuration file is malformed. Configuration.h lists the messages.
 class ConfigurationException : public OrvaUtils::Exception {
 public:
     using Exception::Exception;

@@ -21,8 +21,9 @@ public:
     DeviceNotifications(const DeviceNotifications&) = delete;
     DeviceNotifications& operator=(const DeviceNotifications&) = delete;
 
-    // Requests notifications. The devices that are present are announced first. Throws UsbDeviceException "Generic
-    // Exception" if there is no queue, and "Request device notifications failed".
+    // Creates the queue and requests notifications. The platform first announces the devices that are present. Throws
+    // UsbDeviceException "Generic Exception" if CreateMsgQueue returns -1, and "Request device notifications failed" if
+    // RequestDeviceNotifications returns -1. The result null is deliberately not checked.
     void start();
     // Ends the notifications and closes the queue. Does nothing after a failed `start`.
     void stop();

@@ -5,20 +5,25 @@
 #include "modules/usbconfig/DeviceNotifications.h"
 #include "modules/usbconfig/USBDeviceMonitorObserver.h"
 
-// The monitor of block devices: a thread that tells its observers of each volume that becomes available and of each
-// device that is detached.
+// The monitor of block devices: it notifies its observers of each volume that becomes available and of each device that
+// is detached. A block device is a disk; each mounted partition of a disk is a volume.
 //
-// Devices that are present at the start count as attached. The thread handles one device after the other: it waits
-// until the device is ready, up to five minutes, and then reports each mounted partition. Later notifications wait in
-// the queue. A device that does not become ready, or has no partition, is not reported.
+// Threads: the owner thread calls all operations. The monitor's thread receives the platform's notifications and calls
+// the observers. It handles one notification at a time; later notifications wait in the platform's queue. Devices that
+// are present at the start are announced like attached devices. For an attached device the thread waits until the
+// device is ready, up to five minutes, and then reports each mounted partition. A device that does not become ready, or
+// has no mounted partition, is not reported.
 //
-// Add observers before `start`. Remove them after `stop`; an observer may also be removed earlier, while the thread may
-// be calling it (ObserverList).
+// Add observers before `start`. An observer may be removed at any time. If the thread is calling the observer at that
+// moment, the call continues (ObserverList).
 //
-// Failures throw UsbDeviceException. The monitor can be started only once. It exists without a thread if CreateThread
-// fails. If the thread cannot create its queue or request notifications, it logs "Generic Exception" or "Request device
-// notifications failed" and ends; the monitor then reports nothing. After a request to stop, the thread first handles
-// the messages that have arrived. Deliberate: the handles of the thread and its events are never closed.
+// The monitor can be started only once. `stop` lets the thread first handle all notifications that are already in the
+// queue.
+//
+// Errors: the operations throw UsbDeviceException. If CreateThread fails, `start` returns true nevertheless, and the
+// monitor never calls an observer. The same happens if CreateMsgQueue or RequestDeviceNotifications returns -1: the
+// thread logs "Generic Exception" or "Request device notifications failed" and ends. The result null is deliberately
+// not checked (docs/behaviours.md). Deliberate: the handles of the thread and its events are never closed.
 class USBDeviceMonitor : public MonitorThread {
 public:
     // Throws "Cannot create event".
@@ -38,5 +43,5 @@ private:
     void notify(const USBDeviceEvent& event);
 
     ObserverList<USBDeviceMonitorObserver> observers;
-    DeviceNotifications notifications; // handles that a failure leaves open stay open
+    DeviceNotifications notifications; // after an exception in the thread its handles stay open
 };

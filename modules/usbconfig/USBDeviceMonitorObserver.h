@@ -2,8 +2,9 @@
 
 #include "modules/usbconfig/USBDeviceEvent.h"
 
-// An observer of a USBDeviceMonitor. The monitor's thread calls it, one event at a time, and handles no other device
-// meanwhile. An observer may be deleted during a call; the rest of the call must not use it.
+// An observer of a USBDeviceMonitor. The monitor's thread calls it for one event at a time and handles no other device
+// during the call. If an observer is deleted while a call is in progress, the rest of the call must not use the
+// observer's data.
 class USBDeviceMonitorObserver {
 public:
     // A volume has become available, or a device was detached. An exception that leaves this function is logged and

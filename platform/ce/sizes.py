@@ -8,7 +8,7 @@ import re
 import sys
 
 PARTS = [ # the first match of an object's path counts
-    (r"libstdc\+\+\.a|libsupc\+\+\.a", "C++ library, ready-made: exceptions, strings, containers"),
+    (r"libstdc\+\+\.a|libsupc\+\+\.a", "C++ library, compiled parts: exceptions, strings, containers"),
     (r"libgcc\.a", "compiler's library: unwinding, division, floating point"),
     (r"libm\.a", "mathematics"),
     (r"libc\.a", "C library: formatted text, memory, streams"),

@@ -7,8 +7,8 @@
 //     requests       the requests of programs since boot, one line per request
 //     touches        the touches since boot, with the window that got each one
 //
-// These files can be read and changed whether the panel is on or off. A device reads its file with each request.
-// A device with a panel path is a driver: programs open it with CreateFileW. The operations of the tag library are its
+// These files can be read and changed whether the panel is on or off. A device reads its file at each request. A device
+// with a panel path is a driver: programs open it with CreateFileW. The operations of the tag library are its
 // functions.
 //
 //     BKL1           the backlight: "read", "write"; four values, which the driver holds after boot
@@ -69,7 +69,7 @@ struct DeviceState {
     std::string name;
     bool present = false; // whether the panel has the device
     std::vector<std::uint32_t> values;
-    std::map<std::string, Behaviour, std::less<>> behaviours; // by operation; without the ones of kind `answer`
+    std::map<std::string, Behaviour, std::less<>> behaviours; // by operation; `answer` is left out
 
     Behaviour behaviour(std::string_view operation) const;
 };
@@ -112,13 +112,13 @@ public:
 
     // Throws if the device cannot have this behaviour. An empty operation stands for all operations of the device.
     static void check(std::string_view name, Behaviour behaviour, std::string_view operation = {});
-    // Stores a behaviour. An empty operation stands for all operations of the device. Requests that wait in the device
-    // then read the new behaviour.
+    // Stores a behaviour. An empty operation stands for all operations of the device. Requests that are waiting in the
+    // device also follow the new behaviour.
     void setBehaviour(std::string_view name, Behaviour behaviour, std::string_view operation = {}) const;
     // Adds the device to the panel or removes it.
     void setPresent(std::string_view name, bool present) const;
-    // Stores the values. Throws if their number is not the device's. The backlight driver also takes its values over at
-    // once; every boot restores them.
+    // Stores the values. Throws if the device has another number of values. The values of the backlight take effect at
+    // once, and each boot restores them.
     void setValues(std::string_view name, const std::vector<std::uint32_t>& values) const;
 
     // Returns the requests since boot, oldest first. An empty name stands for all devices.

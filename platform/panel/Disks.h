@@ -60,8 +60,8 @@ public:
     // volumes, case-insensitively. Notifies the programs as `plug` does.
     void unplug(const std::string& name) const;
 
-    // Says why a text cannot be the name of a volume; returns "" if it can. The platform keeps 64 characters for the
-    // backslash, the name and the terminating zero.
+    // Returns the reason why a text cannot be the name of a volume, or "" if it can be. The platform keeps 64
+    // characters for the backslash, the name and the terminating zero.
     static std::string faultOf(const std::string& name);
 
     // Writes the empty list of a new panel.

@@ -115,11 +115,12 @@ struct Fault {
 
 class Driver {
 public:
-    // Whether the started programs, and the programs that these start, end when the driver ends. With `end` they end
-    // even if the driver is killed.
+    // Says what happens to the started programs, and to the programs that these have started, when the driver ends.
+    // With `end` they end too, even if the driver is killed. With `stay` they continue.
     enum class Programs { end, stay };
-    static constexpr const char* command = "\\Windows\\panel.exe";
-    // Joins a panel that is on. `countsAs` is the path by which process lists and the trace name the driver.
+    static constexpr const char* command = "\\Windows\\panel.exe"; // the path by which a `panel` command is listed
+    // Joins a panel that is on. Throws if the panel is off. Process lists and the trace show the driver under the path
+    // `countsAs`.
     explicit Driver(const Panel& panel, const std::string& countsAs = command, Programs programs = Programs::end);
     ~Driver();
     Driver(const Driver&) = delete;
@@ -147,7 +148,8 @@ public:
     // Ends the process "TarvexHelper.exe#2" as a crash would. Returns false if no such process runs.
     bool kill(const std::string& process);
 
-    // Returns false once this panel was switched off, even if the panel was booted again.
+    // Returns whether the panel is still on. Returns false for ever after a shutdown or power cut, even if the panel
+    // was booted again.
     bool isOn();
     // Returns the state of the panel. The calling driver itself is left out.
     PanelStatus status();

@@ -1,7 +1,8 @@
 // The gate: an object that every API function of the simulated panel creates first.
 //
-// The constructor counts the call and applies the injected faults. The destructor writes the line of the trace and
-// wakes the threads that the call has released. A function looks like this:
+// The constructor counts the call and applies the injected faults; a fault that cuts the power ends the process here.
+// The destructor writes the line of the trace, then wakes the threads that the call has released. A function looks like
+// this:
 //
 //     BOOL ReleaseMutex(HANDLE mutex) noexcept {
 //         Gate gate(Function::ReleaseMutex, mutex);
@@ -10,8 +11,8 @@
 //         ...
 //         return gate.fails(FALSE, ERROR_NOT_OWNER);   or   return gate.done(TRUE);
 //
-// The gate must be declared before any Lock of the function: locks are then released before the destructor runs. A gate
-// lives on the stack of the calling thread; calls nest when a callback of the program calls the API.
+// Declare the gate before any Lock of the function, so that the locks are released before the gate's destructor runs. A
+// gate lives on the stack of the calling thread. Gates nest if a callback of the program calls the API again.
 #pragma once
 
 #include "platform/panel/Functions.h"
@@ -83,8 +84,8 @@ public:
     bool faulted() const {
         return faultHit;
     }
-    // Sets the last error of the injected failure and returns its result: the fault's own answer, or the failure from
-    // coredll.inc.
+    // Completes a call that a fault makes fail: sets the last error that coredll.inc gives for the function and returns
+    // the failure result. If the fault names a result of its own (`--answer`), that result is returned instead.
     template<class Result>
     Result fault() {
         const FunctionFacts& known = facts(call.function);
@@ -123,7 +124,7 @@ public:
             call.arguments += ", ";
         trace::addAny(call.arguments, value);
     }
-    // Adds a remark behind the result in the line of the trace.
+    // Adds a remark after the result in the line of the trace.
     void note(const std::string& what) {
         if (tracing)
             notes += ' ' + what;
@@ -143,7 +144,8 @@ public:
     void setLastError(DWORD error) {
         thread.lastError = error;
     }
-    // Wakes the threads that the call has released so far. Call it before a callback of the program runs.
+    // Wakes the threads that the call has released so far. Call it, without the kernel's lock, before a callback of the
+    // program runs.
     void deliverWakes();
 
     Runtime& runtime;
@@ -161,10 +163,10 @@ private:
     bool tracing;
     bool faultHit = false;
     std::optional<std::uint32_t> tears; // the power is cut when the call has written; this many of its sectors stay
-    std::optional<std::int64_t> failure; // the fault's own answer, which replaces the failure from coredll.inc
+    std::optional<std::int64_t> failure; // the result that the fault names; empty: the failure result from coredll.inc
     std::uint64_t begun = 0; // panel time in ms at the start of the call
     std::string result;
-    std::string notes; // remarks behind the result
+    std::string notes; // remarks after the result
 };
 
 } // namespace panel

@@ -60,7 +60,8 @@ public:
     const std::filesystem::path& directory() const {
         return root;
     }
-    // Returns the host path of a panel path. Names keep their case: the file system is not searched.
+    // Returns the host path of a panel path. Does not search the file system: the names must have the same upper and
+    // lower case as on the host.
     std::filesystem::path hostPath(std::string_view panelPath) const;
 
     Devices devices() const {
@@ -80,7 +81,8 @@ public:
     // Switches the panel on. Driver::startInit then starts the programs of the registry.
     void boot(const BootOptions& options);
     // Shuts the panel down cleanly: ends all programs at once and flushes the registry. fs/ and devices/ stay; the next
-    // boot clears run/. If something cannot be stored, the panel is off nevertheless, and the exception's text says so.
+    // boot clears run/. If some data cannot be stored, throws an exception that lists the data; the panel is off
+    // nevertheless.
     void off();
     // Cuts the power: like `off`, but the registry falls back to its flushed state, and files to what is committed and,
     // with StoragePolicy::torn, the first `sectors` sectors of the rest of each file. Throws for sectors with another

@@ -23,7 +23,8 @@ struct Place {
     std::uint32_t error = 0;
     struct stat status {}; // valid if it exists
 
-    // An existing folder; an existing file; an existing file without write permission.
+    // These functions return whether the place is an existing folder, an existing file, or an existing file without
+    // write permission.
     bool isDirectory() const {
         return exists && S_ISDIR(status.st_mode);
     }
@@ -39,19 +40,20 @@ struct Place {
     }
 };
 
-// Looks a panel path up. `root` is the panel's directory. The first form needs the kernel's lock. The second form needs
-// no panel that is on, and reads each folder in which it does not find the exact name.
+// Looks up a panel path. `root` is the panel's directory. The caller of the first form holds the kernel's lock. The
+// second form also works while the panel is off; it is slower, since it lists a folder whenever the folder lacks the
+// exact name.
 Place locate(const Image& image, const std::string& root, std::string_view panelPath);
 Place locate(const std::string& root, std::string_view panelPath);
 
-// Tells every process the name that a program is about to create here. Needs the kernel's lock.
+// Announces to all processes the name that a program is about to create here. Needs the kernel's lock.
 inline void nameMade(Image& image, const Place& place) {
     names::made(image, place.folder, std::string_view(place.host).substr(place.host.rfind('/') + 1));
 }
 
-// Reads the status of a host file as the panel sees it. Returns false for a missing file, and for anything else than a
-// file or folder. A link counts only if `top` is true (the file lies directly in the panel's root): a disk that was
-// plugged in place.
+// Reads the status of a host file as the panel sees it. Returns false if the path does not exist or is neither a file
+// nor a folder. Follows a symbolic link only if `top` is true. `top` means that the file lies directly in the panel's
+// root: a link there is a disk that was plugged in place.
 bool statusOf(const std::string& hostPath, bool top, struct stat& status);
 
 // Returns the name of the volume that holds the path. An empty name stands for the panel's object store.

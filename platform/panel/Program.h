@@ -1,4 +1,4 @@
-// Programs of the panel: recognises their files and starts them.
+// Functions that recognise and start the programs of a panel.
 #pragma once
 
 #include "platform/panel/Paths.h"
@@ -19,8 +19,9 @@ enum class ProgramKind {
 // Returns the kind of a host file.
 ProgramKind kindOf(const std::string& hostPath);
 
-// Says why this machine cannot run a file of this kind; returns "" if it can. A panel executable needs the emulator
-// qemu-arm-static and the loader: the one of the build, or the file that PANEL_LOADER in the environment names.
+// Returns the reason why this machine cannot run a file of this kind, or "" if it can. A panel executable needs the
+// emulator qemu-arm-static and the loader: the one of the build, or the file that PANEL_LOADER in the environment
+// names.
 std::string whyNot(ProgramKind kind);
 
 // The result of a start: a process or an error.
@@ -29,7 +30,7 @@ struct Started {
     std::uint32_t error = 0; // the Windows error if process is 0
 };
 
-// Starts a program by its panel path. The new process stands still until the starting thread waits or ends. Its output
+// Starts a program by its panel path. The new process does not run before the starting thread waits or ends. Its output
 // goes to run/output/NAME#START. Needs the kernel's lock.
 Started startProgram(Image& image, const std::string& root, const std::string& path, const std::string& commandLine,
                      Slot starter);

@@ -3,7 +3,7 @@
 // Names are case-insensitive and case-preserving. Text in values has 16 bits per character, little-endian.
 //
 //     registry/now.json     the current content
-//     registry/flash.json   the content after a power cut: each root as it was flushed last
+//     registry/flash.json   the content that survives a power cut: each root as it was when it was flushed last
 //
 // Both files are a flat list of keys, so that people can edit them. Boot copies flash.json to now.json: while the panel
 // is off, edit flash.json. A clean shutdown flushes everything.
@@ -72,8 +72,8 @@ private:
 // names.
 std::string_view rootNamed(std::string_view name);
 
-// Stores the text of a value up to its first zero or its end. Returns true only if the bytes are exactly one
-// terminated, well-formed text.
+// Writes the text of a value, up to the first zero or the end of the data, to `text`. Returns true only if the data are
+// one well-formed text with a single terminating zero at the end.
 bool textOf(const Value& value, std::string& text);
 // Does the same for the list of texts in a REG_MULTI_SZ value.
 bool textsOf(const Value& value, std::vector<std::string>& texts);

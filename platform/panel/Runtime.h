@@ -1,7 +1,8 @@
-// The calling process and the calling thread as members of a panel.
+// The connection of the calling process, and of each of its threads, to a panel.
 //
-// A program that the panel has started joins the panel at its first platform call. A program that was started otherwise
-// prints a message and ends with exit code 127. A test or a `panel` command joins as a driver (Driver.h).
+// A program that the panel has started joins the panel at its first platform call. If a program of a panel is started
+// outside of a panel, it prints a message and ends with exit code 127. A test or a `panel` command joins as a driver
+// (Driver.h).
 #pragma once
 
 #include "platform/panel/Functions.h"
@@ -78,7 +79,7 @@ public:
 private:
     Runtime() = default;
     void attachProgram();
-    bool begin(Slot slot, std::uint32_t serial); // returns whether the record is this process's, and lets it run
+    bool begin(Slot slot, std::uint32_t serial); // false: the record belongs to another process
 
     Image* mapped = nullptr; // never unmapped: threads may still end while the process detaches
     enum class Part { none, program, driver };

@@ -20,7 +20,8 @@ namespace panel {
 
 // Returns the beginning of a line: "      1000 TarvexHelper.exe#1 t1 Sleep[1](1000)".
 std::string traceLine(std::uint64_t time, std::string_view process, std::uint32_t thread, std::string_view call);
-// Appends a whole line to the trace of the panel in this directory. Any process and thread; failures are ignored.
+// Appends a whole line to the trace of the panel in this directory. Any thread of any process may call this. Failures
+// are ignored.
 void writeTraceLine(const std::string& directory, std::string_view line);
 
 } // namespace panel

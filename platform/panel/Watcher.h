@@ -1,10 +1,12 @@
-// Watches the other processes of the panel and the kernel file, in a thread of its own.
+// The watcher: a thread in each process of a panel that notices the end of other processes and changes of the kernel
+// file.
 //
 // Each process of a panel has one Watcher. Its thread sleeps in one poll over a pidfd of each process and an inotify
 // descriptor of the kernel file. It wakes up for three reasons:
-// - A process has ended, in whatever way. The watcher removes it from the tables and releases the threads that waited
-//   for it.
-// - A process has joined the panel. The joining process announces itself by a new time stamp of the kernel file.
+// - A process has ended or was killed. The watcher removes the process from the tables and releases the threads that
+//   waited for its end.
+// - A process has joined the panel. The joining process announces itself by setting the time stamp of the kernel file.
+//   The watchers then also watch this process.
 // - The panel is gone: somebody removed, moved, replaced, truncated or overwrote the kernel file, or moved a folder
 //   above it. (The panel itself changes the file only through mappings.) The watcher kills a program. It ends a driver
 //   with one line on standard error, unless the panel was switched off before. This works even while the kernel's lock
@@ -71,12 +73,12 @@ private:
     struct Watched {
         std::int32_t pid;
         std::uint64_t start;
-        bool program; // it may be a child of this process, which must reap it
+        bool program; // true: the process may be a child of this process, which must then reap it
     };
 
     static void* run(void* watcher);
     void watch();
-    bool look(); // updates the tables; false if the lock could not be had within a second
+    bool look(); // updates the tables; returns false if the lock was not free within a second
     void watchNew();
     void forgetDead();
     bool goesOn(); // returns whether the panel still exists

@@ -1,7 +1,7 @@
 // Panel time: milliseconds since boot. Tick count and date follow from it.
 //
-// In stepped mode time stands still while any thread of a program runs (scheduler::step moves it). In flowing mode
-// panel time is the host's monotonic time multiplied by a factor. All functions need the kernel's lock.
+// In stepped mode the clock stands still while any thread of a program runs; scheduler::step advances it. In flowing
+// mode panel time is the host's monotonic time multiplied by a factor. All functions need the kernel's lock.
 #pragma once
 
 #include "platform/panel/kernel/Image.h"
@@ -15,8 +15,8 @@ std::int64_t date(const Image& image); // ms since 1970 UTC
 // Returns the panel time that lies this far in the future. INFINITE (all bits set) gives `never`.
 std::uint64_t deadline(const Image& image, std::uint32_t milliseconds);
 
-// Returns the real milliseconds until that panel time. Returns host::noLimit in stepped mode, where waiting alone does
-// not move time.
+// Returns the real milliseconds until that panel time. Returns host::noLimit in stepped mode, in which panel time does
+// not depend on real time.
 std::uint32_t realUntil(const Image& image, std::uint64_t deadline);
 
 } // namespace panel::clock

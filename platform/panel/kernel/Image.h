@@ -85,7 +85,7 @@ struct HandleRecord {
     std::uint32_t serial; // how often the entry was used; part of the handle's number
 };
 
-// `created`: the process stands still for its starter.
+// `created`: the process exists, but does not run before its starter waits or ends.
 enum class ProcessState : std::uint32_t { free, created, running };
 
 // A process of the panel: a program or a driver. The record is free again when the process has ended; its process
@@ -98,8 +98,8 @@ struct ProcessRecord {
     std::uint32_t program; // index into Image::programs
     std::uint32_t start; // start number of that program since boot, from 1
     std::uint32_t aware; // 1: the program takes part in the panel's clock, being linked with this library
-    std::uint32_t driver; // 1: a test or a `panel` command, which panel time and panel power do not concern
-    Slot starter; // the thread that started the process, while the process stands still for it
+    std::uint32_t driver; // 1: a test or a `panel` command; neither panel time nor a power cut affects it
+    Slot starter; // the thread that started the process, as long as the state is `created`
     Slot owner; // the driver with whose end this process ends; a driver that owns programs names itself; 0: no owner
     std::atomic<std::uint32_t> released; // futex word: 1 once the process may begin
     std::atomic<std::uint32_t> exitKnown; // 1: exitCode is valid; set by the parent of a program that is not aware
@@ -107,7 +107,7 @@ struct ProcessRecord {
     Slot mainThread;
     Slot object; // the process object
     std::uint32_t threadsMade;
-    std::uint32_t nextHandle; // index at which the search for a free handle goes on
+    std::uint32_t nextHandle; // index at which the next search for a free handle begins
     std::uint64_t device; // the executable's identity on the host
     std::uint64_t inode;
     char path[1048]; // the panel path by which the process was started
@@ -275,7 +275,7 @@ struct MadeNameRecord {
     char name[256];
 };
 
-// How often a named event was set since boot.
+// The number of times that a named event was set since boot.
 struct SignalRecord {
     char name[128]; // empty: the entry is free
     std::uint32_t count;

@@ -11,11 +11,11 @@ namespace panel {
 
 class Lock {
 public:
-    // Waits for the lock. With `--patience` (Patience.h) the process gives up after that time.
+    // Waits for the lock. With `--patience` (Patience.h) the process ends with a message when that time has passed.
     explicit Lock(Image& guarded) : image(guarded), word(guarded.lock) {
         acquire();
     }
-    // Waits for at most `milliseconds` of real time; isHeld tells the outcome.
+    // Waits for at most `milliseconds` of real time. Call isHeld to learn whether the wait has succeeded.
     Lock(Image& guarded, std::uint32_t milliseconds) : image(guarded), word(guarded.lock) {
         tryFor(milliseconds);
     }

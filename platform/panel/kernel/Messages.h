@@ -18,13 +18,13 @@ struct Message {
     std::int64_t lParam = 0;
     std::uint32_t time = 0; // tick count
     Slot sender = 0; // the sending thread; 0: the message was posted
-    std::uint64_t token = 0; // identifies a sent message, so that a late reply is not taken for another one's
+    std::uint64_t token = 0; // identifies a sent message, so that a late reply cannot answer a later message
 };
 
 // Creates a window and returns its number, which is also its handle. Returns 0 if the table is full.
 std::uint32_t makeWindow(Image& image, Slot thread, std::string_view className, std::uint64_t procedure);
 std::uint32_t numberOf(const Image& image, const WindowRecord& window);
-// Returns the record of a window, or null if the number is not valid (any more).
+// Returns the record of a window, or null if no window has this number, for example because it was destroyed.
 WindowRecord* window(Image& image, std::uint32_t number);
 // Returns the first window of a class, case-insensitively, or 0.
 std::uint32_t findWindow(Image& image, std::string_view className);

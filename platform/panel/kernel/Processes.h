@@ -19,11 +19,11 @@ struct Program {
 
 ProcessRecord& at(Image& image, Slot process);
 
-// Creates a process with its process object and, if it is aware, its first thread. The process stands still until
-// letStartedRun(starter). The object has no holder yet. Returns 0 if a table is full.
+// Creates a process with its process object and, if it is aware, its first thread. The process does not run before the
+// call of letStartedRun(starter). Its process object has no holder yet. Returns 0 if a table is full.
 Slot make(Image& image, const Program& program, Slot starter);
-// Creates the record of a driver (a test or a `panel` command). It runs at once, and neither panel time nor the panel's
-// power concern it. With `owns` the programs that it starts, and the programs that these start, end with it.
+// Creates the record of a driver (a test or a `panel` command). It runs at once. Panel time does not wait for it, and a
+// power cut does not end it. With `owns` the programs that it starts, and the programs that these start, end with it.
 Slot makeDriver(Image& image, const Program& program, std::int32_t hostPid, bool owns);
 // Creates a further thread of the process, which runs. Returns 0 if the table is full.
 Slot makeThread(Image& image, Slot process);

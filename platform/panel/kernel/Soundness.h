@@ -5,9 +5,8 @@
 
 namespace panel {
 
-// Returns whether all slots lie within their tables, lists end, texts are terminated and enumerators are valid. Counts
-// that are out of date, as after the death of a process in the middle of a change, are no damage. Needs the kernel's
-// lock.
+// Returns whether all slots lie within their tables, lists end, texts are terminated and enumerators are valid. A count
+// may be out of date if a process was killed in the middle of a change; this is not damage. Needs the kernel's lock.
 bool isSound(const Image& image);
 
 } // namespace panel

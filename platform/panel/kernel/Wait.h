@@ -1,5 +1,5 @@
-// Blocks the calling thread. Unless a comment says otherwise, a function needs the kernel's lock, leaves it during the
-// wait, and holds it again on return.
+// Functions that block the calling thread. Unless a comment says otherwise, the caller holds the kernel's lock. The
+// function releases the lock during the wait and holds it again when it returns.
 #pragma once
 
 #include "platform/panel/Functions.h"
@@ -9,11 +9,11 @@
 
 namespace panel {
 
-// True once this process has ended on the panel while the host still runs its exit handlers. The process's other
-// threads must not go on then: a thread that begins or ends a platform call stops in `standStill` for ever.
+// True if this process has ended on the panel, but the host still runs its exit handlers. From then on a thread that
+// begins or ends a platform call stops in `standStill` for ever, so that no other thread of the process continues.
 extern std::atomic<bool> processEnded;
 [[noreturn]] void standStill();
-// True in the thread that has ended the process. It must go on, since it runs the exit handlers.
+// True in the thread that has ended the process. This thread must not stop, since it runs the exit handlers.
 extern thread_local bool endsProcess;
 
 // A call of the platform that has not returned yet.
