@@ -124,14 +124,14 @@ void Gate::applyFaults() {
 
 void Gate::cutPower(Lock& lock, std::uint32_t sectors) {
     Image& panel = runtime.image();
-    processes::noticeDead(panel); // who has ended before has closed its files
+    processes::noticeDead(panel); // a program that has ended before has closed its files
     try {
         storage::cutPower(runtime.directory(), panel.storage == StoragePolicy::torn ? sectors : 0);
     } catch (const std::exception&) {
         // The host is full. The next boot tries again.
     }
-    processes::killAll(panel);
     panel.on = 0;
+    processes::killAll(panel);
     scheduler::step(panel); // a driver that waits for time sees the power cut
     lock.release();
     scheduler::deliverWakes(panel);

@@ -257,7 +257,7 @@ void Panel::stop(std::optional<std::uint32_t> sectors) {
         Lock lock(*image, lockPatience);
         sound = lock.isHeld() && isSound(*image);
         if (sound) {
-            processes::noticeDead(*image); // who has ended before has closed its files
+            processes::noticeDead(*image); // a program that has ended before has closed its files
             settleFiles();
             image->on = 0;
             processes::killAll(*image);

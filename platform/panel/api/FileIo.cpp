@@ -107,7 +107,7 @@ HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES*
     record.inode = status.st_ino;
     gate.runtime.local(handle).file = file;
     if (disposition == CREATE_ALWAYS || disposition == TRUNCATE_EXISTING)
-        storage::emptied(image, status.st_ino);
+        storage::emptied(image, record);
     if (!place.exists || disposition == CREATE_ALWAYS || disposition == TRUNCATE_EXISTING)
         setWriteTime(image, file);
     const bool existed = place.exists && (disposition == CREATE_ALWAYS || disposition == OPEN_ALWAYS);

@@ -27,8 +27,8 @@ fs::path journal(const fs::path& root) {
     return root / "run/uncommitted";
 }
 
-fs::path journal(const Image& image, std::uint64_t inode) {
-    return journal(image.directory) / std::to_string(inode);
+fs::path journal(const Image& image, const ObjectRecord& file) {
+    return journal(image.directory) / (std::to_string(file.device) + '-' + std::to_string(file.inode));
 }
 
 std::string read(const fs::path& file) {
@@ -83,7 +83,7 @@ void takeSectors(std::string& committed, const std::string& written, std::uint32
 bool beforeWrite(const Image& image, Slot file, int hostFile, std::uint64_t bytes) try {
     if (!isRecorded(image))
         return true;
-    const fs::path folder = journal(image, image.objects[file - 1].inode);
+    const fs::path folder = journal(image, image.objects[file - 1]);
     if (!fs::exists(folder / "path")) {
         const std::string place = placeOf(image, hostFile);
         if (place.empty())
@@ -106,7 +106,7 @@ bool beforeWrite(const Image& image, Slot file, int hostFile, std::uint64_t byte
 void commit(const Image& image, Slot file) {
     if (!isRecorded(image))
         return;
-    const fs::path folder = journal(image, image.objects[file - 1].inode);
+    const fs::path folder = journal(image, image.objects[file - 1]);
     const fs::path own = folder / std::to_string(file);
     const std::string ranges = read(own);
     if (ranges.empty())
@@ -133,9 +133,9 @@ void commit(const Image& image, Slot file) {
     }
 }
 
-void emptied(const Image& image, std::uint64_t inode) {
+void emptied(const Image& image, const ObjectRecord& file) {
     if (isRecorded(image))
-        forget(journal(image, inode));
+        forget(journal(image, file));
 }
 
 void renamed(const Image& image, const std::string& from, const std::string& to) {

@@ -3,7 +3,7 @@
 //
 // Names, lengths that an opening sets, and attributes are committed at once. What WriteFile writes is committed when
 // its handle is closed, be it by the program or by the program's end. Until then run/uncommitted has a folder for the
-// file, named by the file's inode:
+// file, named by the file's identity on the host:
 //     committed    the content that a power cut restores
 //     path         the file's place below the panel's directory; a folder without it does not count
 //     42           offset and length of each write through the open file with the object 42
@@ -29,7 +29,7 @@ bool beforeWrite(const Image& image, Slot file, int hostFile, std::uint64_t byte
 // Commits what was written through an open file.
 void commit(const Image& image, Slot file);
 // Notes that an opening has emptied a file: nothing that was written to it before counts any more.
-void emptied(const Image& image, std::uint64_t inode);
+void emptied(const Image& image, const ObjectRecord& file);
 // Notes that a file or folder was renamed. Both places are host paths relative to the panel's directory.
 void renamed(const Image& image, const std::string& from, const std::string& to);
 
