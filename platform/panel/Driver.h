@@ -97,7 +97,9 @@ struct InitStart {
     std::string failure; // reason of the failure
 };
 
-// A fault to inject: a platform call that fails, or at which the power is cut.
+// A fault to inject: a platform call that fails, that waits, or at which the power is cut. A held call has had no
+// effect yet, and other faults of that call apply when it goes on. With StoragePolicy::torn a cut at a WriteFile falls
+// inside the call: its data counts as written, but not as committed.
 struct Fault {
     std::string function; // name of the platform function
     std::string program; // file name; empty: every program
@@ -107,6 +109,7 @@ struct Fault {
     bool ever = false; // the fault also applies to all later calls
     FaultAction action = FaultAction::fail;
     std::uint32_t hits = 0; // how often the fault was applied
+    std::uint32_t sectors = 0; // power cut: how many uncommitted sectors of each file stay (StoragePolicy::torn)
     std::optional<std::int64_t> answer = {}; // result of the failing call; empty: the result from coredll.inc
 };
 
@@ -158,7 +161,9 @@ public:
     void addFault(const Fault& fault);
     // Returns all faults with their hits, in no particular order.
     std::vector<Fault> faults();
-    // Removes all faults.
+    // Lets the held calls go on, and removes the faults that hold calls.
+    void releaseCalls();
+    // Removes all faults. Held calls go on.
     void clearFaults();
 
     // Waits until the host processes of ended programs are gone. Their complete output is in run/output then.

@@ -120,8 +120,8 @@ struct ProcessRecord {
 
 enum class ThreadState : std::uint32_t { free, running, waiting };
 // The reason of a wait: Sleep, kernel objects, a critical section, GetMessageW, the reply to a sent message, a device
-// that blocks or delays.
-enum class WaitKind : std::uint32_t { none, time, objects, section, message, reply, device };
+// that blocks or delays, a fault that holds the call.
+enum class WaitKind : std::uint32_t { none, time, objects, section, message, reply, device, held };
 
 // A thread with its wait and its message queues. The scheduler (Scheduler.h) changes the state.
 struct ThreadRecord {
@@ -231,8 +231,12 @@ struct ClockRecord {
     std::uint32_t unused;
 };
 
-// `fail`: the call fails; `cut`: the power is cut at the call; `none`: the record is free.
-enum class FaultAction : std::uint32_t { none, fail, cut };
+// What a power cut leaves of written files (Storage.h). `kept`: each completed write. `closed`: what was written
+// through handles that are closed. `torn`: that, and some sectors of the rest.
+enum class StoragePolicy : std::uint32_t { kept, closed, torn };
+
+// `fail`: the call fails; `cut`: the power is cut at the call; `hold`: the call waits; `none`: the record is free.
+enum class FaultAction : std::uint32_t { none, fail, cut, hold };
 
 // An injected fault (Driver.h). All conditions must match the call.
 struct FaultRecord {
@@ -245,6 +249,8 @@ struct FaultRecord {
     std::uint32_t hits; // how often the fault was applied
     std::uint32_t answers; // 1: `answer` replaces the failure result from coredll.inc
     std::int64_t answer;
+    std::uint32_t sectors; // power cuts: how many uncommitted sectors of each file stay (StoragePolicy::torn)
+    std::uint32_t unused;
     char program[128]; // file name; empty: every program
 };
 
@@ -299,6 +305,7 @@ struct Image {
     std::atomic<std::uint32_t> faultCount;
     std::uint32_t screenWidth;
     std::uint32_t screenHeight;
+    StoragePolicy storage;
     std::uint32_t flashWritable; // 1 after the volume driver's "writable" request
     Slot activeEvent; // the power manager's events; 0: the panel has no power manager
     Slot inactiveEvent;
@@ -313,6 +320,7 @@ struct Image {
     std::uint32_t nextLingering; // number of records written to `lingering` so far
     std::uint32_t threadIds; // number of thread ids given so far
     std::uint32_t endedCount; // number of programs that have ended since boot
+    char directory[4096]; // the panel's directory on the host
     char volumes[maxVolumes][64]; // names of the volumes; empty: the entry is free
     char registeredMessages[maxRegisteredMessages][128];
     std::uint8_t programsMessages[maxRegisteredMessages]; // 1: registered by a program, not only by a command
@@ -344,6 +352,7 @@ constexpr std::uint32_t layoutNumber() {
         offsetof(Image, on),
         offsetof(Image, clock),
         offsetof(Image, tracing),
+        offsetof(Image, storage),
         offsetof(Image, volumes),
         offsetof(Image, programs),
         offsetof(Image, faults),
@@ -357,6 +366,7 @@ constexpr std::uint32_t layoutNumber() {
         offsetof(Image, threads),
         offsetof(Image, processes),
         offsetof(Image, messages),
+        offsetof(FaultRecord, sectors),
         offsetof(ObjectRecord, device),
         offsetof(BlockDeviceRecord, partitions),
         offsetof(ProcessRecord, hostStart),
