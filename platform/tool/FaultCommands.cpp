@@ -18,7 +18,9 @@ using panel::Json;
 
 std::string action(const Fault& fault) {
     if (fault.action == FaultAction::cut)
-        return "power cut";
+        return "power cut" + (fault.sectors ? ", " + std::to_string(fault.sectors) + " sectors stay" : "");
+    if (fault.action == FaultAction::hold)
+        return "holds";
     return fault.answer ? "answers " + std::to_string(*fault.answer) : "fails";
 }
 
@@ -51,6 +53,8 @@ void list(panel::Driver& driver, bool json) {
                               {"call", fault.call},
                               {"fromThenOn", fault.ever},
                               {"cut", fault.action == FaultAction::cut},
+                              {"hold", fault.action == FaultAction::hold},
+                              {"sectors", fault.sectors},
                               {"hits", fault.hits}});
             if (fault.answer)
                 answer.back()["answers"] = *fault.answer;
@@ -91,7 +95,8 @@ void listFunctions(bool json) {
 } // namespace
 
 void addFaultCommands(CLI::App& app, Tool& tool) {
-    auto* faults = app.add_subcommand("fault", "Inject faults: make platform calls fail, or cut the power at a call");
+    auto* faults =
+        app.add_subcommand("fault", "Inject faults: make platform calls fail or wait, or cut the power at a call");
     faults->require_subcommand(1);
     addAdd(*faults, tool);
 
@@ -102,7 +107,10 @@ void addFaultCommands(CLI::App& app, Tool& tool) {
         panel::Driver driver(tool.panel());
         list(driver, *json);
     });
-    faults->add_subcommand("clear", "Remove all faults")->callback([&tool] {
+    faults->add_subcommand("release", "Let held calls go on, and remove the faults that hold calls")->callback([&tool] {
+        panel::Driver(tool.panel()).releaseCalls();
+    });
+    faults->add_subcommand("clear", "Remove all faults; held calls go on")->callback([&tool] {
         panel::Driver(tool.panel()).clearFaults();
     });
     auto* functions =

@@ -38,7 +38,13 @@ void FaultOptions::addTo(CLI::App& command) {
     command
         .add_option("--answer", described.answer, "Result of the call; default: the function's usual failure result")
         ->type_name("N");
-    command.add_flag("--cut", cut, "Cut the panel's power at the call instead");
+    auto* cuts = command.add_flag("--cut", cut, "Cut the panel's power at the call instead");
+    command
+        .add_option("--sectors", described.sectors,
+                    "With --cut and the storage policy \"torn\": how many uncommitted sectors of each file stay")
+        ->type_name("K")
+        ->needs(cuts);
+    command.add_flag("--hold", hold, "Let the call wait until fault release or fault clear")->excludes(cuts);
 }
 
 panel::Fault FaultOptions::fault() const {
@@ -60,11 +66,11 @@ panel::Fault FaultOptions::fault() const {
         throw Misuse("the platform has no function \"" + fault.function + '"' +
                      panel::didYouMean(fault.function, functionNames()) +
                      " (panel fault functions lists them, in exact case)");
-    if (!cut && !panel::facts(*function).canFail)
+    if (!cut && !hold && !panel::facts(*function).canFail)
         throw Misuse(fault.function + " cannot fail");
     if (fault.call == 0)
         throw Misuse("calls are counted from 1");
-    fault.action = cut ? panel::FaultAction::cut : panel::FaultAction::fail;
+    fault.action = cut ? panel::FaultAction::cut : hold ? panel::FaultAction::hold : panel::FaultAction::fail;
     return fault;
 }
 

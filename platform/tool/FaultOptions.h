@@ -29,6 +29,7 @@ private:
     panel::Fault described;
     std::string from; // a line of the trace
     bool cut = false;
+    bool hold = false;
 };
 
 } // namespace tool
