@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 namespace {
 
 bool lies(const fs::path& inner, const fs::path& outer) {
-    const fs::path relative = fs::canonical(inner).lexically_relative(fs::canonical(outer));
+    const fs::path relative = fs::weakly_canonical(inner).lexically_relative(fs::canonical(outer));
     return !relative.empty() && *relative.begin() != "..";
 }
 
@@ -338,13 +338,43 @@ void Disks::mount(const std::string& volume) const {
     throw std::runtime_error("no partition \"" + volume + "\" waits to be mounted (panel status lists the disks)");
 }
 
-void Disks::unplug(const std::string& name) const {
+void Disks::copyFolders(const Disk& disk, const fs::path& folder) const {
+    if (fs::exists(folder) && (!fs::is_directory(folder) || !fs::is_empty(folder)))
+        throw std::runtime_error("the folder is not empty: " + folder.string() + " (choose another folder)");
+    std::vector<fs::path> places;
+    bool inside = lies(folder, root);
+    for (const Partition& partition : disk.partitions)
+        if (!partition.volume.empty()) {
+            places.push_back(placeOf(partition));
+            inside = inside || lies(folder, places.back()); // a disk that was plugged in place
+        }
+    if (inside)
+        throw std::runtime_error("the folder lies in the panel or in the disk: " + folder.string());
+    const bool existed = fs::exists(folder);
+    try {
+        fs::create_directories(folder);
+        for (const fs::path& place : places)
+            fs::copy(fs::canonical(place), places.size() > 1 ? folder / place.filename() : folder,
+                     fs::copy_options::recursive | fs::copy_options::skip_symlinks);
+    } catch (const std::exception& error) {
+        std::error_code ignored;
+        for (const fs::directory_entry& entry : fs::directory_iterator(folder, ignored))
+            fs::remove_all(entry, ignored);
+        if (!existed)
+            fs::remove(folder, ignored);
+        throw std::runtime_error("cannot keep the disk's files in " + folder.string() + ": " + error.what());
+    }
+}
+
+void Disks::unplug(const std::string& name, const fs::path& keep) const {
     const Change alone(root);
     std::vector<Disk> disks = list();
     const auto found = std::find_if(disks.begin(), disks.end(), [&](const Disk& disk) { return isCalled(disk, name); });
     if (found == disks.end())
         throw std::runtime_error("no disk \"" + name + "\" is plugged");
     const Disk disk = *found;
+    if (!keep.empty())
+        copyFolders(disk, keep);
     disks.erase(found);
     removeFolders(disk);
     save(disks);

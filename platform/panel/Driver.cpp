@@ -22,7 +22,8 @@ namespace panel {
 
 namespace {
 
-constexpr std::uint32_t glance = 20; // flowing mode: panel ms between two checks of a condition
+constexpr std::uint32_t glance = 20; // flowing mode: panel ms between two checks of a condition, with a small factor
+constexpr std::uint32_t mostGlances = 100; // per real second, with any factor
 constexpr std::uint32_t realPatience = 60000; // real ms for an ended program to leave the host
 
 void sleepUntil(Call& call, std::uint64_t deadline) {
@@ -193,8 +194,10 @@ bool Driver::waitUntil(const std::function<bool()>& condition, std::uint64_t lim
         Call call;
         if (clock::now(call.image) >= end)
             return false;
-        const bool stepped = call.image.clock.mode == ClockMode::stepped;
-        const std::uint64_t next = stepped ? nextDeadline(call.image) : clock::now(call.image) + glance;
+        const ClockRecord& clock = call.image.clock;
+        const std::uint64_t next = clock.mode == ClockMode::stepped
+                                       ? nextDeadline(call.image)
+                                       : clock::now(call.image) + std::max(glance, clock.factor / mostGlances);
         sleepUntil(call, std::min(next, end));
     }
 }

@@ -143,7 +143,8 @@ public:
     // Stepped mode: waits until all threads of programs wait. Time does not move. Flowing mode: returns at once.
     void settle();
     // Waits until the condition holds and returns true; returns false after `limit` ms of panel time. In stepped mode
-    // the condition is checked whenever all threads of programs wait, in flowing mode every 20 ms of panel time.
+    // the condition is checked whenever all threads of programs wait, in flowing mode every 20 ms of panel time, but at
+    // most 100 times in a real second.
     bool waitUntil(const std::function<bool()>& condition, std::uint64_t limit);
 
     // Ends the process "TarvexHelper.exe#2" as a crash would. Returns false if no such process runs.

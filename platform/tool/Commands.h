@@ -21,8 +21,10 @@ void addTagCommands(CLI::App& app, Tool& tool);
 void addOperatorCommands(CLI::App& app, Tool& tool);
 // start. Its words behind "--" come from Tool::behindDashes
 void addStartCommand(CLI::App& app, Tool& tool);
-// ps, wait, kill
+// ps, kill
 void addProcessCommands(CLI::App& app, Tool& tool);
+// wait
+void addWaitCommand(CLI::App& app, Tool& tool);
 void addSendCommand(CLI::App& app, Tool& tool);
 void addStatusCommand(CLI::App& app, Tool& tool);
 // registry list, read, write, delete

@@ -1,7 +1,7 @@
 #include "platform/panel/Json.h"
 #include "platform/tool/Commands.h"
+#include "platform/tool/FaultOptions.h"
 #include "platform/tool/Table.h"
-#include "platform/tool/Units.h"
 
 #include "platform/panel/Functions.h"
 
@@ -34,44 +34,11 @@ std::string anyOr(std::uint32_t number) {
 
 void addAdd(CLI::App& faults, Tool& tool) {
     auto* command = faults.add_subcommand("add", "Make a call of a platform function fail without any effect");
-    struct Options {
-        Fault fault;
-        bool cut = false;
-        bool hold = false;
-    };
-    auto options = std::make_shared<Options>();
-    Fault& fault = options->fault;
-    command->add_option("FUNCTION", fault.function, "Name of the function, case-sensitive")->required();
-    command->add_option("--program", fault.program, "File name of the program; default: every program")
-        ->type_name("NAME");
-    command->add_option("--start", fault.start, "Start number of the program since boot; default: every start")
-        ->type_name("N");
-    command->add_option("--thread", fault.thread, "Thread number in the process; default: every thread")
-        ->type_name("N");
-    command->add_option("--call", fault.call, "Number of the call in its thread")
-        ->type_name("K")
-        ->capture_default_str();
-    command->add_flag("--from-then-on", fault.ever, "Apply the fault to all later calls, too");
-    command->add_option("--answer", fault.answer, "Result of the call; default: the function's usual failure result")
-        ->type_name("N");
-    auto* cut = command->add_flag("--cut", options->cut, "Cut the panel's power at the call instead");
-    command
-        ->add_option("--sectors", fault.sectors,
-                     "With --cut and the storage policy \"torn\": how many uncommitted sectors of each file stay")
-        ->type_name("K")
-        ->needs(cut);
-    command->add_flag("--hold", options->hold, "Let the call wait until fault release or fault clear")->excludes(cut);
+    auto options = std::make_shared<FaultOptions>();
+    options->addTo(*command);
     command->callback([options, &tool] {
-        const auto function = panel::functionNamed(options->fault.function);
-        if (!function)
-            throw Misuse("the platform has no function \"" + options->fault.function +
-                         "\" (panel fault functions lists them, in exact case)");
-        if (!options->cut && !options->hold && !panel::facts(*function).canFail)
-            throw Misuse(options->fault.function + " cannot fail");
-        if (options->fault.call == 0)
-            throw Misuse("calls are counted from 1");
-        options->fault.action = options->cut ? FaultAction::cut : options->hold ? FaultAction::hold : FaultAction::fail;
-        panel::Driver(tool.panel()).addFault(options->fault);
+        const Fault fault = options->fault();
+        panel::Driver(tool.panel()).addFault(fault);
     });
 }
 

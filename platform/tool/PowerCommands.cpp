@@ -1,5 +1,7 @@
 #include "platform/panel/Hex.h"
+#include "platform/panel/Json.h"
 #include "platform/tool/Commands.h"
+#include "platform/tool/FaultOptions.h"
 #include "platform/tool/Table.h"
 #include "platform/tool/Units.h"
 
@@ -10,6 +12,8 @@
 namespace tool {
 
 namespace {
+
+using panel::Json;
 
 constexpr const char* storageHelp = R"(
 kept    Every completed WriteFile stays.
@@ -85,7 +89,24 @@ struct Boot {
     double factor = 1;
     std::string ticks = "0";
     bool withoutInit = false;
+    bool trace = false;
+    std::vector<std::string> faults;
+    bool json = false;
 };
+
+void report(const std::vector<panel::InitStart>& starts, const Boot& options) {
+    Json started = Json::array();
+    for (const panel::InitStart& start : starts) {
+        const bool failed = !start.failure.empty();
+        started.push_back({{"launch", start.number}, {"name", failed ? Json(nullptr) : Json(start.process.name)}});
+        if (failed)
+            complain("Launch" + std::to_string(start.number) + " of the registry: " + start.failure);
+        else if (!options.json)
+            std::printf("Started %s, listed as Launch%u in the registry\n", start.process.name.c_str(), start.number);
+    }
+    if (options.json)
+        printJson({{"started", started}});
+}
 
 void boot(const panel::Panel& panel, const Boot& options) {
     panel::BootOptions facts;
@@ -97,17 +118,20 @@ void boot(const panel::Panel& panel, const Boot& options) {
     if (ticks < 0 || ticks > 0xFFFFFFFF)
         throw Misuse("the tick count has 32 bits: \"" + options.ticks + "\" is none");
     facts.ticks = static_cast<std::uint32_t>(ticks);
+    std::vector<panel::Fault> faults; // complete before the panel boots, so that a mistyped fault boots nothing
+    for (const std::string& fault : options.faults)
+        faults.push_back(FaultOptions::parse(fault));
+    if (faults.size() > panel::maxFaults)
+        throw Misuse("the panel keeps at most " + std::to_string(panel::maxFaults) + " faults at a time");
     panel::Panel(panel).boot(facts);
-    std::printf("The panel is %s, its time %s\n", toned("on", Tone::good).c_str(),
-                options.stepped ? "stands still until a command waits" : "flows");
-    if (options.withoutInit)
-        return;
+    if (!options.json)
+        std::printf("The panel is %s, its time %s\n", toned("on", Tone::good).c_str(),
+                    options.stepped ? "stands still until a command waits" : "flows");
     panel::Driver driver(panel, panel::Driver::command, panel::Driver::Programs::stay);
-    for (const panel::InitStart& start : driver.startInit())
-        if (start.failure.empty())
-            std::printf("Started %s, listed as Launch%u in the registry\n", start.process.name.c_str(), start.number);
-        else
-            complain("Launch" + std::to_string(start.number) + " of the registry: " + start.failure);
+    driver.setTracing(options.trace);
+    for (const panel::Fault& fault : faults)
+        driver.addFault(fault);
+    report(options.withoutInit ? std::vector<panel::InitStart>() : driver.startInit(), options);
 }
 
 void addBoot(CLI::App& app, Tool& tool) {
@@ -124,6 +148,20 @@ void addBoot(CLI::App& app, Tool& tool) {
         ->type_name("N")
         ->capture_default_str();
     command->add_flag("--without-init", options->withoutInit, "Start no programs");
+    command->add_flag("--trace", options->trace, "Record the platform calls from the first one on");
+    command
+        ->add_option("--fault", options->faults,
+                     "Inject a fault before the programs start; may be repeated. SPEC: a line of the trace or its "
+                     "beginning, or the words of panel fault add, as one word")
+        ->type_name("SPEC")
+        ->allow_extra_args(false);
+    command->add_flag("--json", options->json, "Answer in JSON");
+    command->footer(R"(
+Examples:
+  panel boot --stepped --trace
+  panel boot --fault "TarvexHelper.exe#1 t1 CreateFileW[3]"
+  panel boot --fault "TarvexHelper.exe#1 t1 CreateFileW[3] --cut" --fault "WriteFile --call 2 --from-then-on"
+)");
     command->callback([options, &tool] { boot(tool.panel(), *options); });
 }
 
@@ -148,7 +186,6 @@ void addStorage(CLI::App& app, Tool& tool) {
     auto* command =
         app.add_subcommand("storage", "Show or set what a power cut leaves of the files on the panel's own storage");
     command->footer(storageHelp);
-    ;
     auto policy = std::make_shared<std::string>();
     command->add_option("POLICY", *policy, "kept, closed or torn; default: show the policy");
     command->callback([policy, &tool] {
@@ -160,11 +197,13 @@ void addStorage(CLI::App& app, Tool& tool) {
     });
 }
 
-void advance(const panel::Panel& panel, std::uint64_t duration) {
+void advance(const panel::Panel& panel, std::uint64_t duration, bool json) {
     panel::Driver driver(panel);
     if (driver.waitUntil([&] { return !driver.isOn(); }, duration))
         throw std::runtime_error("the panel was switched off meanwhile");
     const panel::PanelStatus status = driver.status();
+    if (json)
+        return printJson({{"time", status.time}, {"date", formatDate(status.date)}});
     std::printf("%llu ms since boot, %s\n", static_cast<unsigned long long>(status.time),
                 formatDate(status.date).c_str());
 }
@@ -174,9 +213,11 @@ void addAdvance(CLI::App& app, Tool& tool) {
     auto duration = std::make_shared<std::string>();
     command
         ->add_option("DURATION", *duration,
-                     "1500, 1500ms, 5s, 2min, 1h; 0ms lets no time pass and returns when all programs wait")
+                     "1500, 1500ms, 5s, 2min, 1h30min, 7d; 0ms lets no time pass and returns when all programs wait")
         ->required();
-    command->callback([duration, &tool] { advance(tool.panel(), parseDuration(*duration)); });
+    auto json = std::make_shared<bool>(false);
+    command->add_flag("--json", *json, "Answer in JSON");
+    command->callback([duration, json, &tool] { advance(tool.panel(), parseDuration(*duration), *json); });
 }
 
 } // namespace
