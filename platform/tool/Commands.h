@@ -9,7 +9,7 @@
 
 namespace tool {
 
-// create, boot, off, cut, advance
+// create, boot, off, cut, storage, advance
 void addPowerCommands(CLI::App& app, Tool& tool);
 // plug, mount, unplug
 void addDiskCommands(CLI::App& app, Tool& tool);
@@ -32,7 +32,7 @@ void addFileCommands(CLI::App& app, Tool& tool);
 void addLogCommand(CLI::App& app, Tool& tool);
 // trace show, on, off, clear
 void addTraceCommands(CLI::App& app, Tool& tool);
-// fault add, list, clear, functions
+// fault add, list, release, clear, functions
 void addFaultCommands(CLI::App& app, Tool& tool);
 // view, which runs the program panel-view
 void addViewCommand(CLI::App& app, Tool& tool);

@@ -18,7 +18,9 @@ using panel::Json;
 
 std::string action(const Fault& fault) {
     if (fault.action == FaultAction::cut)
-        return "power cut";
+        return "power cut" + (fault.sectors ? ", " + std::to_string(fault.sectors) + " sectors stay" : "");
+    if (fault.action == FaultAction::hold)
+        return "holds";
     return fault.answer ? "answers " + std::to_string(*fault.answer) : "fails";
 }
 
@@ -35,6 +37,7 @@ void addAdd(CLI::App& faults, Tool& tool) {
     struct Options {
         Fault fault;
         bool cut = false;
+        bool hold = false;
     };
     auto options = std::make_shared<Options>();
     Fault& fault = options->fault;
@@ -51,17 +54,23 @@ void addAdd(CLI::App& faults, Tool& tool) {
     command->add_flag("--from-then-on", fault.ever, "Apply the fault to all later calls, too");
     command->add_option("--answer", fault.answer, "Result of the call; default: the function's usual failure result")
         ->type_name("N");
-    command->add_flag("--cut", options->cut, "Cut the panel's power at the call instead");
+    auto* cut = command->add_flag("--cut", options->cut, "Cut the panel's power at the call instead");
+    command
+        ->add_option("--sectors", fault.sectors,
+                     "With --cut and the storage policy \"torn\": how many uncommitted sectors of each file stay")
+        ->type_name("K")
+        ->needs(cut);
+    command->add_flag("--hold", options->hold, "Let the call wait until fault release or fault clear")->excludes(cut);
     command->callback([options, &tool] {
         const auto function = panel::functionNamed(options->fault.function);
         if (!function)
             throw Misuse("the platform has no function \"" + options->fault.function +
                          "\" (panel fault functions lists them, in exact case)");
-        if (!options->cut && !panel::facts(*function).canFail)
+        if (!options->cut && !options->hold && !panel::facts(*function).canFail)
             throw Misuse(options->fault.function + " cannot fail");
         if (options->fault.call == 0)
             throw Misuse("calls are counted from 1");
-        options->fault.action = options->cut ? FaultAction::cut : FaultAction::fail;
+        options->fault.action = options->cut ? FaultAction::cut : options->hold ? FaultAction::hold : FaultAction::fail;
         panel::Driver(tool.panel()).addFault(options->fault);
     });
 }
@@ -77,6 +86,8 @@ void list(panel::Driver& driver, bool json) {
                               {"call", fault.call},
                               {"fromThenOn", fault.ever},
                               {"cut", fault.action == FaultAction::cut},
+                              {"hold", fault.action == FaultAction::hold},
+                              {"sectors", fault.sectors},
                               {"hits", fault.hits}});
             if (fault.answer)
                 answer.back()["answers"] = *fault.answer;
@@ -117,7 +128,8 @@ void listFunctions(bool json) {
 } // namespace
 
 void addFaultCommands(CLI::App& app, Tool& tool) {
-    auto* faults = app.add_subcommand("fault", "Inject faults: make platform calls fail, or cut the power at a call");
+    auto* faults =
+        app.add_subcommand("fault", "Inject faults: make platform calls fail or wait, or cut the power at a call");
     faults->require_subcommand(1);
     addAdd(*faults, tool);
 
@@ -128,7 +140,10 @@ void addFaultCommands(CLI::App& app, Tool& tool) {
         panel::Driver driver(tool.panel());
         list(driver, *json);
     });
-    faults->add_subcommand("clear", "Remove all faults")->callback([&tool] {
+    faults->add_subcommand("release", "Let held calls go on, and remove the faults that hold calls")->callback([&tool] {
+        panel::Driver(tool.panel()).releaseCalls();
+    });
+    faults->add_subcommand("clear", "Remove all faults; held calls go on")->callback([&tool] {
         panel::Driver(tool.panel()).clearFaults();
     });
     auto* functions =

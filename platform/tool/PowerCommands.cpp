@@ -11,12 +11,27 @@ namespace tool {
 
 namespace {
 
+constexpr const char* storageHelp = R"(
+kept    Every completed WriteFile stays.
+closed  What was written through a handle stays once the handle is closed. Until then a power cut takes it, with
+        the length that it gave the file. The end of a program closes its handles.
+torn    Like closed, but of what would be lost the first K sectors of each file stay: aligned blocks of 512 bytes,
+        from the beginning of the file. "panel cut --sectors K" and "panel fault add FUNCTION --cut --sectors K" say
+        how many. A cut at a WriteFile falls inside the call: its data counts as written.
+
+With every policy these changes stay at once, as a whole and in their order: creating, emptying, renaming and
+deleting a file, its attributes, folders, and a copy by CopyFileW. A shutdown by "panel off" keeps everything. Files
+on a plugged disk follow no policy: they keep every completed WriteFile. Setting a policy, also while the panel is
+on, keeps what was written before.
+)";
+
 struct CreateOptions {
     std::string directory;
     std::string screen = "800x480";
     std::string date;
     panel::PanelOptions facts;
     std::string guid;
+    std::string storage = panel::storageNames[0];
 };
 
 void create(const CreateOptions& options) {
@@ -34,6 +49,7 @@ void create(const CreateOptions& options) {
         facts.guid = orMisuse([&] { return panel::parseHex(options.guid); });
     if (facts.guid.size() != 16)
         throw Misuse("a GUID has 16 bytes: \"" + options.guid + "\" is none");
+    facts.storage = orMisuse([&] { return panel::storageNamed(options.storage); });
     for (const std::string& device : facts.without)
         orMisuse([&] { return panel::Devices::facts(device).name; });
     const auto made = panel::Panel::create(options.directory, facts);
@@ -57,6 +73,9 @@ void addCreate(CLI::App& app) {
         ->type_name("DEVICE");
     command->add_option("--model", options->facts.model, "Model code (tag 18)")->type_name("N")->capture_default_str();
     command->add_option("--guid", options->guid, "GUID (tag 48): 16 bytes in hexadecimal")->type_name("BYTES");
+    command->add_option("--storage", options->storage, "Storage policy: kept, closed or torn (panel storage --help)")
+        ->type_name("POLICY")
+        ->capture_default_str();
     command->callback([options] { create(*options); });
 }
 
@@ -113,11 +132,32 @@ void addOff(CLI::App& app, Tool& tool) {
         tool.panel().off();
         std::printf("The panel is %s\n", toned("off", Tone::bad).c_str());
     });
-    app.add_subcommand("cut", "Cut the panel's power: unwritten data and unflushed registry changes are lost")
-        ->callback([&tool] {
-            tool.panel().cut();
-            std::printf("The panel is %s, its power was cut\n", toned("off", Tone::bad).c_str());
-        });
+    auto* cut = app.add_subcommand(
+        "cut", "Cut the panel's power: what its storage has not committed and unflushed registry changes are lost");
+    auto sectors = std::make_shared<std::uint32_t>(0);
+    cut->add_option("--sectors", *sectors,
+                    "With the storage policy \"torn\": how many uncommitted sectors of each file stay")
+        ->type_name("K");
+    cut->callback([sectors, &tool] {
+        tool.panel().cut(*sectors);
+        std::printf("The panel is %s, its power was cut\n", toned("off", Tone::bad).c_str());
+    });
+}
+
+void addStorage(CLI::App& app, Tool& tool) {
+    auto* command =
+        app.add_subcommand("storage", "Show or set what a power cut leaves of the files on the panel's own storage");
+    command->footer(storageHelp);
+    ;
+    auto policy = std::make_shared<std::string>();
+    command->add_option("POLICY", *policy, "kept, closed or torn; default: show the policy");
+    command->callback([policy, &tool] {
+        panel::Panel panel = tool.panel();
+        if (!policy->empty())
+            panel.setStorage(orMisuse([&] { return panel::storageNamed(*policy); }));
+        else
+            std::puts(panel::storageNames[static_cast<std::size_t>(panel.options().storage)]);
+    });
 }
 
 void advance(const panel::Panel& panel, std::uint64_t duration) {
@@ -145,6 +185,7 @@ void addPowerCommands(CLI::App& app, Tool& tool) {
     addCreate(app);
     addBoot(app, tool);
     addOff(app, tool);
+    addStorage(app, tool);
     addAdvance(app, tool);
 }
 

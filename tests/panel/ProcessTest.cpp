@@ -200,6 +200,19 @@ TEST(Faults, HitTheCallAskedForAndOthersNot) {
     driver().clearFaults();
     driver().addFault({"CreateFileW", "Actor.exe", 0, 0, 2, true});
     EXPECT_EQ(run("hold \\MMCMemory\\f hold \\MMCMemory\\g"), ERROR_ACCESS_DENIED);
+    driver().clearFaults();
+    driver().addFault({"EventModify", "Actor.exe", 0, 1, 2, false, panel::FaultAction::hold});
+    const auto held = driver().start(actor, "set first set second");
+    const auto signals = [] { return driver().status().signals.size(); };
+    EXPECT_EQ(driver().waitForExit(held, 60000), std::nullopt); // time goes on
+    EXPECT_EQ(signals(), 1U);
+    EXPECT_EQ(driver().status().processes.at(0).calls.at(0).call.substr(0, 15), "EventModify[2](");
+    EXPECT_EQ(driver().faults().at(0).hits, 1U);
+    driver().addFault({"EventModify", "Actor.exe", 0, 1, 2}); // applies when the call goes on
+    driver().releaseCalls();
+    EXPECT_EQ(driver().waitForExit(held, 60000), 0U);
+    EXPECT_EQ(signals(), 1U);
+    EXPECT_EQ(driver().faults().at(0).hits, 1U);
     EXPECT_THROW(driver().addFault({"Sleep", ""}), std::runtime_error);
     EXPECT_THROW(driver().addFault({"Slep", ""}), std::runtime_error);
 }

@@ -186,6 +186,36 @@ TEST_F(PanelCommand, SaysWhatIsWrongInOneLine) {
     EXPECT_EQ(json("status").at("on"), false);
 }
 
+TEST_F(PanelCommand, ChoosesWhatACutLeavesOfFiles) {
+    isMisused("create p --storage some", "kept, closed or torn");
+    succeed("create p --storage closed");
+    install();
+    EXPECT_EQ(call("storage").text, "closed\n");
+    succeed("boot --stepped");
+    succeed("start '\\MMCMemory\\Tarvex\\TarvexHelper.exe'");
+    succeed("wait --window ORVATarvexHelper");
+    EXPECT_NE(call("log").text, "");
+    fails("cut --sectors 1", "panel storage torn");
+    fails("fault add WriteFile --cut --sectors 1", "panel storage torn");
+    succeed("cut");
+    const fs::path place = directory / "p/fs/MMCMemory/Tarvex";
+    EXPECT_EQ(fs::file_size(place / "helper_log0.txt"), 0U);
+    EXPECT_GT(fs::file_size(place / "config.xml"), 0U);
+    succeed("storage torn");
+    succeed("boot --stepped"); // the registry starts the helper
+    succeed("wait --window ORVATarvexHelper");
+    succeed("fault add WriteFile --cut --sectors 1");
+    EXPECT_EQ(json("fault list").at(0).at("sectors"), 1);
+    succeed("fault add Sleep --hold");
+    isMisused("fault add Sleep --hold --cut", "--hold");
+    EXPECT_EQ(json("fault list").at(1).at("hold"), true);
+    succeed("fault release");
+    EXPECT_EQ(json("fault list").size(), 1U);
+    const std::string log = call("log").text;
+    succeed("cut --sectors 1");
+    EXPECT_EQ(call("log").text, log.substr(0, 512));
+}
+
 TEST_F(PanelCommand, ReadsAndChangesTheRegistry) {
     succeed("create p --version 3.7 --name Press");
     install();

@@ -352,7 +352,7 @@ function valueLine({name, type, text, texts, bytes}, flushed) {
 function showFaults(faults) {
   fill("faults", ["Function", "Call", "Program", "Thread", "Action", "Hits"], faults.error ? [] : faults.map(fault => [fault.function,
     fault.call + (fault.fromThenOn ? " and all after it" : ""), (fault.program || "any") + (fault.start ? "#" + fault.start : ""), fault.thread || "any",
-    fault.cut ? "power cut" : "fails", fault.hits]), "There are no faults.");
+    fault.cut ? "power cut" : fault.hold ? "holds" : "fails", fault.hits]), "There are no faults.");
 }
 
 function showPlanned() {
