@@ -187,11 +187,10 @@ TEST(Installation, FailsWhenItCannotTellWhereItStartedOrTheInstalledHelperDoesNo
          {std::pair{"Generic Exception", "GetModuleFileNameW"}, {"Cannot start default helper", "CreateProcessW"}}) {
         ScenarioPanel panel;
         panel.put("\\Temp\\TarvexHelper.exe", helperFile());
-        const auto before = panel.tree("\\");
         panel.failCall(function);
         EXPECT_EQ(panel.run("\\Temp\\TarvexHelper.exe"), 1U);
         EXPECT_EQ(panel.lastLines(1), Lines{std::string("ERROR;Exception OrvaUtils::Exception: ") + failure});
-        EXPECT_EQ(panel.tree("\\") == before, std::string_view(failure) == "Generic Exception");
+        EXPECT_EQ(panel.tree("\\MMCMemory\\Tarvex").empty(), std::string_view(failure) == "Generic Exception");
         EXPECT_FALSE(panel.settlesInLoop());
     }
 }

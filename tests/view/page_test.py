@@ -182,6 +182,8 @@ def drive(page, disk):
     page.wait_for("#line", "TarvexHelper.exe#1 t1 CreateWindowExW[2](")
     page.click("#track [data-key='TarvexHelper.exe#1 t1 CreateWindowExW[2]']")
     page.do(lambda: page.click("#fail"), "panel boot")
+    page.wait_for("#faults table", "CreateWindowExW") # the page knows of the new boot
+    page.wait_for("#power", "on")
     page.advance("2s")
     page.wait_for("#programs", "TarvexHelper.exe#1ended, exit code 1")
     page.wait_for("#track .fault", "CreateWindowExW")
