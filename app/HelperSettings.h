@@ -27,8 +27,9 @@ public:
     // Returns the settings of the process. The first call reads the document.
     static HelperSettings& instance();
 
-    // Replaces the document. If a restore request is not in progress, or has no repository path, only its attribute
-    // "InProgress" is written.
+    // Replaces the document by the fields of this object. Requests of the old document that the constructor did not
+    // read are lost. If a request in `restoreRequests` is not in progress, or its repository path is empty, its element
+    // gets only the attribute "InProgress".
     void save() const;
 
     // Returns the first restore request that is in progress, or null. The pointer is valid until the list changes.

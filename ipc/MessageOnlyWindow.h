@@ -11,8 +11,9 @@
 //
 // Threads: one thread, the loop thread, calls `create`, `run` and the destructor. The platform delivers messages only
 // to the thread that created the window, and only this thread can destroy the window. Any thread may call
-// `registerHandler`, `clearHandlers` and `stop` while the object exists. No other thread may call an operation when the
-// destructor begins. There is one exception: a thread may still be waiting in a `stop` that it has called before.
+// `registerHandler`, `clearHandlers` and `stop` while the object exists. When the destructor begins, no other thread
+// may be inside an operation or call an operation later. Only a `stop` that another thread has called before may still
+// be waiting.
 //
 // Handlers run on the loop thread, one at a time. A registration by another thread waits until the running handler has
 // returned.
@@ -40,7 +41,8 @@ public:
     // Runs the message loop, which serves all windows of the calling thread. The loop ends when it has dispatched
     // WM_CLOSE to this window, when it receives WM_QUIT, or when a handler throws. Creates the window, with a generated
     // class name, if `create` was not called. Throws the exceptions of `create`, and "Message loop already running" if
-    // another call of `run` is in progress. It may be called again while the window exists.
+    // another call of `run` is in progress. After `run` has ended, `run` may be called again only if the
+    // window still exists. WM_CLOSE destroys the window, unless a handler is registered for WM_CLOSE.
     void run();
     // Asks the loop to end by posting WM_CLOSE to the window.
     //

@@ -13,11 +13,12 @@
 //
 // Threads: one owner thread calls all public operations. The loop runs on the worker thread.
 //
-// Lifetime: the owner creates a monitor with `new` and destroys it with `stopAndDelete`, which keeps the monitor in
-// memory if the thread does not end. If the thread uses other objects too, the owner calls `stop` itself, and deletes
-// these objects and the monitor only if `hasEnded` then returns true. If nobody has called `stop`, the destructor of
-// the monitor calls it and may throw its exception. The monitor is gone then, even if the thread still runs, so do not
-// rely on the destructor.
+// Lifetime: if the thread uses only the monitor, the owner creates the monitor with `new` and destroys it with
+// `stopAndDelete`, which keeps the monitor in memory if the thread does not end. If the monitor is a member of another
+// object, or the thread uses other objects too, the owner calls `stop` itself. The owner deletes these objects and the
+// monitor only if `hasEnded` then returns true. If nobody has called `stop`, the destructor of the monitor calls
+// `stop` and may throw the exception of `stop`. The monitor is destroyed even if the thread still runs, so do not rely
+// on the destructor.
 class MonitorThread {
 public:
     MonitorThread(const MonitorThread&) = delete;
@@ -29,8 +30,8 @@ public:
     // twice, `start` returns at once. If CreateThread fails, `start` still returns true, and `hasEnded` then returns
     // true, too.
     //
-    // A thread of an earlier `start` may still exist that has neither entered its loop nor ended. In this case `start`
-    // closes the handle of that thread, and `hasEnded` refers to the new thread only.
+    // A thread of an earlier `start` may still exist, if it has neither entered its loop nor ended. In this case
+    // `start` closes the handle of the earlier thread, and `hasEnded` refers only to the new thread.
     bool start();
     // Stops the thread: sets the stop event and waits for the thread to end, at most 20000 ms. Does nothing if the
     // monitor is not running. Throws the monitor's exception "Failed to terminate monitor thread" after a time-out, or

@@ -14,14 +14,14 @@ namespace OrvaUtils::Concurrency {
 // The platform's threads, events, critical sections, processes and time.
 //
 // The create operations return a new object, which the caller owns and deletes, or null if memory is short. Operations
-// of these interfaces report failures by their return values and do not throw. The only exception is
-// IProcess::getParameter.
+// of these interfaces report failures by their return values and do not throw. Only
+// IProcess::getParameter can throw.
 class ISystem {
 public:
     // Returns the milliseconds since the system started as a 64-bit number. The platform's counter has 32 bits and
     // wraps every 49.7 days; the result continues past a wrap only if the program calls this at least once between two
-    // wraps. The first call in the process returns the platform's counter as it is. The state has no lock,
-    // deliberately: one thread at a time may call.
+    // wraps. The first call in the process returns the platform's counter as it is. The function has no lock,
+    // deliberately: only one thread at a time may call it.
     virtual std::uint64_t getTickCount64() = 0;
     // Blocks the calling thread for this time.
     virtual void sleep(unsigned milliseconds) = 0;

@@ -76,8 +76,9 @@ public:
     // Deletes a file. If that fails, renames the file with the prefix "_rm_"; a file that already has the prefix keeps
     // its name. Always returns true.
     virtual bool deleteOrRenameFile(const std::wstring& path);
-    // Does the same and sets `newName` to the new path if it tries to rename the file. The rename may have failed, and
-    // the file may never have existed. If no rename is tried, `newName` stays unchanged.
+    // Deletes or renames a file like the overload above. Sets `newName` to the new path if it tries to rename the file.
+    // The rename may have failed, and the file may never have existed. If no rename is tried, `newName` stays
+    // unchanged.
     virtual bool deleteOrRenameFile(const std::wstring& path, std::wstring& newName);
 
     // Copies a directory tree. The destination deliberately comes first, unlike in the file operations. The parent of
@@ -91,12 +92,13 @@ public:
     // Deletes a directory tree. Entries that are in use get the prefix "_rm_", and so do the directories that still
     // hold such entries. Always returns true. Throws FileSystemException "Invalid directory name" for an empty path.
     virtual bool deleteDirectoryOrRename(const std::wstring& path);
-    // Does the same. Sets `newName` to the new path if it tries to rename the directory itself, otherwise to `path`.
-    // The rename may have failed.
+    // Deletes or renames a directory like the overload above. Sets `newName` to the new path if it tries to rename the
+    // directory itself, otherwise to `path`. The rename may have failed.
     virtual bool deleteDirectoryOrRename(const std::wstring& path, std::wstring& newName);
-    // Deletes the entries of a directory that match `pattern` and do not match `excludedPattern`, with their
-    // subdirectories. Entries that are in use get the prefix "_rm_". The directory itself stays. An empty
-    // `excludedPattern` excludes nothing. Throws FileSystemException "Invalid directory name" for an empty path.
+    // Deletes those entries of a directory whose names match `pattern` but not `excludedPattern`: files, and
+    // subdirectories with all their contents. Entries that are in use get the prefix "_rm_". The directory itself
+    // stays. An empty `excludedPattern` excludes nothing. Throws FileSystemException "Invalid directory name" for an
+    // empty path.
     virtual void deleteDirectoryContents(const std::wstring& path, const std::wstring& pattern,
                                          const std::wstring& excludedPattern);
     // Deletes the leftovers in a directory, but not those in its subdirectories. A leftover that is still in use stays.

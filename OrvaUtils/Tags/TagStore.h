@@ -10,8 +10,8 @@ namespace OrvaUtils::Tags {
 // An open connection to the panel's tag store: numbered data items of the factory, kept outside of the file system.
 //
 // The constructor loads "tagUserAPI.dll", looks up its functions and opens the store; the destructor closes the store
-// and unloads the library. A function that fails throws TagException. A function has succeeded only if its result is
-// not zero and its error code is zero.
+// and unloads the library. An operation throws TagException if its call of the library fails. A call of the library has
+// succeeded only if its result is not zero and its error code is zero.
 //
 // Open one connection at a time, on one thread: the table of functions belongs to the whole process.
 class TagStore {

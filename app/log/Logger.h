@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-// The levels of log lines. A lower number is more important.
+// The levels of log lines. A lower number is more important. The log shows any other number as UNKNOWN.
 namespace LogLevel {
 inline constexpr std::int32_t Display = 0;
 inline constexpr std::int32_t Error = 1;
@@ -33,8 +33,8 @@ inline constexpr std::int32_t Debug = 3;
 // at a time opens a file or rotates to the next file. If other threads write during a rotation, their lines go to the
 // previous file, which may then exceed its limit by several lines. If other threads write while the first file is being
 // opened, their lines are lost. If there is only one file (`setMaxFiles`), it can be emptied only while no other thread
-// writes; until then it grows beyond its limit. The operations that change settings or listeners, and
-// `setImmediate(false)`, are not thread-safe: configure the log before other threads write.
+// writes; until then it grows beyond its limit. The operations that change settings or listeners are not
+// thread-safe: call them before other threads write. After `setImmediate(false)` only one thread may write.
 class Logger {
 public:
     // Creates a log with the defaults given at the setters. Program code uses `instance`.

@@ -17,8 +17,8 @@ class TouchBuzzer;
 // Command 1 of the message "ORVATarvexBuzzerMsg" reads the file again. It answers 0, or 2 if the file cannot be read.
 // Every other command answers 1.
 //
-// Deliberate: a buzzer that is switched on keeps its frequency. A new frequency is used when the buzzer is switched on
-// the next time. A missing driver and a mouse hook that cannot be installed are not reported.
+// Deliberate: a buzzer that is on keeps its frequency. A new frequency is used after the buzzer was switched off and on
+// again. A missing driver and a mouse hook that cannot be installed are not reported.
 //
 // Only the main thread uses the module. Its message loop must run: the platform calls the mouse hook there.
 class BuzzerModule : public IModule, public IPCMessageHandler {

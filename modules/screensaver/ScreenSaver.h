@@ -23,19 +23,20 @@ public:
     // Creates a screen saver and starts its monitor. The initial time-out is 60000 ms, and the initial level is 0. The
     // caller destroys the object with `remove`.
     //
-    // Throws a ScreenSaverException: "Cannot register class", "Driver open failed", "Get back light settings failed",
-    // "Cannot create event" or "Cannot create black screen window".
+    // Throws an exception of a class derived from ScreenSaverException: "Cannot register class", "Driver open failed",
+    // "Get back light settings failed", "Cannot create event" or "Cannot create black screen window".
     static ScreenSaver* create(HINSTANCE instance, const std::wstring& className);
     ScreenSaver(const ScreenSaver&) = delete;
     ScreenSaver& operator=(const ScreenSaver&) = delete;
 
     // Restores the screen, stops the monitor and deletes the screen saver. All steps are done even if one of them
     // throws. The first exception is rethrown at the end, unless another exception is in flight. If the monitor's
-    // thread does not end, the object stays in memory until the process ends, but its window is destroyed.
+    // thread does not end, the object stays in memory until the process ends, but its window is closed.
+    // The window is hidden and closed by posted messages: the message loop must run.
     static void remove(ScreenSaver* screenSaver);
 
-    // Sets the time-out after which an inactive user engages the screen saver. If the monitor is waiting already, that
-    // wait keeps its old time-out.
+    // Sets the time-out: the time from the power manager's report that the user is inactive to the moment when the
+    // screen saver engages. A wait that is in progress keeps its old time-out.
     void setTimeout(std::uint32_t milliseconds);
     // Sets the brightness of the engaged screen saver, as a fraction from 0 (the black window) to 1 (brightest). The
     // new brightness is used when the screen saver engages the next time.

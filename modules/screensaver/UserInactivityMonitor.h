@@ -10,10 +10,10 @@
 // The monitor of user activity: a thread that tells its observers when the user becomes inactive and active.
 //
 // The power manager has two named events, one of which is always set: "PowerManager/UserActivity_Active" and
-// "PowerManager/UserActivity_Inactive" [ms890502]. If the Inactive event was set and the Active event then stays unset
-// until the time-out has passed, the monitor reports inactivity. As soon as the Active event is set, it reports
-// activity. The monitor may report activity several times in a row. If the panel lacks these events, the monitor
-// reports nothing.
+// "PowerManager/UserActivity_Inactive" [ms890502]. When the Inactive event is set, the time-out begins. If the Active
+// event is set during the time-out, the monitor reports activity. Otherwise the monitor reports inactivity when the
+// time-out has passed. Afterwards it reports activity as soon as the Active event is set. The monitor may therefore
+// report activity several times in a row. If the panel lacks one of these events, the monitor reports nothing.
 //
 // When the thread starts, it first reads the state of the Active event. If this event is set, the thread reports
 // activity before `start` returns, so a slow observer delays `start`. If the event is not set, the time-out begins at
@@ -29,8 +29,8 @@ public:
         stopAtEnd();
     }
 
-    // Sets the time-out, which is 60000 ms at first. A new time-out does not change a wait that is in progress. After
-    // `start` has returned, the first wait is in progress.
+    // Sets the time-out, which is 60000 ms at first. A new time-out does not change a wait that is in progress. If the
+    // user is inactive when the thread starts, the first wait uses the time-out that was set before `start`.
     void setTimeout(std::uint32_t milliseconds);
 
     // Adds an observer, which is not owned.

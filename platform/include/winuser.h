@@ -33,7 +33,7 @@ struct WNDCLASSW {
     LPCWSTR lpszMenuName;
     LPCWSTR lpszClassName;
 };
-static_assert(sizeof(void*) != 4 || sizeof(WNDCLASSW) == 40);
+static_assert(sizeof(void*) != 4 || (sizeof(WNDCLASSW) == 40 && offsetof(WNDCLASSW, hInstance) == 16));
 
 // WM_NCCREATE and WM_CREATE pass a pointer to this record in lParam.
 struct CREATESTRUCTW {
@@ -50,7 +50,7 @@ struct CREATESTRUCTW {
     LPCWSTR lpszClass;
     DWORD dwExStyle;
 };
-static_assert(sizeof(void*) != 4 || sizeof(CREATESTRUCTW) == 48);
+static_assert(sizeof(void*) != 4 || (sizeof(CREATESTRUCTW) == 48 && offsetof(CREATESTRUCTW, style) == 32));
 
 struct POINT {
     LONG x;
@@ -66,7 +66,7 @@ struct MSG {
     DWORD time; // tick count when the message was posted
     POINT pt;
 };
-static_assert(sizeof(void*) != 4 || sizeof(MSG) == 28);
+static_assert(sizeof(void*) != 4 || (sizeof(MSG) == 28 && offsetof(MSG, time) == 16));
 
 inline constexpr UINT WM_NULL = 0x0000;
 inline constexpr UINT WM_CREATE = 0x0001;

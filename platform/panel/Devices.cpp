@@ -1,5 +1,6 @@
 #include "platform/panel/Devices.h"
 
+#include "platform/panel/DidYouMean.h"
 #include "platform/panel/Hex.h"
 #include "platform/panel/Json.h"
 #include "platform/panel/Mapping.h"
@@ -65,9 +66,13 @@ void checkOperation(const DeviceFacts& device, std::string_view operation) {
     const auto named = [&](const OperationFacts& known) { return known.name == operation; };
     if (operation == "open" && !device.path.empty())
         return;
+    std::vector<std::string> names;
+    for (const OperationFacts& known : device.operations)
+        names.emplace_back(known.name);
     if (std::none_of(device.operations.begin(), device.operations.end(), named))
         throw std::runtime_error("the device " + std::string(device.name) + " has no \"" + std::string(operation) +
-                                 "\" (panel device " + std::string(device.name) + " lists its operations)");
+                                 '"' + didYouMean(operation, names) + " (panel device " + std::string(device.name) +
+                                 " lists its operations)");
 }
 
 std::string lineOf(const Request& request) {
@@ -168,7 +173,11 @@ const DeviceFacts& Devices::facts(std::string_view name) {
     for (const DeviceFacts& device : knownDevices())
         if (equalCaseBlind(device.name, name))
             return device;
-    throw std::runtime_error("a panel has no device \"" + std::string(name) + "\" (panel device lists them)");
+    std::vector<std::string> names;
+    for (const DeviceFacts& device : knownDevices())
+        names.emplace_back(device.name);
+    throw std::runtime_error("a panel has no device \"" + std::string(name) + '"' + didYouMean(name, names) +
+                             " (panel device lists them)");
 }
 
 const DeviceFacts* Devices::driverAt(std::string_view panelPath) {

@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 namespace {
 
 bool lies(const fs::path& inner, const fs::path& outer) {
-    const fs::path relative = fs::canonical(inner).lexically_relative(fs::canonical(outer));
+    const fs::path relative = fs::weakly_canonical(inner).lexically_relative(fs::canonical(outer));
     return !relative.empty() && *relative.begin() != "..";
 }
 
@@ -254,7 +254,7 @@ void Disks::check(const Disk& disk, const std::vector<Disk>& known) const {
         throw std::runtime_error("a disk has at most " + std::to_string(maxPartitions) + " partitions");
 }
 
-void Disks::tell(const Disk& disk, bool attached) const {
+void Disks::tell(const Disk& disk, Event event) const {
     const Mapping kernel(root);
     if (!kernel.image)
         return;
@@ -262,12 +262,17 @@ void Disks::tell(const Disk& disk, bool attached) const {
         const Lock lock(*kernel.image);
         setVolumes(*kernel.image, volumes());
         names::changed(*kernel.image);
-        if (attached)
+        if (event == Event::attached)
             addDevice(*kernel.image, disk);
-        for (BlockDeviceRecord& record : kernel.image->blockDevices)
-            if (!attached && record.used && record.name == disk.device)
-                record.used = 0;
-        queues::announce(*kernel.image, disk.device, attached);
+        for (BlockDeviceRecord& record : kernel.image->blockDevices) {
+            if (!record.used || record.name != disk.device)
+                continue;
+            record.used = event != Event::detached;
+            for (std::uint32_t index = 0; index < record.partitionCount; ++index)
+                record.partitions[index].attributes = disk.partitions[index].attributes;
+        }
+        if (event != Event::mounted)
+            queues::announce(*kernel.image, disk.device, event == Event::attached);
     }
     scheduler::deliverWakes(*kernel.image);
 }
@@ -302,7 +307,7 @@ std::string Disks::plug(Disk disk, std::int64_t date) const {
         removeFolders(disk);
         throw;
     }
-    tell(disk, true);
+    tell(disk, Event::attached);
     return disk.device;
 }
 
@@ -327,36 +332,53 @@ void Disks::mount(const std::string& volume) const {
                 throw;
             }
             removeIfEmpty(root / "unmounted");
-            tellAttributes(disk);
+            tell(disk, Event::mounted);
             return;
         }
     throw std::runtime_error("no partition \"" + volume + "\" waits to be mounted (panel status lists the disks)");
 }
 
-void Disks::tellAttributes(const Disk& disk) const {
-    const Mapping kernel(root);
-    if (!kernel.image)
-        return;
-    const Lock lock(*kernel.image);
-    setVolumes(*kernel.image, volumes());
-    names::changed(*kernel.image);
-    for (BlockDeviceRecord& record : kernel.image->blockDevices)
-        for (std::uint32_t index = 0; record.used && record.name == disk.device && index < record.partitionCount;
-             ++index)
-            record.partitions[index].attributes = disk.partitions[index].attributes;
+void Disks::copyFolders(const Disk& disk, const fs::path& folder) const {
+    if (fs::exists(folder) && (!fs::is_directory(folder) || !fs::is_empty(folder)))
+        throw std::runtime_error("the folder is not empty: " + folder.string() + " (choose another folder)");
+    std::vector<fs::path> places;
+    bool inside = lies(folder, root);
+    for (const Partition& partition : disk.partitions)
+        if (!partition.volume.empty()) {
+            places.push_back(placeOf(partition));
+            inside = inside || lies(folder, places.back()); // a disk that was plugged in place
+        }
+    if (inside)
+        throw std::runtime_error("the folder lies in the panel or in the disk: " + folder.string());
+    const bool existed = fs::exists(folder);
+    try {
+        fs::create_directories(folder);
+        for (const fs::path& place : places)
+            fs::copy(fs::canonical(place), places.size() > 1 ? folder / place.filename() : folder,
+                     fs::copy_options::recursive | fs::copy_options::skip_symlinks);
+    } catch (const std::exception& error) {
+        std::error_code ignored;
+        for (const fs::directory_entry& entry : fs::directory_iterator(folder, ignored))
+            fs::remove_all(entry, ignored);
+        if (!existed)
+            fs::remove(folder, ignored);
+        throw std::runtime_error("cannot keep the disk's files in " + folder.string() + ": " + error.what());
+    }
 }
 
-void Disks::unplug(const std::string& name) const {
+void Disks::unplug(const std::string& name, const fs::path& keep) const {
     const Change alone(root);
     std::vector<Disk> disks = list();
     const auto found = std::find_if(disks.begin(), disks.end(), [&](const Disk& disk) { return isCalled(disk, name); });
     if (found == disks.end())
         throw std::runtime_error("no disk \"" + name + "\" is plugged");
     const Disk disk = *found;
+    if (!keep.empty())
+        copyFolders(disk, keep);
     disks.erase(found);
     removeFolders(disk);
     save(disks);
-    tell(disk, false);
+    tell(disk, Event::detached);
 }
 
 } // namespace panel

@@ -58,7 +58,9 @@ public:
     void mount(const std::string& volume) const;
     // Removes a disk with all its partitions and deletes the copies of their files. `name` is the device or one of its
     // volumes, case-insensitively. Notifies the programs as `plug` does.
-    void unplug(const std::string& name) const;
+    // With `keep` it first copies the disk's files into that folder of the host, which must be empty or not exist; the
+    // files of several partitions go into folders with the volumes' names. If that fails, the disk stays plugged.
+    void unplug(const std::string& name, const std::filesystem::path& keep = {}) const;
 
     // Returns the reason why a text cannot be the name of a volume, or "" if it can be. The platform keeps 64
     // characters for the backslash, the name and the terminating zero.
@@ -74,9 +76,10 @@ private:
     void nameVolumes(Disk& disk, const std::vector<Disk>& known) const;
     void check(const Disk& disk, const std::vector<Disk>& known) const;
     std::filesystem::path placeOf(const Partition& partition) const; // host folder of the partition's files
-    void tell(const Disk& disk, bool attached) const; // updates the kernel file if the panel is on
-    void tellAttributes(const Disk& disk) const; // updates the partitions' attributes in the kernel file
+    enum class Event { attached, detached, mounted };
+    void tell(const Disk& disk, Event event) const; // updates the kernel file if the panel is on
     void removeFolders(const Disk& disk) const;
+    void copyFolders(const Disk& disk, const std::filesystem::path& folder) const;
     void save(const std::vector<Disk>& disks) const;
 
     std::filesystem::path root; // the panel's directory

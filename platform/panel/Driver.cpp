@@ -11,6 +11,7 @@
 #include "platform/panel/kernel/Objects.h"
 #include "platform/panel/kernel/Processes.h"
 #include "platform/panel/kernel/Screen.h"
+#include "platform/panel/kernel/Storage.h"
 #include "platform/panel/kernel/Wait.h"
 
 #include <algorithm>
@@ -21,7 +22,8 @@ namespace panel {
 
 namespace {
 
-constexpr std::uint32_t glance = 20; // flowing mode: panel ms between two checks of a condition
+constexpr std::uint32_t glance = 20; // flowing mode: panel ms between two checks of a condition, with a small factor
+constexpr std::uint32_t mostGlances = 100; // per real second, with any factor
 constexpr std::uint32_t realPatience = 60000; // real ms for an ended program to leave the host
 
 void sleepUntil(Call& call, std::uint64_t deadline) {
@@ -192,8 +194,10 @@ bool Driver::waitUntil(const std::function<bool()>& condition, std::uint64_t lim
         Call call;
         if (clock::now(call.image) >= end)
             return false;
-        const bool stepped = call.image.clock.mode == ClockMode::stepped;
-        const std::uint64_t next = stepped ? nextDeadline(call.image) : clock::now(call.image) + glance;
+        const ClockRecord& clock = call.image.clock;
+        const std::uint64_t next = clock.mode == ClockMode::stepped
+                                       ? nextDeadline(call.image)
+                                       : clock::now(call.image) + std::max(glance, clock.factor / mostGlances);
         sleepUntil(call, std::min(next, end));
     }
 }
@@ -296,6 +300,8 @@ void Driver::addFault(const Fault& fault) {
     if (fault.call == 0)
         throw std::runtime_error("calls are counted from 1");
     Call call;
+    if (fault.sectors && call.image.storage != StoragePolicy::torn)
+        throw std::runtime_error(storage::onlyTorn);
     for (FaultRecord& record : call.image.faults) {
         if (record.action != FaultAction::none)
             continue;
@@ -308,6 +314,8 @@ void Driver::addFault(const Fault& fault) {
                   0,
                   fault.answer.has_value(),
                   fault.answer.value_or(0),
+                  fault.sectors,
+                  0,
                   {}};
         copyText(record.program, fault.program);
         call.image.faultCount.fetch_add(1, std::memory_order_relaxed);
@@ -323,11 +331,26 @@ std::vector<Fault> Driver::faults() {
         if (fault.action != FaultAction::none)
             result.push_back({std::string(facts(static_cast<Function>(fault.function)).name), fault.program,
                               fault.start, fault.thread, fault.call, fault.ever != 0, fault.action, fault.hits,
-                              fault.answers ? std::optional(fault.answer) : std::nullopt});
+                              fault.sectors, fault.answers ? std::optional(fault.answer) : std::nullopt});
     return result;
 }
 
+void Driver::releaseCalls() {
+    Call call;
+    for (FaultRecord& fault : call.image.faults)
+        if (fault.action == FaultAction::hold) {
+            fault.action = FaultAction::none;
+            call.image.faultCount.fetch_sub(1, std::memory_order_relaxed);
+        }
+    for (Slot thread = 1; thread <= call.image.threadsUsed; ++thread) {
+        const ThreadRecord& record = scheduler::at(call.image, thread);
+        if (record.state == ThreadState::waiting && record.waitKind == WaitKind::held)
+            scheduler::release(call.image, thread, 0);
+    }
+}
+
 void Driver::clearFaults() {
+    releaseCalls();
     Call call;
     for (FaultRecord& fault : call.image.faults)
         fault.action = FaultAction::none;

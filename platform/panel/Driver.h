@@ -97,7 +97,9 @@ struct InitStart {
     std::string failure; // reason of the failure
 };
 
-// A fault to inject: a platform call that fails, or at which the power is cut.
+// A fault to inject: a platform call that fails, that waits, or at which the power is cut. A held call has had no
+// effect yet, and other faults of that call apply when it goes on. With StoragePolicy::torn a cut at a WriteFile falls
+// inside the call: its data counts as written, but not as committed.
 struct Fault {
     std::string function; // name of the platform function
     std::string program; // file name; empty: every program
@@ -107,13 +109,14 @@ struct Fault {
     bool ever = false; // the fault also applies to all later calls
     FaultAction action = FaultAction::fail;
     std::uint32_t hits = 0; // how often the fault was applied
+    std::uint32_t sectors = 0; // power cut: how many uncommitted sectors of each file stay (StoragePolicy::torn)
     std::optional<std::int64_t> answer = {}; // result of the failing call; empty: the result from coredll.inc
 };
 
 class Driver {
 public:
-    // Says what happens to the started programs, and to the programs that these have started, when the driver ends.
-    // With `end` they end too, even if the driver is killed. With `stay` they continue.
+    // Says what happens at the end of the driver to the programs that it has started, and to the programs that these
+    // have started. `end`: these programs end too, even if the driver is killed. `stay`: these programs continue.
     enum class Programs { end, stay };
     static constexpr const char* command = "\\Windows\\panel.exe"; // the path by which a `panel` command is listed
     // Joins a panel that is on. Throws if the panel is off. Process lists and the trace show the driver under the path
@@ -123,7 +126,8 @@ public:
     Driver(const Driver&) = delete;
     Driver& operator=(const Driver&) = delete;
 
-    // Starts a program by its panel path. The program runs when this thread waits next, or when the driver ends.
+    // Starts a program by its panel path. The program begins to run when this thread waits next. With
+    // Programs::stay it begins to run when the driver ends, at the latest.
     ProcessHandle start(const std::string& path, const std::string& commandLine = {});
     // Starts the programs of the "init" list in the order of their numbers, as a panel does after boot. A name without
     // a folder stands for a file in \Windows. "DependNN" is ignored: every program counts as started at once.
@@ -139,7 +143,8 @@ public:
     // Stepped mode: waits until all threads of programs wait. Time does not move. Flowing mode: returns at once.
     void settle();
     // Waits until the condition holds and returns true; returns false after `limit` ms of panel time. In stepped mode
-    // the condition is checked whenever all threads of programs wait, in flowing mode every 20 ms of panel time.
+    // the condition is checked whenever all threads of programs wait, in flowing mode every 20 ms of panel time, but at
+    // most 100 times in a real second.
     bool waitUntil(const std::function<bool()>& condition, std::uint64_t limit);
 
     // Ends the process "TarvexHelper.exe#2" as a crash would. Returns false if no such process runs.
@@ -157,7 +162,9 @@ public:
     void addFault(const Fault& fault);
     // Returns all faults with their hits, in no particular order.
     std::vector<Fault> faults();
-    // Removes all faults.
+    // Lets the held calls go on, and removes the faults that hold calls.
+    void releaseCalls();
+    // Removes all faults. Held calls go on.
     void clearFaults();
 
     // Waits until the host processes of ended programs are gone. Their complete output is in run/output then.

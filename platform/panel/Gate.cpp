@@ -5,9 +5,11 @@
 #include "platform/panel/kernel/Clock.h"
 #include "platform/panel/kernel/Processes.h"
 #include "platform/panel/kernel/Scheduler.h"
+#include "platform/panel/kernel/Storage.h"
 
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 
 namespace panel {
 
@@ -70,35 +72,46 @@ Gate::Gate(Function called, Plain)
       call{called, ++thread.calls[static_cast<std::size_t>(called)], {}, currentCall},
       tracing(runtime.image().tracing.load(std::memory_order_relaxed)) {
     currentCall = &call;
-    // The counters are read without the lock: a program without faults and trace must not pay for it.
-    if (runtime.image().faultCount.load(std::memory_order_relaxed))
-        applyFaults();
+}
+
+void Gate::begin() {
     if (tracing) {
         const Lock lock(runtime.image());
         begun = clock::now(runtime.image());
     }
+    // The counters are read without the lock: a program without faults and trace must not pay for it.
+    if (runtime.image().faultCount.load(std::memory_order_relaxed))
+        applyFaults();
+}
+
+bool Gate::isMeant(const FaultRecord& fault) const {
+    const ProcessRecord& self = runtime.processRecord();
+    return fault.action != FaultAction::none && fault.function == static_cast<std::uint32_t>(call.function) &&
+           (fault.program[0] == 0 || equalCaseBlind(fault.program, runtime.image().programs[self.program].name)) &&
+           (fault.start == 0 || fault.start == self.start) && (fault.thread == 0 || fault.thread == thread.number) &&
+           (fault.ever ? call.number >= fault.call : call.number == fault.call);
 }
 
 void Gate::applyFaults() {
     Image& panel = runtime.image();
     Lock lock(panel);
-    const ProcessRecord& self = runtime.processRecord();
     for (FaultRecord& fault : panel.faults) {
-        const bool meant =
-            fault.action != FaultAction::none && fault.function == static_cast<std::uint32_t>(call.function) &&
-            (fault.program[0] == 0 || equalCaseBlind(fault.program, panel.programs[self.program].name)) &&
-            (fault.start == 0 || fault.start == self.start) && (fault.thread == 0 || fault.thread == thread.number) &&
-            (fault.ever ? call.number >= fault.call : call.number == fault.call);
-        if (!meant)
+        if (fault.action != FaultAction::hold || !isMeant(fault) || scheduler::at(panel, slot()).driver)
             continue;
         ++fault.hits;
-        if (fault.action == FaultAction::cut && !self.driver) {
-            processes::killAll(panel);
-            panel.on = 0;
-            scheduler::step(panel); // a driver that waits for time sees the power cut
-            lock.release();
-            scheduler::deliverWakes(panel);
-            raise(SIGKILL); // killAll spares the calling process: it must release the lock first
+        while (isMeant(fault) && fault.action == FaultAction::hold) {
+            scheduler::at(panel, slot()).waitKind = WaitKind::held;
+            block(lock, panel, slot(), never);
+        }
+    }
+    for (FaultRecord& fault : panel.faults) {
+        if (fault.action == FaultAction::hold || !isMeant(fault))
+            continue;
+        ++fault.hits;
+        if (fault.action == FaultAction::cut && !runtime.processRecord().driver) {
+            if (panel.storage != StoragePolicy::torn || call.function != Function::WriteFile)
+                cutPower(lock, fault.sectors);
+            tears = fault.sectors;
         }
         if (fault.action == FaultAction::fail) {
             faultHit = true;
@@ -109,11 +122,32 @@ void Gate::applyFaults() {
     }
 }
 
+void Gate::cutPower(Lock& lock, std::uint32_t sectors) {
+    Image& panel = runtime.image();
+    processes::noticeDead(panel); // a program that has ended before has closed its files
+    try {
+        storage::cutPower(runtime.directory(), panel.storage == StoragePolicy::torn ? sectors : 0);
+    } catch (const std::exception&) {
+        // The host is full. The next boot tries again.
+    }
+    panel.on = 0;
+    processes::killAll(panel);
+    scheduler::step(panel); // a driver that waits for time sees the power cut
+    lock.release();
+    scheduler::deliverWakes(panel);
+    raise(SIGKILL); // killAll spares the calling process: it must release the lock first
+    std::abort();
+}
+
 void Gate::deliverWakes() {
     scheduler::deliverWakes(runtime.image());
 }
 
 Gate::~Gate() {
+    if (tears) {
+        Lock lock(runtime.image());
+        cutPower(lock, *tears);
+    }
     if (tracing) {
         std::string name;
         std::uint64_t ended = 0;

@@ -74,12 +74,14 @@ public:
     template<class... Arguments>
     explicit Gate(Function called, const Arguments&... arguments) : Gate(called, Plain{}) {
         (shows(arguments), ...);
+        begin();
     }
     ~Gate();
     Gate(const Gate&) = delete;
     Gate& operator=(const Gate&) = delete;
 
     // Returns whether a fault makes this call fail. The function must then return fault() and change nothing.
+    // Only ReadFile and WriteFile still set the count of bytes to 0.
     bool faulted() const {
         return faultHit;
     }
@@ -153,11 +155,15 @@ public:
 private:
     struct Plain {};
     Gate(Function called, Plain);
+    void begin();
+    bool isMeant(const FaultRecord& fault) const;
     void applyFaults();
+    [[noreturn]] void cutPower(Lock& lock, std::uint32_t sectors);
 
     PlatformCall call;
     bool tracing;
     bool faultHit = false;
+    std::optional<std::uint32_t> tears; // the power is cut when the call has written; this many of its sectors stay
     std::optional<std::int64_t> failure; // the result that the fault names; empty: the failure result from coredll.inc
     std::uint64_t begun = 0; // panel time in ms at the start of the call
     std::string result;

@@ -8,6 +8,7 @@
 #include "platform/panel/kernel/Host.h"
 #include "platform/panel/kernel/Processes.h"
 #include "platform/panel/kernel/Soundness.h"
+#include "platform/panel/kernel/Storage.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -64,6 +65,13 @@ bool isEmptyOrMissing(const fs::path& directory) {
 
 } // namespace
 
+StoragePolicy storageNamed(std::string_view name) {
+    for (std::size_t index = 0; index < std::size(storageNames); ++index)
+        if (name == storageNames[index])
+            return static_cast<StoragePolicy>(index);
+    throw std::runtime_error("not a storage policy: \"" + std::string(name) + "\" (kept, closed or torn)");
+}
+
 Panel Panel::create(const fs::path& directory, const PanelOptions& options) {
     if (!isEmptyOrMissing(directory))
         throw std::runtime_error("the directory is not empty: " + directory.string() + " (choose another directory)");
@@ -93,7 +101,8 @@ void Panel::fill(const PanelOptions& options) const {
         std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::system_clock::now().time_since_epoch());
     writeJson(root / "devices/panel.json",
               {{"screen", {{"width", options.screenWidth}, {"height", options.screenHeight}}},
-               {"date", options.date < 0 ? hostDate.count() : options.date}});
+               {"date", options.date < 0 ? hostDate.count() : options.date},
+               {"storage", storageNames[static_cast<std::size_t>(options.storage)]}});
     registry::Tree tree;
     tree.make("HKEY_LOCAL_MACHINE\\ORVA")->set(registry::textValue("Version", options.version));
     tree.make("HKEY_LOCAL_MACHINE\\Ident")->set(registry::textValue("Name", options.name));
@@ -142,6 +151,7 @@ PanelOptions Panel::options() const {
     options.screenWidth = facts.at("screen").at("width");
     options.screenHeight = facts.at("screen").at("height");
     options.date = facts.at("date");
+    options.storage = storageNamed(facts.value("storage", storageNames[0]));
     return options;
 }
 
@@ -151,7 +161,7 @@ bool Panel::isOn() const {
 }
 
 void Panel::initialise(Image& image, const BootOptions& options, std::int64_t date) const {
-    const Json facts = readJson(root / "devices/panel.json");
+    const PanelOptions facts = this->options();
     struct stat status {};
     stat((root / "run/kernel.new").c_str(), &status);
     image.fileDevice = status.st_dev;
@@ -163,8 +173,10 @@ void Panel::initialise(Image& image, const BootOptions& options, std::int64_t da
     image.clock.realBase = host::monotonicNanoseconds();
     image.clock.bootDate = date;
     image.clock.bootTicks = options.ticks;
-    image.screenWidth = facts.at("screen").at("width");
-    image.screenHeight = facts.at("screen").at("height");
+    image.screenWidth = facts.screenWidth;
+    image.screenHeight = facts.screenHeight;
+    image.storage = facts.storage;
+    copyText(image.directory, root.string());
     disks().show(image);
     const std::vector<std::uint32_t> levels = devices().state("BKL1").values;
     std::copy(levels.begin(), levels.end(), image.backLight);
@@ -188,6 +200,7 @@ void Panel::boot(const BootOptions& options) {
         }
     }
     registry::fallBack(root);
+    storage::cutPower(root, 0); // for a copy of a panel that was on
     fs::remove_all(root / "run");
     devices().forgetRequests();
     fs::create_directories(root / "run/output");
@@ -212,11 +225,27 @@ void Panel::boot(const BootOptions& options) {
 
 // Removes a kernel file that is damaged or whose lock is stuck. The watchers of programs that still run see that, and
 // end their programs.
-void Panel::stop(void (*settleRegistry)(const fs::path&), const char* whatFails) {
+void Panel::stop(std::optional<std::uint32_t> sectors) {
     const Change change(root, lockPatience);
     Image* image = nullptr;
     bool sound = true;
     std::int64_t date = 0;
+    std::string lost;
+    // Each failure is collected, so that one does not prevent the next step.
+    const auto keep = [&](const char* what, const std::function<void()>& store) {
+        try {
+            store();
+        } catch (const std::exception& error) {
+            lost += (lost.empty() ? ": " : "; ") + std::string(what) + " (" + error.what() + ')';
+        }
+    };
+    const auto settleFiles = [&] {
+        const bool torn = sound && image->storage == StoragePolicy::torn;
+        if (sectors)
+            keep("the next boot repeats the power cut", [&] { storage::cutPower(root, torn ? *sectors : 0); });
+        else
+            keep("files may lose data at the next boot", [&] { storage::commitAll(root); });
+    };
     try {
         image = mapImage(kernelFile(root), false);
     } catch (const std::runtime_error&) {
@@ -228,6 +257,8 @@ void Panel::stop(void (*settleRegistry)(const fs::path&), const char* whatFails)
         Lock lock(*image, lockPatience);
         sound = lock.isHeld() && isSound(*image);
         if (sound) {
+            processes::noticeDead(*image); // a program that has ended before has closed its files
+            settleFiles();
             image->on = 0;
             processes::killAll(*image);
             date = clock::date(*image);
@@ -240,30 +271,42 @@ void Panel::stop(void (*settleRegistry)(const fs::path&), const char* whatFails)
         scheduler::deliverWakes(*image);
     else
         fs::remove_all(kernelFile(root));
+    if (!sound)
+        settleFiles();
     if (image)
         unmapImage(image);
-    // The panel is off from here on. Each failure is collected, so that one does not prevent the next step.
-    std::string lost = sound ? "" : ": the clock's date is lost";
-    const auto keep = [&](const char* what, const std::function<void()>& store) {
-        try {
-            store();
-        } catch (const std::exception& error) {
-            lost += (lost.empty() ? ": " : "; ") + std::string(what) + " (" + error.what() + ')';
-        }
-    };
-    keep(whatFails, [&] { settleRegistry(root); });
+    // The panel is off from here on.
+    if (sectors)
+        keep("registry/now.json is stale until the next boot", [&] { registry::fallBack(root); });
+    else
+        keep("unflushed registry changes are lost", [&] { registry::flushAll(root); });
     if (sound)
         keep("the clock's date is lost", [&] { saveDate(date); });
+    else
+        lost += std::string(lost.empty() ? ":" : ";") + " the clock's date is lost";
     if (!lost.empty())
         throw std::runtime_error("the panel is off, but the shutdown was not clean" + lost);
 }
 
 void Panel::off() {
-    stop(registry::flushAll, "unflushed registry changes are lost");
+    stop({});
 }
 
-void Panel::cut() {
-    stop(registry::fallBack, "registry/now.json is stale until the next boot");
+void Panel::cut(std::uint32_t sectors) {
+    if (sectors && options().storage != StoragePolicy::torn)
+        throw std::runtime_error(storage::onlyTorn);
+    stop(sectors);
+}
+
+void Panel::setStorage(StoragePolicy policy) {
+    LockedChange change(root);
+    Json facts = readJson(root / "devices/panel.json");
+    facts["storage"] = storageNames[static_cast<std::size_t>(policy)];
+    writeJson(root / "devices/panel.json", facts);
+    if (!change.image() || !change.image()->on)
+        return;
+    storage::commitAll(root);
+    change.image()->storage = policy;
 }
 
 registry::Tree Panel::registry(registry::Copy copy) const {

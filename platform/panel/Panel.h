@@ -18,11 +18,16 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace panel {
+
+// The names of the storage policies, in the order of StoragePolicy. storageNamed throws for an unknown name.
+inline constexpr const char* storageNames[] = {"kept", "closed", "torn"};
+StoragePolicy storageNamed(std::string_view name);
 
 // The facts of a new panel.
 struct PanelOptions {
@@ -33,6 +38,7 @@ struct PanelOptions {
     std::string name = "Panel"; // device name: HKEY_LOCAL_MACHINE\Ident, "Name"
     std::vector<std::string> without; // names of knownDevices() that the panel lacks
     std::uint16_t model = 1026; // model code: tag 18
+    StoragePolicy storage = StoragePolicy::kept;
     std::string guid = std::string("\x00\x11\x22\x33\x44\x55\x66\x77\x88\x99\xaa\xbb\xcc\xdd\xee\xff", 16); // tag 48
 };
 
@@ -68,7 +74,7 @@ public:
     // Throws if another user has booted the panel. The text names that user.
     void checkOwner() const;
 
-    // Returns the screen size and the date of the last shutdown. The other fields keep their defaults.
+    // Returns screen size, storage policy and the date of the last shutdown. The other fields keep their defaults.
     PanelOptions options() const;
     // Returns whether the panel has power.
     bool isOn() const;
@@ -78,8 +84,13 @@ public:
     // boot clears run/. If some data cannot be stored, throws an exception that lists the data; the panel is off
     // nevertheless.
     void off();
-    // Cuts the power: like `off`, but the registry falls back to its flushed state.
-    void cut();
+    // Cuts the power: like `off`, but the registry falls back to its flushed state, and files to what is committed and,
+    // with StoragePolicy::torn, the first `sectors` sectors of the rest of each file. Throws for sectors with another
+    // policy.
+    void cut(std::uint32_t sectors = 0);
+
+    // Sets the storage policy. Everything that was written so far counts as committed.
+    void setStorage(StoragePolicy policy);
 
     // Reads the registry. While the panel is off, both copies are the one in flash.
     registry::Tree registry(registry::Copy copy) const;
@@ -96,7 +107,8 @@ private:
     };
     explicit Panel(const Fresh& fresh);
     void fill(const PanelOptions& options) const; // writes the files of a new panel
-    void stop(void (*settleRegistry)(const std::filesystem::path&), const char* whatFails);
+    // `sectors`: empty for a clean shutdown
+    void stop(std::optional<std::uint32_t> sectors);
     std::int64_t currentDate() const; // the panel's date in ms since 1970 UTC
     void saveDate(std::int64_t date) const;
     void initialise(Image& image, const BootOptions& options, std::int64_t date) const;

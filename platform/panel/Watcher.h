@@ -8,9 +8,9 @@
 // - A process has joined the panel. The joining process announces itself by setting the time stamp of the kernel file.
 //   The watchers then also watch this process.
 // - The panel is gone: somebody removed, moved, replaced, truncated or overwrote the kernel file, or moved a folder
-//   above it. (The panel itself changes the file only through mappings.) The watcher kills a program. It ends a driver
-//   with one line on standard error, unless the panel was switched off before. This works even while the kernel's lock
-//   is stuck.
+//   above it. (The panel itself changes the file only through mappings.) The watcher ends its own process: it kills a
+//   program; in a driver it prints one line on standard error and exits. A driver whose panel was switched off before
+//   continues, unless the file was truncated. All this works even while the kernel's lock is stuck.
 #pragma once
 
 #include "platform/panel/kernel/Image.h"

@@ -9,7 +9,7 @@
 
 namespace tool {
 
-// create, boot, off, cut, advance
+// create, boot, off, cut, storage, advance
 void addPowerCommands(CLI::App& app, Tool& tool);
 // plug, mount, unplug
 void addDiskCommands(CLI::App& app, Tool& tool);
@@ -21,8 +21,10 @@ void addTagCommands(CLI::App& app, Tool& tool);
 void addOperatorCommands(CLI::App& app, Tool& tool);
 // start. Its words behind "--" come from Tool::behindDashes
 void addStartCommand(CLI::App& app, Tool& tool);
-// ps, wait, kill
+// ps, kill
 void addProcessCommands(CLI::App& app, Tool& tool);
+// wait
+void addWaitCommand(CLI::App& app, Tool& tool);
 void addSendCommand(CLI::App& app, Tool& tool);
 void addStatusCommand(CLI::App& app, Tool& tool);
 // registry list, read, write, delete
@@ -32,7 +34,7 @@ void addFileCommands(CLI::App& app, Tool& tool);
 void addLogCommand(CLI::App& app, Tool& tool);
 // trace show, on, off, clear
 void addTraceCommands(CLI::App& app, Tool& tool);
-// fault add, list, clear, functions
+// fault add, list, release, clear, functions
 void addFaultCommands(CLI::App& app, Tool& tool);
 // view, which runs the program panel-view
 void addViewCommand(CLI::App& app, Tool& tool);

@@ -1,5 +1,6 @@
 #include "platform/panel/Json.h"
 #include "platform/tool/Commands.h"
+#include "platform/tool/RequestText.h"
 #include "platform/tool/Table.h"
 #include "platform/tool/Units.h"
 
@@ -64,10 +65,6 @@ std::vector<std::string> operationsOf(const panel::DeviceFacts& facts, const pan
     return names;
 }
 
-std::string resultOf(const panel::Request& request) {
-    return request.error ? "error " + std::to_string(request.error) : "done";
-}
-
 Json asJson(const panel::Devices& devices, const panel::DeviceFacts& facts, bool withRequests) {
     const panel::DeviceState state = devices.state(facts.name);
     Json answer{{"name", state.name}, {"what", facts.what}, {"present", state.present}, {"values", state.values}};
@@ -78,12 +75,7 @@ Json asJson(const panel::Devices& devices, const panel::DeviceFacts& facts, bool
         return answer;
     answer["requests"] = Json::array();
     for (const panel::Request& request : devices.requests(state.name))
-        answer["requests"].push_back({{"time", request.time},
-                                      {"process", request.process},
-                                      {"thread", request.thread},
-                                      {"operation", request.operation},
-                                      {"words", request.words},
-                                      {"error", request.error}});
+        answer["requests"].push_back(requestJson(request));
     return answer;
 }
 
@@ -113,9 +105,7 @@ void show(const panel::Devices& devices, const panel::DeviceFacts& facts, bool j
     for (const std::string& operation : operationsOf(facts, state))
         table.add({operation, describe(state.behaviour(operation))});
     for (const panel::Request& request : devices.requests(state.name))
-        table.add({"request", "at " + std::to_string(request.time) + " ms, " + request.process + " thread " +
-                                  std::to_string(request.thread) + ": " + request.operation + ' ' +
-                                  joined(request.words) + " = " + resultOf(request)});
+        table.add({"request", requestText(request)});
     table.print();
 }
 

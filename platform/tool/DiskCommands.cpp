@@ -1,3 +1,4 @@
+#include "platform/panel/Json.h"
 #include "platform/tool/Commands.h"
 #include "platform/tool/Units.h"
 
@@ -20,6 +21,7 @@ struct PlugOptions {
     bool neverReady = false;
     bool withoutPartitions = false;
     bool inPlace = false;
+    bool json = false;
 };
 
 std::uint32_t attributesOf(const std::string& text) {
@@ -61,6 +63,12 @@ void plug(panel::Panel panel, const PlugOptions& options) {
     for (const panel::Partition& partition : disk.partitions)
         if (partition.attributes & panel::mountedPartition && options.inPlace)
             complain("warning: programs of the panel may change and delete what is in " + partition.folder.string());
+    if (options.json) {
+        panel::Json volumes = panel::Json::array();
+        for (const panel::Partition& partition : disk.partitions)
+            volumes.push_back(partition.volume);
+        return printJson({{"device", device}, {"volumes", volumes}});
+    }
     for (const panel::Partition& partition : disk.partitions)
         if (!(partition.attributes & panel::mountedPartition))
             std::printf("Plugged a partition that is not mounted%s, on %s\n",
@@ -102,6 +110,7 @@ void addDiskCommands(CLI::App& app, Tool& tool) {
     command->add_flag("--without-partitions", options->withoutPartitions, "An unformatted disk");
     command->add_flag("--in-place", options->inPlace,
                       "Use the folder itself, not a copy: programs can delete your files");
+    command->add_flag("--json", options->json, "Answer in JSON");
     command->callback([options, &tool] { plug(tool.panel(), *options); });
 
     auto* mounting = app.add_subcommand("mount", "Mount a partition that was plugged with --as, but not mounted");
@@ -116,9 +125,15 @@ void addDiskCommands(CLI::App& app, Tool& tool) {
         app.add_subcommand("unplug", "Unplug a disk with all its partitions, and delete the copies of their files");
     auto name = std::make_shared<std::string>();
     removal->add_option("NAME", *name, "Name of one of its volumes, or its device (DSK1:)")->required();
-    removal->callback([name, &tool] {
-        tool.panel().disks().unplug(*name);
-        std::printf("Unplugged %s\n", name->c_str());
+    auto keep = std::make_shared<std::string>();
+    removal
+        ->add_option("--keep", *keep,
+                     "First copy the disk's files, with what programs wrote, into this folder of this machine; it must "
+                     "be empty or not exist; several partitions: a folder each")
+        ->type_name("FOLDER");
+    removal->callback([name, keep, &tool] {
+        tool.panel().disks().unplug(*name, *keep);
+        std::printf("Unplugged %s%s%s\n", name->c_str(), keep->empty() ? "" : "; its files are in ", keep->c_str());
     });
 }
 

@@ -1,7 +1,7 @@
 #include "platform/panel/Json.h"
 #include "platform/tool/Commands.h"
+#include "platform/tool/FaultOptions.h"
 #include "platform/tool/Table.h"
-#include "platform/tool/Units.h"
 
 #include "platform/panel/Functions.h"
 
@@ -18,7 +18,9 @@ using panel::Json;
 
 std::string action(const Fault& fault) {
     if (fault.action == FaultAction::cut)
-        return "power cut";
+        return "power cut" + (fault.sectors ? ", " + std::to_string(fault.sectors) + " sectors stay" : "");
+    if (fault.action == FaultAction::hold)
+        return "holds";
     return fault.answer ? "answers " + std::to_string(*fault.answer) : "fails";
 }
 
@@ -32,37 +34,11 @@ std::string anyOr(std::uint32_t number) {
 
 void addAdd(CLI::App& faults, Tool& tool) {
     auto* command = faults.add_subcommand("add", "Make a call of a platform function fail without any effect");
-    struct Options {
-        Fault fault;
-        bool cut = false;
-    };
-    auto options = std::make_shared<Options>();
-    Fault& fault = options->fault;
-    command->add_option("FUNCTION", fault.function, "Name of the function, case-sensitive")->required();
-    command->add_option("--program", fault.program, "File name of the program; default: every program")
-        ->type_name("NAME");
-    command->add_option("--start", fault.start, "Start number of the program since boot; default: every start")
-        ->type_name("N");
-    command->add_option("--thread", fault.thread, "Thread number in the process; default: every thread")
-        ->type_name("N");
-    command->add_option("--call", fault.call, "Number of the call in its thread")
-        ->type_name("K")
-        ->capture_default_str();
-    command->add_flag("--from-then-on", fault.ever, "Apply the fault to all later calls, too");
-    command->add_option("--answer", fault.answer, "Result of the call; default: the function's usual failure result")
-        ->type_name("N");
-    command->add_flag("--cut", options->cut, "Cut the panel's power at the call instead");
+    auto options = std::make_shared<FaultOptions>();
+    options->addTo(*command);
     command->callback([options, &tool] {
-        const auto function = panel::functionNamed(options->fault.function);
-        if (!function)
-            throw Misuse("the platform has no function \"" + options->fault.function +
-                         "\" (panel fault functions lists them, in exact case)");
-        if (!options->cut && !panel::facts(*function).canFail)
-            throw Misuse(options->fault.function + " cannot fail");
-        if (options->fault.call == 0)
-            throw Misuse("calls are counted from 1");
-        options->fault.action = options->cut ? FaultAction::cut : FaultAction::fail;
-        panel::Driver(tool.panel()).addFault(options->fault);
+        const Fault fault = options->fault();
+        panel::Driver(tool.panel()).addFault(fault);
     });
 }
 
@@ -77,6 +53,8 @@ void list(panel::Driver& driver, bool json) {
                               {"call", fault.call},
                               {"fromThenOn", fault.ever},
                               {"cut", fault.action == FaultAction::cut},
+                              {"hold", fault.action == FaultAction::hold},
+                              {"sectors", fault.sectors},
                               {"hits", fault.hits}});
             if (fault.answer)
                 answer.back()["answers"] = *fault.answer;
@@ -117,7 +95,8 @@ void listFunctions(bool json) {
 } // namespace
 
 void addFaultCommands(CLI::App& app, Tool& tool) {
-    auto* faults = app.add_subcommand("fault", "Inject faults: make platform calls fail, or cut the power at a call");
+    auto* faults =
+        app.add_subcommand("fault", "Inject faults: make platform calls fail or wait, or cut the power at a call");
     faults->require_subcommand(1);
     addAdd(*faults, tool);
 
@@ -128,7 +107,10 @@ void addFaultCommands(CLI::App& app, Tool& tool) {
         panel::Driver driver(tool.panel());
         list(driver, *json);
     });
-    faults->add_subcommand("clear", "Remove all faults")->callback([&tool] {
+    faults->add_subcommand("release", "Let held calls go on, and remove the faults that hold calls")->callback([&tool] {
+        panel::Driver(tool.panel()).releaseCalls();
+    });
+    faults->add_subcommand("clear", "Remove all faults; held calls go on")->callback([&tool] {
         panel::Driver(tool.panel()).clearFaults();
     });
     auto* functions =

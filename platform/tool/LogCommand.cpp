@@ -4,6 +4,10 @@
 #include "platform/tool/Table.h"
 #include "platform/tool/Units.h"
 
+#include "platform/panel/Json.h"
+#include "platform/panel/Text.h"
+
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <stdexcept>
@@ -17,12 +21,67 @@ struct LogOptions {
     std::string until;
     std::size_t skip = 0;
     std::string limit = "1min";
+    std::string level;
+    std::string since;
+    std::string before;
+    bool json = false;
+};
+
+// The parts of a line: "2024-03-07 06:05:09,8532110;INFO;Init of Helper". A line without these parts has text only.
+struct LogLine {
+    std::string date;
+    std::string ticks;
+    std::string level;
+    std::string text;
+
+    explicit LogLine(const std::string& line) : text(line) {
+        constexpr std::size_t dateLength = 19;
+        const std::size_t first = line.find(';');
+        const std::size_t second = line.find(';', std::min(first, line.size() - 1) + 1);
+        if (second == std::string::npos || first <= dateLength || line[dateLength] != ',')
+            return;
+        date = line.substr(0, dateLength);
+        ticks = line.substr(dateLength + 1, first - dateLength - 1);
+        level = line.substr(first + 1, second - first - 1);
+        text = line.substr(second + 1);
+    }
+};
+
+// Returns the date that the user names: a date, or a span of time before the panel's present date.
+std::int64_t dateOf(const panel::Panel& panel, const std::string& text) {
+    if (text.find('-') != std::string::npos)
+        return parseDate(text);
+    const auto span = static_cast<std::int64_t>(parseDuration(text));
+    return (panel.isOn() ? panel::Driver(panel).status().date : panel.options().date) - span;
+}
+
+// The lines that the user wants to see.
+class LogFilter {
+public:
+    LogFilter(const panel::Panel& panel, const LogOptions& options)
+        : level(options.level),
+          since(options.since.empty() ? INT64_MIN : dateOf(panel, options.since)),
+          before(options.before.empty() ? INT64_MAX : dateOf(panel, options.before)) {}
+
+    // A line without a date and a level belongs to the line before it.
+    bool admits(const LogLine& line) {
+        if (line.level.empty())
+            return admitted;
+        const std::int64_t date = since == INT64_MIN && before == INT64_MAX ? 0 : parseDate(line.date);
+        return admitted = (level.empty() || panel::equalCaseBlind(level, line.level)) && date >= since && date < before;
+    }
+
+private:
+    std::string level;
+    std::int64_t since; // ms since 1970 UTC
+    std::int64_t before;
+    bool admitted = true;
 };
 
 class Printer {
 public:
     Printer(const panel::Panel& panel, const LogOptions& options)
-        : log(panel), wanted(options.until), skip(options.skip) {}
+        : log(panel), filter(panel, options), wanted(options.until), skip(options.skip), json(options.json) {}
 
     // Prints the new lines. Stops behind the first line with the wanted text, and returns whether it was found.
     bool print() {
@@ -30,9 +89,15 @@ public:
             ++lines;
             if (lines <= skip)
                 continue;
-            const auto time = line.find(';');
-            const bool error = time != std::string::npos && line.compare(time, 7, ";ERROR;") == 0;
-            std::printf("%s\n", toned(line, error ? Tone::bad : Tone::plain).c_str());
+            const LogLine parts(line);
+            if (!filter.admits(parts))
+                continue;
+            std::uint32_t ticks = 0;
+            panel::numberIn(parts.ticks, ticks);
+            if (json)
+                printJsonLine({{"date", parts.date}, {"ticks", ticks}, {"level", parts.level}, {"text", parts.text}});
+            else
+                std::printf("%s\n", toned(line, parts.level == "ERROR" ? Tone::bad : Tone::plain).c_str());
             if (!wanted.empty() && line.find(wanted) != std::string::npos)
                 found = true;
             if (found)
@@ -46,8 +111,10 @@ public:
 
 private:
     HelperLog log;
+    LogFilter filter;
     std::string wanted;
     std::size_t skip;
+    bool json;
     bool found = false;
 };
 
@@ -91,6 +158,16 @@ void addLogCommand(CLI::App& app, Tool& tool) {
         ->type_name("DURATION")
         ->capture_default_str();
     until->excludes(follow);
+    command->add_option("--level", options->level, "Only lines of this level")
+        ->type_name("LEVEL")
+        ->check(CLI::IsMember({"INFO", "ERROR"}, CLI::ignore_case));
+    command
+        ->add_option("--since", options->since,
+                     "Only lines from this date on (UTC), or of this span up to the panel's present date, such as 5m")
+        ->type_name("DATE|DURATION");
+    command->add_option("--before", options->before, "Only lines before this date, or before the last such span")
+        ->type_name("DATE|DURATION");
+    command->add_flag("--json", options->json, "Print each line as JSON");
     command->callback([options, &tool] { show(tool, *options); });
 }
 

@@ -1,8 +1,13 @@
 #include "platform/panel/Hex.h"
+#include "platform/panel/Json.h"
 #include "platform/tool/Commands.h"
+#include "platform/tool/FaultOptions.h"
 #include "platform/tool/Table.h"
 #include "platform/tool/Units.h"
 
+#include "platform/panel/kernel/Storage.h"
+
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <stdexcept>
@@ -11,12 +16,29 @@ namespace tool {
 
 namespace {
 
+using panel::Json;
+
+constexpr const char* storageHelp = R"(
+kept    Every completed WriteFile stays.
+closed  What was written through a handle stays once the handle is closed. Until then a power cut takes it, with
+        the length that it gave the file. The end of a program closes its handles.
+torn    Like closed, but of what would be lost the first K sectors of each file stay: aligned blocks of 512 bytes,
+        from the beginning of the file. "panel cut --sectors K" and "panel fault add FUNCTION --cut --sectors K" say
+        how many. A cut at a WriteFile falls inside the call: its data counts as written.
+
+With every policy these changes stay at once, as a whole and in their order: creating, emptying, renaming and
+deleting a file, its attributes, folders, and a copy by CopyFileW. A shutdown by "panel off" keeps everything. Files
+on a plugged disk follow no policy: they keep every completed WriteFile. Setting a policy, also while the panel is
+on, keeps what was written before.
+)";
+
 struct CreateOptions {
     std::string directory;
     std::string screen = "800x480";
     std::string date;
     panel::PanelOptions facts;
     std::string guid;
+    std::string storage = panel::storageNames[0];
 };
 
 void create(const CreateOptions& options) {
@@ -34,6 +56,7 @@ void create(const CreateOptions& options) {
         facts.guid = orMisuse([&] { return panel::parseHex(options.guid); });
     if (facts.guid.size() != 16)
         throw Misuse("a GUID has 16 bytes: \"" + options.guid + "\" is none");
+    facts.storage = orMisuse([&] { return panel::storageNamed(options.storage); });
     for (const std::string& device : facts.without)
         orMisuse([&] { return panel::Devices::facts(device).name; });
     const auto made = panel::Panel::create(options.directory, facts);
@@ -57,6 +80,9 @@ void addCreate(CLI::App& app) {
         ->type_name("DEVICE");
     command->add_option("--model", options->facts.model, "Model code (tag 18)")->type_name("N")->capture_default_str();
     command->add_option("--guid", options->guid, "GUID (tag 48): 16 bytes in hexadecimal")->type_name("BYTES");
+    command->add_option("--storage", options->storage, "Storage policy: kept, closed or torn (panel storage --help)")
+        ->type_name("POLICY")
+        ->capture_default_str();
     command->callback([options] { create(*options); });
 }
 
@@ -66,7 +92,24 @@ struct Boot {
     double factor = 1;
     std::string ticks = "0";
     bool withoutInit = false;
+    bool trace = false;
+    std::vector<std::string> faults;
+    bool json = false;
 };
+
+void report(const std::vector<panel::InitStart>& starts, const Boot& options) {
+    Json started = Json::array();
+    for (const panel::InitStart& start : starts) {
+        const bool failed = !start.failure.empty();
+        started.push_back({{"launch", start.number}, {"name", failed ? Json(nullptr) : Json(start.process.name)}});
+        if (failed)
+            complain("Launch" + std::to_string(start.number) + " of the registry: " + start.failure);
+        else if (!options.json)
+            std::printf("Started %s, listed as Launch%u in the registry\n", start.process.name.c_str(), start.number);
+    }
+    if (options.json)
+        printJson({{"started", started}});
+}
 
 void boot(const panel::Panel& panel, const Boot& options) {
     panel::BootOptions facts;
@@ -78,17 +121,23 @@ void boot(const panel::Panel& panel, const Boot& options) {
     if (ticks < 0 || ticks > 0xFFFFFFFF)
         throw Misuse("the tick count has 32 bits: \"" + options.ticks + "\" is none");
     facts.ticks = static_cast<std::uint32_t>(ticks);
+    std::vector<panel::Fault> faults; // complete before the panel boots, so that a mistyped fault boots nothing
+    for (const std::string& fault : options.faults)
+        faults.push_back(FaultOptions::parse(fault));
+    if (faults.size() > panel::maxFaults)
+        throw Misuse("the panel keeps at most " + std::to_string(panel::maxFaults) + " faults at a time");
+    const bool torn = panel.options().storage == panel::StoragePolicy::torn;
+    if (!torn && std::any_of(faults.begin(), faults.end(), [](const panel::Fault& fault) { return fault.sectors > 0; }))
+        throw std::runtime_error(panel::storage::onlyTorn);
     panel::Panel(panel).boot(facts);
-    std::printf("The panel is %s, its time %s\n", toned("on", Tone::good).c_str(),
-                options.stepped ? "stands still until a command waits" : "flows");
-    if (options.withoutInit)
-        return;
+    if (!options.json)
+        std::printf("The panel is %s, its time %s\n", toned("on", Tone::good).c_str(),
+                    options.stepped ? "stands still until a command waits" : "flows");
     panel::Driver driver(panel, panel::Driver::command, panel::Driver::Programs::stay);
-    for (const panel::InitStart& start : driver.startInit())
-        if (start.failure.empty())
-            std::printf("Started %s, listed as Launch%u in the registry\n", start.process.name.c_str(), start.number);
-        else
-            complain("Launch" + std::to_string(start.number) + " of the registry: " + start.failure);
+    driver.setTracing(options.trace);
+    for (const panel::Fault& fault : faults)
+        driver.addFault(fault);
+    report(options.withoutInit ? std::vector<panel::InitStart>() : driver.startInit(), options);
 }
 
 void addBoot(CLI::App& app, Tool& tool) {
@@ -105,6 +154,20 @@ void addBoot(CLI::App& app, Tool& tool) {
         ->type_name("N")
         ->capture_default_str();
     command->add_flag("--without-init", options->withoutInit, "Start no programs");
+    command->add_flag("--trace", options->trace, "Record the platform calls from the first one on");
+    command
+        ->add_option("--fault", options->faults,
+                     "Inject a fault before the programs start; may be repeated. SPEC: a line of the trace or its "
+                     "beginning, or the words of panel fault add, as one word")
+        ->type_name("SPEC")
+        ->allow_extra_args(false);
+    command->add_flag("--json", options->json, "Answer in JSON");
+    command->footer(R"(
+Examples:
+  panel boot --stepped --trace
+  panel boot --fault "TarvexHelper.exe#1 t1 CreateFileW[3]"
+  panel boot --fault "TarvexHelper.exe#1 t1 CreateFileW[3] --cut" --fault "WriteFile --call 2 --from-then-on"
+)");
     command->callback([options, &tool] { boot(tool.panel(), *options); });
 }
 
@@ -113,18 +176,40 @@ void addOff(CLI::App& app, Tool& tool) {
         tool.panel().off();
         std::printf("The panel is %s\n", toned("off", Tone::bad).c_str());
     });
-    app.add_subcommand("cut", "Cut the panel's power: unwritten data and unflushed registry changes are lost")
-        ->callback([&tool] {
-            tool.panel().cut();
-            std::printf("The panel is %s, its power was cut\n", toned("off", Tone::bad).c_str());
-        });
+    auto* cut = app.add_subcommand(
+        "cut", "Cut the panel's power: what its storage has not committed and unflushed registry changes are lost");
+    auto sectors = std::make_shared<std::uint32_t>(0);
+    cut->add_option("--sectors", *sectors,
+                    "With the storage policy \"torn\": how many uncommitted sectors of each file stay")
+        ->type_name("K");
+    cut->callback([sectors, &tool] {
+        tool.panel().cut(*sectors);
+        std::printf("The panel is %s, its power was cut\n", toned("off", Tone::bad).c_str());
+    });
 }
 
-void advance(const panel::Panel& panel, std::uint64_t duration) {
+void addStorage(CLI::App& app, Tool& tool) {
+    auto* command =
+        app.add_subcommand("storage", "Show or set what a power cut leaves of the files on the panel's own storage");
+    command->footer(storageHelp);
+    auto policy = std::make_shared<std::string>();
+    command->add_option("POLICY", *policy, "kept, closed or torn; default: show the policy");
+    command->callback([policy, &tool] {
+        panel::Panel panel = tool.panel();
+        if (!policy->empty())
+            panel.setStorage(orMisuse([&] { return panel::storageNamed(*policy); }));
+        else
+            std::puts(panel::storageNames[static_cast<std::size_t>(panel.options().storage)]);
+    });
+}
+
+void advance(const panel::Panel& panel, std::uint64_t duration, bool json) {
     panel::Driver driver(panel);
     if (driver.waitUntil([&] { return !driver.isOn(); }, duration))
         throw std::runtime_error("the panel was switched off meanwhile");
     const panel::PanelStatus status = driver.status();
+    if (json)
+        return printJson({{"time", status.time}, {"date", formatDate(status.date)}});
     std::printf("%llu ms since boot, %s\n", static_cast<unsigned long long>(status.time),
                 formatDate(status.date).c_str());
 }
@@ -134,9 +219,11 @@ void addAdvance(CLI::App& app, Tool& tool) {
     auto duration = std::make_shared<std::string>();
     command
         ->add_option("DURATION", *duration,
-                     "1500, 1500ms, 5s, 2min, 1h; 0ms lets no time pass and returns when all programs wait")
+                     "1500, 1500ms, 5s, 2min, 1h30min, 7d; 0ms lets no time pass and returns when all programs wait")
         ->required();
-    command->callback([duration, &tool] { advance(tool.panel(), parseDuration(*duration)); });
+    auto json = std::make_shared<bool>(false);
+    command->add_flag("--json", *json, "Answer in JSON");
+    command->callback([duration, json, &tool] { advance(tool.panel(), parseDuration(*duration), *json); });
 }
 
 } // namespace
@@ -145,6 +232,7 @@ void addPowerCommands(CLI::App& app, Tool& tool) {
     addCreate(app);
     addBoot(app, tool);
     addOff(app, tool);
+    addStorage(app, tool);
     addAdvance(app, tool);
 }
 

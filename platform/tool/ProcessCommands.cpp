@@ -1,15 +1,11 @@
 #include "platform/panel/Json.h"
 #include "platform/tool/Commands.h"
+#include "platform/tool/ProcessName.h"
 #include "platform/tool/Table.h"
 #include "platform/tool/Units.h"
 #include "platform/tool/Unreturned.h"
 
-#include "platform/panel/Client.h"
-#include "platform/panel/Text.h"
-
-#include <algorithm>
 #include <cstdio>
-#include <filesystem>
 #include <memory>
 #include <stdexcept>
 
@@ -17,7 +13,6 @@ namespace tool {
 
 namespace {
 
-namespace fs = std::filesystem;
 using panel::Json;
 
 std::string stateOf(const panel::ProcessStatus& process) {
@@ -85,112 +80,11 @@ void addPs(CLI::App& app, Tool& tool) {
     command->callback([options, &tool] { list(tool.panel(), options->all, options->json); });
 }
 
-struct WaitOptions {
-    std::string window;
-    std::string process;
-    bool json = false;
-    std::string limit = "1min";
-};
-
-// Returns whether the user means this process: "TarvexHelper.exe" means all starts, "TarvexHelper.exe#2" one start.
-bool isMeant(const std::string& wanted, const std::string& name) {
-    return panel::equalCaseBlind(wanted, name) || panel::equalCaseBlind(wanted, name.substr(0, name.rfind('#')));
-}
-
-// Returns the latest start of the program, unless a start of it still runs.
-std::optional<panel::EndedStatus> findEnded(panel::Driver& driver, const std::string& wanted) {
-    const panel::PanelStatus status = driver.status();
-    for (const auto& process : status.processes)
-        if (isMeant(wanted, process.name))
-            return std::nullopt;
-    const auto found = std::find_if(status.ended.rbegin(), status.ended.rend(),
-                                    [&](const panel::EndedStatus& ended) { return isMeant(wanted, ended.name); });
-    return found == status.ended.rend() ? std::nullopt : std::optional(*found);
-}
-
-void report(const panel::EndedStatus& ended, bool json) {
-    if (json)
-        printJson({{"name", ended.name}, {"exitCode", ended.exitCode}, {"time", ended.time}});
-    else
-        std::printf("%s ended with exit code %s\n", ended.name.c_str(),
-                    toned(std::to_string(ended.exitCode), ended.exitCode ? Tone::bad : Tone::good).c_str());
-}
-
-// Returns whether the panel has a file of this name. `wait --exit` accepts a program that was not started yet, but not
-// a mistyped name. The search follows no links except disks that were plugged in place.
-bool hasFile(const panel::Panel& panel, const std::string& process) {
-    const std::string name = process.substr(0, process.rfind('#'));
-    const auto isIt = [&](const fs::directory_entry& entry) {
-        return panel::equalCaseBlind(entry.path().filename().string(), name);
-    };
-    constexpr auto options = fs::directory_options::skip_permission_denied;
-    for (const fs::directory_entry& top : fs::directory_iterator(panel.directory() / "fs"))
-        if (isIt(top) || (top.is_directory() && std::any_of(fs::recursive_directory_iterator(top.path(), options),
-                                                            fs::recursive_directory_iterator(), isIt)))
-            return true;
-    return false;
-}
-
-void checkProcess(const panel::Panel& panel, const panel::PanelStatus& status, const std::string& wanted) {
-    const auto meant = [&](const auto& process) { return isMeant(wanted, process.name); };
-    if (std::none_of(status.processes.begin(), status.processes.end(), meant) &&
-        std::none_of(status.ended.begin(), status.ended.end(), meant) && !hasFile(panel, wanted))
-        throw Misuse("the panel has no program \"" + wanted + "\" (panel ps --all lists those that were started)");
-}
-
-void wait(Tool& tool, const WaitOptions& options) {
-    if (options.window.empty() == options.process.empty())
-        throw Misuse("wait for what? Name either --window CLASS or --exit PROCESS");
-    if (options.process.ends_with('#'))
-        throw Misuse("which start of the program? \"" + options.process + "\" needs a number");
-    const std::uint32_t limit = parseLimit(options.limit);
-    const panel::Panel panel = tool.panel();
-    panel::Driver driver(panel);
-    if (!options.process.empty())
-        checkProcess(panel, driver.status(), options.process);
-    std::optional<panel::EndedStatus> ended;
-    const bool happened = driver.waitUntil(
-        [&] {
-            if (!driver.isOn())
-                return true;
-            if (!options.window.empty())
-                return panel::findWindow(options.window) != 0;
-            ended = findEnded(driver, options.process);
-            return ended.has_value();
-        },
-        limit);
-    // The condition above also ends the wait when the panel goes off.
-    if (!driver.isOn())
-        throw std::runtime_error("the panel was switched off meanwhile");
-    if (ended)
-        report(*ended, options.json);
-    if (happened)
-        return;
-    complain((options.window.empty() ? options.process + " has not ended" : "there is no window " + options.window) +
-             " after " + formatDuration(limit) + " (--limit allows more)");
-    tool.exitCode = limitPassed;
-}
-
-void addWait(CLI::App& app, Tool& tool) {
-    auto* command = app.add_subcommand("wait", "Let panel time pass until a window exists or a program has ended");
-    auto options = std::make_shared<WaitOptions>();
-    command->add_option("--window", options->window, "Wait for a window of this class")->type_name("CLASS");
-    command
-        ->add_option("--exit", options->process,
-                     "Wait for the end of TarvexHelper.exe#2, or of the last TarvexHelper.exe")
-        ->type_name("PROCESS");
-    command->add_option("--limit", options->limit, "Time-out; exit code 124 if it passes")
-        ->type_name("DURATION")
-        ->capture_default_str();
-    command->add_flag("--json", options->json, "Answer in JSON");
-    command->callback([options, &tool] { wait(tool, *options); });
-}
-
 void kill(const panel::Panel& panel, const std::string& wanted) {
     panel::Driver driver(panel);
     std::vector<std::string> meant;
     for (const auto& process : driver.status().processes)
-        if (!process.driver && isMeant(wanted, process.name))
+        if (!process.driver && namesProcess(wanted, process.name))
             meant.push_back(process.name);
     if (meant.size() > 1)
         throw Misuse("there are several: name one as " + meant.front() + " or " + meant.back());
@@ -210,7 +104,6 @@ void addKill(CLI::App& app, Tool& tool) {
 
 void addProcessCommands(CLI::App& app, Tool& tool) {
     addPs(app, tool);
-    addWait(app, tool);
     addKill(app, tool);
 }
 

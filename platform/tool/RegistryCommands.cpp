@@ -18,7 +18,7 @@ namespace registry = panel::registry;
 
 constexpr const char* keyHelp = "Such as HKEY_LOCAL_MACHINE\\init, or HKLM\\init";
 
-struct Options {
+struct RegistryOptions {
     std::string key;
     std::string value;
     std::vector<std::string> data;
@@ -99,11 +99,11 @@ void list(Json& json, Table& table, const std::string& path, const registry::Key
         list(json, table, path + '\\' + below.name, below);
 }
 
-registry::Tree treeOf(const panel::Panel& panel, const Options& options) {
+registry::Tree treeOf(const panel::Panel& panel, const RegistryOptions& options) {
     return panel.registry(options.flash ? registry::Copy::flash : registry::Copy::now);
 }
 
-void list(const panel::Panel& panel, const Options& options) {
+void list(const panel::Panel& panel, const RegistryOptions& options) {
     const registry::Tree tree = treeOf(panel, options);
     Json json = Json::array();
     Table table;
@@ -118,7 +118,7 @@ void list(const panel::Panel& panel, const Options& options) {
         table.print();
 }
 
-void read(const panel::Panel& panel, const Options& options) {
+void read(const panel::Panel& panel, const RegistryOptions& options) {
     const registry::Tree tree = treeOf(panel, options);
     const registry::Value* value = keyOf(tree, options.key).value(options.value);
     if (!value)
@@ -136,7 +136,7 @@ void read(const panel::Panel& panel, const Options& options) {
         std::puts(registry::hexOf(value->data).c_str());
 }
 
-registry::Value valueOf(const Options& options) {
+registry::Value valueOf(const RegistryOptions& options) {
     const std::uint32_t type = orMisuse([&] { return registry::typeNamed(options.type); });
     if (type == registry::typeTexts)
         return registry::textsValue(options.value, options.data);
@@ -153,14 +153,14 @@ registry::Value valueOf(const Options& options) {
     return registry::numberValue(options.value, static_cast<std::uint32_t>(number), type);
 }
 
-void write(panel::Panel panel, const Options& options) {
+void write(panel::Panel panel, const RegistryOptions& options) {
     checkLength(options.value);
     const registry::Value value = valueOf(options);
     const std::string path = fullPath(options.key);
     panel.changeRegistry([&](registry::Tree& tree) { tree.make(path)->set(value); }, options.flushed);
 }
 
-void remove(panel::Panel panel, const Options& options, bool wholeKey) {
+void remove(panel::Panel panel, const RegistryOptions& options, bool wholeKey) {
     const std::string path = fullPath(options.key);
     const registry::Tree tree = panel.registry(registry::Copy::now);
     if (wholeKey && registry::rootNamed(path) == path)
@@ -183,7 +183,7 @@ void remove(panel::Panel panel, const Options& options, bool wholeKey) {
 void addRegistryCommands(CLI::App& app, Tool& tool) {
     auto* commands = app.add_subcommand("registry", "List, read and change the panel's registry");
     commands->require_subcommand(1);
-    auto options = std::make_shared<Options>();
+    auto options = std::make_shared<RegistryOptions>();
     const auto add = [&](const char* name, const char* help) { return commands->add_subcommand(name, help); };
     const auto addKey = [&](CLI::App* command) { return command->add_option("KEY", options->key, keyHelp); };
     const auto addFlushed = [&](CLI::App* command) {

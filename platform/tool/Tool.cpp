@@ -6,6 +6,12 @@
 
 namespace tool {
 
+std::string version() {
+    char text[48];
+    std::snprintf(text, sizeof text, "panel 1.0, kernel file %08x", panel::imageVersion);
+    return text;
+}
+
 Tool::Tool(CLI::App& app) {
     app.add_option("-C", directory, "The panel's directory; default: the current one")
         ->type_name("DIR")
@@ -35,6 +41,10 @@ void complain(const std::string& text) {
 
 void printJson(const panel::Json& answer) {
     std::puts(panel::jsonText(answer).c_str());
+}
+
+void printJsonLine(const panel::Json& answer) {
+    std::puts(panel::jsonText(answer, -1).c_str());
 }
 
 } // namespace tool

@@ -19,6 +19,9 @@ inline constexpr int limitPassed = 124; // a time-out has passed
 inline constexpr int notStarted = 125; // start --wait: 1 could be the program's own exit code
 inline constexpr int codeTooLarge = 126; // start --wait: the program's exit code is above 123; it is printed
 
+// Returns the version of this program and of the kernel files that it can read.
+std::string version();
+
 class Tool {
 public:
     // Adds the option -C to the application.
@@ -42,5 +45,7 @@ void complain(const std::string& text);
 
 // Prints the output of a command with --json to standard output.
 void printJson(const panel::Json& answer);
+// Prints one of several answers as one line.
+void printJsonLine(const panel::Json& answer);
 
 } // namespace tool

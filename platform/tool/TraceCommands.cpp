@@ -1,13 +1,17 @@
 #include "platform/tool/Commands.h"
+#include "platform/tool/FaultOptions.h"
 #include "platform/tool/FileTail.h"
 #include "platform/tool/Follow.h"
 #include "platform/tool/TraceFilter.h"
+#include "platform/tool/TraceLine.h"
 #include "platform/tool/Units.h"
 #include "platform/tool/Unreturned.h"
 
-#include "platform/panel/Functions.h"
+#include "platform/panel/DidYouMean.h"
+#include "platform/panel/Json.h"
 #include "platform/panel/Text.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
@@ -19,17 +23,45 @@ namespace {
 
 struct ShowOptions {
     bool follow = false;
+    bool json = false;
+    std::string from;
+    std::string to;
     TraceFilter filter;
 };
 
-void checkFunction(const std::string& name) {
-    for (std::size_t index = 0; index < panel::functionCount; ++index)
-        if (panel::equalCaseBlind(panel::facts(static_cast<panel::Function>(index)).name, name))
-            return;
-    throw Misuse("the platform has no function \"" + name + "\" (panel fault functions lists them)");
+void printLine(const std::string& line, const ShowOptions& options) {
+    if (!options.filter.admits(line))
+        return;
+    if (!options.json) {
+        std::printf("%s\n", line.c_str());
+        return;
+    }
+    const TraceLine call = TraceLine::parse(line).value(); // the filter admits no other text
+    printJsonLine({{"time", call.time},
+                   {"process", call.process},
+                   {"thread", call.thread},
+                   {"function", call.function},
+                   {"call", call.call},
+                   {"arguments", call.arguments},
+                   {"returned", call.returned},
+                   {"result", call.result},
+                   {"failed", call.failed},
+                   {"took", call.took}});
 }
 
-void show(const panel::Panel& panel, const ShowOptions& options) {
+// Throws unless the platform has this function. Case does not count.
+void checkFunction(const std::string& name) {
+    const std::vector<std::string> known = functionNames();
+    if (std::none_of(known.begin(), known.end(), [&](const auto& each) { return panel::equalCaseBlind(each, name); }))
+        throw Misuse("the platform has no function \"" + name + '"' + panel::didYouMean(name, known) +
+                     " (panel fault functions lists them)");
+}
+
+void show(const panel::Panel& panel, ShowOptions options) {
+    if (!options.from.empty())
+        options.filter.from = parseDuration(options.from);
+    if (!options.to.empty())
+        options.filter.to = parseDuration(options.to);
     for (const std::string& function : options.filter.functions)
         checkFunction(function);
     const std::filesystem::path file = panel.directory() / "run/trace";
@@ -38,8 +70,7 @@ void show(const panel::Panel& panel, const ShowOptions& options) {
     FileTail trace;
     const auto print = [&] {
         for (const std::string& line : trace.newLines(file))
-            if (options.filter.admits(line))
-                std::printf("%s\n", line.c_str());
+            printLine(line, options);
         std::fflush(stdout);
     };
     if (options.follow)
@@ -47,8 +78,7 @@ void show(const panel::Panel& panel, const ShowOptions& options) {
     print();
     if (panel.isOn())
         for (const std::string& line : unreturnedCalls(panel::Driver(panel).status()))
-            if (options.filter.admits(line))
-                std::printf("%s\n", line.c_str());
+            printLine(line, options);
 }
 
 void addShow(CLI::App& trace, Tool& tool) {
@@ -63,6 +93,10 @@ void addShow(CLI::App& trace, Tool& tool) {
         ->type_name("NAME");
     command->add_option("--thread", options->filter.thread, "Only the thread of this number")->type_name("N");
     command->add_flag("--failed", options->filter.failuresOnly, "Only calls that left an error");
+    command->add_option("--from", options->from, "Only calls that ended from this panel time on, counted from boot")
+        ->type_name("DURATION");
+    command->add_option("--to", options->to, "Only calls that ended until this panel time")->type_name("DURATION");
+    command->add_flag("--json", options->json, "Print each call as a line of JSON");
     command->callback([options, &tool] { show(tool.panel(), *options); });
 }
 

@@ -1,42 +1,55 @@
 #include "platform/tool/Units.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <ctime>
+#include <limits>
+#include <string_view>
 
 namespace tool {
 
 namespace {
 
-double unitOf(const std::string& unit) {
-    if (unit.empty() || unit == "ms")
-        return 1;
-    if (unit == "s")
-        return 1000;
-    if (unit == "min")
-        return 60000;
-    if (unit == "h")
-        return 3600000;
-    return 0;
+struct Unit {
+    std::string_view name;
+    double size;
+};
+
+// The largest unit first.
+constexpr Unit durations[] = {{"d", 86400000}, {"h", 3600000}, {"min", 60000}, {"m", 60000},
+                              {"s", 1000},     {"ms", 1},      {"", 1}};
+
+// Returns the sum of numbers with units, each unit smaller than the one before. Returns -1 for any other text.
+double sumOf(std::string_view text) {
+    const std::size_t whole = text.size();
+    double sum = text.empty() ? -1 : 0;
+    for (double last = std::numeric_limits<double>::infinity(); !text.empty() && sum >= 0;) {
+        const std::size_t digits = std::min(text.find_first_not_of("0123456789."), text.size());
+        const std::size_t length = std::min(text.find_first_of("0123456789.", digits), text.size());
+        const std::string_view name = text.substr(digits, length - digits);
+        const auto unit = std::find_if(std::begin(durations), std::end(durations),
+                                       [&](const Unit& each) { return each.name == name; });
+        double number = 0;
+        const auto [end, error] = std::from_chars(text.data(), text.data() + digits, number);
+        // Only a number that stands alone has no unit: "1h30" could mean minutes or milliseconds.
+        const bool known = error == std::errc() && end == text.data() + digits && unit != std::end(durations) &&
+                           (!name.empty() || length == whole);
+        sum = known && unit->size < last ? sum + number * unit->size : -1;
+        last = known ? unit->size : 0;
+        text.remove_prefix(length);
+    }
+    return sum;
 }
 
 } // namespace
 
 std::uint64_t parseDuration(const std::string& text) {
     constexpr double longest = 1e15;
-    const std::size_t digits = std::min(text.find_first_not_of("0123456789."), text.size());
-    double value = -1;
-    try {
-        std::size_t used = 0;
-        value = std::stod(text.substr(0, digits), &used);
-        value = used == digits ? value * unitOf(text.substr(digits)) : -1;
-    } catch (const std::exception&) {
-        value = -1;
-    }
-    const bool unitKnown = unitOf(text.substr(digits)) > 0;
-    if (!unitKnown || value < 0 || value > longest)
-        throw Misuse("not a duration: \"" + text + "\" (such as 1500, 1500ms, 5s, 2min, 1h)");
+    const double value = sumOf(text);
+    if (value < 0 || value > longest)
+        throw Misuse("not a duration: \"" + text + "\" (such as 1500, 1500ms, 5s, 2min, 1h30min, 7d)");
     return static_cast<std::uint64_t>(std::llround(value));
 }
 
@@ -55,7 +68,9 @@ std::string formatDuration(std::uint64_t milliseconds) {
     const auto add = [&](const std::string& number, const char* unit) {
         text += (text.empty() ? "" : " ") + number + unit;
     };
-    if (const std::uint64_t hours = milliseconds / 3600000)
+    if (const std::uint64_t days = milliseconds / 86400000)
+        add(std::to_string(days), " d");
+    if (const std::uint64_t hours = milliseconds / 3600000 % 24)
         add(std::to_string(hours), " h");
     if (const std::uint64_t minutes = milliseconds / 60000 % 60)
         add(std::to_string(minutes), " min");

@@ -1,4 +1,5 @@
 // The entry point of the `panel` command.
+#include "platform/panel/DidYouMean.h"
 #include "platform/panel/Watcher.h"
 #include "platform/panel/kernel/Patience.h"
 #include "platform/tool/Commands.h"
@@ -25,7 +26,7 @@ Begin with:
   panel -C my-panel log --follow
   panel -C my-panel status
 
-A duration is 1500, 1500ms, 5s, 2min or 1h, in panel time (--patience: in real time).
+A duration is 1500, 1500ms, 5s, 2min, 1h30min or 7d, in panel time (--patience: in real time).
 After boot --stepped, panel time moves only while one of these commands waits: advance, start --wait, send, touch,
 wait, log --until. "advance 0ms" lets no time pass: it returns when all programs wait.
 )";
@@ -37,6 +38,28 @@ std::string_view commandOf(const CLI::App& app, int argc, char** argv) {
             if (command->get_name() == argv[index] && argv[index - 1] != std::string_view("-C"))
                 return argv[index];
     return {};
+}
+
+// Returns the reason why the words were not understood, with the word that the user may have meant.
+std::string reasonOf(const CLI::App& app, const CLI::ParseError& error) {
+    const std::vector<std::string> unknown = app.remaining(true);
+    if (unknown.empty())
+        return error.what();
+    const CLI::App* command = &app;
+    std::vector<std::string> known;
+    const auto addOptions = [&](const CLI::App& owner) {
+        for (const CLI::Option* option : owner.get_options({}))
+            for (const std::string& name : option->get_lnames())
+                known.push_back("--" + name);
+    };
+    addOptions(app);
+    for (; !command->get_subcommands().empty(); addOptions(*command))
+        command = command->get_subcommands().front();
+    if (!unknown.front().starts_with('-'))
+        known.clear();
+    for (const CLI::App* below : command->get_subcommands({}))
+        known.push_back(below->get_name());
+    return "\"" + unknown.front() + "\" was not expected" + panel::didYouMean(unknown.front(), known);
 }
 
 const tool::Tool* current;
@@ -67,6 +90,7 @@ int main(int argc, char** argv) {
     std::signal(SIGBUS, endWithoutKernel);
     CLI::App app{description, "panel"};
     app.require_subcommand(0, 1);
+    app.set_version_flag("--version", tool::version(), "Print the version of the simulation and exit");
     tool::Tool shared(app);
     std::string patience = "30s";
     app.add_option("--patience", patience,
@@ -83,6 +107,7 @@ int main(int argc, char** argv) {
     tool::addOperatorCommands(app, shared);
     tool::addStartCommand(app, shared);
     tool::addProcessCommands(app, shared);
+    tool::addWaitCommand(app, shared);
     tool::addSendCommand(app, shared);
     tool::addStatusCommand(app, shared);
     tool::addRegistryCommands(app, shared);
@@ -106,7 +131,7 @@ int main(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == 0)
             return app.exit(error); // --help
-        tool::complain(std::string(error.what()) + " (--help shows what is possible)");
+        tool::complain(reasonOf(app, error) + " (--help shows what is possible)");
         return tool::wrongUsage;
     } catch (const tool::Misuse& error) {
         tool::complain(error.what());

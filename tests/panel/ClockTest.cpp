@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <vector>
 
 using namespace testing_panel;
 

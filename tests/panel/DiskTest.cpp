@@ -1,7 +1,9 @@
-// Stores and their partitions.
+// Queues of device notifications, stores and their partitions.
 #include "tests/support/TestPanel.h"
 
 #include <gtest/gtest.h>
+#include <msgqueue.h>
+#include <pnp.h>
 #include <storemgr.h>
 #include <windows.h>
 
@@ -21,6 +23,33 @@ panel::Panel thePanel() {
 }
 
 } // namespace
+
+TEST(Queues, DropWhatDoesNotFitAndCutWhatTheReaderHasNoRoomFor) {
+    const auto make = [](DWORD messages, DWORD size) {
+        const MSGQUEUEOPTIONS options{sizeof options, 0, messages, size, TRUE};
+        const HANDLE queue = CreateMsgQueue(nullptr, &options);
+        EXPECT_NE(RequestDeviceNotifications(nullptr, queue, TRUE), nullptr);
+        return queue;
+    };
+    const auto read = [](HANDLE queue, DWORD bytes) {
+        char message[160];
+        DWORD size = 0;
+        DWORD flags = 0;
+        return ReadMsgQueue(queue, message, bytes, &size, 250, &flags) ? 0 : GetLastError();
+    };
+    EXPECT_EQ(RequestDeviceNotifications(nullptr, nullptr, TRUE), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+    const HANDLE narrow = make(0, 30); // too small for a device's name
+    const HANDLE one = make(1, 160);
+    for (const DWORD bytes : {160U, 4U}) {
+        thePanel().plug({});
+        thePanel().disks().unplug("DSK1:"); // finds the queue full
+        EXPECT_EQ(read(one, bytes), bytes == 4 ? ERROR_INSUFFICIENT_BUFFER : 0U);
+        EXPECT_EQ(read(one, 160), ERROR_TIMEOUT);
+        EXPECT_EQ(read(narrow, 160), ERROR_TIMEOUT);
+    }
+    EXPECT_EQ(GetTickCount(), 1000U);
+}
 
 TEST(Stores, OpenWhenTheyAreReadyAndListTheirPartitions) {
     const FreshFolder folder;

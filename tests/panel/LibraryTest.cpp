@@ -2,6 +2,7 @@
 #include "tests/support/TestPanel.h"
 
 #include <gtest/gtest.h>
+#include <tagUserAPI.h>
 #include <windows.h>
 
 using namespace testing_panel;
@@ -25,4 +26,11 @@ TEST(Libraries, AreFoundWhateverTheCaseWithAndWithoutTheirEnding) {
     EXPECT_FALSE(FreeLibrary(core));
     EXPECT_EQ(LoadLibraryW(L"other.dll"), nullptr);
     EXPECT_EQ(GetLastError(), ERROR_MOD_NOT_FOUND);
+}
+
+TEST(TagLibrary, WantsToBeOpen) {
+    DWORD error = 0;
+    EXPECT_FALSE(TAG_Set_Data(1, 1, "x", &error));
+    EXPECT_EQ(error, 21U);
+    EXPECT_EQ(devices().tag(1), std::nullopt);
 }

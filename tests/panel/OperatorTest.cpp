@@ -152,6 +152,8 @@ TEST(MouseHook, SeesEveryEventBeforeItLandsAndMayKeepIt) {
     InputThread input(true);
     ASSERT_NE(hook, nullptr);
     EXPECT_EQ(driver().status().hook, "TarvexHelper.exe#1");
+    EXPECT_EQ(SetWindowsHookExW(WH_MOUSE_LL, hookProcedure, nullptr, 0), nullptr); // there is one
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
     verdict = 1;
     EXPECT_EQ(panel::touch(tapAt(15, 30)).kind, panel::Landing::Kind::swallowed);
     EXPECT_TRUE(devices().touches().at(0).swallowed);
@@ -165,6 +167,8 @@ TEST(MouseHook, SeesEveryEventBeforeItLandsAndMayKeepIt) {
     EXPECT_EQ(hooked[2].place.x, 700);
     EXPECT_EQ(hooked[2].place.y, 30);
     EXPECT_EQ(driver().status().hook, "");
+    EXPECT_FALSE(UnhookWindowsHookEx(hook));
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_HOOK_HANDLE);
     EXPECT_EQ(panel::touch(tapAt(700, 30)).kind, panel::Landing::Kind::landed);
     EXPECT_EQ(hooked.size(), 4U);
 }

@@ -68,6 +68,27 @@ TEST(Processes, AreFoundByABareNameAndGetItAsTheirCommandLine) {
     EXPECT_EQ(lines, "Actor.exe#1 Actor\nActor.exe#2 Actor.exe\ndotted.name#1 dotted.name\nActor.exe#3 sleep\n");
 }
 
+TEST(Processes, AreThirtyTwoAtMost) {
+    installActor();
+    int started = 0;
+    while (create(L"\\MMCMemory\\Actor.exe", L"wait never"))
+        ++started;
+    EXPECT_EQ(GetLastError(), ERROR_NO_PROC_SLOTS);
+    EXPECT_EQ(started, 31); // and this test
+}
+
+TEST(Processes, KeepTheirFileBusyAndTheirPath) {
+    installActor("\\MMCMemory\\d\\Actor.exe");
+    driver().start("MMCMemory\\D\\actor.EXE", "wait never");
+    EXPECT_FALSE(DeleteFileW(L"\\MMCMemory\\d\\Actor.exe"));
+    EXPECT_EQ(GetLastError(), ERROR_ACCESS_DENIED);
+    writeFile("\\MMCMemory\\new", "new");
+    EXPECT_FALSE(CopyFileW(L"\\MMCMemory\\new", L"\\MMCMemory\\d\\Actor.exe", FALSE));
+    EXPECT_TRUE(MoveFileW(L"\\MMCMemory\\d", L"\\MMCMemory\\e"));
+    EXPECT_FALSE(DeleteFileW(L"\\MMCMemory\\e\\Actor.exe"));
+    EXPECT_EQ(driver().status().processes.at(0).path, "\\MMCMemory\\D\\actor.EXE");
+}
+
 TEST(Processes, StandStillUntilTheirStarterWaitsOrEnds) {
     installActor();
     create(L"\\MMCMemory\\Actor.exe", L"set begun");
@@ -137,6 +158,8 @@ TEST(Trace, ShowsWhatACallAsksForAndGets) {
     for (int reading = 0; reading < 2; ++reading)
         DeviceIoControl(device, 0x1130408, nullptr, 0, levels, sizeof levels, &count, nullptr);
     TAG_Open(&count);
+    CreateWindowExW(0x88, L"none", nullptr, WS_POPUP, 0, 0, 0, 0, nullptr, nullptr, reinterpret_cast<HINSTANCE>(0x1234),
+                    nullptr);
     DWORD size = 1;
     TAG_Get_Data(18, &size, levels, &count);
     TAG_Set_Data(18, 2, "\x01\x04", &count);
@@ -154,6 +177,7 @@ TEST(Trace, ShowsWhatACallAsksForAndGets) {
                                   ", 0x113040c, " + bright + ", {}) = 1",
                                   ", 0x1130408, {}) = 0 fault error 31",
                                   ", 0x1130408, {}, " + bright + ") = 1",
+                                  "CreateWindowExW(0x88, \"none\", null, 0x80000000, 0x1234) = null error 1407",
                                   "TAG_Get_Data(18, 1, 2, {02}) = 1",
                                   "TAG_Set_Data(18, {01 04}) = 1"};
     std::string calls;
@@ -176,6 +200,19 @@ TEST(Faults, HitTheCallAskedForAndOthersNot) {
     driver().clearFaults();
     driver().addFault({"CreateFileW", "Actor.exe", 0, 0, 2, true});
     EXPECT_EQ(run("hold \\MMCMemory\\f hold \\MMCMemory\\g"), ERROR_ACCESS_DENIED);
+    driver().clearFaults();
+    driver().addFault({"EventModify", "Actor.exe", 0, 1, 2, false, panel::FaultAction::hold});
+    const auto held = driver().start(actor, "set first set second");
+    const auto signals = [] { return driver().status().signals.size(); };
+    EXPECT_EQ(driver().waitForExit(held, 60000), std::nullopt); // time goes on
+    EXPECT_EQ(signals(), 1U);
+    EXPECT_EQ(driver().status().processes.at(0).calls.at(0).call.substr(0, 15), "EventModify[2](");
+    EXPECT_EQ(driver().faults().at(0).hits, 1U);
+    driver().addFault({"EventModify", "Actor.exe", 0, 1, 2}); // applies when the call goes on
+    driver().releaseCalls();
+    EXPECT_EQ(driver().waitForExit(held, 60000), 0U);
+    EXPECT_EQ(signals(), 1U);
+    EXPECT_EQ(driver().faults().at(0).hits, 1U);
     EXPECT_THROW(driver().addFault({"Sleep", ""}), std::runtime_error);
     EXPECT_THROW(driver().addFault({"Slep", ""}), std::runtime_error);
 }

@@ -45,8 +45,8 @@ TEST(Registry, KeysAreMadeWithThoseAboveThemAndFoundInAnyCase) {
     EXPECT_EQ(RegCloseKey(two), LONG{ERROR_SUCCESS});
     EXPECT_EQ(RegCloseKey(two), LONG{ERROR_INVALID_HANDLE});
     EXPECT_EQ(open(two, L"Three"), LONG{ERROR_INVALID_HANDLE});
-    const panel::registry::Tree tree = panel::Panel(panelDirectory()).registry(panel::registry::Copy::now);
-    EXPECT_EQ(tree.find("HKEY_CLASSES_ROOT\\one")->name, "One"); // keeps the case of its maker
+    panel::registry::Tree tree = panel::Panel(panelDirectory()).registry(panel::registry::Copy::now);
+    EXPECT_EQ(tree.make("HKEY_CLASSES_ROOT\\one")->name, "One"); // keeps the case of its maker
 }
 
 TEST(Registry, KeysLieSixteenLevelsBelowARootAtMost) {
@@ -101,6 +101,15 @@ TEST(Registry, AKeyGoesWithAllBelowItButNotWhileOneIsOpen) {
     EXPECT_EQ(RegDeleteKeyW(HKEY_CURRENT_USER, L"a"), LONG{ERROR_FILE_NOT_FOUND});
     EXPECT_EQ(open(HKEY_CURRENT_USER, L"a\\b"), LONG{ERROR_FILE_NOT_FOUND});
     EXPECT_EQ(open(HKEY_CURRENT_USER, L"ab"), LONG{ERROR_SUCCESS});
+}
+
+TEST(Registry, AFlushStoresOneRoot) {
+    for (const HKEY root : {HKEY_CLASSES_ROOT, HKEY_CURRENT_USER})
+        RegCloseKey(create(root, L"flushed"));
+    EXPECT_EQ(RegFlushKey(HKEY_CURRENT_USER), LONG{ERROR_SUCCESS});
+    const panel::registry::Tree flash = panel::Panel(panelDirectory()).registry(panel::registry::Copy::flash);
+    EXPECT_NE(flash.find("HKEY_CURRENT_USER\\flushed"), nullptr);
+    EXPECT_EQ(flash.find("HKEY_CLASSES_ROOT\\flushed"), nullptr);
 }
 
 TEST(Registry, FilesKeepEveryByte) {

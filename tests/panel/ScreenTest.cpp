@@ -1,4 +1,4 @@
-// What the screen shows: windows that cover it, the cursor.
+// What the screen shows: windows that cover it.
 #include "tests/support/TestPanel.h"
 
 #include <gtest/gtest.h>

@@ -5,7 +5,6 @@
 #include <windows.h>
 
 #include <algorithm>
-#include <atomic>
 #include <set>
 #include <string>
 #include <vector>
@@ -50,20 +49,24 @@ TEST(Events, SmallestSignalledIndexWins) {
     EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
 }
 
-TEST(Events, ASetReleasesOneWaiter) {
+TEST(Events, ASetReleasesOneWaiterFirstComeFirstServed) {
     static HANDLE event;
-    static std::atomic<int> released;
+    static std::string released;
     event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-    for (int thread = 0; thread < 3; ++thread)
-        startThread([](LPVOID) -> DWORD {
-            WaitForSingleObject(event, INFINITE);
-            return static_cast<DWORD>(++released);
-        });
-    driver().settle();
-    for (int round = 1; round <= 3; ++round) {
+    for (const char* name : {"a", "b", "c"}) {
+        startThread(
+            [](LPVOID own) -> DWORD {
+                WaitForSingleObject(event, INFINITE);
+                released += static_cast<const char*>(own);
+                return 0;
+            },
+            const_cast<char*>(name));
+        driver().settle(); // it waits now, behind those before it
+    }
+    for (const char* names : {"a", "ab", "abc"}) {
         EventModify(event, EVENT_SET);
         driver().settle();
-        EXPECT_EQ(released, round);
+        EXPECT_EQ(released, names);
     }
 }
 
@@ -182,6 +185,17 @@ TEST(Handles, AreNeverSpecialNumbersAndNotSoonUsedAgain) {
     EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
     EXPECT_FALSE(CloseHandle(INVALID_HANDLE_VALUE));
     EXPECT_EQ(WaitForSingleObject(nullptr, INFINITE), WAIT_FAILED);
+}
+
+TEST(Handles, RunOutWithAnErrorNotWithACrash) {
+    HANDLE last = nullptr;
+    while (const HANDLE event = CreateEventW(nullptr, FALSE, FALSE, nullptr))
+        last = event;
+    EXPECT_EQ(GetLastError(), ERROR_NOT_ENOUGH_MEMORY);
+    EXPECT_EQ(startThread([](LPVOID) -> DWORD { return ADD_FAILURE(), 0; }), nullptr);
+    EXPECT_EQ(CreateFileW(L"\\f", GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr), INVALID_HANDLE_VALUE);
+    EXPECT_TRUE(CloseHandle(last));
+    EXPECT_NE(CreateEventW(nullptr, FALSE, FALSE, nullptr), nullptr);
 }
 
 TEST(Waits, ClosingAHandleWakesNobodyAndAWaitKeepsItsObject) {

@@ -168,19 +168,24 @@ TEST(Buzzer, ReplacesANegativeFrequencyByThePanelsOwn) {
         std::uint16_t model;
         int written;
         std::uint32_t frequency;
+        bool readOnly = false;
     } cases[] = {{0x402, -1, 3400}, {0x403, -1, 3400}, {0x406, -1, 3400}, {0x401, -1, 2400},
-                 {0x404, -1, 2400}, {2, -1, 2400},     {0x402, 0, 0}};
-    for (const auto& [model, written, frequency] : cases) {
+                 {0x404, -1, 2400}, {2, -1, 2400},     {0x402, 0, 0},     {0x402, -1, 3400, true}};
+    for (const auto& [model, written, frequency, readOnly] : cases) {
         const std::string content = "<TouchBuzzer><Settings><Enabled>1</Enabled><Frequency>" + std::to_string(written) +
                                     "</Frequency><Other/></Settings></TouchBuzzer>";
         BuzzerPanel panel(content);
         const char code[] = {static_cast<char>(model & 0xFF), static_cast<char>(model >> 8)};
         panel.panel().devices().setTag(18, {code, sizeof code});
+        if (readOnly)
+            std::filesystem::permissions(panel.panel().hostPath(buzzerSettingsPath),
+                                         std::filesystem::perms::owner_read);
         panel.startInPlace();
         EXPECT_EQ(panel.read(buzzerSettingsPath),
-                  written < 0 ? buzzerSettings(true, static_cast<int>(frequency)) : content);
+                  written < 0 && !readOnly ? buzzerSettings(true, static_cast<int>(frequency)) : content);
         EXPECT_EQ(panel.clicksOf(leftPress), Words{frequency}) << model << ' ' << written;
         EXPECT_EQ(panel.terminate(), 0U);
+        EXPECT_EQ(panel.errors(), Lines{}) << "also when the file cannot be written";
     }
 }
 
@@ -228,8 +233,10 @@ TEST(Buzzer, StaysSilentWithoutItsDriver) {
     panel.driver().setTracing(true);
     panel.startInPlace();
     EXPECT_EQ(panel.clicksOf(leftPress), Words{});
+    panel.panel().devices().setPresent("BZR1", true);
+    EXPECT_EQ(panel.clicksOf(leftPress), Words{}) << "too late";
     EXPECT_EQ(panel.terminate(), 0U);
-    EXPECT_EQ(panel.calls("CallNextHookEx").size(), 1U) << "the touch was heard";
+    EXPECT_EQ(panel.calls("CallNextHookEx").size(), 2U) << "the touches were heard";
     EXPECT_EQ(panel.calls("DeviceIoControl").size(), 1U) << "of the eMMC's counter alone";
     EXPECT_EQ(panel.errors(), Lines{});
 }

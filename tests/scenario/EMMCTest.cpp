@@ -65,7 +65,7 @@ TEST(EMMC, CountsWhatWasBeforeTheStartAsOftenAsTheHelperIsStarted) {
     EXPECT_EQ(panel.terminate(), 0U);
 }
 
-TEST(EMMC, SurvivesAFileThatCannotBeWritten) {
+TEST(EMMC, SurvivesAFileThatCannotBeWrittenOrRead) {
     CountingPanel panel;
     panel.startHelper(10, 0);
     const std::filesystem::path host = panel.panel().hostPath(statisticsPath);
@@ -76,6 +76,10 @@ TEST(EMMC, SurvivesAFileThatCannotBeWritten) {
     std::filesystem::permissions(host, std::filesystem::perms::owner_write, std::filesystem::perm_options::add);
     panel.pass(300000);
     EXPECT_EQ(panel.read(statisticsPath), statisticsFile(15, 300, 15, 300)) << "five minutes are lost, but no write";
+    panel.write(statisticsPath, "<EMMC><Settings>");
+    panel.setCount(20);
+    panel.pass(300300);
+    EXPECT_EQ(panel.read(statisticsPath), statisticsFile(20, 300, 20, 300)) << "what was before is lost";
     EXPECT_EQ(panel.terminate(), 0U);
     EXPECT_EQ(panel.errors(), Lines{}) << "nothing of this is reported";
 }
@@ -95,14 +99,18 @@ TEST(EMMC, IsRecordedFromVersion15On) {
     }
 }
 
-TEST(EMMC, AMissingVersionEndsTheHelper) {
+TEST(EMMC, AMissingVersionOrOneThatIsNoTextEndsTheHelper) {
     ScenarioPanel panel;
     panel.install();
-    panel.panel().changeRegistry([](auto& tree) { tree.find(key)->removeValue("Version"); }, true);
+    panel.panel().changeRegistry([](auto& tree) { tree.make(key)->removeValue("Version"); }, true);
     EXPECT_EQ(panel.run(ScenarioPanel::helper), 1U);
     EXPECT_EQ(panel.log(), firstStartLines({"INFO;Module manager initialization",
                                             "ERROR;Exception OrvaUtils::Registry::RegistryException: "
                                             "Cannot query the given registry value",
                                             "INFO;Helper terminated"}));
+    panel.panel().changeRegistry([](auto& tree) { tree.make(key)->set(panel::registry::numberValue("Version", 2)); },
+                                 true);
+    EXPECT_EQ(panel.run(ScenarioPanel::helper), 1U);
+    EXPECT_TRUE(panel.lastLines(2).at(0).ends_with("::RegistryException: Unexpected value type"));
     EXPECT_FALSE(panel.exists(statisticsPath));
 }

@@ -1,6 +1,7 @@
 // Ends of the helper by a failure: what is still torn down, in which order, and what is left alone.
 #include "tests/scenario/Milestones.h"
 #include "tests/scenario/SavingPanel.h"
+#include "tests/support/StatisticsFile.h"
 
 #include <algorithm>
 
@@ -83,8 +84,12 @@ TEST(End, ComesAtOnceWithoutWhatTheHelperIsMadeOf) {
             panel.failCall(each.function, each.call);
         else
             panel.panel().devices().setPresent("BKL1", false);
+        panel.write(statisticsPath, statisticsFile(1, 2, 3, 4));
         panel.driver().setTracing(true);
         EXPECT_EQ(panel.run(ScenarioPanel::helper), 1U);
+        if (std::string_view(each.failure).starts_with("EMMC")) {
+            EXPECT_EQ(panel.read(statisticsPath), statisticsFile(0, 0, 3, 4)) << "a session that nobody counts";
+        }
         const std::string failure = std::string("Exception ") + each.failure;
         Lines begun = ScenarioPanel::managerLines();
         begun.resize(each.lines);

@@ -62,10 +62,12 @@ TEST(Installation, PrefersTheFirstDiskAndKeepsWhatIsThere) {
     panel.plugDisk("Hard Disk2");
     panel.plugDisk("Hard Disk");
     panel.write("\\MMCMemory\\Tarvex\\data\\deep\\table.bin", "own");
+    panel.write("\\MMCMemory\\Tarvex\\helper_log0.txt", std::string(102400, 'x')); // takes one line more
     EXPECT_EQ(panel.run("\\Hard Disk2\\Tarvex\\TarvexHelper.exe"), 0U);
     ASSERT_TRUE(panel.reachesLoop());
     EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\readme.txt"), "from Hard Disk");
     EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\data\\deep\\table.bin"), "own");
+    EXPECT_TRUE(panel.read("\\MMCMemory\\Tarvex\\helper_log0.txt").ends_with(";INFO;Init of Helper\n"));
     EXPECT_TRUE(panel.exists("\\Hard Disk\\Tarvex\\Tarvex.exe")); // only the folder it was started from goes
 }
 
@@ -171,7 +173,6 @@ TEST(Installation, ClearsTheOldPlaceAndSavesWhereItsLeftoversAre) {
         EXPECT_EQ(panel.exists("\\Hard Disk\\Tarvex\\data\\deep\\table.bin"), place != "\\Hard Disk");
         if (registered.empty()) { // there is no getting over it
             EXPECT_FALSE(panel.settlesInLoop());
-            panel.reboot(); // so that the stand-in is gone from the host, too
             panel.install();
             EXPECT_EQ(panel.run(ScenarioPanel::helper), 1U);
             EXPECT_EQ(panel.errors(),
@@ -181,11 +182,15 @@ TEST(Installation, ClearsTheOldPlaceAndSavesWhereItsLeftoversAre) {
     }
 }
 
-TEST(Installation, FailsWhenTheInstalledHelperDoesNotStart) {
-    ScenarioPanel panel;
-    panel.put("\\Temp\\TarvexHelper.exe", helperFile());
-    panel.failCall("CreateProcessW");
-    EXPECT_EQ(panel.run("\\Temp\\TarvexHelper.exe"), 1U);
-    EXPECT_EQ(panel.lastLines(1), Lines{"ERROR;Exception OrvaUtils::Exception: Cannot start default helper"});
-    EXPECT_FALSE(panel.settlesInLoop());
+TEST(Installation, FailsWhenItCannotTellWhereItStartedOrTheInstalledHelperDoesNotStart) {
+    for (const auto& [failure, function] :
+         {std::pair{"Generic Exception", "GetModuleFileNameW"}, {"Cannot start default helper", "CreateProcessW"}}) {
+        ScenarioPanel panel;
+        panel.put("\\Temp\\TarvexHelper.exe", helperFile());
+        panel.failCall(function);
+        EXPECT_EQ(panel.run("\\Temp\\TarvexHelper.exe"), 1U);
+        EXPECT_EQ(panel.lastLines(1), Lines{std::string("ERROR;Exception OrvaUtils::Exception: ") + failure});
+        EXPECT_EQ(panel.tree("\\MMCMemory\\Tarvex").empty(), std::string_view(failure) == "Generic Exception");
+        EXPECT_FALSE(panel.settlesInLoop());
+    }
 }

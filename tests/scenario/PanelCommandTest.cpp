@@ -99,6 +99,16 @@ TEST_F(PanelCommand, RunsTheHelperFromCreationToItsEnd) {
     const Answer log = call("log");
     EXPECT_EQ(log.text.find("2024-03-07 06:05:09,4294967040;INFO;Init of Helper\n"), 0U) << log.text;
     EXPECT_NE(log.text.find(";INFO;Helper terminated\n"), std::string::npos) << log.text;
+    for (const char* all : {"--since 2024-03-07", "--since 1m", "--before 2025-01-01T00:00:00"})
+        EXPECT_EQ(call(std::string("log ") + all).text, log.text) << all;
+    for (const char* none : {"--since 1s", "--before 5s", "--before 2024-03-07T06:05:09"})
+        EXPECT_EQ(call(std::string("log ") + none).text, "") << none;
+    EXPECT_EQ(call("log --level error --json")
+                  .text.find(R"({"date":"2024-03-07 06:05:09","ticks":4294967040,)"
+                             R"("level":"ERROR","text":"ScreenSaverModule;)"),
+              0U);
+    EXPECT_EQ(call("trace show --from 1ms").text, "");
+    EXPECT_EQ(json("trace show --to 0 --function ReleaseMutex --failed").at("result"), "0 error 288");
     EXPECT_NE(call("trace show --function ReleaseMutex").text.find("error 288"), std::string::npos);
     const Json status = json("status");
     EXPECT_EQ(status.at("on"), true);
@@ -151,7 +161,11 @@ TEST_F(PanelCommand, SaysWhatIsWrongInOneLine) {
     isMisused("registry write 'HKLM\\a' " + std::string(256, 'v') + " x", "255 characters");
     isMisused("registry write 'HKLM\\1\\2\\3\\4\\5\\6\\7\\8\\9\\10\\11\\12\\13\\14\\15\\16\\17' v x", "16 levels");
     isMisused("registry write 'HKLM\\a' v 'x' --type REG_BINARY", "hexadecimal");
-    for (const char* duration : {"soon", "1.2.3", "5..s"})
+    isMisused("stauts", "did you mean \"status\"?");
+    isMisused("fault lst", "did you mean \"list\"?");
+    isMisused("ps --jsno", "did you mean \"--json\"?");
+    isMisused("device NANDFlsh", "did you mean \"NANDFlash\"?");
+    for (const char* duration : {"soon", "1.2.3", "5..s", "1h30", "1min1h", "5m5m"})
         isMisused(std::string("advance ") + duration, duration);
     isMisused("create q --date 2024-03-07T06:05:99", "not a date");
     isMisused("create q --guid 00", "16 bytes");
@@ -180,8 +194,40 @@ TEST_F(PanelCommand, SaysWhatIsWrongInOneLine) {
     fails("create q", "cannot create a panel in q: cannot write ");
     EXPECT_FALSE(fs::exists(directory / "q"));
     fails("off", "the panel is off, but the shutdown was not clean: unflushed registry changes are lost (");
+    before = "trap '' XFSZ; ulimit -f 100;"; // has no room for the kernel file
+    fails("boot", "cannot make ");
     before.clear();
     EXPECT_EQ(json("status").at("on"), false);
+}
+
+TEST_F(PanelCommand, ChoosesWhatACutLeavesOfFiles) {
+    isMisused("create p --storage some", "kept, closed or torn");
+    succeed("create p --storage closed");
+    install();
+    EXPECT_EQ(call("storage").text, "closed\n");
+    succeed("boot --stepped");
+    succeed("start '\\MMCMemory\\Tarvex\\TarvexHelper.exe'");
+    succeed("wait --window ORVATarvexHelper");
+    EXPECT_NE(call("log").text, "");
+    fails("cut --sectors 1", "panel storage torn");
+    fails("fault add WriteFile --cut --sectors 1", "panel storage torn");
+    succeed("cut");
+    const fs::path place = directory / "p/fs/MMCMemory/Tarvex";
+    EXPECT_EQ(fs::file_size(place / "helper_log0.txt"), 0U);
+    EXPECT_GT(fs::file_size(place / "config.xml"), 0U);
+    succeed("storage torn");
+    succeed("boot --stepped"); // the registry starts the helper
+    succeed("wait --window ORVATarvexHelper");
+    succeed("fault add WriteFile --cut --sectors 1");
+    EXPECT_EQ(json("fault list").at(0).at("sectors"), 1);
+    succeed("fault add Sleep --hold");
+    isMisused("fault add Sleep --hold --cut", "--hold");
+    EXPECT_EQ(json("fault list").at(1).at("hold"), true);
+    succeed("fault release");
+    EXPECT_EQ(json("fault list").size(), 1U);
+    const std::string log = call("log").text;
+    succeed("cut --sectors 1");
+    EXPECT_EQ(call("log").text, log.substr(0, 512));
 }
 
 TEST_F(PanelCommand, ReadsAndChangesTheRegistry) {
@@ -243,7 +289,7 @@ TEST_F(PanelCommand, PlugsDisksWithPartitions) {
                                                       "Plugged a copy of two as \\Hard Disk, on DSK1:\n");
     succeed("boot --stepped");
     succeed("plug two --as 'USB Disk' --ready-after 30s --in-place");
-    EXPECT_EQ(call("plug --without-partitions --never-ready").text, "Plugged a disk without partitions, DSK3:\n");
+    EXPECT_EQ(json("plug --without-partitions --never-ready").at("device"), "DSK3:");
     succeed("plug one");
     const Json volumes = json("status").at("volumes");
     ASSERT_EQ(volumes.size(), 6U);
@@ -262,7 +308,11 @@ TEST_F(PanelCommand, PlugsDisksWithPartitions) {
     EXPECT_EQ(json("status").at("disks").at(5).at("partitions").at(0),
               Json({{"volume", "Later"}, {"attributes", 0x12}}));
     fails("mount Later", "waits to be mounted");
-    succeed("unplug Later");
+    writeText(directory / "p/fs/Later/written", "by a program");
+    fails("unplug Later --keep two/..", "not empty");
+    succeed("unplug Later --keep kept/disk");
+    EXPECT_TRUE(fs::exists(directory / "kept/disk/written"));
+    fails("unplug 'USB Disk' --keep two/deeper", "lies in the panel or in the disk"); // plugged in place
     succeed("unplug Third");
     succeed("plug one --as 'hard disk3'");
     EXPECT_NE(call("plug one").text.find("\\Hard Disk4"), std::string::npos); // free whatever the case
@@ -289,6 +339,9 @@ TEST_F(PanelCommand, LetsTheUserComeAndGo) {
     EXPECT_EQ(json("status").at("userActive"), true);
     succeed("touch --count 3 --right --press");
     EXPECT_EQ(call("touch --move --press").code, 2);
+    const Json status = json("status");
+    EXPECT_EQ(Json({status.at("flashWritable"), status.at("cursor"), status.at("hook"), status.at("buzzer")}).dump(),
+              R"([false,{"count":0,"shown":true},null,{"last":null,"requests":0}])");
 }
 
 TEST_F(PanelCommand, NamesTheProgramThatKeepsTimeFromMoving) {
@@ -328,6 +381,57 @@ TEST_F(PanelCommand, StartsAndWaitsWithTheProgramsExitCode) {
     EXPECT_EQ(call("start --wait '\\MMCMemory\\Actor.exe' hold '\\MMCMemory\\Actor.exe'").code, 5);
     EXPECT_EQ(json("fault list").at(0).at("hits"), 1);
     succeed("cut");
+    for (const char* words : {"CreateFileW --nope", "1 Actor.exe#1 t1 Sleep[1](", "CreateFileW[1] --cut", ""})
+        isMisused("boot --fault '" + std::string(words) + "'", "");
+    succeed("registry write 'HKLM\\init' Launch1 '\\MMCMemory\\Actor.exe'");
+    EXPECT_EQ(json("boot --stepped --trace --fault 'CreateFileW --call 2' --fault ' 9 Actor.exe#1 t1 Sleep[1] --cut'")
+                  .at("started"),
+              Json({{{"launch", 1}, {"name", "Actor.exe#1"}}}));
+    EXPECT_EQ(json("fault list").at(1).at("cut"), true);
+    EXPECT_EQ(call("start --wait '\\MMCMemory\\Actor.exe' hold '\\MMCMemory\\Actor.exe' sleep 1").code, 0);
+    succeed("fault add --answer 66 --from \"$(" + programFile("panel").string() +
+            " -C p trace show --process Actor.exe#2 --function CreateFileW)\"");
+    const Json fault = json("fault list").at(2);
+    EXPECT_EQ(fault.at("program"), "Actor.exe");
+    EXPECT_EQ(fault.at("start"), 2);
+    isMisused("fault add --from 'CreateFileW[1]'", "not a line of the trace");
+    succeed("off");
     succeed("boot --flowing --factor 1000");
     EXPECT_EQ(call("start --wait '\\MMCMemory\\Actor.exe' sleep 1000 exit 3").code, 3);
+}
+
+TEST_F(PanelCommand, WaitsForWhatScriptsAskFor) {
+    succeed("create p");
+    install();
+    writeText(directory / "p/fs/MMCMemory/Tarvex/ScreenSaverConfig.xml",
+              "<ScreenSaver><Settings><Enabled>1</Enabled><UserInactivityTimeout>60000</UserInactivityTimeout>"
+              "<MinLuminosityLevel>0</MinLuminosityLevel></Settings></ScreenSaver>");
+    succeed("registry write 'HKLM\\init' Launch61 '\\MMCMemory\\Tarvex\\TarvexHelper.exe'");
+    succeed("boot --stepped");
+    const struct {
+        const char *words, *field;
+        Json value;
+        std::uint64_t time; // since boot, behind the wait
+    } rows[] = {
+        {"--log 'Module manager init'", "line", nullptr, 0},
+        {"--shows nothing", "background", "none", 0},
+        {"--values SHC1 0", "values", {0}, 0},
+        {"--values bkl1 0 1", "values", {0, 1, 0, 1}, 60000},
+        {"--shows ORVASCREENSAVER", "background", "black", 60000},
+        {"--shows black", "process", "TarvexHelper.exe#1", 60000},
+        {"--request any", "device", "SHC1", 300000},
+        {"--request SHC1 count", "time", 600000, 600000}, // the next one, not that one again
+        {"--file '\\mmcmemory\\tarvex\\EMMC.xml'", "folder", false, 600000},
+    };
+    for (const auto& row : rows) {
+        const Json event = json("wait --limit 10min " + std::string(row.words));
+        EXPECT_TRUE(event.contains(row.field) && (row.value.is_null() || event.at(row.field) == row.value)) << event;
+        EXPECT_EQ(json("status").at("clock").at("time"), row.time) << row.words;
+        if (row.words == std::string("--values SHC1 0"))
+            succeed("idle");
+    }
+    for (const char* words : {"--file '\\MMCMemory\\No'", "--request BZR1 beep", "--values SHC1 1", "--shows white"})
+        fails("wait --limit 1s " + std::string(words), "after 1 s", 124);
+    for (const char* words : {"", "--file a --log b", "--request BZR1 read", "--values SHC1 1 2", "--values BZR1 1"})
+        isMisused("wait " + std::string(words), "");
 }

@@ -99,7 +99,7 @@ TEST(Registration, IsRenewedWhereTheCheckMissesSomethingAndOnlyThere) {
         return [=](Tree& tree) { tree.make(key)->set(panel::registry::textValue(name, text)); };
     };
     const auto remove = [](const char* key, const char* name) {
-        return [=](Tree& tree) { tree.find(key)->removeValue(name); };
+        return [=](Tree& tree) { tree.make(key)->removeValue(name); };
     };
     const auto removeKey = [](const char* key) { return [=](Tree& tree) { tree.remove(key); }; };
     const struct {

@@ -80,7 +80,9 @@ TEST(ScreenSaver, EndsTheHelperWhenTheDriverRefusesOnTheMainThread) {
         EXPECT_EQ(panel.tell(static_cast<std::uint64_t>(command), argument), 0);
         EXPECT_EQ(panel.exitCode(), 1U);
         EXPECT_EQ(panel.errors(), Lines{"ERROR;Exception ScreenBackLightException: Cannot update driver settings"});
-        EXPECT_EQ(panel.levels(), dimmedTo(0)); // for good
+        EXPECT_EQ(panel.levels(), dimmedTo(0)); // until the power goes
         EXPECT_EQ(panel.blackWindow(), "none");
+        panel.reboot();
+        EXPECT_EQ(panel.levels(), usersLevels);
     }
 }

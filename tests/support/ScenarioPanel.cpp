@@ -102,7 +102,8 @@ void ScenarioPanel::plugDisk(const std::string& name) {
 void ScenarioPanel::put(std::string_view panelPath, const fs::path& file) {
     const fs::path place = simulated.hostPath(panelPath);
     fs::create_directories(place.parent_path());
-    fs::copy_file(file, place, fs::copy_options::overwrite_existing);
+    fs::remove(place); // the host refuses to write into a program that still ends
+    fs::copy_file(file, place);
 }
 
 void ScenarioPanel::install() {

@@ -40,8 +40,8 @@ TEST(Text, ReplacesWhatIsNoUtf8) {
 }
 
 TEST(Text, ReplacesUnpairedSurrogates) {
-    const wchar_t high = static_cast<wchar_t>(0xD83D);
-    const wchar_t low = static_cast<wchar_t>(0xDE00);
+    const wchar_t high = static_cast<wchar_t>(0xDBFF);
+    const wchar_t low = static_cast<wchar_t>(0xDC00);
     EXPECT_EQ(toUtf8(std::wstring{L'a', high}), "a\xEF\xBF\xBD");
     EXPECT_EQ(toUtf8(std::wstring{high, L'a'}), "\xEF\xBF\xBD"
                                                 "a");
@@ -54,8 +54,8 @@ TEST(Text, Has16BitsACharacterInRecords) {
         std::wstring text;
     } cases[] = {
         {{}, L""},
-        {{'a', 0, 0xAC, 0x20, 0, 0}, std::wstring(L"a\u20AC\0", 3)},
-        {{0x3D, 0xD8, 0x00, 0xDE, 'z', 0}, L"\U0001F600z"},
+        {{'a', 0, 0xAC, 0x20, 0xFF, 0xFF, 0, 0}, std::wstring(L"a\u20AC\uFFFF\0", 4)},
+        {{0x00, 0xD8, 0x00, 0xDC, 0xFF, 0xDB, 0xFF, 0xDF}, L"\U00010000\U0010FFFF"},
         {{0x3D, 0xD8, 'z', 0}, {static_cast<wchar_t>(0xD83D), L'z'}}, // unpaired
         {{0x00, 0xDE, 0x3D, 0xD8}, {static_cast<wchar_t>(0xDE00), static_cast<wchar_t>(0xD83D)}},
     };

@@ -41,6 +41,7 @@ TEST(UserInactivityMonitor, ReportsAUserWhoIsInactiveForTheWholeTimeout) {
     user(true); // in time
     pass(1000);
     user(false);
+    monitor.setTimeout(1); // for the next wait
     pass(10000);
     EXPECT_EQ(recorder.heard, (Heard{{0, ACTIVE}, {499, ACTIVE}, {1999, INACTIVE}}));
 }
@@ -50,10 +51,7 @@ TEST(UserInactivityMonitor, ReportsAnActiveUserOnceAtEachStart) {
     Recorder recorder;
     UserInactivityMonitor monitor;
     monitor.addObserver(&recorder);
-    panel::Fault fault;
-    fault.function = "OpenEventW";
-    fault.call = 2;
-    driver().addFault(fault);
+    driver().addFault({"OpenEventW", "", 0, 0, 2});
     EXPECT_TRUE(monitor.start());
     pass(100000);
     EXPECT_EQ(recorder.heard, Heard{}) << "without one of the platform's events";

@@ -140,7 +140,7 @@ class Page:
 def drive(page, disk):
     page.wait_for("#power", "off")
     Select(page.find("#boot [name=clock]")).select_by_index(1) # stepped
-    page.do(lambda: page.click("#boot button"), "panel start")
+    page.do(lambda: page.click("#boot button"), "panel boot")
     page.wait_for("#power", "on")
     page.advance("2s")
     page.click("#tab-programs")
@@ -181,7 +181,9 @@ def drive(page, disk):
     page.find("#find").send_keys("CreateWindowExW", Keys.ENTER, Keys.ENTER)
     page.wait_for("#line", "TarvexHelper.exe#1 t1 CreateWindowExW[2](")
     page.click("#track [data-key='TarvexHelper.exe#1 t1 CreateWindowExW[2]']")
-    page.do(lambda: page.click("#fail"), "panel start")
+    page.do(lambda: page.click("#fail"), "panel boot")
+    page.wait_for("#faults table", "CreateWindowExW") # the page knows of the new boot
+    page.wait_for("#power", "on")
     page.advance("2s")
     page.wait_for("#programs", "TarvexHelper.exe#1ended, exit code 1")
     page.wait_for("#track .fault", "CreateWindowExW")

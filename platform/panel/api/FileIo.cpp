@@ -6,6 +6,7 @@
 #include "platform/panel/api/FileTimes.h"
 #include "platform/panel/api/Numbers.h"
 #include "platform/panel/kernel/Objects.h"
+#include "platform/panel/kernel/Storage.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -105,6 +106,8 @@ HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, SECURITY_ATTRIBUTES*
     record.device = status.st_dev;
     record.inode = status.st_ino;
     gate.runtime.local(handle).file = file;
+    if (disposition == CREATE_ALWAYS || disposition == TRUNCATE_EXISTING)
+        storage::emptied(image, record);
     if (!place.exists || disposition == CREATE_ALWAYS || disposition == TRUNCATE_EXISTING)
         setWriteTime(image, file);
     const bool existed = place.exists && (disposition == CREATE_ALWAYS || disposition == OPEN_ALWAYS);
@@ -140,6 +143,8 @@ BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD bytes, DWORD* written, void*) 
     // The volume may have been protected after the file was opened.
     if (objects::at(gate.image(), object).subject && !gate.image().flashWritable)
         return gate.fails(FALSE, ERROR_WRITE_PROTECT);
+    if (!storage::beforeWrite(gate.image(), object, host, bytes))
+        return gate.fails(FALSE, ERROR_DISK_FULL);
     const ssize_t length = write(host, buffer, bytes);
     *written = length < 0 ? 0 : static_cast<DWORD>(length);
     gate.shows(*written);

@@ -5,6 +5,7 @@
 #include "platform/panel/api/FileTimes.h"
 #include "platform/panel/api/Numbers.h"
 #include "platform/panel/kernel/Objects.h"
+#include "platform/panel/kernel/Storage.h"
 
 #include <cstdio>
 #include <dirent.h>
@@ -127,7 +128,10 @@ DWORD moveFile(Image& image, const std::string& root, const std::string& from, c
     if (sameFile)
         target.host = target.host.substr(0, target.host.rfind('/') + 1) + std::string(fileName(to));
     nameMade(image, target);
-    return rename(source.host.c_str(), target.host.c_str()) == 0 ? 0 : ERROR_ACCESS_DENIED;
+    if (rename(source.host.c_str(), target.host.c_str()) != 0)
+        return ERROR_ACCESS_DENIED;
+    storage::renamed(image, source.host.substr(root.size() + 1), target.host.substr(root.size() + 1));
+    return 0;
 }
 
 DWORD attributesOf(const struct stat& status) {

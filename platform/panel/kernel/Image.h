@@ -58,13 +58,14 @@ enum class ObjectType : std::uint32_t {
 // A kernel object. Each comment names the types that use the field.
 struct ObjectRecord {
     ObjectType type;
-    std::uint32_t holders; // number of handles and waits; the object is freed with the last one
+    std::uint32_t holders; // number of handles and waits; the object is freed when the number becomes 0
     std::uint32_t manualReset; // events
     std::uint32_t signalled; // events, queues; processes and threads: 1 once ended; mutexes: 1 once abandoned
     std::uint32_t exitCode; // processes that have ended
     Slot owner; // mutexes: the owning thread
     std::uint32_t recursion; // mutexes: how often the owner must still release
-    std::uint32_t limit; // queues: maximum number of messages, 0: no limit; notifications: 1 for block devices
+    // Queues: maximum number of messages, 0: no limit. Notifications: 1 if the program has asked for block devices.
+    std::uint32_t limit;
     std::uint32_t size; // queues: maximum size of a message in bytes
     std::uint32_t serial; // stores and partition searches: BlockDeviceRecord::serial at the time of opening
     std::uint32_t next; // partition searches: index of the next partition
@@ -98,9 +99,11 @@ struct ProcessRecord {
     std::uint32_t program; // index into Image::programs
     std::uint32_t start; // start number of that program since boot, from 1
     std::uint32_t aware; // 1: the program takes part in the panel's clock, being linked with this library
-    std::uint32_t driver; // 1: a test or a `panel` command; neither panel time nor a power cut affects it
+    std::uint32_t driver; // 1: a test or a `panel` command, which a power cut does not end
     Slot starter; // the thread that started the process, as long as the state is `created`
-    Slot owner; // the driver with whose end this process ends; a driver that owns programs names itself; 0: no owner
+    // The slot of a driver: when that driver ends, this process ends too. In a driver that owns programs this is the
+    // driver's own slot. 0: no owner.
+    Slot owner;
     std::atomic<std::uint32_t> released; // futex word: 1 once the process may begin
     std::atomic<std::uint32_t> exitKnown; // 1: exitCode is valid; set by the parent of a program that is not aware
     std::atomic<std::uint32_t> exitCode;
@@ -117,8 +120,8 @@ struct ProcessRecord {
 
 enum class ThreadState : std::uint32_t { free, running, waiting };
 // The reason of a wait: Sleep, kernel objects, a critical section, GetMessageW, the reply to a sent message, a device
-// that blocks or delays.
-enum class WaitKind : std::uint32_t { none, time, objects, section, message, reply, device };
+// that blocks or delays, a fault that holds the call.
+enum class WaitKind : std::uint32_t { none, time, objects, section, message, reply, device, held };
 
 // A thread with its wait and its message queues. The scheduler (Scheduler.h) changes the state.
 struct ThreadRecord {
@@ -153,7 +156,6 @@ struct ThreadRecord {
 struct MessageRecord {
     Slot next;
     Slot window;
-    std::uint32_t windowSerial;
     Slot sender; // 0: posted
     std::uint32_t message;
     std::uint32_t time; // tick count
@@ -171,7 +173,7 @@ struct WindowRecord {
     std::int32_t x, y, width, height;
     std::uint32_t extendedStyle;
     std::uint32_t background; // the brush of the window's class
-    std::uint64_t order; // Image::shows when the window was shown last
+    std::uint64_t order; // the value of Image::shows when the window was shown last
     std::uint64_t procedure; // address in the window's process
     char className[128];
 };
@@ -229,8 +231,12 @@ struct ClockRecord {
     std::uint32_t unused;
 };
 
-// `fail`: the call fails; `cut`: the power is cut at the call; `none`: the record is free.
-enum class FaultAction : std::uint32_t { none, fail, cut };
+// What a power cut leaves of written files (Storage.h). `kept`: each completed write. `closed`: what was written
+// through handles that are closed. `torn`: that, and some sectors of the rest.
+enum class StoragePolicy : std::uint32_t { kept, closed, torn };
+
+// `fail`: the call fails; `cut`: the power is cut at the call; `hold`: the call waits; `none`: the record is free.
+enum class FaultAction : std::uint32_t { none, fail, cut, hold };
 
 // An injected fault (Driver.h). All conditions must match the call.
 struct FaultRecord {
@@ -243,6 +249,8 @@ struct FaultRecord {
     std::uint32_t hits; // how often the fault was applied
     std::uint32_t answers; // 1: `answer` replaces the failure result from coredll.inc
     std::int64_t answer;
+    std::uint32_t sectors; // power cuts: how many uncommitted sectors of each file stay (StoragePolicy::torn)
+    std::uint32_t unused;
     char program[128]; // file name; empty: every program
 };
 
@@ -280,10 +288,10 @@ struct SignalRecord {
 struct Image {
     std::atomic<std::uint32_t> magic; // boot sets it last; the Watcher clears it when the file was overwritten
     std::uint32_t version; // imageVersion
-    std::uint64_t fileDevice; // identity of the kernel file: a copied panel is off, since its file has another one
+    std::uint64_t fileDevice; // identity of the kernel file: a copied panel is off, since its file has another identity
     std::uint64_t fileInode;
     char hostBoot[40]; // host::bootId at boot: after a reboot of the host the panel is off
-    std::uint32_t headSum; // checksum of the four fields above, which never change
+    std::uint32_t headSum; // checksum of version, fileDevice, fileInode and hostBoot, which never change
     std::atomic<std::uint32_t> lock; // the kernel's lock (Lock.h): its owner; top bit: a thread sleeps on it
     std::atomic<std::uint32_t> on; // 1 while the panel has power
     std::uint32_t threadsUsed; // number of records that were ever used; searches stop there
@@ -297,6 +305,7 @@ struct Image {
     std::atomic<std::uint32_t> faultCount;
     std::uint32_t screenWidth;
     std::uint32_t screenHeight;
+    StoragePolicy storage;
     std::uint32_t flashWritable; // 1 after the volume driver's "writable" request
     Slot activeEvent; // the power manager's events; 0: the panel has no power manager
     Slot inactiveEvent;
@@ -311,6 +320,7 @@ struct Image {
     std::uint32_t nextLingering; // number of records written to `lingering` so far
     std::uint32_t threadIds; // number of thread ids given so far
     std::uint32_t endedCount; // number of programs that have ended since boot
+    char directory[4096]; // the panel's directory on the host
     char volumes[maxVolumes][64]; // names of the volumes; empty: the entry is free
     char registeredMessages[maxRegisteredMessages][128];
     std::uint8_t programsMessages[maxRegisteredMessages]; // 1: registered by a program, not only by a command
@@ -342,6 +352,7 @@ constexpr std::uint32_t layoutNumber() {
         offsetof(Image, on),
         offsetof(Image, clock),
         offsetof(Image, tracing),
+        offsetof(Image, storage),
         offsetof(Image, volumes),
         offsetof(Image, programs),
         offsetof(Image, faults),
@@ -355,6 +366,7 @@ constexpr std::uint32_t layoutNumber() {
         offsetof(Image, threads),
         offsetof(Image, processes),
         offsetof(Image, messages),
+        offsetof(FaultRecord, sectors),
         offsetof(ObjectRecord, device),
         offsetof(BlockDeviceRecord, partitions),
         offsetof(ProcessRecord, hostStart),
@@ -363,7 +375,7 @@ constexpr std::uint32_t layoutNumber() {
         offsetof(ThreadRecord, waitKey),
         offsetof(ThreadRecord, waitObjects),
         offsetof(ThreadRecord, id),
-        offsetof(MessageRecord, lParam),
+        offsetof(MessageRecord, time),
         offsetof(WindowRecord, procedure),
     };
     std::uint32_t number = 2166136261U; // FNV-1a over words

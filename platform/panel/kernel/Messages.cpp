@@ -40,7 +40,6 @@ bool append(Image& image, Slot thread, Slot& first, Slot& last, const Message& m
         return false;
     at(image, slot) = {0,
                        message.window,
-                       0,
                        message.sender,
                        message.message,
                        clock::ticks(image),

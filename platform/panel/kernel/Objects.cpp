@@ -2,6 +2,7 @@
 
 #include "platform/panel/Text.h"
 #include "platform/panel/kernel/Queues.h"
+#include "platform/panel/kernel/Storage.h"
 
 #include <algorithm>
 
@@ -43,6 +44,8 @@ void drop(Image& image, Slot object) {
         return;
     if (record.type == ObjectType::process && record.subject)
         image.processes[record.subject - 1].object = 0;
+    if (record.type == ObjectType::file)
+        storage::commit(image, object);
     if (record.type == ObjectType::queue)
         queues::clear(image, object);
     if (record.type == ObjectType::notification)

@@ -75,7 +75,7 @@ bool isSound(const Image& image, const ThreadRecord& thread) {
     const auto* const end = thread.waitObjects + std::min(thread.waitCount, maxWaitObjects);
     const bool waits = thread.waitKind == WaitKind::objects;
     return thread.state <= ThreadState::waiting && thread.process - 1 < image.processesUsed &&
-           thread.object <= image.objectsUsed && thread.waitKind <= WaitKind::device &&
+           thread.object <= image.objectsUsed && thread.waitKind <= WaitKind::held &&
            (!waits ||
             (thread.waitCount <= maxWaitObjects &&
              std::all_of(thread.waitObjects, end, [&](Slot object) { return object - 1 < image.objectsUsed; }))) &&
@@ -135,10 +135,11 @@ bool isSound(const Image& image) {
            all(image.programs, [](const ProgramRecord& program) { return ends(program.name); }) &&
            all(image.ended, [](const EndedRecord& ended) { return ended.program < maxPrograms; }) &&
            all(image.signals, [](const SignalRecord& signal) { return ends(signal.name); }) &&
+           image.storage <= StoragePolicy::torn && ends(image.directory) &&
            all(image.volumes, [](const auto& volume) { return ends(volume); }) &&
            all(image.registeredMessages, [](const auto& name) { return ends(name); }) &&
            all(image.faults, [](const FaultRecord& fault) {
-               return fault.action <= FaultAction::cut && fault.function < functionCount && ends(fault.program);
+               return fault.action <= FaultAction::hold && fault.function < functionCount && ends(fault.program);
            });
 }
 

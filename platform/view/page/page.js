@@ -65,21 +65,13 @@ document.addEventListener("click", event => {
 });
 
 // Boots the panel with the planned faults.
-onSubmit("boot", async fields => {
+onSubmit("boot", fields => {
   const words = ["boot"];
   if (fields.clock.value) words.push(fields.clock.value);
   else if (fields.factor.value !== "1") words.push("--factor", fields.factor.value);
-  const direct = !fields.trace.checked && !state.planned.length;
-  if (!fields.init.checked || !direct) words.push("--without-init");
-  if ((await run(...words)).code) return;
-  if (direct) return;
-  if (fields.trace.checked) await run("trace", "on");
-  for (const fault of state.planned) await run(...fault);
-  if (!fields.init.checked) return;
-  const init = (state.trees.flash || []).find(key => key.key === "HKEY_LOCAL_MACHINE\\init");
-  const launches = (init ? init.values : []).map(value => [/^launch(\d+)$/i.exec(value.name), value.text]).filter(([name, path]) => name && path);
-  for (const [name, path] of launches.sort((one, other) => one[0][1] - other[0][1]))
-    await run("start", path.includes("\\") ? path : "\\Windows\\" + path, "--", +name[1]);
+  if (fields.trace.checked) words.push("--trace");
+  if (!fields.init.checked) words.push("--without-init");
+  run(...words, ...state.planned.flatMap(fault => ["--fault", fault]));
 });
 onSubmit("advance", fields => run("advance", fields.time.value));
 onSubmit("start", fields => run("start", fields.path.value, "--", ...wordsOf(fields.arguments.value)));
@@ -352,13 +344,13 @@ function valueLine({name, type, text, texts, bytes}, flushed) {
 function showFaults(faults) {
   fill("faults", ["Function", "Call", "Program", "Thread", "Action", "Hits"], faults.error ? [] : faults.map(fault => [fault.function,
     fault.call + (fault.fromThenOn ? " and all after it" : ""), (fault.program || "any") + (fault.start ? "#" + fault.start : ""), fault.thread || "any",
-    fault.cut ? "power cut" : "fails", fault.hits]), "There are no faults.");
+    fault.cut ? "power cut" : fault.hold ? "holds" : "fails", fault.hits]), "There are no faults.");
 }
 
 function showPlanned() {
-  byId("planned").replaceChildren(...state.planned.map(words => element("li", {}, element("code", {}, ["panel", ...words].map(shown).join(" ")), " ",
+  byId("planned").replaceChildren(...state.planned.map(fault => element("li", {}, element("code", {}, fault), " ",
     element("button", {onclick: () => {
-      state.planned = state.planned.filter(each => each !== words);
+      state.planned = state.planned.filter(each => each !== fault);
       showPlanned();
     }}, "Forget"))));
 }
@@ -376,16 +368,15 @@ const timeline = makeTimeline(byId("track"), call => {
 });
 
 // Adds a fault to the planned faults and boots the panel.
-async function plan(...options) {
-  const {name, program, start, thread, call} = chosenCall;
-  state.planned.push(["fault", "add", name, "--program", program, "--start", start, "--thread", thread, "--call", call, ...options]);
+async function plan(options) {
+  state.planned.push(chosenCall.key + options); // the key is the beginning of the call's line in the trace
   showPlanned();
   byId("boot").elements.init.checked = true;
   if (state.on && (await run("off")).code) return;
   byId("boot").requestSubmit();
 }
-byId("fail").addEventListener("click", () => plan());
-byId("cut").addEventListener("click", () => plan("--cut"));
+byId("fail").addEventListener("click", () => plan(""));
+byId("cut").addEventListener("click", () => plan(" --cut"));
 byId("forget").addEventListener("click", () => timeline.clear());
 byId("find").addEventListener("input", event => byId("found").textContent = event.target.value ? timeline.find(event.target.value).length + " calls" : (timeline.find(""), ""));
 byId("find").addEventListener("keydown", event => event.key === "Enter" && timeline.next(event.shiftKey ? -1 : 1, timeline.find(event.target.value)));

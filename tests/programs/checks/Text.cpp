@@ -40,6 +40,8 @@ void algorithms() {
     std::wstring overlapping = L"0123456789";
     overlapping.replace(0, 2, L"abcd"); // moves the rest up
     CHECK(overlapping == L"abcd23456789");
+    CHECK(OrvaUtils::equalIgnoringCase(L"\u00C9" + smile, L"\u00E9" + smile));
+    CHECK(!OrvaUtils::equalIgnoringCase(L"\u0141", L"A")); // the same lower byte as "A"
 }
 
 int format(wchar_t* buffer, std::size_t count, const wchar_t* pattern, ...) {

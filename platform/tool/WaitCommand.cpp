@@ -1,0 +1,252 @@
+#include "platform/panel/Json.h"
+#include "platform/tool/Commands.h"
+#include "platform/tool/HelperLog.h"
+#include "platform/tool/ProcessName.h"
+#include "platform/tool/RequestText.h"
+#include "platform/tool/Table.h"
+#include "platform/tool/Units.h"
+
+#include "platform/panel/Client.h"
+#include "platform/panel/Paths.h"
+#include "platform/panel/Text.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+
+namespace tool {
+
+namespace {
+
+namespace fs = std::filesystem;
+using panel::Json;
+
+struct WaitOptions {
+    std::string window;
+    std::string process;
+    std::string file;
+    std::string logged;
+    std::string shown;
+    std::vector<std::string> values; // device, words
+    std::vector<std::string> request; // device, operation
+    bool json = false;
+    std::string limit = "1min";
+};
+
+// What has happened.
+struct Event {
+    Json json;
+    std::string text; // for people; empty: nothing is printed
+};
+
+// An event to wait for.
+struct Awaited {
+    std::function<std::optional<Event>()> look;
+    std::string missing; // says that it has not happened
+};
+
+// Returns whether the panel has a file of this name. `wait --exit` accepts a program that was not started yet, but not
+// a mistyped name. The search follows no links except disks that were plugged in place.
+bool hasFile(const panel::Panel& panel, const std::string& process) {
+    const std::string name = process.substr(0, process.rfind('#'));
+    const auto isIt = [&](const fs::directory_entry& entry) {
+        return panel::equalCaseBlind(entry.path().filename().string(), name);
+    };
+    constexpr auto options = fs::directory_options::skip_permission_denied;
+    for (const fs::directory_entry& top : fs::directory_iterator(panel.directory() / "fs"))
+        if (isIt(top) || (top.is_directory() && std::any_of(fs::recursive_directory_iterator(top.path(), options),
+                                                            fs::recursive_directory_iterator(), isIt)))
+            return true;
+    return false;
+}
+
+// The end of the latest start of the program. While a start of it runs, it has not ended.
+Awaited exitOf(const panel::Panel& panel, panel::Driver& driver, const std::string& wanted) {
+    const auto meant = [wanted](const auto& process) { return namesProcess(wanted, process.name); };
+    const panel::PanelStatus now = driver.status();
+    if (wanted.ends_with('#'))
+        throw Misuse("which start of the program? \"" + wanted + "\" needs a number");
+    if (std::none_of(now.processes.begin(), now.processes.end(), meant) &&
+        std::none_of(now.ended.begin(), now.ended.end(), meant) && !hasFile(panel, wanted))
+        throw Misuse("the panel has no program \"" + wanted + "\" (panel ps --all lists those that were started)");
+    const auto look = [&driver, meant]() -> std::optional<Event> {
+        const panel::PanelStatus status = driver.status();
+        const auto ended = std::find_if(status.ended.rbegin(), status.ended.rend(), meant);
+        if (ended == status.ended.rend() || std::any_of(status.processes.begin(), status.processes.end(), meant))
+            return std::nullopt;
+        const std::string code = toned(std::to_string(ended->exitCode), ended->exitCode ? Tone::bad : Tone::good);
+        return Event{{{"name", ended->name}, {"exitCode", ended->exitCode}, {"time", ended->time}},
+                     ended->name + " ended with exit code " + code};
+    };
+    return {look, wanted + " has not ended"};
+}
+
+Awaited windowOf(const std::string& name) {
+    const auto look = [name] {
+        return panel::findWindow(name) ? std::optional<Event>({{{"window", name}}, ""}) : std::nullopt;
+    };
+    return {look, "there is no window " + name};
+}
+
+Awaited fileAt(const panel::Panel& panel, const std::string& path) {
+    const std::string root = panel.directory().string();
+    if (const panel::Place place = panel::locate(root, path); !place.exists && place.error == 123)
+        throw Misuse("that is not a panel path: \"" + path + "\" (such as \\MMCMemory\\Tarvex\\config.xml)");
+    const auto look = [root, path]() -> std::optional<Event> {
+        const panel::Place place = panel::locate(root, path);
+        if (!place.exists)
+            return std::nullopt;
+        return Event{{{"file", path}, {"folder", place.isDirectory()}}, ""};
+    };
+    return {look, "there is no file " + path};
+}
+
+Awaited lineOf(const panel::Panel& panel, const std::string& text) {
+    const auto log = std::make_shared<HelperLog>(panel);
+    const auto look = [log, text]() -> std::optional<Event> {
+        for (const std::string& line : log->newLines())
+            if (line.find(text) != std::string::npos)
+                return Event{{{"line", line}}, line};
+        return std::nullopt;
+    };
+    return {look, "the log does not say \"" + text + '"'};
+}
+
+Awaited sight(panel::Driver& driver, const std::string& wanted) {
+    const auto look = [&driver, wanted]() -> std::optional<Event> {
+        const panel::ScreenStatus screen = driver.status().screen;
+        const bool bare = screen.cover.empty();
+        if (wanted == "nothing" ? !bare
+                                : bare || (!panel::equalCaseBlind(wanted, screen.cover) && wanted != screen.background))
+            return std::nullopt;
+        return Event{{{"cover", bare ? Json(nullptr) : Json(screen.cover)},
+                      {"process", screen.process},
+                      {"background", screen.background}},
+                     ""};
+    };
+    return {look, "the screen does not show " + wanted};
+}
+
+// The backlight's values are the record that its driver holds now, not the record at boot.
+Awaited valuesOf(const panel::Panel& panel, panel::Driver& driver, const std::vector<std::string>& words) {
+    const panel::DeviceFacts& device = *orMisuse([&] { return &panel::Devices::facts(words.front()); });
+    if (words.size() < 2 || words.size() - 1 > device.values.size())
+        throw Misuse("name a device and its first values: " + std::string(device.name) + " has " +
+                     std::to_string(device.values.size()) + " values");
+    std::vector<std::int64_t> wanted;
+    std::string text;
+    for (const std::string& word : words) {
+        text += (text.empty() ? "" : " ") + word;
+        if (&word != &words.front())
+            wanted.push_back(parseNumber(word));
+    }
+    const auto look = [&panel, &driver, &device, wanted]() -> std::optional<Event> {
+        const std::vector<std::uint32_t> values =
+            device.name == "BKL1" ? driver.status().backLight : panel.devices().state(device.name).values;
+        if (!std::equal(wanted.begin(), wanted.end(), values.begin()))
+            return std::nullopt;
+        return Event{{{"device", device.name}, {"values", values}}, ""};
+    };
+    return {look, "the values are not " + text};
+}
+
+// The first request after this one has begun to wait.
+Awaited requestTo(const panel::Panel& panel, const std::vector<std::string>& words) {
+    const std::string device = words.front() == "any" ? "" : words.front();
+    const std::string operation = words.size() > 1 ? words.back() : "";
+    if (!device.empty())
+        orMisuse([&] { panel::Devices::check(device, {}, operation); });
+    const std::size_t known = panel.devices().requests(device).size();
+    const auto look = [&panel, device, operation, known]() -> std::optional<Event> {
+        const std::vector<panel::Request> requests = panel.devices().requests(device);
+        for (std::size_t index = known; index < requests.size(); ++index) {
+            const panel::Request& request = requests[index];
+            if (operation.empty() || request.operation == operation)
+                return Event{requestJson(request), request.device + ' ' + requestText(request)};
+        }
+        return std::nullopt;
+    };
+    return {look, "no program has sent a request"};
+}
+
+Awaited awaited(const panel::Panel& panel, panel::Driver& driver, const WaitOptions& options) {
+    if (!options.window.empty())
+        return windowOf(options.window);
+    if (!options.process.empty())
+        return exitOf(panel, driver, options.process);
+    if (!options.file.empty())
+        return fileAt(panel, options.file);
+    if (!options.logged.empty())
+        return lineOf(panel, options.logged);
+    if (!options.shown.empty())
+        return sight(driver, options.shown);
+    return options.values.empty() ? requestTo(panel, options.request) : valuesOf(panel, driver, options.values);
+}
+
+void wait(Tool& tool, const WaitOptions& options) {
+    const bool named[] = {!options.window.empty(), !options.process.empty(), !options.file.empty(),
+                          !options.logged.empty(), !options.shown.empty(),   !options.values.empty(),
+                          !options.request.empty()};
+    if (std::count(std::begin(named), std::end(named), true) != 1)
+        throw Misuse("wait for what? Name one of --window, --exit, --file, --log, --shows, --values, --request");
+    const std::uint32_t limit = parseLimit(options.limit);
+    const panel::Panel panel = tool.panel();
+    panel::Driver driver(panel);
+    const Awaited event = awaited(panel, driver, options);
+    std::optional<Event> happened;
+    driver.waitUntil([&] { return !driver.isOn() || (happened = event.look()); }, limit);
+    if (!happened && !driver.isOn())
+        throw std::runtime_error("the panel was switched off meanwhile");
+    if (!happened) {
+        complain(event.missing + " after " + formatDuration(limit) + " (--limit allows more)");
+        tool.exitCode = limitPassed;
+    } else if (options.json) {
+        printJson(happened->json);
+    } else if (!happened->text.empty()) {
+        std::puts(happened->text.c_str());
+    }
+}
+
+} // namespace
+
+void addWaitCommand(CLI::App& app, Tool& tool) {
+    auto* command = app.add_subcommand("wait", "Let panel time pass until something has happened");
+    auto options = std::make_shared<WaitOptions>();
+    command->add_option("--window", options->window, "Wait for a window of this class")->type_name("CLASS");
+    command
+        ->add_option("--exit", options->process,
+                     "Wait for the end of TarvexHelper.exe#2, or of the last TarvexHelper.exe")
+        ->type_name("PROCESS");
+    command->add_option("--file", options->file, "Wait until the panel has this file or folder")->type_name("PATH");
+    command
+        ->add_option("--log", options->logged,
+                     "Wait until a line of the helper's log contains this text, and print the line")
+        ->type_name("TEXT");
+    command
+        ->add_option("--shows", options->shown,
+                     "Wait until the screen is covered by a window of this class, or by a window of this colour "
+                     "(black, white), or by nothing")
+        ->type_name("WHAT");
+    command
+        ->add_option("--values", options->values,
+                     "Wait until a device has these values, as far as they are named, such as BKL1 127")
+        ->type_name("DEVICE VALUE")
+        ->expected(2, 16);
+    command
+        ->add_option("--request", options->request,
+                     "Wait for the next request to a device, or for the next one of an operation, such as BZR1 beep, "
+                     "and print it; any: of any device")
+        ->type_name("DEVICE [OPERATION]")
+        ->expected(1, 2);
+    command->add_option("--limit", options->limit, "Time-out; exit code 124 if it passes")
+        ->type_name("DURATION")
+        ->capture_default_str();
+    command->add_flag("--json", options->json, "Answer in JSON");
+    command->callback([options, &tool] { wait(tool, *options); });
+}
+
+} // namespace tool
