@@ -1,7 +1,8 @@
 // The least that the helper's operations can take on a panel: the same platform calls with the same bytes, in straight
-// code. No classes of the helper's, no memory but the XML library's, whose documents are used as they are; numbers are
-// formatted by hand; what fails ends the operation. bench/costs.py runs it in the helper's place and sets its
-// instructions beside the helper's. Its argument says what it does before the message loop:
+// code. No classes of the helper's, no memory but the XML library's. A document that is only written is never built:
+// its elements are printed one by one. Numbers are formatted by hand; what fails ends the operation. bench/costs.py
+// runs it in the helper's place and sets its instructions beside the helper's. Its argument says what it does before
+// the message loop:
 //
 //     (none)   the start of the installed helper, without settings and eMMC statistics
 //     touches  opens the log and waits for touches and commands
@@ -120,9 +121,7 @@ bool load(tinyxml2::XMLDocument& document, const wchar_t* path) {
     return document.Parse(text, size) == tinyxml2::XML_SUCCESS;
 }
 
-void save(const tinyxml2::XMLDocument& document, const wchar_t* path) {
-    tinyxml2::XMLPrinter printer;
-    document.Print(&printer);
+void save(const tinyxml2::XMLPrinter& printer, const wchar_t* path) {
     const HANDLE file =
         CreateFileW(path, GENERIC_WRITE, SHARED, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     DWORD written = 0;
@@ -222,17 +221,20 @@ void readStatistics(unsigned (&values)[6]) {
 }
 
 void writeStatistics(const unsigned (&values)[6]) {
-    tinyxml2::XMLDocument document;
-    document.InsertEndChild(document.NewDeclaration());
-    tinyxml2::XMLElement* const root = document.NewElement("EMMC");
-    document.InsertEndChild(root);
-    tinyxml2::XMLElement* const settings = root->InsertNewChildElement("Settings");
+    tinyxml2::XMLPrinter printer;
+    printer.PushDeclaration("xml version=\"1.0\" encoding=\"UTF-8\"");
+    printer.OpenElement("EMMC");
+    printer.OpenElement("Settings");
     for (unsigned index = 0; index < 6; ++index) {
         char text[11];
         *put(text, values[index]) = 0;
-        settings->InsertNewChildElement(STATISTICS[index])->SetText(text);
+        printer.OpenElement(STATISTICS[index]);
+        printer.PushText(text);
+        printer.CloseElement();
     }
-    save(document, STATISTICS_FILE);
+    printer.CloseElement();
+    printer.CloseElement();
+    save(printer, STATISTICS_FILE);
 }
 
 void updateStatistics(DWORD elapsed) {

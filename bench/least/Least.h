@@ -17,7 +17,7 @@ char* put(char* at, unsigned number, unsigned digits = 1);
 void openLog();
 
 bool load(tinyxml2::XMLDocument& document, const wchar_t* path);
-void save(const tinyxml2::XMLDocument& document, const wchar_t* path);
+void save(const tinyxml2::XMLPrinter& printer, const wchar_t* path);
 
 extern CRITICAL_SECTION creation, loop, dispatch;
 extern UINT screenSaverMessage;

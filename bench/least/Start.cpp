@@ -54,15 +54,19 @@ void register_() {
 }
 
 void saveSettings() {
-    tinyxml2::XMLDocument document;
-    document.InsertEndChild(document.NewDeclaration());
-    tinyxml2::XMLElement* const root = document.NewElement("OrvaTarvex");
-    document.InsertEndChild(root);
-    root->SetAttribute("Version", "1");
-    tinyxml2::XMLElement* const settings = root->InsertNewChildElement("Settings");
-    settings->InsertNewChildElement("Parameters")->SetAttribute("LogLevel", "2");
-    settings->InsertNewChildElement("CleanupDirectories");
-    save(document, INSTALLATION L"\\config.xml");
+    tinyxml2::XMLPrinter printer;
+    printer.PushDeclaration("xml version=\"1.0\" encoding=\"UTF-8\"");
+    printer.OpenElement("OrvaTarvex");
+    printer.PushAttribute("Version", "1");
+    printer.OpenElement("Settings");
+    printer.OpenElement("Parameters");
+    printer.PushAttribute("LogLevel", "2");
+    printer.CloseElement();
+    printer.OpenElement("CleanupDirectories");
+    printer.CloseElement();
+    printer.CloseElement();
+    printer.CloseElement();
+    save(printer, INSTALLATION L"\\config.xml");
 }
 
 bool hasStatistics() {
