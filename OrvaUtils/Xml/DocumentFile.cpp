@@ -1,7 +1,10 @@
 #include "OrvaUtils/Xml/DocumentFile.h"
 
+#include <crt.h>
 #include <windows.h>
 
+#include <cstdio>
+#include <memory>
 #include <new>
 #include <tinyxml2.h>
 
@@ -9,17 +12,8 @@ namespace OrvaUtils::Xml {
 
 namespace {
 
-bool readAll(HANDLE file, std::string& text) {
-    char some[4096];
-    DWORD size = 0;
-    do {
-        if (!ReadFile(file, some, sizeof some, &size, nullptr)) {
-            return false;
-        }
-        text.append(some, size);
-    } while (size == sizeof some);
-    return true;
-}
+// A smaller file is read with one ReadFile.
+constexpr DWORD SMALL_SIZE = 4096;
 
 } // namespace
 
@@ -29,15 +23,22 @@ bool loadDocument(tinyxml2::XMLDocument& document, const std::wstring& path) {
     if (file == INVALID_HANDLE_VALUE) {
         return false;
     }
-    bool loaded = false;
+    char text[SMALL_SIZE];
+    DWORD size = 0;
+    const bool read = ReadFile(file, text, sizeof text, &size, nullptr);
+    CloseHandle(file);
     try {
-        std::string text;
-        loaded = readAll(file, text) && document.Parse(text.data(), text.size()) == tinyxml2::XML_SUCCESS;
+        // ReadFile is assumed to fill the buffer unless the file ends: no further call looks for the end.
+        if (!read || size < sizeof text) {
+            return read && document.Parse(text, size) == tinyxml2::XML_SUCCESS;
+        }
+        // `Parse` copies the text. A stream avoids the copy: a large file must fit into memory once only.
+        const std::unique_ptr<std::FILE, int (*)(std::FILE*)> stream(_wfopen(path.c_str(), L"rb"), std::fclose);
+        return stream != nullptr && document.LoadFile(stream.get()) == tinyxml2::XML_SUCCESS;
     } catch (const std::bad_alloc&) { // more than the heap holds
         document.Clear();
+        return false;
     }
-    CloseHandle(file);
-    return loaded;
 }
 
 bool saveDocument(const tinyxml2::XMLDocument& document, const std::wstring& path) {

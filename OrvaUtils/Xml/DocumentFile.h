@@ -1,5 +1,5 @@
-// Functions that load and save XML documents. The XML library never sees a file: it parses and prints memory. Any
-// thread may call.
+// Functions that load and save XML documents. The XML library never sees a path: it gets memory or a stream. Any thread
+// may call.
 #pragma once
 
 #include <string>

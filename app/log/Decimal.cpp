@@ -2,7 +2,7 @@
 
 namespace {
 
-// Division takes the panel's processor some hundred instructions.
+// Multiplies instead of dividing: a division takes the panel's processor about a hundred instructions.
 std::uint32_t tenthOf(std::uint32_t number) {
     return static_cast<std::uint32_t>(std::uint64_t{number} * 0xCCCCCCCD >> 35);
 }

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstdarg>
+#include <cstdlib>
 #include <iterator>
 #include <memory>
 #include <new>
@@ -18,8 +19,10 @@ namespace {
 
 // The size of the buffer of `writeFormatted`, in characters.
 constexpr std::size_t FORMATTED_LENGTH = 512;
-constexpr std::size_t STAMP_LENGTH = 64; // at most
-constexpr std::size_t USUAL_LENGTH = 256; // of a line, its stamp's length at most; a longer one takes memory
+// The greatest length of time, tick count and level.
+constexpr std::size_t STAMP_LENGTH = 64;
+// A line up to this length is built on the stack, a longer line on the heap.
+constexpr std::size_t USUAL_LENGTH = 256;
 
 const char* levelName(std::int32_t level) {
     switch (level) {
@@ -45,16 +48,16 @@ std::wstring widened(std::string_view bytes) {
     return text;
 }
 
-// A number of the calendar, and what stands behind it.
+// Writes a number below 100 with two digits, then the separator. Returns the end of the text.
 char* putTwoDigits(char* at, unsigned number, char separator) {
-    const unsigned tens = number * 205 >> 11; // a tenth, of what is below 1000
+    const unsigned tens = number * 205 >> 11; // a tenth; correct below 1000
     *at++ = static_cast<char>('0' + tens);
     *at++ = static_cast<char>('0' + (number - 10 * tens));
     *at++ = separator;
     return at;
 }
 
-// What stands before the message.
+// Writes time, tick count and level. Returns the end of the text.
 char* putStamp(char* at, std::int32_t level) {
     SYSTEMTIME time;
     GetSystemTime(&time);
@@ -75,7 +78,7 @@ char* putStamp(char* at, std::int32_t level) {
     return at;
 }
 
-// One byte a character.
+// Writes one byte for each character. Returns the end of the text.
 char* putText(char* at, std::wstring_view text) {
     if (text.empty()) {
         return at;
@@ -156,15 +159,12 @@ void Logger::close() {
 }
 
 Logger& Logger::instance() {
-    // The object is never freed: threads may write while the process ends. Its owner's destructor runs at process exit
-    // and closes the log.
-    static const struct ClosedAtExit {
-        ~ClosedAtExit() {
-            logger.close();
-        }
-        Logger& logger = *new Logger;
-    } closedAtExit;
-    return closedAtExit.logger;
+    // The object is never freed, and a reference has no destructor: threads may write while the process ends.
+    static Logger& logger = []() -> Logger& {
+        std::atexit([] { instance().close(); });
+        return *new Logger;
+    }();
+    return logger;
 }
 
 void Logger::write(std::wstring_view message, std::int32_t level) {

@@ -59,10 +59,21 @@ TEST_F(UsbConfiguration, AFaultyFileStartsNothingAndIsOneLine) {
 // The panel executable's heap has 8 MB: what does not fit there is unreadable, and nothing else.
 TEST_F(UsbConfiguration, AFileThatDoesNotFitIntoMemoryIsUnreadable) {
     const bool fits = helperFile().extension() != ".exe";
-    const std::string blanks(9 << 20, ' ');
-    panel.write(statisticsPath, blanks + statisticsFile(1, 2, 1000, 4));
-    panel.write(buzzerSettingsPath, blanks + "<TouchBuzzer><Settings><Enabled>1</Enabled><Frequency>3400</Frequency>"
-                                             "</Settings></TouchBuzzer>");
+    const auto write = [&](std::size_t megabytes) {
+        const std::string blanks(megabytes << 20, ' ');
+        panel.write(statisticsPath, blanks + statisticsFile(1, 2, 1000, 4));
+        panel.write(buzzerSettingsPath, blanks +
+                                            "<TouchBuzzer><Settings><Enabled>1</Enabled><Frequency>3400</Frequency>"
+                                            "</Settings></TouchBuzzer>");
+    };
+    for (const std::size_t megabytes : {3U, 6U}) {
+        write(megabytes);
+        startHelper();
+        EXPECT_EQ(panel.errors(), Lines{}) << megabytes;
+        EXPECT_EQ(panel.terminate(), 0U);
+        EXPECT_EQ(panel.read(statisticsPath), statisticsFile(0, 0, 1000, 4)) << megabytes;
+    }
+    write(9);
     startHelper();
     EXPECT_EQ(panel.errors(), fits ? Lines{} : Lines{"ERROR;BuzzerModule;settings error"});
     std::string crowd; // more than its text takes room
