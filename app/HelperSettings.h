@@ -28,8 +28,8 @@ public:
     static HelperSettings& instance();
 
     // Replaces the document by the fields of this object. Requests of the old document that the constructor did not
-    // read are lost. If a request in `restoreRequests` is not in progress, or its repository path is empty, its element
-    // gets only the attribute "InProgress".
+    // read are lost. `restoreRequests` can hold a request that code has added or changed. If such a request is not in
+    // progress, or its repository path is empty, its element gets only the attribute "InProgress".
     void save() const;
 
     // Returns the first restore request that is in progress, or null. The pointer is valid until the list changes.

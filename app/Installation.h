@@ -38,11 +38,11 @@ void copyHelperFile(const std::wstring& source, const std::wstring& destination)
 // Deletes the file or folder that the helper was started from. Adds the directory that may then hold leftovers to the
 // cleanup directories.
 //
-// If the executable lies in the legacy folder \MMCMemory\ORVATarvex, or its path begins with \Hard Disk (as on \Hard
-// Disk2), deliberately deletes the executable's whole folder and adds the parent of that folder. Otherwise, for example
-// on \USB Disk, deletes only the executable and adds the executable's folder. Warning: if the executable lies in the
-// root of \Hard Disk, this deletes all files of the disk. It then adds an empty path, which makes every later start
-// fail.
+// If the executable lies in the legacy folder \MMCMemory\ORVATarvex, or its path begins with "\Hard Disk" (as the path
+// "\Hard Disk2\a.exe" does), deliberately deletes the executable's whole folder and adds the parent of that folder.
+// Otherwise, for example on "\USB Disk", deletes only the executable and adds the executable's folder. Warning: if the
+// executable lies in the root of "\Hard Disk", this deletes all files of the disk. It then adds an empty path, which
+// makes every later start fail.
 void registerStartLocationForCleanup();
 // Deletes the leftovers in all cleanup directories, but not the directories themselves. Removes a directory from the
 // list if it has no leftovers any more. A directory that still has leftovers stays in the list and is logged. Throws

@@ -12,15 +12,15 @@
 // Threads: one thread, the loop thread, calls `create`, `run` and the destructor. The platform delivers messages only
 // to the thread that created the window, and only this thread can destroy the window. Any thread may call
 // `registerHandler`, `clearHandlers` and `stop` while the object exists. When the destructor begins, no other thread
-// may be inside an operation or call an operation later. Only a `stop` that another thread has called before may still
-// be waiting.
+// may be inside an operation or call an operation later. There is one exception: a `stop` that another thread called
+// earlier may still be waiting when the destructor begins.
 //
 // Handlers run on the loop thread, one at a time. A registration by another thread waits until the running handler has
 // returned.
 //
-// Errors are standard exceptions with the texts given below. An exception that leaves a handler ends `run`, and `run`
-// rethrows it. If another thread or process has sent the message, the sender receives 0. An exception that leaves the
-// handler of WM_CREATE is lost: `create` fails instead.
+// Failures throw std::runtime_error with the texts given below; IPCDispatcher converts it to IPCDispatcherException. An
+// exception that leaves a handler ends `run`, and `run` rethrows it. If another thread or process has sent the message,
+// the sender receives 0. An exception that leaves the handler of WM_CREATE is lost: `create` fails instead.
 class MessageOnlyWindow {
 public:
     // Creates no window yet.

@@ -30,7 +30,7 @@ public:
     // Creates an event that is not set.
     virtual IEvent* createEvent() = 0;
     // Creates a process object and starts nothing. If `path` is empty, the first word of `arguments` names the program.
-    // If `arguments` is empty, the child gets no command line.
+    // If `arguments` is empty, CreateProcessW gets null as the command line; the platform then uses `path` instead.
     virtual IProcess* createProcess(const std::wstring& path, const std::wstring& arguments,
                                     const std::map<std::wstring, std::wstring>& parameters) = 0;
     // Creates a thread object and starts nothing.

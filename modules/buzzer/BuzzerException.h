@@ -2,8 +2,7 @@
 
 #include "OrvaUtils/Exception.h"
 
-// The notification thread of the touch buzzer did not stop in time. The message is "Failed to terminate monitor
-// thread".
+// The touch thread of the buzzer did not stop in time. The message is "Failed to terminate monitor thread".
 class BuzzerException : public OrvaUtils::Exception {
 public:
     using OrvaUtils::Exception::Exception;

@@ -36,7 +36,7 @@ MouseHook::MouseHook() {
     // The log must exist first: process exit then closes it after this object.
     Logger::instance();
     observers = new ObserverList<MouseHookObserver>;
-    // Notification threads that remain may still use the list while the process ends.
+    // Touch threads that remain may still use the list while the process ends.
     keepUntilProcessEnds(observers);
     touchEvent = createEvent();
     stopEvent = createEvent();
@@ -50,7 +50,7 @@ MouseHook::MouseHook() {
     }
 }
 
-// The stop event stays open: the remaining notification threads wait for it until the process ends.
+// The stop event stays open: the remaining touch threads wait for it until the process ends.
 MouseHook::~MouseHook() noexcept(false) {
     uninstall();
     CloseHandle(touchEvent.exchange(nullptr));

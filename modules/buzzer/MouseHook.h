@@ -10,12 +10,11 @@
 //
 // Threads: the platform calls the hook procedure on the thread that installed the hook, inside GetMessageW, and holds
 // back all input until the procedure returns. The procedure only sets an auto-reset event, so observers never delay
-// input. A notification thread waits for the event and then calls every observer. If all notification threads are busy,
-// the presses that arrive meanwhile cause a single further notification. Only the main thread may call the operations
-// below.
+// input. A touch thread waits for the event and then calls every observer. If all touch threads are busy, the presses
+// that arrive meanwhile cause a single further notification. Only the main thread may call the operations below.
 //
-// Deliberate: a notification thread runs until the process ends, even after the hook was removed. Each installation
-// starts one more thread. All threads wait for the same event, and a press wakes one of them.
+// Deliberate: a touch thread runs until the process ends, even after the hook was removed. Each installation starts one
+// more thread. All threads wait for the same event, and a press wakes one of them.
 class MouseHook {
 public:
     // Returns the single object of the process. The first call creates the object and its events; the program makes
@@ -26,7 +25,7 @@ public:
     MouseHook(const MouseHook&) = delete;
     MouseHook& operator=(const MouseHook&) = delete;
 
-    // Installs the hook and starts a notification thread. Returns false, and starts no thread, if this object has
+    // Installs the hook and starts a touch thread. Returns false, and starts no thread, if this object has
     // already installed the hook or SetWindowsHookExW fails, for example because another program has installed a hook.
     // If CreateThread fails, the hook stays installed without a new thread.
     bool install();
@@ -41,8 +40,8 @@ public:
     //
     // The wait has a time-out: 20000 ms without a hook, but only 100 ms while the hook is installed, because the
     // panel's input waits for the main thread meanwhile. After a time-out there are two risks. The observer's `notify`
-    // may still be running on a notification thread: it must not use the observer's data from then on. A notification
-    // thread that is about to call the observer may still call it, even if the observer has been deleted.
+    // may still be running on a touch thread: it must not use the observer's data from then on. A touch thread that is
+    // about to call the observer may still call it, even if the observer has been deleted.
     void removeObserver(MouseHookObserver* observer);
 
 private:

@@ -9,8 +9,8 @@
 
 // The monitor of user activity: a thread that tells its observers when the user becomes inactive and active.
 //
-// The power manager has two named events, one of which is always set: "PowerManager/UserActivity_Active" and
-// "PowerManager/UserActivity_Inactive" [ms890502]. When the Inactive event is set, the time-out begins. If the Active
+// The power manager has two named events, "PowerManager/UserActivity_Active" and "PowerManager/UserActivity_Inactive"
+// [ms890502]. At any time one of the two is set. When the Inactive event is set, the time-out begins. If the Active
 // event is set during the time-out, the monitor reports activity. Otherwise the monitor reports inactivity when the
 // time-out has passed. Afterwards it reports activity as soon as the Active event is set. The monitor may therefore
 // report activity several times in a row. If the panel lacks one of these events, the monitor reports nothing.

@@ -79,11 +79,11 @@ struct PanelStatus {
     std::int64_t date; // ms since 1970 UTC
     bool tracing;
     std::vector<ProcessStatus> processes;
-    std::vector<EndedStatus> ended; // the latest ends, oldest first
+    std::vector<EndedStatus> ended; // the programs that ended last, in the order of their ends
     std::vector<WindowStatus> windows;
     std::optional<bool> userActive; // empty: the panel has no power manager
     bool flashWritable;
-    std::vector<std::uint32_t> backLight; // the four words that the driver holds
+    std::vector<std::uint32_t> backLight; // the four words of the backlight driver's record
     ScreenStatus screen;
     std::string hook; // process of the mouse hook, "TarvexHelper.exe#1"; empty: no hook is installed
     std::vector<SignalStatus> signals; // at most maxSignals events, in the order of their first signal
@@ -97,9 +97,10 @@ struct InitStart {
     std::string failure; // reason of the failure
 };
 
-// A fault to inject: a platform call that fails, that waits, or at which the power is cut. A held call has had no
-// effect yet, and other faults of that call apply when it goes on. With StoragePolicy::torn a cut at a WriteFile falls
-// inside the call: its data counts as written, but not as committed.
+// A fault to inject: a platform call that fails, that waits, or at which the power is cut. With FaultAction::hold the
+// call waits before it has any effect. When the call continues, its other faults apply. A power cut comes before the
+// call has any effect. There is one exception: with StoragePolicy::torn a cut at a WriteFile comes after the call has
+// written its data; this data is not committed.
 struct Fault {
     std::string function; // name of the platform function
     std::string program; // file name; empty: every program

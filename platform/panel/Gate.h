@@ -1,8 +1,9 @@
 // The gate: an object that every API function of the simulated panel creates first.
 //
-// The constructor counts the call and applies the injected faults; a fault that cuts the power ends the process here.
-// The destructor writes the line of the trace, then wakes the threads that the call has released. A function looks like
-// this:
+// The constructor counts the call and applies the injected faults. A fault that cuts the power ends the process in the
+// constructor. Only with StoragePolicy::torn does a power cut at a WriteFile end the process in the destructor, after
+// the call has written. Otherwise the destructor writes the line of the trace, then wakes the threads that the call has
+// released. A function looks like this:
 //
 //     BOOL ReleaseMutex(HANDLE mutex) noexcept {
 //         Gate gate(Function::ReleaseMutex, mutex);
@@ -85,8 +86,8 @@ public:
     bool faulted() const {
         return faultHit;
     }
-    // Completes a call that a fault makes fail: sets the last error that coredll.inc gives for the function and returns
-    // the failure result. If the fault names a result of its own (`--answer`), that result is returned instead.
+    // Completes a call that fails because of a fault: sets the last error that coredll.inc gives for the function and
+    // returns the failure result. If the fault names a result of its own (`--answer`), that result is returned instead.
     template<class Result>
     Result fault() {
         const FunctionFacts& known = facts(call.function);
@@ -163,7 +164,7 @@ private:
     PlatformCall call;
     bool tracing;
     bool faultHit = false;
-    std::optional<std::uint32_t> tears; // the power is cut when the call has written; this many of its sectors stay
+    std::optional<std::uint32_t> tears; // power cut after the call has written: sectors of each file that stay
     std::optional<std::int64_t> failure; // the result that the fault names; empty: the failure result from coredll.inc
     std::uint64_t begun = 0; // panel time in ms at the start of the call
     std::string result;

@@ -9,8 +9,9 @@
 //   The watchers then also watch this process.
 // - The panel is gone: somebody removed, moved, replaced, truncated or overwrote the kernel file, or moved a folder
 //   above it. (The panel itself changes the file only through mappings.) The watcher ends its own process: it kills a
-//   program; in a driver it prints one line on standard error and exits. A driver whose panel was switched off before
-//   continues, unless the file was truncated. All this works even while the kernel's lock is stuck.
+//   program; in a driver it prints one line on standard error and exits. If the panel was already off, the driver
+//   continues, unless the file was truncated. This check works even while the kernel's lock is stuck. The updates of
+//   the tables for the other two reasons need the lock.
 #pragma once
 
 #include "platform/panel/kernel/Image.h"
@@ -73,7 +74,7 @@ private:
     struct Watched {
         std::int32_t pid;
         std::uint64_t start;
-        bool program; // true: the process may be a child of this process, which must then reap it
+        bool program; // true: a program; if it is a child of the watcher's process, the watcher reaps it
     };
 
     static void* run(void* watcher);

@@ -82,7 +82,7 @@ struct Observer : MouseHookObserver {
             action();
         }
     }
-    unsigned heard = 0; // notification threads write it while the test waits
+    unsigned heard = 0; // touch threads write it while the test waits
     std::function<void()> action;
 };
 

@@ -14,7 +14,7 @@
 
 namespace panel {
 
-// Sizes of the tables. maxProcesses is the platform's own limit; the others leave room above the helper's use.
+// Sizes of the tables. maxProcesses is the platform's own limit; the other tables are larger than the helper needs.
 inline constexpr std::uint32_t maxProcesses = 32;
 inline constexpr std::uint32_t maxThreads = 512;
 inline constexpr std::uint32_t maxObjects = 1024;
@@ -292,7 +292,7 @@ struct Image {
     std::uint64_t fileInode;
     char hostBoot[40]; // host::bootId at boot: after a reboot of the host the panel is off
     std::uint32_t headSum; // checksum of version, fileDevice, fileInode and hostBoot, which never change
-    std::atomic<std::uint32_t> lock; // the kernel's lock (Lock.h): its owner; top bit: a thread sleeps on it
+    std::atomic<std::uint32_t> lock; // the kernel's lock (Lock.h): its owner; top bit: a thread waits to own the lock
     std::atomic<std::uint32_t> on; // 1 while the panel has power
     std::uint32_t threadsUsed; // number of records that were ever used; searches stop there
     std::uint32_t objectsUsed;
@@ -313,7 +313,7 @@ struct Image {
     HookRecord mouseHook;
     std::uint64_t shows; // number of times that a window was shown
     std::int32_t cursorCount; // the cursor is visible while the count is 0 or more
-    std::atomic<std::uint32_t> watched; // futex word: 1 while a thread sleeps until the next release of the lock
+    std::atomic<std::uint32_t> watched; // futex word: 1 while `panel view` sleeps until the next release of the lock
     SignalRecord signals[maxSignals];
     std::uint32_t messagesUsed; // number of records of `messages` that were ever used
     Slot freeMessage; // list of free records below messagesUsed
