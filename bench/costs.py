@@ -17,6 +17,7 @@ import concurrent.futures
 import glob
 import os
 import re
+import signal
 import subprocess
 import sys
 import tempfile
@@ -99,6 +100,14 @@ class Run:
         self.panel = f"{folder}/panel"
         subprocess.check_output([panel_command, "create", self.panel, "--date", "2024-03-07", "--version", "2.14"])
         self.do("boot", "--stepped")
+        try:
+            self.start(life)
+        except BaseException:
+            self.do("off")
+            raise
+
+    def start(self, life):
+        program, folder = self.program, self.folder
         self.installed = f"{self.panel}/fs/MMCMemory/Tarvex"
         os.makedirs(self.installed)
         os.makedirs(f"{folder}/configuration")
@@ -131,7 +140,7 @@ class Run:
     def do(self, *words):
         words = [word.format(configuration=f"{self.folder}/configuration") for word in words if word]
         done = subprocess.run([self.command, "-C", self.panel, *words], capture_output=True, text=True)
-        if done.returncode not in (0, 1, 2):
+        if done.returncode not in ((0, 1) if words[0] == "send" else (0,)):
             fail(f"{self.program.name}: panel {' '.join(words)}: {done.stderr}")
         return done.stdout
 
@@ -293,4 +302,5 @@ def main(panel_command, folder, document=None):
 
 
 if __name__ == "__main__":
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(143))  # so that the panels are switched off
     main(*sys.argv[1:])
