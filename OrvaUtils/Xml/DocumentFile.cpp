@@ -12,8 +12,8 @@ namespace OrvaUtils::Xml {
 
 namespace {
 
-// A smaller file is read with one ReadFile, into the stack. The frame must stay below one page (4 KB): no code touches the
-// pages of a larger one in their order, which a panel's stack may need to grow.
+// A smaller file is read with one ReadFile, into the stack. The frame must stay below one page (4 KB): no code touches
+// the pages of a larger one in their order, which a panel's stack may need to grow.
 constexpr DWORD SMALL_SIZE = 3072;
 
 } // namespace

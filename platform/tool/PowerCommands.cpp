@@ -157,9 +157,9 @@ void addBoot(CLI::App& app, Tool& tool) {
     command->add_flag("--trace", options->trace, "Record the platform calls from the first one on");
     command
         ->add_option("--fault", options->faults,
-                     "Inject a fault before the programs start; may be repeated. SPEC: a line of the trace or its "
+                     "Inject a fault before the programs start; may be repeated. FAULT: a line of the trace or its "
                      "beginning, or the words of panel fault add, as one word")
-        ->type_name("SPEC")
+        ->type_name("FAULT")
         ->allow_extra_args(false);
     command->add_flag("--json", options->json, "Answer in JSON");
     command->footer(R"(
