@@ -15,6 +15,10 @@ std::uint32_t numberIn(const std::string& document, const std::string& element) 
 
 } // namespace
 
+std::uint64_t Totals::due() const {
+    return former.last + interval * 1000;
+}
+
 std::string Totals::text() const {
     return statisticsFile(sessionCount, sessionDuration, totalCount, totalDuration);
 }

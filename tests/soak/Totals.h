@@ -16,6 +16,8 @@ public:
     // Takes over the updates since the last call; the driver of the counter told `counted` to each of them, 0 if it
     // could not. Returns what is wrong with their times, or "".
     std::string after(const Updates& updates, std::uint32_t counted, std::uint32_t bootTicks);
+    // When the next update is due, in panel ms.
+    std::uint64_t due() const;
     // The content of `EMMC.xml`.
     std::string text() const;
 
