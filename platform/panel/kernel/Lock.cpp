@@ -3,6 +3,7 @@
 #include "platform/panel/kernel/Host.h"
 #include "platform/panel/kernel/Patience.h"
 #include "platform/panel/kernel/Scheduler.h"
+#include "platform/panel/kernel/Wait.h"
 
 #include <climits>
 
@@ -37,8 +38,14 @@ std::uint32_t Lock::nameOf(std::int32_t threadId) {
 
 void Lock::acquire() {
     const std::uint32_t limit = patience::limit.milliseconds;
-    if (tryFor(limit ? limit : host::noLimit))
+    if (tryFor(limit ? limit : host::noLimit)) {
+        // The process may have ended since the call began: its records are free, and may be in use again.
+        if (processEnded && !endsProcess) {
+            release();
+            standStill();
+        }
         return;
+    }
     const std::int32_t owner = threadOf(word.load(std::memory_order_relaxed));
     patience::limit.giveUp("process " + std::to_string(owner) + " holds the panel's kernel and " +
                            (host::isStopped(owner) ? "is stopped (kill -CONT " + std::to_string(owner) +
