@@ -23,7 +23,7 @@ constexpr std::uint32_t endLimit = 100000; // ms; the helper waits for up to fou
 constexpr std::uint64_t halfADay = 43200000; // ms
 constexpr std::size_t memoryOfRest = 8; // KB
 constexpr std::size_t logLimit = 102400 + 400; // bytes, and one line more of each thread
-constexpr std::uint32_t handlesOfWork = 16; // of modules that exist, and of work with a disk
+constexpr std::uint32_t handlesOfWork = 11; // of modules that exist, and of work with a disk
 constexpr std::uint32_t crashed = 0xC0000005;
 
 bool isHelper(const std::string& process) {
@@ -161,11 +161,13 @@ void Life::boot(PowerLoss loss, std::uint32_t sectors, const std::optional<panel
 
 void Life::startListed() {
     ++boots;
+    base = {};
     ended.clear();
     passing.clear();
     killed.clear();
     hits = 0;
     traced = 0;
+    programs = reloads = 0;
     disturbed = hindered = blocked = told = busy = false;
     panel.driver().setTracing(true);
     for (const panel::InitStart& each : panel.driver().startInit())
@@ -400,7 +402,8 @@ void Life::checkEnds() {
     }
 }
 
-// No call may use a handle that was closed. What a failed call has given, null or -1, may be used.
+// No call may use a handle that was closed. What a failed call has given, null or -1, may be used, and partitions may
+// be sought on a disk that has gone.
 void Life::checkTrace() {
     std::ifstream trace(panel.panel().directory() / "run/trace");
     trace.seekg(traced);
@@ -408,7 +411,8 @@ void Life::checkTrace() {
     for (std::string line; std::getline(trace, line); traced = trace.tellg()) {
         const std::string result = line.substr(std::min(line.rfind(") = "), line.size()));
         if ((has(result, " error 6") || result == ") = 6") && !has(result, "fault") && has(line, "TarvexHelper.exe") &&
-            !has(line, "null") && !has(line, "(-1"))
+            !has(line, "null") && !has(line, "(-1") && !has(line, "FindFirstPartition") &&
+            !has(line, "FindNextPartition"))
             find("a closed handle: " + line);
     }
 }
@@ -417,9 +421,14 @@ void Life::checkUse() {
     for (const char* file : logFiles)
         if (!held && panel.exists(file) && panel.read(file).size() > logLimit)
             find(std::string(file) + " has outgrown its limit");
-    for (const panel::EndedStatus& program : status.ended)
-        if (program.name.starts_with("Actor.exe#"))
-            programs = std::max(programs, static_cast<std::uint32_t>(std::stoul(program.name.substr(10))));
+    const auto count = [this](const std::string& program) {
+        if (program.starts_with("Actor.exe#"))
+            programs = std::max(programs, static_cast<std::uint32_t>(std::stoul(program.substr(10))));
+    };
+    for (const panel::EndedStatus& each : status.ended)
+        count(each.name);
+    for (const panel::ProcessStatus& each : status.processes)
+        count(each.name);
     if (!helper() || disturbed || hindered || told || !panel.loopRuns())
         return;
     const Use use{helper()->name, helper()->handles, helper()->threads, programs, reloads};

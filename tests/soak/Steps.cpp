@@ -44,14 +44,15 @@ Step user(Random& random) {
 Step messages(Random& random) {
     constexpr const char* names[] = {"ORVATarvexScreenSaverMsg",
                                      "ORVATarvexScreenSaverMsg",
+                                     "ORVATarvexScreenSaverMsg",
                                      "ORVATarvexBuzzerMsg",
                                      "ORVATarvexMsg",
                                      "ORVAOtherMsg",
                                      "0x8123"};
-    constexpr std::int64_t arguments[] = {-1, 0, 0, 1, 1, 32, 255, 256, 1000, 60000, 0x7FFFFFFF, -0x80000000LL};
+    constexpr std::int64_t arguments[] = {-1, 0, 0, 1, 1, 32, 255, 256, 60000, 0x7FFFFFFF};
     const std::string name = random.of(names);
     const bool ends = name == "ORVATarvexMsg";
-    const std::uint32_t code = (ends ? 2 : 0) + random.below(8);
+    const std::uint32_t code = (ends ? 2 : 0) + random.below(7);
     const std::int64_t argument = random.of(arguments);
     const bool posted = random.once(4);
     return {(posted ? "post " : "send ") + name + numbered("", code) + numbered("", argument),
