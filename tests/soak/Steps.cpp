@@ -14,6 +14,8 @@ using panel::FaultAction;
 
 namespace {
 
+using Maker = std::pair<std::uint32_t, std::function<Step(Random&)>>; // with its weight
+
 template<class... Words>
 std::string words(const Words&... each) {
     std::ostringstream text;
@@ -21,14 +23,14 @@ std::string words(const Words&... each) {
     return text.str();
 }
 
+Maker plain(std::uint32_t weight, const char* text, void (Life::*take)()) {
+    return {weight, [=](Random&) { return Step{text, take}; }};
+}
+
 Step passes(Random& random) {
     constexpr std::uint32_t times[] = {0, 1, 99, 500, 1000, 5000, 20000, 60000, 300000, 299999, 3600000};
     const std::uint32_t time = random.once(3) ? random.below(700000) : random.of(times);
     return {words("pass", time), [=](Life& life) { life.panel.driver().advance(time); }};
-}
-
-Step rests(Random&) {
-    return {"rest for a day", [](Life& life) { life.rest(); }};
 }
 
 Step touches(Random& random) {
@@ -75,14 +77,6 @@ Step chatter(Random& random) {
 Step starts(Random& random) {
     const bool fromDisk = random.once(3);
     return {words("start", fromDisk ? "from a disk" : "in place"), [=](Life& life) { life.start(fromDisk); }};
-}
-
-Step ends(Random&) {
-    return {"end", [](Life& life) { life.end(); }};
-}
-
-Step kills(Random&) {
-    return {"kill", [](Life& life) { life.kill(); }};
 }
 
 // Of a function that the helper calls. No call that is repeated at once fails for ever: it would never come to rest.
@@ -207,27 +201,35 @@ Step counts(Random& random) {
     return {words("counter", writes), [=](Life& life) { life.panel.panel().devices().setValues("SHC1", {writes}); }};
 }
 
-Step calms(Random&) {
-    return {"calm", [](Life& life) { life.calm(); }};
-}
-
 Step storage(Random& random) {
     const std::uint32_t policy = random.below(3);
     return {words("storage", policy),
             [=](Life& life) { life.panel.panel().setStorage(static_cast<panel::StoragePolicy>(policy)); }};
 }
 
-Step bootsCleanly(Random&) {
-    return {"clean boot", [](Life& life) { life.bootCleanly(); }};
-}
-
 } // namespace
 
 Step stepOf(std::uint64_t seed, std::uint32_t number) {
-    constexpr std::pair<std::uint32_t, Step (*)(Random&)> makers[] = {
-        {14, passes}, {1, rests},  {12, touches}, {8, user},    {24, messages},     {2, chatter},     {8, starts},
-        {4, ends},    {1, kills},  {8, faults},   {6, boots},   {8, plugs},         {6, unplugs},     {10, settings},
-        {8, devices}, {5, counts}, {7, calms},    {1, storage}, {1, configuration}, {2, bootsCleanly}};
+    const Maker makers[] = {{14, passes},
+                            {12, touches},
+                            {8, user},
+                            {24, messages},
+                            {2, chatter},
+                            {8, starts},
+                            {8, faults},
+                            {6, boots},
+                            {8, plugs},
+                            {6, unplugs},
+                            {10, settings},
+                            {8, devices},
+                            {5, counts},
+                            {1, storage},
+                            {1, configuration},
+                            plain(1, "rest for a day", &Life::rest),
+                            plain(4, "end", &Life::end),
+                            plain(1, "kill", &Life::kill),
+                            plain(7, "calm", &Life::calm),
+                            plain(2, "clean boot", &Life::bootCleanly)};
     Random random(seed * 1000003 + number);
     for (;;)
         if (const auto& [weight, make] = random.of(makers); random.below(24) < weight)
