@@ -54,6 +54,7 @@ Outcome outcome(std::uint64_t seed, const Numbers& numbers, const fs::path& fold
     fs::remove_all(folder);
     fs::create_directories(folder);
     const fs::path said = folder / "steps.txt";
+    std::fflush(stdout); // or the process writes it once more
     const pid_t process = fork();
     if (process == 0) {
         prctl(PR_SET_PDEATHSIG, SIGKILL);
