@@ -3,6 +3,7 @@
 #include "platform/panel/kernel/Host.h"
 #include "platform/panel/kernel/Patience.h"
 #include "platform/panel/kernel/Scheduler.h"
+#include "platform/panel/kernel/Wait.h"
 
 #include <climits>
 
@@ -29,6 +30,8 @@ bool isGone(std::uint32_t owner) {
 
 } // namespace
 
+bool Lock::endsWithPower = false;
+
 std::uint32_t Lock::nameOf(std::int32_t threadId) {
     const std::uint64_t start = host::startTime(threadId);
     const auto noted = start == host::unknown ? startMask : static_cast<std::uint32_t>(start % startMask);
@@ -37,8 +40,12 @@ std::uint32_t Lock::nameOf(std::int32_t threadId) {
 
 void Lock::acquire() {
     const std::uint32_t limit = patience::limit.milliseconds;
-    if (tryFor(limit ? limit : host::noLimit))
-        return;
+    if (tryFor(limit ? limit : host::noLimit)) {
+        if (!endsWithPower || image.on)
+            return;
+        release();
+        standStill(); // the power has gone, and this process is about to be killed
+    }
     const std::int32_t owner = threadOf(word.load(std::memory_order_relaxed));
     patience::limit.giveUp("process " + std::to_string(owner) + " holds the panel's kernel and " +
                            (host::isStopped(owner) ? "is stopped (kill -CONT " + std::to_string(owner) +
