@@ -9,6 +9,9 @@
 // With names in the place of handles among its arguments: "\\file"#2 is what the second opening of the file has given.
 struct Call : TracedCall {
     std::uint32_t occurrence = 1; // among the process's calls with the same arguments
+    bool commits = false; // closes a file that was opened for writing
+    std::size_t logged = 0; // the bytes of the log before the call
+    std::size_t committed = 0; // those of them that were written through handles that are closed
 };
 
 // When a test fails: what a row of KnownLosses.cpp needs. The other: as tests are named.
@@ -23,12 +26,16 @@ enum Where : unsigned {
     alive = 8, // in place, through a whole life
 };
 
+// Storage policies: it may be both.
+enum Under : unsigned { kept = 1, unlessKept = 2 };
+
 struct KnownLoss {
     unsigned where;
     std::string_view function;
     std::string_view arguments; // what the call's arguments begin with
     std::string_view loss; // of the end state: - missing, + left over, ~ other; flashWritable until the next boot
     std::uint32_t occurrence = 0; // which of the calls with these arguments; 0: each
+    unsigned under = kept | unlessKept; // power cuts: which storage policies
 };
 
 // In KnownLosses.cpp: of one failing call, of a function that fails from then on, of a power cut.
@@ -42,6 +49,7 @@ inline constexpr const char* flashWritable = "the flash is writable";
 struct Recording {
     std::vector<Call> calls;
     Tree endState;
+    std::string log;
 };
 
 Recording recorded(Story story, bool (*isWanted)(const Call& call));
@@ -52,9 +60,11 @@ bool canFail(const Call& call);
 // PANEL_SWEEP_OF_BUILD does), otherwise a sample.
 std::vector<Call> dealt(const std::vector<Call>& calls, const char* sweep, std::size_t shard, std::size_t shards);
 
-std::string knownLoss(std::span<const KnownLoss> losses, Story story, const Call& call); // empty: none
+// Empty: none.
+std::string knownLoss(std::span<const KnownLoss> losses, Story story, const Call& call, Under under = kept);
 // A row that no call meets any more says something that is no longer true.
-void expectEachLossToBeOfACall(std::span<const KnownLoss> losses, Story story, const std::vector<Call>& calls);
+void expectEachLossToBeOfACall(std::span<const KnownLoss> losses, Story story, const std::vector<Call>& calls,
+                               Under under = kept);
 
 // "-missing ~other +left over": names, by which two states differ.
 std::string differences(const Tree& expected, const Tree& found);

@@ -14,7 +14,7 @@ using Tree = std::map<std::string, std::string>;
 enum class Story {
     fromDisk, // started from a disk, installed, ended
     inPlace, // started in place with much to clean up, ended
-    life, // started in place; an idle cycle, touches, a disk, settings reloaded, five minutes, the end
+    life, // started in place; an idle cycle, touches, a disk, settings reloaded, five minutes, the end; two log files
 };
 
 // Of an end state: without what became of the parts of a life.
@@ -33,6 +33,9 @@ public:
 
     // Tells it until the power is cut; false: it never was.
     bool liveUntilCut();
+    // All on which the next boot depends: files and folders with their attribute, the registry as flash has it, the
+    // eMMC's count. Not the logs: nobody reads them.
+    Tree left();
 
     // After a reboot, or at once, the helper is started without faults and ended, and the power cut.
     // Files, registry as flash has it, and in parentheses what became of each part of a life that `live` has told.
