@@ -32,7 +32,7 @@ void addRegistryCommands(CLI::App& app, Tool& tool);
 // attributes
 void addFileCommands(CLI::App& app, Tool& tool);
 void addLogCommand(CLI::App& app, Tool& tool);
-// trace show, on, off, clear
+// trace show, export, on, off, clear
 void addTraceCommands(CLI::App& app, Tool& tool);
 // fault add, list, release, clear, functions
 void addFaultCommands(CLI::App& app, Tool& tool);

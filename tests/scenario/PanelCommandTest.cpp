@@ -1,75 +1,9 @@
 // The panel command, as a person or a script uses it.
-#include "tests/support/ScenarioPanel.h"
-
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
+#include "tests/support/PanelCommand.h"
 
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-namespace fs = std::filesystem;
-using Json = nlohmann::json;
-
-namespace {
-
-struct Answer {
-    int code;
-    std::string text; // both streams
-};
-
-class PanelCommand : public testing::Test {
-protected:
-    ~PanelCommand() override {
-        call("off");
-    }
-
-    Answer call(const std::string& words) {
-        const std::string command = "cd '" + directory.string() + "' && " + before + " '" +
-                                    programFile("panel").string() + "' -C p " + words + " 2>&1 </dev/null";
-        std::FILE* pipe = popen(command.c_str(), "r");
-        Answer answer{-1, {}};
-        for (int character; (character = std::fgetc(pipe)) != EOF;)
-            answer.text += static_cast<char>(character);
-        const int status = pclose(pipe);
-        answer.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-        return answer;
-    }
-    // With one line that says so.
-    void fails(const std::string& words, const std::string& part, int code = 1) {
-        const Answer answer = call(words);
-        EXPECT_EQ(answer.code, code) << words;
-        EXPECT_NE(answer.text.find(part), std::string::npos) << words << ": " << answer.text;
-        EXPECT_EQ(std::count(answer.text.begin(), answer.text.end(), '\n'), 1) << words << ": " << answer.text;
-    }
-    void isMisused(const std::string& words, const std::string& part) {
-        fails(words, part, 2);
-    }
-    void succeed(const std::string& words) {
-        const Answer answer = call(words);
-        EXPECT_EQ(answer.code, 0) << words << ": " << answer.text;
-    }
-    Json json(const std::string& words) {
-        const Answer answer = call(words + " --json");
-        EXPECT_EQ(answer.code, 0) << words << ": " << answer.text;
-        return Json::parse(answer.text, nullptr, false);
-    }
-    void install() {
-        const fs::path place = directory / "p/fs/MMCMemory/Tarvex";
-        fs::create_directories(place);
-        fs::copy_file(helperFile(), place / "TarvexHelper.exe");
-        fs::copy_file(programFile("Actor"), directory / "p/fs/MMCMemory/Actor.exe");
-    }
-
-    const FreshFolder folder;
-    const fs::path& directory = folder.path;
-    std::string before; // what the shell does before the command
-};
-
-} // namespace
 
 TEST_F(PanelCommand, RunsTheHelperFromCreationToItsEnd) {
     succeed("create p --screen 640x480 --date 2024-03-07T06:05:09");
@@ -228,30 +162,6 @@ TEST_F(PanelCommand, ChoosesWhatACutLeavesOfFiles) {
     const std::string log = call("log").text;
     succeed("cut --sectors 1");
     EXPECT_EQ(call("log").text, log.substr(0, 512));
-}
-
-TEST_F(PanelCommand, ReadsAndChangesTheRegistry) {
-    succeed("create p --version 3.7 --name Press");
-    install();
-    EXPECT_EQ(call("registry read HKLM\\\\ORVA Version").text, "3.7\n"); // works switched off, too
-    EXPECT_EQ(call("registry read hkey_local_machine\\\\ident NAME").text, "Press\n");
-    succeed("registry write 'HKLM\\init' Launch62 '\\MMCMemory\\Actor.exe'");
-    succeed("registry write 'HKLM\\init' Launch9 '\\MMCMemory\\none.exe'");
-    const Answer boot = call("boot --stepped");
-    EXPECT_EQ(boot.code, 0);
-    EXPECT_NE(boot.text.find("Launch9 of the registry: cannot start \\MMCMemory\\none.exe"), std::string::npos);
-    EXPECT_NE(boot.text.find("Started Actor.exe#1, listed as Launch62"), std::string::npos) << boot.text;
-    succeed("registry write 'HKCU\\a\\b' '' '32 00' --type REG_BINARY");
-    succeed("registry write 'HKCU\\a' n 0x10 --type REG_DWORD --flush");
-    EXPECT_EQ(call("registry read 'HKCU\\a' n").text, "10 00 00 00\n");
-    const Json list = json("registry list 'HKCU\\a'");
-    EXPECT_EQ(list.at(1).at("key"), "HKEY_CURRENT_USER\\a\\b");
-    EXPECT_EQ(call("registry list --flash").text.find("a\\b"), std::string::npos);
-    succeed("cut");
-    EXPECT_EQ(json("registry list 'HKCU\\a'").size(), 1U); // what was flushed
-    succeed("registry delete 'HKCU\\a' N");
-    succeed("registry delete 'HKCU\\a\\'");
-    EXPECT_EQ(json("registry list HKCU").size(), 1U);
 }
 
 TEST_F(PanelCommand, ShowsDevicesAndTellsThemWhatToDo) {
