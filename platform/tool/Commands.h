@@ -27,7 +27,7 @@ void addProcessCommands(CLI::App& app, Tool& tool);
 void addWaitCommand(CLI::App& app, Tool& tool);
 void addSendCommand(CLI::App& app, Tool& tool);
 void addStatusCommand(CLI::App& app, Tool& tool);
-// registry list, read, write, delete
+// registry list, read, write, delete, export, import
 void addRegistryCommands(CLI::App& app, Tool& tool);
 // attributes
 void addFileCommands(CLI::App& app, Tool& tool);

@@ -27,6 +27,89 @@ TEST_F(PanelCommand, ReadsAndChangesTheRegistry) {
     EXPECT_EQ(json("registry list HKCU").size(), 1U);
 }
 
+TEST_F(PanelCommand, MovesTheRegistryAsAFile) {
+    std::string bytes = "00";
+    for (int count = 0; count < 60; ++count)
+        bytes += " fe";
+    const std::string content = R"({"HKEY_CLASSES_ROOT": {}, "HKEY_CURRENT_USER": {}, "HKEY_CURRENT_USER\\z]y [x;": {
+        "": {"type": "REG_SZ", "text": "default \"quoted\" \\ and ; no comment"}, "@": {"type": "REG_SZ", "text": ""},
+        "q\"b\\": {"type": "REG_EXPAND_SZ", "text": "%x%"}, "Ä€": {"type": "REG_SZ", "text": "ü€"},
+        "Lines": {"type": "REG_SZ", "text": "a\r\nb"}, "Open": {"type": "REG_SZ", "bytes": "61 00"},
+        "List": {"type": "REG_MULTI_SZ", "texts": ["a", "ß"]}, "Dword": {"type": "REG_DWORD", "number": 4294967295},
+        "Short": {"type": "REG_DWORD", "bytes": "01"}, "Big": {"type": "REG_DWORD_BIG_ENDIAN", "bytes": "00 00 00 01"},
+        "None": {"type": "REG_NONE", "bytes": ""}, "Link": {"type": "REG_LINK", "bytes": "01"},
+        "Strange": {"type": "REG_4660", "bytes": ")" +
+                                bytes + R"("},
+        "Bytes": {"type": "REG_BINARY", "bytes": ")" +
+                                bytes + R"("}}, "HKEY_CURRENT_USER\\z]y [x;\\b": {},
+        "HKEY_CURRENT_USER\\a": {}, "HKEY_LOCAL_MACHINE": {}, "HKEY_USERS": {"Odd": {"type": "REG_MULTI_SZ", "bytes": "61"}}})";
+    auto registry = nlohmann::ordered_json::parse(content);
+    succeed("create p");
+    for (const std::string option : {"", " --ansi"}) {
+        writeText(directory / "p/registry/flash.json", registry.dump());
+        succeed("registry export r.reg" + option);
+        EXPECT_EQ(readText(directory / "r.reg").substr(0, 2), option.empty() ? "\xFF\xFE" : "RE");
+        fs::remove_all(directory / "other");
+        before = "mkdir other; cd other;";
+        succeed("create p");
+        writeText(directory / "other/p/registry/flash.json", "{}");
+        before = "cd other;";
+        succeed("registry import ../r.reg");
+        EXPECT_EQ(nlohmann::ordered_json::parse(readText(directory / "other/p/registry/flash.json")), registry);
+        before.clear();
+        if (option.empty())
+            fails("registry export --ansi r.reg", "cannot express the value \"Odd\""); // half a character
+        registry["HKEY_USERS"].clear();
+    }
+    succeed("registry write HKU Greek Ω");
+    fails("registry export --ansi r.reg", "lacks a character of this line: \"Greek\"");
+}
+
+TEST_F(PanelCommand, MergesRegistryFiles) {
+    succeed("create p");
+    succeed("registry write 'HKCU\\a\\b' v x");
+    succeed("boot --stepped --without-init");
+    const std::string file =
+        "\r\n; a comment\r\n[HKEY_CURRENT_USER\\A] ; another\r\n\"n\" = dword:1F\r\n\"gone\"=\"x\"\n"
+        "@=hex(2):25,78,\\\n  25,\\ ; continued\n\t00\n\"gone\"=-\n[-hkcu\\a\\B]\n[-HKCU\\none]\n\n";
+    writeText(directory / "r.reg", "REGEDIT4" + file);
+    succeed("registry import r.reg");
+    EXPECT_EQ(json("registry list 'HKCU\\a'").dump(),
+              R"([{"key":"HKEY_CURRENT_USER\\a","values":[{"bytes":"1f 00 00 00","name":"n","type":"REG_DWORD"},)"
+              R"({"bytes":"25 00 78 00 25 00 00 00","name":"","text":"%x%","type":"REG_EXPAND_SZ"}]}])");
+    writeText(directory / "r.reg", "Windows Registry Editor Version 5.00" + file);
+    succeed("registry import r.reg"); // bytes of this version are not ANSI
+    EXPECT_EQ(json("registry read 'HKCU\\a' ''").at("bytes"), "25 78 25 00");
+    const Json merged = json("registry list");
+    const struct {
+        std::string text, reason;
+    } rows[] = {
+        {"", "line 1: a registry file begins with"},
+        {"REGEDIT5\n[HKCU\\b]\n", "line 1: "},
+        {std::string("\xFF\xFER\0E\0", 6), "line 1: "},
+        {std::string("\xFF\xFE\0\xD8\n\0", 6), "line 1: not text"},
+        {"REGEDIT4\n[HKCU\\b]\n[-HKCU]\n", "line 3: HKEY_CURRENT_USER is a root"},
+        {"REGEDIT4\n[HKXX\\b]\n", "line 2: no such root"},
+        {"REGEDIT4\n[HKCU\\b]\n[HKCU\\b", "line 3: the key has no closing bracket"},
+        {"REGEDIT4\n\"a\"=\"b\"\n", "line 2: a value without a key"},
+        {"REGEDIT4\n[HKCU\\b]\n\"a\"=\"\\b\"\n", "line 3: in quotation marks"},
+        {"REGEDIT4\n[HKCU\\b]\n\"a\"=\"b\\", "line 3: the text has no closing"},
+        {"REGEDIT4\n[HKCU\\b]\n\"a\"=\"b\" c\n", "line 3: not understood: c"},
+        {"REGEDIT4\n[HKCU\\b]\n\"a\"=dword:123456789\n", "line 3: not understood"},
+        {"REGEDIT4\n[HKCU\\b]\n\"a\"=hex:1g\n", "line 3: a comma is missing"},
+        {"REGEDIT4\n[HKCU\\b]\n\"a\"=hex:00,\\\n", "line 4: the file ends"},
+        {"REGEDIT4\n[HKCU\\b]\n\"a\"=hex(7:00\n", "line 3: the type has no closing"},
+        {"REGEDIT4\n[HKCU\\b]\n\"" + std::string(256, 'a') + "\"=-\n", "255 characters"},
+    };
+    for (const auto& row : rows) {
+        writeText(directory / "bad.reg", row.text);
+        fails("registry import bad.reg", row.reason);
+    }
+    EXPECT_EQ(json("registry list"), merged);
+    succeed("cut");
+    EXPECT_EQ(json("registry list HKCU").size(), 3U); // nothing was flushed
+}
+
 TEST_F(PanelCommand, EndsTheTraceAtItsLimit) {
     succeed("create p");
     install();
