@@ -36,6 +36,9 @@ void addLogCommand(CLI::App& app, Tool& tool);
 void addTraceCommands(CLI::App& app, Tool& tool);
 // fault add, list, release, clear, functions
 void addFaultCommands(CLI::App& app, Tool& tool);
+void addReportCommand(CLI::App& app, Tool& tool);
+// completion
+void addCompletionCommand(CLI::App& app);
 // view, which runs the program panel-view
 void addViewCommand(CLI::App& app, Tool& tool);
 

@@ -135,3 +135,64 @@ TEST_F(PanelCommand, EndsTheTraceAtItsLimit) {
     EXPECT_EQ(Json::parse(readText(directory / "t.json")).at("traceEvents").back().at("ph"), "X");
     EXPECT_NE(call("trace export none/t.json").text.find("cannot write none/t.json"), std::string::npos);
 }
+
+TEST_F(PanelCommand, MakesAPanelOfAReport) {
+    succeed("create p --screen 640x480 --date 2024-03-07T06:05:09");
+    install();
+    writeText(directory / "disk/file", "x");
+    fs::create_symlink("/etc", directory / "disk/link");
+    succeed("plug disk --in-place --as Stick");
+    succeed("boot --stepped --trace");
+    succeed("start '\\MMCMemory\\Tarvex\\TarvexHelper.exe'");
+    succeed("wait --window ORVATarvexHelper");
+    const std::string log = call("log").text;
+    const std::string trace = readText(directory / "p/run/trace");
+    succeed("report r.tar.gz");
+    succeed("off");
+    fails("create p --from r.tar.gz", "not empty");
+    isMisused("create q --from r.tar.gz --model 7", "--model");
+    EXPECT_EQ(json("create q --from r.tar.gz").at("directory"), (directory / "q").string());
+    EXPECT_EQ(readText(directory / "q/run/trace"), trace);
+    EXPECT_EQ(readText(directory / "q/report/log.txt"), log);
+    EXPECT_EQ(Json::parse(readText(directory / "q/report/status.json")).at("on"), true);
+    EXPECT_NE(readText(directory / "q/report/programs.txt").find("TarvexHelper.exe#1"), std::string::npos);
+    for (const char* file : {"fs/MMCMemory/Tarvex/TarvexHelper.exe", "fs/MMCMemory/Tarvex/config.xml"})
+        EXPECT_EQ(fs::last_write_time(directory / "q" / file), fs::last_write_time(directory / "p" / file)) << file;
+    fs::rename(directory / "p", directory / "old");
+    fs::rename(directory / "q", directory / "p");
+    EXPECT_EQ(json("status").at("volumes").at(2), Json({{"name", "Stick"}, {"device", "DSK1:"}, {"inPlace", false}}));
+    EXPECT_FALSE(fs::is_symlink(directory / "p/fs/Stick"));
+    succeed("boot --stepped");
+    succeed("wait --window ORVATarvexHelper");
+    writeText(directory / "p/run/kernel", "damaged");
+    EXPECT_EQ(call("report r.tar.gz").code, 0);
+    succeed("create q --from r.tar.gz");
+    fs::remove_all(directory / "q");
+
+    writeText(directory / "made/q/devices/panel.json", "{}");
+    const struct {
+        std::string command, reason; // how a bad archive "b" is made
+    } rows[] = {
+        {"echo text >b", "gzip"},
+        {"head -c 5000 r.tar.gz >b", "gzip"},
+        {"tar -czf b -T /dev/null", "it is empty"},
+        {"tar -czPf b /etc/hostname", "\"/etc/hostname\" does not lie"},
+        {"tar -czPf b --transform 's,^,q/../,' disk/file", "\"q/../disk/file\" does not lie"},
+        {"tar -czf b disk made", "does not lie in its only folder"},
+        {"tar -czf b disk", "\"disk/link\" is neither"},
+        {"tar -czf b -C made q", "screen"},
+        {"tar -czf b made", "not a panel"},
+        {"tar -xzf r.tar.gz; rm panel/registry/now.json; tar -czf b panel",
+         "the registry cannot be read: registry/now"},
+        {"rm -r panel/fs/Windows; tar -xzf r.tar.gz panel/registry; tar -czf b panel", "no folder fs/Windows"},
+        {"rm b; mkfifo b", "no such file"},
+    };
+    for (const auto& row : rows) {
+        before = row.command + ";";
+        fails("create q --from b", row.reason);
+        EXPECT_FALSE(fs::exists(directory / "q")) << row.command;
+    }
+    before.clear();
+    EXPECT_EQ(call("off").code, 1); // the kernel file is damaged
+    fails("report none/r.tar.gz", "cannot write none/r.tar.gz");
+}
