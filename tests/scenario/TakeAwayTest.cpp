@@ -196,3 +196,30 @@ TEST_F(PanelCommand, MakesAPanelOfAReport) {
     EXPECT_EQ(call("off").code, 1); // the kernel file is damaged
     fails("report none/r.tar.gz", "cannot write none/r.tar.gz");
 }
+
+TEST_F(PanelCommand, CompletesWordsForBash) {
+    const struct {
+        std::string line, words;
+    } rows[] = {
+        {"panel tr", "trace\n"},
+        {"panel -C 'my panel' trace o", "on\noff\n"},
+        {"panel -C trace o", "off\n"}, // "trace" is the directory
+        {"panel device B", "BKL1\nBZR1\n"},
+        {"panel device BKL1 r", "refuse\nremove\n"},
+        {"panel device --error 3 \"BKL1\" bl", "block\n"},
+        {"panel log --level ", "INFO\nERROR\n"},
+        {"panel log --sin", "--since\n"},
+        {"panel fault add CreateM", "CreateMsgQueue\nCreateMutexW\n"},
+        {"panel trace show --failed --function ReleaseM", "ReleaseMutex\n"},
+        {"panel create --storage t", "torn\n"},
+        {"panel start \\\\MMC", ""}, // nothing: bash then offers files
+    };
+    for (const auto& [line, words] : rows) {
+        setenv("COMP_LINE", (line + " rest").c_str(), 1);
+        setenv("COMP_POINT", std::to_string(line.size()).c_str(), 1);
+        EXPECT_EQ(call("completion panel word previous").text, words) << line;
+    }
+    unsetenv("COMP_LINE");
+    before = "bash -c 'eval \"$(\"$0\" completion)\"; complete -p panel' '" + programFile("panel").string() + "';";
+    EXPECT_EQ(call("--version").text.find("complete -o default -C "), 0U);
+}
