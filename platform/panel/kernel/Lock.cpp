@@ -44,8 +44,8 @@ std::uint32_t Lock::nameOf(std::int32_t threadId) {
 void Lock::acquire() {
     const std::uint32_t limit = patience::limit.milliseconds;
     if (tryFor(limit ? limit : host::noLimit)) {
-        // Since the call began the power may have gone: the process is about to be killed. Or the process may have ended:
-        // its records are free, and may be in use again.
+        // Since the call began the power may have gone: the process is about to be killed. Or the process may have
+        // ended: its records are free, and may be in use again.
         if (!(endsWithPower && !image.on) && !(processEnded && !endsProcess))
             return;
         release();
