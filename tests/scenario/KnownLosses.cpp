@@ -167,9 +167,8 @@ const KnownLoss ofCuts[] = {
     {installer, "WriteFile", R"("\MMCMemory\Tarvex\helper_log0.txt", 58)", ON_DISK}, // "Restart from right path needed"
     {installer, "CreateFileW", SETTINGS_FILE, ON_DISK},
     {installer, written, SETTINGS_FILE, SETTINGS " " ON_DISK},
-    // A document that is opened for replacing is empty until its data are committed: with "kept" by the write,
-    // otherwise
-    // by closing it. With "torn" it may already be whole.
+    // A document is empty from its opening until its data are committed: with "kept" by the write, otherwise by
+    // closing it. With "torn" it may be whole before.
     {installed | inPlace | alive, written, SETTINGS_FILE, SETTINGS},
     {installed | inPlace, written, BUZZER_FILE, FREQUENCY},
     {inPlace | alive, written, STATISTICS_FILE, TOTALS},

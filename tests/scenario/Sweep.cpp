@@ -90,17 +90,8 @@ bool isMeant(const KnownLoss& loss, const Call& call) {
 } // namespace
 
 void PrintTo(Story story, std::ostream* stream) {
-    switch (story) {
-    case Story::fromDisk:
-        *stream << "fromDisk";
-        break;
-    case Story::inPlace:
-        *stream << "inPlace";
-        break;
-    case Story::life:
-        *stream << "life";
-        break;
-    }
+    constexpr const char* names[] = {"fromDisk", "inPlace", "life"};
+    *stream << names[static_cast<std::size_t>(story)];
 }
 
 void PrintTo(const Call& call, std::ostream* stream) {
