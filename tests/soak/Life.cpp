@@ -237,9 +237,9 @@ const panel::ProcessStatus* Life::helper() const {
 
 Behaviour::Kind Life::kindOf(const char* device) {
     const panel::DeviceState state = panel.panel().devices().state(device);
-    if (!state.present)
-        return Behaviour::Kind::refuse;
-    return state.behaviours.empty() ? Behaviour::Kind::answer : state.behaviours.begin()->second.kind;
+    if (!state.behaviours.empty()) // also of requests that began before the device went
+        return state.behaviours.begin()->second.kind;
+    return state.present ? Behaviour::Kind::answer : Behaviour::Kind::refuse;
 }
 
 void Life::look() {
