@@ -242,6 +242,10 @@ Behaviour::Kind Life::kindOf(const char* device) {
     return state.present ? Behaviour::Kind::answer : Behaviour::Kind::refuse;
 }
 
+bool Life::isHindering() {
+    return kindOf("BKL1") == Behaviour::Kind::refuse || !panel.panel().devices().has("BKL1");
+}
+
 void Life::look() {
     status = panel.driver().status();
     std::uint32_t sum = 0;
@@ -259,7 +263,7 @@ void Life::look() {
         holds |= kindOf(device) == Behaviour::Kind::block;
     blocked = holds && helper() && !helper()->calls.empty() && helper()->calls[0].thread == 1 &&
               (inLoop || !helper()->calls[0].call.starts_with("GetMessageW["));
-    hindered |= holds || kindOf("BKL1") == Behaviour::Kind::refuse;
+    hindered |= holds || isHindering();
     tampered |= disturbed;
     known &= !disturbed && kindOf("SHC1") != Behaviour::Kind::block && kindOf("SHC1") != Behaviour::Kind::delay;
 }
@@ -299,7 +303,7 @@ void Life::checkAnswer() {
     if (!isOn() || blocked || !panel.loopRuns())
         return;
     require(answer && (answer == 1 || disturbed), "the helper does not answer");
-    hindered = kindOf("BKL1") == Behaviour::Kind::refuse;
+    hindered = isHindering();
 }
 
 void Life::checkEnds() {

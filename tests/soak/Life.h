@@ -46,7 +46,8 @@ private:
     void look(); // takes the status, and what follows from it for the model
     bool isOn();
     const panel::ProcessStatus* helper() const; // the oldest that runs; null: there is none
-    panel::Behaviour::Kind kindOf(const char* device); // a device that is gone refuses
+    panel::Behaviour::Kind kindOf(const char* device); // a device that is gone refuses, unless it blocks or delays
+    bool isHindering(); // the backlight
     std::map<std::string, std::string> state() const;
     void check();
     void checkAnswer();
