@@ -68,6 +68,7 @@ private:
     std::set<std::string> ended;
     std::set<std::string> passing; // helpers that are to end by themselves
     std::set<std::string> killed;
+    bool mayStayDim = false; // a helper could not restore the screen
     std::uint32_t hits = 0; // of faults
     std::streamoff traced = 0; // bytes of the trace that were looked at
     std::uint32_t reloads = 0; // each may leave a touch thread
