@@ -128,8 +128,11 @@ void Life::end() {
 }
 
 void Life::kill() {
-    if (helper() && panel.driver().kill(helper()->name))
-        mayStayDim = killed.insert(helper()->name).second;
+    if (!helper())
+        return;
+    killed.insert(helper()->name);
+    mayStayDim = true;
+    panel.driver().kill(helper()->name);
 }
 
 void Life::boot(bool cut, std::uint32_t sectors) {
