@@ -191,6 +191,7 @@ void Life::calm() {
 
 void Life::bootCleanly() {
     calm();
+    panel.driver().settle(); // a helper whose held call goes on would still write its files
     for (const panel::Disk& disk : panel.panel().disks().list())
         panel.panel().disks().unplug(disk.device);
     panel.write(saverSettingsPath, saverSettings(true, 60000, 0));
