@@ -116,19 +116,24 @@ std::string readFile(const std::string& path) {
     return content;
 }
 
-void appendToFile(const std::string& path, std::string_view text) {
+bool appendToFile(const std::string& path, std::string_view text) {
     const int file = open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0644);
     if (file < 0)
-        return;
-    [[maybe_unused]] const auto written = write(file, text.data(), text.size());
+        return false;
+    const ssize_t written = write(file, text.data(), text.size());
     close(file);
+    return written == static_cast<ssize_t>(text.size());
 }
 
 void writeFile(const std::string& path, const std::string& content) {
     const std::string fresh = path + ".new";
     const int file = open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-    const ssize_t length = file < 0 ? -1 : write(file, content.data(), content.size());
-    int error = length < 0 ? errno : length < static_cast<ssize_t>(content.size()) ? ENOSPC : 0;
+    int error = file < 0 ? errno : 0;
+    for (std::size_t at = 0; !error && at < content.size();) { // one write takes at most 2 GiB
+        const ssize_t length = write(file, content.data() + at, content.size() - at);
+        error = length > 0 ? 0 : length < 0 ? errno : ENOSPC;
+        at += length > 0 ? static_cast<std::size_t>(length) : 0;
+    }
     if (file >= 0)
         close(file);
     if (error || rename(fresh.c_str(), path.c_str()) != 0) {
