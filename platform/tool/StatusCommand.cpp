@@ -134,6 +134,7 @@ std::string describe(const std::vector<panel::Request>& beeps) {
 
 void print(const panel::Panel& panel, bool json) {
     const panel::PanelOptions options = panel.options();
+    const char* storage = panel::storageNames[static_cast<std::size_t>(options.storage)];
     const bool on = panel.isOn();
     panel::PanelStatus status{};
     std::size_t faults = 0;
@@ -147,7 +148,8 @@ void print(const panel::Panel& panel, bool json) {
         Json answer{{"directory", panel.directory().string()},
                     {"on", on},
                     {"screen", {{"width", options.screenWidth}, {"height", options.screenHeight}}},
-                    {"date", formatDate(options.date)}};
+                    {"date", formatDate(options.date)},
+                    {"storage", storage}};
         for (const auto& volume : panel.disks().volumes())
             answer["volumes"].push_back(
                 {{"name", volume.name}, {"device", volume.device}, {"inPlace", volume.inPlace}});
@@ -171,6 +173,7 @@ void print(const panel::Panel& panel, bool json) {
         facts.add({"volume", describe(volume)});
     for (const auto& disk : panel.disks().list())
         facts.add({"disk", describe(disk)});
+    facts.add({"storage policy", storage});
     facts.add({"buzzer", describe(beeps)});
     if (on)
         addRunning(facts, status, faults);
