@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <stdexcept>
+#include <string_view>
 #include <sys/eventfd.h>
 #include <sys/inotify.h>
 #include <sys/stat.h>
@@ -28,6 +29,14 @@ std::string kernelFile(const std::string& directory) {
 }
 
 } // namespace
+
+void Watcher::endWhenTruncated() {
+    std::signal(SIGBUS, [](int) {
+        constexpr std::string_view text = "panel: the panel is gone: somebody has cut run/kernel short\n";
+        [[maybe_unused]] const auto written = write(STDERR_FILENO, text.data(), text.size());
+        _exit(exitCode);
+    });
+}
 
 KernelAlarm::KernelAlarm(const char* root, std::uint64_t device, std::uint64_t inode)
     : fileDevice(device), fileInode(inode), bell(inotify_init1(IN_CLOEXEC | IN_NONBLOCK)) {

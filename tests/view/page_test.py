@@ -177,6 +177,12 @@ def drive(page, disk):
     page.wait_for("#programs", "Tarvex.exe#1ended, exit code 0")
     assert "-from-disk" in (PANEL / "fs/MMCMemory/Tarvex/Tarvex.started").read_text()
 
+    # The commands that take long block no other one.
+    page.browser.execute_script("for (let i = 0; i < 9; ++i) run('advance', '9999d')")
+    page.do(lambda: page.click("[data-run=cut]"), "panel cut")
+    page.wait_for("#notice", "The panel went off: panel cut")
+    page.do(lambda: page.click("#boot button"), "panel boot")
+    page.advance("2s")
     page.click("#tab-timeline")
     page.find("#find").send_keys("CreateWindowExW", Keys.ENTER, Keys.ENTER)
     page.wait_for("#line", "TarvexHelper.exe#1 t1 CreateWindowExW[2](")
