@@ -154,7 +154,7 @@ const KnownLoss lasting[] = {
     {alive, "FindFirstPartition", "", "~(starts)"},
 };
 
-// What a power cut costs.
+// What a power cut costs; what the log loses stands in CutSweepTest.cpp.
 const KnownLoss ofCuts[] = {
     // Copying: once the application is there only the helper is copied, and then nothing; the disk's folder goes.
     {installer, "CopyFileW", R"("Hard Disk\Tarvex\TarvexHelper.exe")", BUZZER},
@@ -166,20 +166,14 @@ const KnownLoss ofCuts[] = {
     {installer, "MoveFileW", R"("\Hard Disk\Tarvex", )", FOLDER_ON_DISK},
     {installer, "WriteFile", R"("\MMCMemory\Tarvex\helper_log0.txt", 58)", ON_DISK}, // "Restart from right path needed"
     {installer, "CreateFileW", SETTINGS_FILE, ON_DISK},
-    {installer, "WriteFile", SETTINGS_FILE, SETTINGS " " ON_DISK},
-    // A document that is opened for replacing is empty until what is written counts: with "kept" at once, otherwise
-    // when
-    // it is closed.
-    {installer, "CloseHandle", SETTINGS_FILE, SETTINGS " " ON_DISK, 0, unlessKept},
-    {installed | inPlace | alive, "WriteFile", SETTINGS_FILE, SETTINGS},
-    {installed | inPlace | alive, "CloseHandle", SETTINGS_FILE, SETTINGS, 0, unlessKept},
-    {installed | inPlace, "WriteFile", BUZZER_FILE, FREQUENCY},
-    {installed | inPlace, "CloseHandle", BUZZER_FILE, FREQUENCY, 0, unlessKept},
-    {inPlace | alive, "WriteFile", STATISTICS_FILE, TOTALS},
-    {inPlace | alive, "CloseHandle", STATISTICS_FILE, TOTALS, 0, unlessKept},
+    {installer, written, SETTINGS_FILE, SETTINGS " " ON_DISK},
+    // A document is empty from its opening until its data are committed: with "kept" by the write, otherwise by
+    // closing it. With "torn" it may be whole before.
+    {installed | inPlace | alive, written, SETTINGS_FILE, SETTINGS},
+    {installed | inPlace, written, BUZZER_FILE, FREQUENCY},
+    {inPlace | alive, written, STATISTICS_FILE, TOTALS},
     // The writes that the eMMC has counted, and the file does not hold.
-    {installed, "WriteFile", STATISTICS_FILE "#3", WRITES},
-    {installed, "CloseHandle", STATISTICS_FILE "#3", WRITES, 0, unlessKept},
+    {installed, written, STATISTICS_FILE "#3", WRITES},
     {installed | inPlace | alive, "CreateFileW", STATISTICS_FILE, WRITES, 2},
     {alive, "CreateFileW", STATISTICS_FILE, WRITES, 3},
 };

@@ -26,16 +26,15 @@ enum Where : unsigned {
     alive = 8, // in place, through a whole life
 };
 
-// Storage policies: it may be both.
-enum Under : unsigned { kept = 1, unlessKept = 2 };
+// In place of a function: WriteFile, or the CloseHandle that commits what was written.
+inline constexpr std::string_view written = "written";
 
 struct KnownLoss {
     unsigned where;
-    std::string_view function;
+    std::string_view function; // or `written`
     std::string_view arguments; // what the call's arguments begin with
     std::string_view loss; // of the end state: - missing, + left over, ~ other; flashWritable until the next boot
     std::uint32_t occurrence = 0; // which of the calls with these arguments; 0: each
-    unsigned under = kept | unlessKept; // power cuts: which storage policies
 };
 
 // In KnownLosses.cpp: of one failing call, of a function that fails from then on, of a power cut.
@@ -61,10 +60,9 @@ bool canFail(const Call& call);
 std::vector<Call> dealt(const std::vector<Call>& calls, const char* sweep, std::size_t shard, std::size_t shards);
 
 // Empty: none.
-std::string knownLoss(std::span<const KnownLoss> losses, Story story, const Call& call, Under under = kept);
+std::string knownLoss(std::span<const KnownLoss> losses, Story story, const Call& call);
 // A row that no call meets any more says something that is no longer true.
-void expectEachLossToBeOfACall(std::span<const KnownLoss> losses, Story story, const std::vector<Call>& calls,
-                               Under under = kept);
+void expectEachLossToBeOfACall(std::span<const KnownLoss> losses, Story story, const std::vector<Call>& calls);
 
 // "-missing ~other +left over": names, by which two states differ.
 std::string differences(const Tree& expected, const Tree& found);

@@ -19,6 +19,15 @@ std::uint64_t numberIn(const std::string& document, const std::string& element) 
     return begin == std::string::npos ? 0 : std::stoull(document.substr(begin + element.size() + 2));
 }
 
+// With it the settings need two sectors.
+std::string restoreInProgress() {
+    std::string components;
+    for (const char* name : {"Runtime", "Fonts", "Recipes", "Project", "Languages", "Drivers"})
+        components += std::string("            <Component Name=\"") + name + "\"/>\n";
+    return "    <Restore InProgress=\"1\" RepositoryPath=\"\\Storage\\a.osr\" Force=\"0\">\n        <Components>\n" +
+           components + "        </Components>\n    </Restore>\n";
+}
+
 } // namespace
 
 Tree withoutDeeds(Tree state) {
@@ -47,7 +56,7 @@ SweptPanel::SweptPanel(Story storyToTell) : story(storyToTell) {
     write("\\MMCMemory\\_rm_old.exe", "left behind");
     write("\\NANDFlash\\ZentrixHMI\\ZentrixHMICE.exe", "runtime");
     write("\\NANDFlash\\ZentrixHMI\\_backup_ZentrixHMICE.exe", "backup");
-    write(settingsPath, settingsFile(3, {"\\MMCMemory"}));
+    write(settingsPath, settingsFile(3, {"\\MMCMemory"}, restoreInProgress()));
 }
 
 bool SweptPanel::live() {
@@ -161,8 +170,14 @@ std::uint64_t SweptPanel::countedWrites() {
     return requests.empty() || requests.back().error != 0 ? 0 : requests.back().words.at(0);
 }
 
-Tree SweptPanel::left() {
+Tree SweptPanel::files() const {
     Tree state = tree("\\");
+    state.erase("MMCMemory\\Tarvex\\Tarvex.started"); // how often the application was started
+    return state;
+}
+
+Tree SweptPanel::left() {
+    Tree state = files();
     for (auto& [name, content] : state)
         if ((std::filesystem::status(panel().hostPath(name)).permissions() & std::filesystem::perms::owner_write) ==
             std::filesystem::perms::none)
@@ -197,7 +212,7 @@ Tree SweptPanel::stateAfter(std::uint64_t counted, const std::function<void()>& 
     end();
     if (panel().isOn())
         panel().cut(); // what counts of the registry is what is left then
-    Tree state = tree("\\");
+    Tree state = files();
     state.merge(registry());
     state.merge(deeds);
     // How long a run takes depends on its failures; days do not. What was counted before is what the driver has told.

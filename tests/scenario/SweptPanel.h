@@ -13,7 +13,7 @@ using Tree = std::map<std::string, std::string>;
 
 enum class Story {
     fromDisk, // started from a disk, installed, ended
-    inPlace, // started in place with much to clean up, ended
+    inPlace, // started in place with much to clean up and a restore in progress, ended
     life, // started in place; an idle cycle, touches, a disk, settings reloaded, five minutes, the end; two log files
 };
 
@@ -48,6 +48,7 @@ private:
     bool idleAndWake();
     bool plugAndUnplug();
     bool reload();
+    Tree files() const;
     // What the eMMC's counter answered last since boot; 0 if it refused or was not asked.
     std::uint64_t countedWrites();
     Tree stateAfter(std::uint64_t counted, const std::function<void()>& start);

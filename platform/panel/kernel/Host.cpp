@@ -116,13 +116,14 @@ std::string readFile(const std::string& path) {
     return content;
 }
 
-bool appendToFile(const std::string& path, std::string_view text) {
+std::uint64_t appendToFile(const std::string& path, std::string_view text) {
     const int file = open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0644);
     if (file < 0)
-        return false;
-    const ssize_t written = write(file, text.data(), text.size());
+        return 0;
+    const bool written = write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size());
+    const off_t size = written ? lseek(file, 0, SEEK_CUR) : 0;
     close(file);
-    return written == static_cast<ssize_t>(text.size());
+    return size < 0 ? 0 : static_cast<std::uint64_t>(size);
 }
 
 void writeFile(const std::string& path, const std::string& content) {

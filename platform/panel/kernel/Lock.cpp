@@ -44,10 +44,12 @@ std::uint32_t Lock::nameOf(std::int32_t threadId) {
 void Lock::acquire() {
     const std::uint32_t limit = patience::limit.milliseconds;
     if (tryFor(limit ? limit : host::noLimit)) {
-        if (!endsWithPower || image.on)
+        // Since the call began the power may have gone: the process is about to be killed. Or the process may have
+        // ended: its records are free, and may be in use again.
+        if (!(endsWithPower && !image.on) && !(processEnded && !endsProcess))
             return;
         release();
-        standStill(); // the power has gone, and this process is about to be killed
+        standStill();
     }
     const std::int32_t owner = threadOf(word.load(std::memory_order_relaxed));
     patience::limit.giveUp("process " + std::to_string(owner) + " holds the panel's kernel and " +

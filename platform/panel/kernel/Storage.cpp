@@ -119,7 +119,8 @@ bool beforeWrite(const Image& image, Slot file, int hostFile, std::uint64_t byte
     }
     const off_t offset = lseek(hostFile, 0, SEEK_CUR);
     const Range range{static_cast<std::uint64_t>(offset), bytes};
-    return host::appendToFile(folder / std::to_string(file), {reinterpret_cast<const char*>(&range), sizeof range});
+    return host::appendToFile(folder / std::to_string(file), {reinterpret_cast<const char*>(&range), sizeof range}) !=
+           0;
 } catch (const std::exception&) {
     return false;
 }
