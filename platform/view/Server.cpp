@@ -171,7 +171,10 @@ void Server::stream(Response& response) {
 
 bool Server::sendNews(httplib::DataSink& sink, Lines& lines, std::uint64_t& version) try {
     const std::uint64_t before = version;
-    for (const auto& [name, json] : state->wait(version, heartbeat))
+    const auto news = state->wait(version, heartbeat);
+    if (!sink.is_writable()) // the page was closed
+        return false;
+    for (const auto& [name, json] : news)
         if (!send(sink, name, json))
             return false;
     const auto sendLines = [&](const std::string& file, bool gone, bool history, const std::vector<std::string>& some) {
