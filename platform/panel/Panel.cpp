@@ -168,6 +168,10 @@ bool Panel::isOn() const {
     return kernel.image && kernel.image->on;
 }
 
+std::string Panel::whyOff() const {
+    return isOn() ? "" : host::readFile((root / "run/end").string());
+}
+
 void Panel::initialise(Image& image, const BootOptions& options, std::int64_t date) const {
     const PanelOptions facts = this->options();
     struct stat status {};
@@ -253,6 +257,7 @@ void Panel::stop(std::optional<std::uint32_t> sectors) {
             keep("the next boot repeats the power cut", [&] { storage::cutPower(root, torn ? *sectors : 0); });
         else
             keep("files may lose data at the next boot", [&] { storage::commitAll(root); });
+        host::appendToFile((root / "run/end").string(), sectors ? "panel cut" : "panel off");
     };
     try {
         image = mapImage(kernelFile(root), false);

@@ -136,6 +136,7 @@ void print(const panel::Panel& panel, bool json) {
     const panel::PanelOptions options = panel.options();
     const char* storage = panel::storageNames[static_cast<std::size_t>(options.storage)];
     const bool on = panel.isOn();
+    const std::string whyOff = panel.whyOff();
     panel::PanelStatus status{};
     std::size_t faults = 0;
     if (on) {
@@ -147,6 +148,7 @@ void print(const panel::Panel& panel, bool json) {
     if (json) {
         Json answer{{"directory", panel.directory().string()},
                     {"on", on},
+                    {"whyOff", whyOff},
                     {"screen", {{"width", options.screenWidth}, {"height", options.screenHeight}}},
                     {"date", formatDate(options.date)},
                     {"storage", storage}};
@@ -167,7 +169,8 @@ void print(const panel::Panel& panel, bool json) {
     }
     Table facts;
     facts.add({"panel", panel.directory().string()});
-    facts.add({"power", on ? "on, booted " + formatDuration(status.time) + " ago" : "off (panel boot switches it on)"});
+    facts.add({"power", on ? "on, booted " + formatDuration(status.time) + " ago"
+                           : "off" + (whyOff.empty() ? "" : ": " + whyOff) + " (panel boot switches it on)"});
     facts.add({"screen", std::to_string(options.screenWidth) + " x " + std::to_string(options.screenHeight)});
     for (const auto& volume : panel.disks().volumes())
         facts.add({"volume", describe(volume)});

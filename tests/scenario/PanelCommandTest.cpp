@@ -164,6 +164,7 @@ TEST_F(PanelCommand, ChoosesWhatACutLeavesOfFiles) {
     EXPECT_EQ(json("fault list").size(), 1U);
     const std::string log = call("log").text;
     succeed("cut --sectors 1");
+    EXPECT_EQ(json("status").at("whyOff"), "panel cut");
     EXPECT_EQ(call("log").text, log.substr(0, 512));
 }
 

@@ -106,6 +106,7 @@ TEST(Storage, ACutTakesTheLogOfTheRunningHelperButNotItsSettings) {
             {"WriteFile", "TarvexHelper.exe", 2, 1, 3, false, panel::FaultAction::cut, 0, row.sectors});
         panel.driver().start(ScenarioPanel::helper);
         EXPECT_TRUE(panel.driver().waitUntil([&] { return !panel.driver().isOn(); }, ScenarioPanel::limit));
+        EXPECT_EQ(panel.panel().whyOff().substr(0, 41), "fault at TarvexHelper.exe#2 t1 WriteFile[");
         EXPECT_EQ(panel.log().size(), before.size() + row.lines);
         EXPECT_FALSE(settings.empty());
         EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), settings);

@@ -35,7 +35,6 @@ async function run(...words) {
   const text = "panel " + words.map(shown).join(" ");
   byId("command").textContent = text;
   byId("answer").textContent = "…";
-  if (/^(off|cut)$/.test(words[0])) state.switching = text;
   const id = `${pageId} ${++asked}`, outcome = new Promise(end => outcomes.set(id, end));
   const refused = errors => outcomes.get(id)({code: -1, output: "", errors});
   try {
@@ -46,7 +45,6 @@ async function run(...words) {
   }
   const answer = await outcome; // comes as an event: a request would keep one of the browser's few connections
   outcomes.delete(id);
-  if (answer.code && state.switching === text) state.switching = "";
   const said = [answer.output.trim(), answer.errors.trim()].filter(Boolean).join("\n");
   if (byId("command").textContent === text) {
     byId("answer").textContent = said ? "→ " + said.split("\n").at(-1) : "→ done";
@@ -211,10 +209,8 @@ function showStatus(status) {
     byId("power").textContent = "gone";
     return say("The panel cannot be read. It may have been deleted: " + status.error);
   }
-  if (state.on !== null && state.on !== status.on) {
-    say(status.on ? "" : "The panel went off: " + (state.switching || "by another command or a fault"));
-    state.switching = "";
-  } else if (byId("power").textContent === "gone") say("");
+  if (state.on !== null && state.on !== status.on) say(status.on ? "" : "The panel went off: " + (status.whyOff || "for an unknown reason"));
+  else if (byId("power").textContent === "gone") say("");
   [state.status, state.on] = [status, status.on];
   document.body.className = status.on ? "on" : "";
   document.title = byId("name").textContent = "Panel " + status.directory.split("/").at(-1);
