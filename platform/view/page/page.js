@@ -82,6 +82,10 @@ onSubmit("boot", fields => {
 onSubmit("advance", fields => run("advance", fields.time.value));
 onSubmit("start", fields => run("start", fields.path.value, "--", ...wordsOf(fields.arguments.value)));
 onSubmit("send", fields => run("send", fields.window.value, fields.message.value, fields.wparam.value, fields.lparam.value));
+onSubmit("write", fields => writeValue(fields.key.value, fields.value.value, fields.type.value, fields.data.value));
+byId("storage").form.addEventListener("submit", event => event.preventDefault());
+byId("storage").addEventListener("change", event => run("storage", event.target.value));
+byId("cutnow").addEventListener("click", () => run("cut", ...sectors()));
 onSubmit("plug", fields => {
   const words = fields.bare.checked ? ["--without-partitions"] : [fields.folder.value];
   for (const [name, option] of [["as", "--as"], ["after", "--ready-after"], ["attributes", "--attributes"]])
@@ -216,7 +220,6 @@ function showStatus(status) {
   document.title = byId("name").textContent = "Panel " + status.directory.split("/").at(-1);
   byId("name").title = status.directory;
   byId("power").textContent = status.on ? "on" : "off";
-  byId("power").title = `storage policy ${status.storage}`;
   const {width, height, cover, background} = status.screen;
   document.documentElement.style.setProperty("--w", width);
   document.documentElement.style.setProperty("--h", height);
@@ -233,6 +236,8 @@ function showStatus(status) {
   byId("hook").textContent = status.on ? `mouse hook ${status.hook ? "of " + status.hook : "none"}` : "";
   byId("user").textContent = status.userActive === null ? "unknown" : status.userActive ? "active" : "inactive";
   byId("tracing").textContent = status.trace ? "on" : "off";
+  byId("storage").value = status.storage;
+  byId("torn").hidden = status.storage !== "torn";
   clock.from = {...status.clock, date: Date.parse(status.date.replace(" UTC", "Z").replace(" ", "T")), at: performance.now()};
   showClock();
   showDisks(status);
@@ -334,7 +339,7 @@ function showRegistry() {
     const values = now.get(key) || new Map(), old = kept.get(key) || new Map();
     for (const value of values.values()) {
       const before = old.get(value.name);
-      folder.append(valueLine(value, before && before.bytes === value.bytes && before.type === value.type));
+      folder.append(valueLine(key, value, before && before.bytes === value.bytes && before.type === value.type));
     }
     for (const name of old.keys())
       if (!values.has(name)) folder.append(element("div", {className: "value gone", title: "Deleted; flash still has it"}, name || "(default)"));
@@ -344,9 +349,22 @@ function showRegistry() {
   byId("tree").replaceChildren(...[...places].filter(([key]) => !key.includes("\\")).map(([, folder]) => folder));
 }
 
-function valueLine({name, type, text, texts, bytes}, flushed) {
-  const data = text ?? (texts ? texts.join(" | ") : type === "REG_DWORD" ? parseInt(bytes.split(" ").reverse().join(""), 16) : bytes);
-  return element("div", {className: "value" + (flushed ? "" : " unflushed")}, `${name || "(default)"} = ${data} `, element("small", {}, type));
+// Sets a value. The texts of a REG_MULTI_SZ are separated by " | ".
+function writeValue(key, name, type, data) {
+  const words = [key, name, ...type === "REG_MULTI_SZ" ? data.split(" | ").filter(Boolean) : data === "" ? [] : [data]];
+  run("registry", "write", "--type", type, ...words.some(word => word.startsWith("-")) ? ["--"] : [], ...words);
+}
+
+function valueLine(key, {name, type, text, texts, bytes}, flushed) {
+  const number = type === "REG_DWORD" && bytes.split(" ").length === 4;
+  const data = text ?? (texts ? texts.join(" | ") : number ? parseInt(bytes.split(" ").reverse().join(""), 16) : bytes);
+  // Only bytes could express a text that is not well-formed, and the command takes a text here.
+  const odd = text === undefined && !texts && !number && /^REG_(SZ|EXPAND_SZ|MULTI_SZ|DWORD.*)$/.test(type);
+  const field = element("input", {value: data, disabled: odd, onchange: () => writeValue(key, name, type, field.value)});
+  field.setAttribute("aria-label", `data of ${name || "the default value"} of ${key}`);
+  field.size = Math.min(60, Math.max(4, String(data).length));
+  return element("div", {className: "value" + (flushed ? "" : " unflushed")}, `${name || "(default)"} = `, field,
+    element("small", {}, ` ${type} `), element("button", {title: "Delete this value", onclick: () => run("registry", "delete", key, name)}, "×"));
 }
 
 function showFaults(faults) {
@@ -377,6 +395,10 @@ const timeline = makeTimeline(byId("track"), call => {
   byId("fail").title = cannot ? `${call.name} cannot fail` : "";
 });
 
+function sectors() { // the options of a power cut
+  return state.status.storage === "torn" && +byId("sectors").value ? ["--sectors", byId("sectors").value] : [];
+}
+
 // Adds a fault to the planned faults and boots the panel.
 async function plan(options) {
   const fault = chosenCall.key + options; // the key is the beginning of the call's line in the trace
@@ -387,7 +409,8 @@ async function plan(options) {
   byId("boot").requestSubmit();
 }
 byId("fail").addEventListener("click", () => plan(""));
-byId("cut").addEventListener("click", () => plan(" --cut"));
+byId("hold").addEventListener("click", () => plan(" --hold"));
+byId("cut").addEventListener("click", () => plan([" --cut", ...sectors()].join(" ")));
 byId("forget").addEventListener("click", () => timeline.clear());
 function showFound() {
   const calls = timeline.find(byId("find").value);
