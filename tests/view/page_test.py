@@ -195,6 +195,7 @@ def drive(page, disk):
     page.do(lambda: page.click("#cutnow"), "panel cut")
     page.wait_for("#notice", "The panel went off: panel cut")
     page.do(lambda: page.click("#boot button"), "panel boot")
+    page.wait_for("#power", "on")
     page.advance("2s")
     page.click("#tab-timeline")
     key = "TarvexHelper.exe#1 t1 CreateWindowExW[2]"

@@ -208,12 +208,14 @@ function say(text) {
 
 function showStatus(status) {
   if (status.error) {
-    state.on = false;
+    [state.wasOn, state.on] = [state.wasOn || state.on, false]; // an error while the panel goes off must not hide the reason
     document.body.className = "lost";
     byId("power").textContent = "gone";
     return say("The panel cannot be read. It may have been deleted: " + status.error);
   }
-  if (state.on !== null && state.on !== status.on) say(status.on ? "" : "The panel went off: " + (status.whyOff || "for an unknown reason"));
+  const before = state.wasOn || state.on;
+  state.wasOn = false;
+  if (before !== null && before !== status.on) say(status.on ? "" : "The panel went off: " + (status.whyOff || "for an unknown reason"));
   else if (byId("power").textContent === "gone") say("");
   [state.status, state.on] = [status, status.on];
   document.body.className = status.on ? "on" : "";
