@@ -14,7 +14,7 @@ constexpr std::uint32_t sleepers = 0x80000000;
 constexpr std::uint32_t idBits = 22; // Linux ids are below 2^22
 constexpr std::uint32_t idMask = (1U << idBits) - 1;
 constexpr std::uint32_t startMask = 0x1FF; // all bits set: the start time is unknown
-constexpr std::uint32_t glance = 50; // real ms between two checks whether the owner is alive
+constexpr std::uint32_t ownerGlance = 50; // real ms between two checks whether the owner is alive
 
 std::int32_t threadOf(std::uint32_t owner) {
     return static_cast<std::int32_t>(owner & idMask);
@@ -64,7 +64,7 @@ bool Lock::tryFor(std::uint32_t milliseconds) {
                 continue;
             value |= sleepers;
         }
-        host::futexWait(word, value, glance);
+        host::futexWait(word, value, ownerGlance);
         const std::uint32_t now = word.load(std::memory_order_relaxed);
         if (now == value && isGone(value)) {
             if (word.compare_exchange_strong(value, me | sleepers, std::memory_order_acquire)) {
