@@ -33,6 +33,7 @@ public:
     // Registers the window class and creates the window. Does nothing if the window was created before, even with
     // another class name. Throws "Failed to register message only window class" or "Failed to create message only
     // window". After a failure there is neither a class nor a window, and `create` may be called again.
+    // Each window costs about 300 bytes that the process never frees.
     void create(const std::wstring& className);
     // Binds a message to a handler, which is not owned. A later handler for the same message replaces the earlier one.
     void registerHandler(UINT message, indev::MESSAGEHANDLER* handler);

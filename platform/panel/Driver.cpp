@@ -287,8 +287,8 @@ void Driver::setTicks(std::uint32_t ticks) {
     call.image.clock.bootTicks += ticks - clock::ticks(call.image);
 }
 
-void Driver::setTracing(bool on) {
-    Runtime::instance().image().tracing.store(on, std::memory_order_relaxed);
+void Driver::setTracing(bool on, std::uint32_t limit) {
+    Runtime::instance().image().tracing.store(on ? limit : 0, std::memory_order_relaxed);
 }
 
 void Driver::addFault(const Fault& fault) {

@@ -8,6 +8,7 @@
 #pragma once
 
 #include "platform/panel/Panel.h"
+#include "platform/panel/Trace.h"
 
 #include <functional>
 #include <optional>
@@ -157,7 +158,9 @@ public:
     // Returns the state of the panel. The calling driver itself is left out.
     PanelStatus status();
     void setTicks(std::uint32_t ticks); // sets the current tick count
-    void setTracing(bool on); // does not clear the trace
+    // Switches the trace on or off, and does not clear it. `limit`: the size of run/trace in KiB at which the trace
+    // switches itself off (Trace.h).
+    void setTracing(bool on, std::uint32_t limit = defaultTraceLimit);
 
     // Adds a fault. Throws if the function is unknown or cannot fail, or if the panel has maxFaults faults.
     void addFault(const Fault& fault);

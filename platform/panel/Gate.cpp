@@ -149,17 +149,17 @@ Gate::~Gate() {
         cutPower(lock, *tears);
     }
     if (tracing) {
-        std::string name;
-        std::uint64_t ended = 0;
-        {
-            const Lock lock(runtime.image());
-            ended = clock::now(runtime.image());
-            name = processes::name(runtime.image(), runtime.processRecord());
-        }
+        Image& panel = runtime.image();
+        const Lock lock(panel); // keeps the lines in the order of their times, and ends them at the limit
+        const std::uint64_t ended = clock::now(panel);
         if (ended != begun)
             note("after " + std::to_string(ended - begun) + " ms");
-        writeTraceLine(runtime.directory(), traceLine(ended, name, thread.number, call.text()) + " = " +
-                                                (result.empty() ? "void" : result) + notes + '\n');
+        const std::string name = processes::name(panel, runtime.processRecord());
+        const std::string line = traceLine(ended, name, thread.number, call.text()) + " = " +
+                                 (result.empty() ? "void" : result) + notes + '\n';
+        if (const std::uint32_t limit = panel.tracing.load(std::memory_order_relaxed))
+            if (!writeTraceLine(runtime.directory(), line, limit))
+                panel.tracing.store(0, std::memory_order_relaxed);
     }
     deliverWakes();
     currentCall = call.outer;

@@ -73,16 +73,19 @@ StoragePolicy storageNamed(std::string_view name) {
 }
 
 Panel Panel::create(const fs::path& directory, const PanelOptions& options) {
-    if (!isEmptyOrMissing(directory))
-        throw std::runtime_error("the directory is not empty: " + directory.string() + " (choose another directory)");
     for (const std::string& device : options.without)
         Devices::facts(device); // throws for an unknown device before any file is created
+    return createFilled(directory, [&](const fs::path& made) { Panel{Fresh{made}}.fill(options); });
+}
+
+Panel Panel::createFilled(const fs::path& directory, const std::function<void(const fs::path&)>& fill) {
+    if (!isEmptyOrMissing(directory))
+        throw std::runtime_error("the directory is not empty: " + directory.string() + " (choose another directory)");
     const bool existed = fs::exists(directory);
     try {
         fs::create_directories(directory);
-        Panel panel{Fresh{directory}};
-        panel.fill(options);
-        return panel;
+        fill(directory);
+        return Panel(directory);
     } catch (const std::exception& error) {
         std::error_code ignored;
         if (existed)

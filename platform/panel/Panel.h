@@ -54,6 +54,9 @@ class Panel {
 public:
     // Creates a panel. The directory must be empty or not exist. A failure leaves nothing behind.
     static Panel create(const std::filesystem::path& directory, const PanelOptions& options);
+    // Creates a panel whose files `fill` puts into the directory.
+    static Panel createFilled(const std::filesystem::path& directory,
+                              const std::function<void(const std::filesystem::path&)>& fill);
     // Opens an existing panel. Throws if the directory is not a panel.
     explicit Panel(const std::filesystem::path& directory);
 

@@ -128,6 +128,7 @@ void Runtime::attachProgram() {
             throw std::runtime_error("The panel has been switched off.");
         processSlot = slot;
         part = Part::program;
+        Lock::endsWithPower = true;
         adoptThread(processRecord().mainThread);
         watcher = std::make_unique<Watcher>(*mapped, root, false);
     } catch (const std::runtime_error& error) {

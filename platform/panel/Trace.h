@@ -9,6 +9,8 @@
 // - the result, followed by "error N" for a failure, "fault" for an injected fault, and the panel time that has passed
 //   during the call.
 //
+// If the trace has reached its limit, its last line is no call: "      1000 the trace ends here: ...".
+//
 // A call that has not returned has no line. ThreadRecord::call in the kernel file holds it while its thread waits.
 #pragma once
 
@@ -20,8 +22,14 @@ namespace panel {
 
 // Returns the beginning of a line: "      1000 TarvexHelper.exe#1 t1 Sleep[1](1000)".
 std::string traceLine(std::uint64_t time, std::string_view process, std::uint32_t thread, std::string_view call);
-// Appends a whole line to the trace of the panel in this directory. Any thread of any process may call this. Failures
-// are ignored.
-void writeTraceLine(const std::string& directory, std::string_view line);
+
+// The limit of a trace: the size of the file in KiB at which the trace switches itself off.
+inline constexpr std::uint32_t defaultTraceLimit = 64 << 10;
+inline constexpr std::uint32_t noTraceLimit = UINT32_MAX;
+
+// Appends a line with its line end to the trace of the panel in this directory. The caller holds the kernel's lock.
+// Returns false if the file has reached the limit; its last line then says so, and the trace must be switched off.
+// Other failures are ignored.
+bool writeTraceLine(const std::string& directory, std::string_view line, std::uint32_t limit);
 
 } // namespace panel

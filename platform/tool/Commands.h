@@ -27,15 +27,18 @@ void addProcessCommands(CLI::App& app, Tool& tool);
 void addWaitCommand(CLI::App& app, Tool& tool);
 void addSendCommand(CLI::App& app, Tool& tool);
 void addStatusCommand(CLI::App& app, Tool& tool);
-// registry list, read, write, delete
+// registry list, read, write, delete, export, import
 void addRegistryCommands(CLI::App& app, Tool& tool);
 // attributes
 void addFileCommands(CLI::App& app, Tool& tool);
 void addLogCommand(CLI::App& app, Tool& tool);
-// trace show, on, off, clear
+// trace show, export, on, off, clear
 void addTraceCommands(CLI::App& app, Tool& tool);
 // fault add, list, release, clear, functions
 void addFaultCommands(CLI::App& app, Tool& tool);
+void addReportCommand(CLI::App& app, Tool& tool);
+// completion
+void addCompletionCommand(CLI::App& app);
 // view, which runs the program panel-view
 void addViewCommand(CLI::App& app, Tool& tool);
 

@@ -116,8 +116,12 @@ void addDiskCommands(CLI::App& app, Tool& tool) {
     auto* mounting = app.add_subcommand("mount", "Mount a partition that was plugged with --as, but not mounted");
     auto volume = std::make_shared<std::string>();
     mounting->add_option("NAME", *volume, "Name of the partition's volume, from --as")->required();
-    mounting->callback([volume, &tool] {
+    auto json = std::make_shared<bool>(false);
+    mounting->add_flag("--json", *json, "Answer in JSON");
+    mounting->callback([volume, json, &tool] {
         tool.panel().disks().mount(*volume);
+        if (*json)
+            return printJson({{"mounted", *volume}});
         std::printf("Mounted %s\n", volume->c_str());
     });
 
@@ -131,8 +135,11 @@ void addDiskCommands(CLI::App& app, Tool& tool) {
                      "First copy the disk's files, with what programs wrote, into this folder of this machine; it must "
                      "be empty or not exist; several partitions: a folder each")
         ->type_name("FOLDER");
-    removal->callback([name, keep, &tool] {
+    removal->add_flag("--json", *json, "Answer in JSON");
+    removal->callback([name, keep, json, &tool] {
         tool.panel().disks().unplug(*name, *keep);
+        if (*json)
+            return printJson({{"unplugged", *name}, {"files", keep->empty() ? panel::Json() : panel::Json(*keep)}});
         std::printf("Unplugged %s%s%s\n", name->c_str(), keep->empty() ? "" : "; its files are in ", keep->c_str());
     });
 }

@@ -2,15 +2,18 @@
 #include "platform/panel/Json.h"
 #include "platform/tool/Commands.h"
 #include "platform/tool/FaultOptions.h"
+#include "platform/tool/Report.h"
 #include "platform/tool/Table.h"
 #include "platform/tool/Units.h"
 
+#include "platform/panel/kernel/Host.h"
 #include "platform/panel/kernel/Storage.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <stdexcept>
+#include <unistd.h>
 
 namespace tool {
 
@@ -34,16 +37,30 @@ on, keeps what was written before.
 
 struct CreateOptions {
     std::string directory;
+    std::string from; // a report
     std::string screen = "800x480";
     std::string date;
     panel::PanelOptions facts;
     std::string guid;
     std::string storage = panel::storageNames[0];
+    bool json = false;
 };
+
+void reportNew(const panel::Panel& made, bool json) {
+    const panel::PanelOptions facts = made.options();
+    if (json)
+        return printJson({{"directory", made.directory().string()},
+                          {"screen", {{"width", facts.screenWidth}, {"height", facts.screenHeight}}},
+                          {"date", formatDate(facts.date)}});
+    std::printf("Made a panel in %s: screen %u x %u, %s\n", made.directory().c_str(), facts.screenWidth,
+                facts.screenHeight, formatDate(facts.date).c_str());
+}
 
 void create(const CreateOptions& options) {
     if (options.directory.empty())
         throw Misuse("\"\" is not a directory for a panel");
+    if (!options.from.empty())
+        return reportNew(panelFromReport(options.from, options.directory), options.json);
     panel::PanelOptions facts = options.facts;
     int used = 0;
     if (std::sscanf(options.screen.c_str(), "%ux%u%n", &facts.screenWidth, &facts.screenHeight, &used) != 2 ||
@@ -59,9 +76,7 @@ void create(const CreateOptions& options) {
     facts.storage = orMisuse([&] { return panel::storageNamed(options.storage); });
     for (const std::string& device : facts.without)
         orMisuse([&] { return panel::Devices::facts(device).name; });
-    const auto made = panel::Panel::create(options.directory, facts);
-    std::printf("Made a panel in %s: screen %u x %u, %s\n", made.directory().c_str(), facts.screenWidth,
-                facts.screenHeight, formatDate(made.options().date).c_str());
+    reportNew(panel::Panel::create(options.directory, facts), options.json);
 }
 
 void addCreate(CLI::App& app) {
@@ -83,7 +98,18 @@ void addCreate(CLI::App& app) {
     command->add_option("--storage", options->storage, "Storage policy: kept, closed or torn (panel storage --help)")
         ->type_name("POLICY")
         ->capture_default_str();
-    command->callback([options] { create(*options); });
+    command
+        ->add_option("--from", options->from,
+                     "Make the panel of this report (panel report), as it was then; no other option goes with it")
+        ->type_name("FILE");
+    command->add_flag("--json", options->json, "Answer in JSON");
+    command->callback([options, command] {
+        for (const CLI::Option* option : command->get_options({}))
+            if (!options->from.empty() && option->count() && option->nonpositional() && !option->check_lname("from") &&
+                !option->check_lname("json"))
+                throw Misuse("--from does not go with " + option->get_name() + ", which is for a new panel");
+        create(*options);
+    });
 }
 
 struct Boot {
@@ -171,10 +197,19 @@ Examples:
     command->callback([options, &tool] { boot(tool.panel(), *options); });
 }
 
+void reportOff(bool json, const char* how) {
+    if (json)
+        return printJson({{"on", false}});
+    std::printf("The panel is %s%s\n", toned("off", Tone::bad).c_str(), how);
+}
+
 void addOff(CLI::App& app, Tool& tool) {
-    app.add_subcommand("off", "Shut the panel down cleanly: end all programs, flush the registry")->callback([&tool] {
+    auto json = std::make_shared<bool>(false);
+    auto* off = app.add_subcommand("off", "Shut the panel down cleanly: end all programs, flush the registry");
+    off->add_flag("--json", *json, "Answer in JSON");
+    off->callback([json, &tool] {
         tool.panel().off();
-        std::printf("The panel is %s\n", toned("off", Tone::bad).c_str());
+        reportOff(*json, "");
     });
     auto* cut = app.add_subcommand(
         "cut", "Cut the panel's power: what its storage has not committed and unflushed registry changes are lost");
@@ -182,9 +217,10 @@ void addOff(CLI::App& app, Tool& tool) {
     cut->add_option("--sectors", *sectors,
                     "With the storage policy \"torn\": how many uncommitted sectors of each file stay")
         ->type_name("K");
-    cut->callback([sectors, &tool] {
+    cut->add_flag("--json", *json, "Answer in JSON");
+    cut->callback([sectors, json, &tool] {
         tool.panel().cut(*sectors);
-        std::printf("The panel is %s, its power was cut\n", toned("off", Tone::bad).c_str());
+        reportOff(*json, ", its power was cut");
     });
 }
 
@@ -194,19 +230,67 @@ void addStorage(CLI::App& app, Tool& tool) {
     command->footer(storageHelp);
     auto policy = std::make_shared<std::string>();
     command->add_option("POLICY", *policy, "kept, closed or torn; default: show the policy");
-    command->callback([policy, &tool] {
+    auto json = std::make_shared<bool>(false);
+    command->add_flag("--json", *json, "Answer in JSON");
+    command->callback([policy, json, &tool] {
         panel::Panel panel = tool.panel();
         if (!policy->empty())
             panel.setStorage(orMisuse([&] { return panel::storageNamed(*policy); }));
-        else
-            std::puts(panel::storageNames[static_cast<std::size_t>(panel.options().storage)]);
+        const char* name = panel::storageNames[static_cast<std::size_t>(panel.options().storage)];
+        if (*json)
+            printJson({{"storage", name}});
+        else if (policy->empty())
+            std::puts(name);
     });
 }
 
+// Shows on a terminal how far a long `advance` is. A message on standard error overwrites the line.
+class Progress {
+public:
+    Progress(panel::Driver& watched, std::uint64_t whole)
+        : driver(watched),
+          duration(whole),
+          terminal(isatty(STDERR_FILENO)),
+          begun(terminal ? driver.status().time : 0),
+          next(panel::host::monotonicNanoseconds() + 5 * interval) {}
+    ~Progress() {
+        if (shown)
+            std::fputs("\033[K", stderr);
+    }
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+
+    void show() {
+        const std::int64_t now = panel::host::monotonicNanoseconds();
+        if (!terminal || now < next)
+            return;
+        next = now + interval;
+        shown = true;
+        std::fprintf(stderr, "\033[K%s of %s\r", formatDuration(driver.status().time - begun).c_str(),
+                     formatDuration(duration).c_str());
+    }
+
+private:
+    static constexpr std::int64_t interval = 200000000; // ns
+    panel::Driver& driver;
+    const std::uint64_t duration;
+    const bool terminal;
+    const std::uint64_t begun;
+    std::int64_t next;
+    bool shown = false;
+};
+
 void advance(const panel::Panel& panel, std::uint64_t duration, bool json) {
     panel::Driver driver(panel);
-    if (driver.waitUntil([&] { return !driver.isOn(); }, duration))
-        throw std::runtime_error("the panel was switched off meanwhile");
+    {
+        Progress progress(driver, duration);
+        const auto isOff = [&] {
+            progress.show();
+            return !driver.isOn();
+        };
+        if (driver.waitUntil(isOff, duration))
+            throw std::runtime_error("the panel was switched off meanwhile");
+    }
     const panel::PanelStatus status = driver.status();
     if (json)
         return printJson({{"time", status.time}, {"date", formatDate(status.date)}});

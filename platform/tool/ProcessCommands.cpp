@@ -80,7 +80,7 @@ void addPs(CLI::App& app, Tool& tool) {
     command->callback([options, &tool] { list(tool.panel(), options->all, options->json); });
 }
 
-void kill(const panel::Panel& panel, const std::string& wanted) {
+void kill(const panel::Panel& panel, const std::string& wanted, bool json) {
     panel::Driver driver(panel);
     std::vector<std::string> meant;
     for (const auto& process : driver.status().processes)
@@ -90,6 +90,8 @@ void kill(const panel::Panel& panel, const std::string& wanted) {
         throw Misuse("there are several: name one as " + meant.front() + " or " + meant.back());
     if (meant.empty() || !driver.kill(meant.front()))
         throw std::runtime_error("no program \"" + wanted + "\" runs (panel ps lists them)");
+    if (json)
+        return printJson({{"killed", meant.front()}});
     std::printf("Killed %s\n", meant.front().c_str());
 }
 
@@ -97,7 +99,9 @@ void addKill(CLI::App& app, Tool& tool) {
     auto* command = app.add_subcommand("kill", "End a program as a crash would: its exit code is 3221225477");
     auto name = std::make_shared<std::string>();
     command->add_option("NAME", *name, "TarvexHelper.exe#2, or TarvexHelper.exe if only one runs")->required();
-    command->callback([name, &tool] { kill(tool.panel(), *name); });
+    auto json = std::make_shared<bool>(false);
+    command->add_flag("--json", *json, "Answer in JSON");
+    command->callback([name, json, &tool] { kill(tool.panel(), *name, *json); });
 }
 
 } // namespace

@@ -1,11 +1,17 @@
 #include "platform/panel/Json.h"
 #include "platform/panel/Text.h"
+#include "platform/panel/kernel/Host.h"
 #include "platform/tool/Commands.h"
+#include "platform/tool/RegistryFile.h"
+#include "platform/tool/RegistryPath.h"
 #include "platform/tool/Table.h"
 #include "platform/tool/Units.h"
 
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <memory>
 #include <stdexcept>
 
@@ -23,37 +29,12 @@ struct RegistryOptions {
     std::string value;
     std::vector<std::string> data;
     std::string type = "REG_SZ";
+    std::string file;
+    bool ansi = false;
     bool flash = false;
     bool flushed = false;
     bool json = false;
 };
-
-void checkLength(const std::string& name) {
-    if (panel::characterCount(name) > registry::maxNameLength)
-        throw Misuse("a name in the registry has " + std::to_string(registry::maxNameLength) +
-                     " characters at most: \"" + name + '"');
-}
-
-// Returns the path with the full name of its root and without a trailing separator.
-std::string fullPath(std::string path) {
-    if (path.ends_with('\\'))
-        path.pop_back();
-    const auto separator = std::min(path.find('\\'), path.size());
-    const std::string_view root = registry::rootNamed(std::string_view(path).substr(0, separator));
-    if (root.empty())
-        throw Misuse("no such root in the registry: \"" + path + "\" (such as HKEY_LOCAL_MACHINE\\init)");
-    for (auto begin = separator; begin < path.size();) {
-        const auto end = std::min(path.find('\\', begin + 1), path.size());
-        if (end == begin + 1)
-            throw Misuse("a key has an empty name: \"" + path + '"');
-        checkLength(path.substr(begin + 1, end - begin - 1));
-        begin = end;
-    }
-    if (std::count(path.begin(), path.end(), '\\') > registry::maxDepth)
-        throw Misuse("a key lies " + std::to_string(registry::maxDepth) + " levels below its root at most: \"" + path +
-                     '"');
-    return std::string(root) + path.substr(separator);
-}
 
 const registry::Key& keyOf(const registry::Tree& tree, const std::string& path) {
     const registry::Key* key = tree.find(fullPath(path));
@@ -154,7 +135,7 @@ registry::Value valueOf(const RegistryOptions& options) {
 }
 
 void write(panel::Panel panel, const RegistryOptions& options) {
-    checkLength(options.value);
+    checkNameLength(options.value);
     const registry::Value value = valueOf(options);
     const std::string path = fullPath(options.key);
     panel.changeRegistry([&](registry::Tree& tree) { tree.make(path)->set(value); }, options.flushed);
@@ -178,10 +159,35 @@ void remove(panel::Panel panel, const RegistryOptions& options, bool wholeKey) {
         options.flushed);
 }
 
+void exportTo(const panel::Panel& panel, const RegistryOptions& options) {
+    const registry::Tree tree = treeOf(panel, options);
+    if (!options.key.empty())
+        keyOf(tree, options.key); // throws if the key does not exist
+    const std::string path = options.key.empty() ? "" : fullPath(options.key);
+    panel::host::writeFile(options.file, formatRegistryFile(tree, path, options.ansi));
+    std::printf("Wrote %s to %s\n", path.empty() ? "the registry" : path.c_str(), options.file.c_str());
+}
+
+void import(panel::Panel panel, const std::string& file) {
+    std::ifstream stream(file, std::ios::binary);
+    if (!stream || std::filesystem::is_directory(file))
+        throw std::runtime_error("cannot read " + file);
+    const std::string bytes(std::istreambuf_iterator<char>(stream), {});
+    std::vector<RegistryChange> changes;
+    try {
+        changes = parseRegistryFile(bytes);
+    } catch (const std::runtime_error& error) {
+        throw std::runtime_error(file + ", " + error.what());
+    }
+    panel.changeRegistry([&](registry::Tree& tree) { merge(tree, changes); }, false);
+    std::printf("Merged %s into the registry\n", file.c_str());
+}
+
 } // namespace
 
 void addRegistryCommands(CLI::App& app, Tool& tool) {
-    auto* commands = app.add_subcommand("registry", "List, read and change the panel's registry");
+    auto* commands =
+        app.add_subcommand("registry", "List, read and change the panel's registry; move it in and out as a file");
     commands->require_subcommand(1);
     auto options = std::make_shared<RegistryOptions>();
     const auto add = [&](const char* name, const char* help) { return commands->add_subcommand(name, help); };
@@ -189,8 +195,11 @@ void addRegistryCommands(CLI::App& app, Tool& tool) {
     const auto addFlushed = [&](CLI::App* command) {
         command->add_flag("--flush", options->flushed, "Change flash, too, so that the change survives a power cut");
     };
+    const auto addFlash = [&](CLI::App* command) {
+        command->add_flag("--flash", options->flash, "The content of flash, which survives a power cut");
+    };
     const auto addLooks = [&](CLI::App* command) {
-        command->add_flag("--flash", options->flash, "Show the content of flash, which survives a power cut");
+        addFlash(command);
         command->add_flag("--json", options->json, "Answer in JSON");
     };
     constexpr const char* valueHelp = "The value's name; \"\": the key's default value";
@@ -221,6 +230,17 @@ void addRegistryCommands(CLI::App& app, Tool& tool) {
     auto* value = removal->add_option("VALUE", options->value, valueHelp);
     addFlushed(removal);
     removal->callback([options, value, &tool] { remove(tool.panel(), *options, value->count() == 0); });
+
+    auto* writer = add("export", "Write a key and its subkeys to a registry file (.reg); without KEY everything");
+    writer->add_option("FILE", options->file, "File on this machine; it is replaced")->required();
+    addKey(writer);
+    writer->add_flag("--ansi", options->ansi, "REGEDIT4 in ANSI (code page 1252); default: version 5.00 in UTF-16");
+    addFlash(writer);
+    writer->callback([options, &tool] { exportTo(tool.panel(), *options); });
+
+    auto* reader = add("import", "Merge a registry file (.reg) into the registry; flushes nothing");
+    reader->add_option("FILE", options->file, "File on this machine, REGEDIT4 or version 5.00")->required();
+    reader->callback([options, &tool] { import(tool.panel(), options->file); });
 }
 
 } // namespace tool

@@ -2,6 +2,7 @@
 #include "platform/tool/FaultOptions.h"
 #include "platform/tool/FileTail.h"
 #include "platform/tool/Follow.h"
+#include "platform/tool/TraceEvents.h"
 #include "platform/tool/TraceFilter.h"
 #include "platform/tool/TraceLine.h"
 #include "platform/tool/Units.h"
@@ -10,6 +11,7 @@
 #include "platform/panel/DidYouMean.h"
 #include "platform/panel/Json.h"
 #include "platform/panel/Text.h"
+#include "platform/panel/kernel/Host.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -21,16 +23,28 @@ namespace tool {
 
 namespace {
 
-struct ShowOptions {
-    bool follow = false;
-    bool json = false;
+// What `trace show` and `trace export` have in common: which calls are meant.
+struct Selection {
     std::string from;
     std::string to;
     TraceFilter filter;
 };
 
+struct ShowOptions {
+    bool follow = false;
+    bool json = false;
+    Selection selection;
+};
+
+// Complains about the line that ends a trace at its limit. Returns whether the line is a call that is meant.
+bool isMeant(const std::string& line, const TraceFilter& filter) {
+    if (!TraceLine::parse(line))
+        complain(line.substr(std::min(line.find_first_not_of(" 0123456789"), line.size())));
+    return filter.admits(line);
+}
+
 void printLine(const std::string& line, const ShowOptions& options) {
-    if (!options.filter.admits(line))
+    if (!isMeant(line, options.selection.filter))
         return;
     if (!options.json) {
         std::printf("%s\n", line.c_str());
@@ -57,16 +71,27 @@ void checkFunction(const std::string& name) {
                      " (panel fault functions lists them)");
 }
 
-void show(const panel::Panel& panel, ShowOptions options) {
-    if (!options.from.empty())
-        options.filter.from = parseDuration(options.from);
-    if (!options.to.empty())
-        options.filter.to = parseDuration(options.to);
-    for (const std::string& function : options.filter.functions)
+TraceFilter filterOf(const Selection& selection) {
+    TraceFilter filter = selection.filter;
+    if (!selection.from.empty())
+        filter.from = parseDuration(selection.from);
+    if (!selection.to.empty())
+        filter.to = parseDuration(selection.to);
+    for (const std::string& function : filter.functions)
         checkFunction(function);
-    const std::filesystem::path file = panel.directory() / "run/trace";
-    if (!options.follow && !std::filesystem::exists(file))
+    return filter;
+}
+
+std::filesystem::path traceFile(const panel::Panel& panel, bool mustExist) {
+    std::filesystem::path file = panel.directory() / "run/trace";
+    if (mustExist && !std::filesystem::exists(file))
         throw std::runtime_error("nothing is traced yet (panel trace on switches the trace on)");
+    return file;
+}
+
+void show(const panel::Panel& panel, ShowOptions options) {
+    options.selection.filter = filterOf(options.selection);
+    const std::filesystem::path file = traceFile(panel, !options.follow);
     FileTail trace;
     const auto print = [&] {
         for (const std::string& line : trace.newLines(file))
@@ -81,23 +106,78 @@ void show(const panel::Panel& panel, ShowOptions options) {
             printLine(line, options);
 }
 
+void exportTo(const std::string& file, const panel::Panel& panel, const Selection& selection) {
+    const TraceFilter filter = filterOf(selection);
+    TraceEvents events;
+    for (const std::string& line : FileTail().newLines(traceFile(panel, true)))
+        if (isMeant(line, filter))
+            events.add(line);
+    if (panel.isOn()) {
+        const panel::PanelStatus status = panel::Driver(panel).status();
+        for (const std::string& line : unreturnedCalls(status))
+            if (isMeant(line, filter))
+                events.addUnreturned(line, status.time);
+    }
+    panel::host::writeFile(file, events.document());
+    std::printf("Wrote %zu calls to %s\n", events.count(), file.c_str());
+}
+
+void addSelection(CLI::App& command, Selection& selection) {
+    command.add_option("--function", selection.filter.functions, "Only calls of these functions")->type_name("NAME");
+    command
+        .add_option("--process", selection.filter.processes,
+                    "Only these processes: TarvexHelper.exe, or TarvexHelper.exe#2")
+        ->type_name("NAME");
+    command.add_option("--thread", selection.filter.thread, "Only the thread of this number")->type_name("N");
+    command.add_flag("--failed", selection.filter.failuresOnly, "Only calls that left an error");
+    command.add_option("--from", selection.from, "Only calls that ended from this panel time on, counted from boot")
+        ->type_name("DURATION");
+    command.add_option("--to", selection.to, "Only calls that ended until this panel time")->type_name("DURATION");
+}
+
 void addShow(CLI::App& trace, Tool& tool) {
     auto* command = trace.add_subcommand(
         "show", "Print the trace, and the calls that have not returned; also works while the panel is off");
     auto options = std::make_shared<ShowOptions>();
     command->add_flag("--follow", options->follow, "Print new lines until the panel is switched off");
-    command->add_option("--function", options->filter.functions, "Only calls of these functions")->type_name("NAME");
-    command
-        ->add_option("--process", options->filter.processes,
-                     "Only these processes: TarvexHelper.exe, or TarvexHelper.exe#2")
-        ->type_name("NAME");
-    command->add_option("--thread", options->filter.thread, "Only the thread of this number")->type_name("N");
-    command->add_flag("--failed", options->filter.failuresOnly, "Only calls that left an error");
-    command->add_option("--from", options->from, "Only calls that ended from this panel time on, counted from boot")
-        ->type_name("DURATION");
-    command->add_option("--to", options->to, "Only calls that ended until this panel time")->type_name("DURATION");
+    addSelection(*command, options->selection);
     command->add_flag("--json", options->json, "Print each call as a line of JSON");
     command->callback([options, &tool] { show(tool.panel(), *options); });
+}
+
+void addExport(CLI::App& trace, Tool& tool) {
+    auto* command =
+        trace.add_subcommand("export", "Write the trace, and the calls that have not returned, to a file in "
+                                       "the Trace Event Format, for trace viewers");
+    auto file = std::make_shared<std::string>();
+    command->add_option("FILE", *file, "File on this machine, such as trace.json; it is replaced")->required();
+    auto selection = std::make_shared<Selection>();
+    addSelection(*command, *selection);
+    command->callback([file, selection, &tool] { exportTo(*file, tool.panel(), *selection); });
+}
+
+void switchOn(const panel::Panel& panel, std::uint64_t bytes) {
+    const std::filesystem::path file = traceFile(panel, false);
+    const std::uint64_t limit = bytes ? (bytes + 1023) / 1024 : panel::noTraceLimit;
+    std::error_code missing;
+    const std::uintmax_t size = std::filesystem::exists(file, missing) ? std::filesystem::file_size(file, missing) : 0;
+    if (bytes && size >= bytes)
+        throw std::runtime_error("the trace has " + std::to_string(size) + " bytes already, and its limit is " +
+                                 std::to_string(bytes) + " (--limit allows more, panel trace clear deletes the lines)");
+    panel::Driver(panel).setTracing(true,
+                                    static_cast<std::uint32_t>(std::min<std::uint64_t>(limit, panel::noTraceLimit)));
+}
+
+void addOn(CLI::App& trace, Tool& tool) {
+    auto* command = trace.add_subcommand("on", "Record from now on; existing lines are kept");
+    auto limit = std::make_shared<std::uint64_t>(std::uint64_t{panel::defaultTraceLimit} * 1024);
+    command
+        ->add_option("--limit", *limit,
+                     "Size of the trace at which it switches itself off, such as 500KiB or 1GiB; default: 64MiB; 0: no "
+                     "limit")
+        ->type_name("SIZE")
+        ->transform(CLI::AsSizeValue(false).description(""));
+    command->callback([limit, &tool] { switchOn(tool.panel(), *limit); });
 }
 
 } // namespace
@@ -105,13 +185,12 @@ void addShow(CLI::App& trace, Tool& tool) {
 void addTraceCommands(CLI::App& app, Tool& tool) {
     auto* trace = app.add_subcommand("trace", "Record the platform calls of all programs");
     trace->require_subcommand(1);
-    trace->add_subcommand("on", "Record from now on; existing lines are kept")->callback([&tool] {
-        panel::Driver(tool.panel()).setTracing(true);
-    });
+    addOn(*trace, tool);
     trace->add_subcommand("off", "Stop recording")->callback([&tool] {
         panel::Driver(tool.panel()).setTracing(false);
     });
     addShow(*trace, tool);
+    addExport(*trace, tool);
     trace->add_subcommand("clear", "Delete the recorded lines")->callback([&tool] {
         std::filesystem::remove(tool.panel().directory() / "run/trace");
     });

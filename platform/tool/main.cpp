@@ -115,6 +115,8 @@ int main(int argc, char** argv) {
     tool::addLogCommand(app, shared);
     tool::addTraceCommands(app, shared);
     tool::addFaultCommands(app, shared);
+    tool::addReportCommand(app, shared);
+    tool::addCompletionCommand(app);
     tool::addViewCommand(app, shared);
     app.footer(examples); // last, so that the commands do not inherit the footer
     char** end = argv + argc;

@@ -4,6 +4,7 @@
 //     lock MUTEX        (creates and takes it; exit code 183 if it was there)
 //     hold FILE         (opens it unshared)      start PATH   (a program, and waits for it; its exit code is the own)
 //     move FROM TO
+//     fill FILE         (writes it again and again, and never waits)
 //     post CLASS NAME COUNT     send CLASS NAME COUNT        (wParam counts from 1; each must be answered with its
 //     double) crash             (ends by a signal)   spin   (never waits)
 #include "platform/panel/Client.h"
@@ -65,6 +66,14 @@ int startAndWait(const std::wstring& path) {
     return static_cast<int>(code);
 }
 
+void fill(const std::wstring& path) {
+    for (DWORD written = 0;;) {
+        const HANDLE file = CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+        WriteFile(file, "filled", 6, &written, nullptr);
+        CloseHandle(file);
+    }
+}
+
 } // namespace
 
 int WinMain(HINSTANCE, HINSTANCE, LPWSTR commandLine, int) {
@@ -93,6 +102,8 @@ int WinMain(HINSTANCE, HINSTANCE, LPWSTR commandLine, int) {
                 return static_cast<int>(GetLastError());
         } else if (verb == L"start")
             return startAndWait(next(words));
+        else if (verb == L"fill")
+            fill(next(words));
         else if (verb == L"post")
             postAll(words);
         else if (verb == L"send" && !sendAll(words))

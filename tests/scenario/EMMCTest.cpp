@@ -84,6 +84,73 @@ TEST(EMMC, SurvivesAFileThatCannotBeWrittenOrRead) {
     EXPECT_EQ(panel.errors(), Lines{}) << "nothing of this is reported";
 }
 
+namespace {
+
+// The calls of the monitor's thread in its first or second update.
+std::vector<TracedCall> callsOfUpdate(unsigned update) {
+    CountingPanel panel;
+    panel.driver().setTracing(true);
+    panel.startHelper(40, 0);
+    panel.pass(300300);
+    std::vector<TracedCall> calls = panel.calls();
+    std::erase_if(calls, [updates = 1U, update](const TracedCall& call) mutable {
+        const bool waits = call.thread == 2 && call.function == "WaitForSingleObject";
+        updates += waits;
+        return waits || call.thread != 2 || updates != update;
+    });
+    return calls;
+}
+
+// While the thread stands before the call, the start fails (update 1), or the helper is told to end (update 2). The
+// total in the file then, and what the next start makes of it.
+std::string leftBy(const TracedCall& call, unsigned update) {
+    CountingPanel panel;
+    panel.write(statisticsPath, statisticsFile(3, 5, 700000, 86443200));
+    panel.driver().addFault({call.function, "TarvexHelper.exe", 1, 2, call.number, false, panel::FaultAction::hold});
+    if (update == 1) {
+        panel.setCount(40);
+        panel.panel().devices().setBehaviour("BKL1", {Behaviour::Kind::block}, "read");
+        const auto helper = panel.driver().start(ScenarioPanel::helper);
+        panel.driver().settle();
+        panel.panel().devices().setBehaviour("BKL1", {Behaviour::Kind::refuse, 31}, "read");
+        EXPECT_EQ(panel.driver().waitForExit(helper, ScenarioPanel::limit), 1U);
+        panel.panel().devices().setBehaviour("BKL1", {}, "read");
+    } else {
+        panel.startHelper(40, 0);
+        panel.setCount(60);
+        panel.driver().advance(300300);
+        EXPECT_EQ(panel.terminate(), 1U);
+    }
+    EXPECT_EQ(panel.driver().faults().at(0).hits, 1U);
+    const std::string left = panel.read(statisticsPath);
+    const auto total = left.find("7000");
+    panel.reboot();
+    panel.startInPlace();
+    const bool goesOn = panel.read(statisticsPath).find("<TotalDuration>864") != std::string::npos;
+    return (total < left.size() ? left.substr(total, 6) : "empty") + (goesOn ? ", goes on" : ", from 0");
+}
+
+} // namespace
+
+TEST(EMMC, LosesItsTotalsIfTheProcessEndsBetweenOpeningAndWriting) {
+    const Lines expected[] = {
+        {"EventModify: 700000, goes on", "WriteFile: empty, from 0", "CloseHandle: 700040, goes on"},
+        {"GetFileAttributesW: 700040, goes on", "WriteFile: empty, from 0", "CloseHandle: 700060, goes on"},
+    };
+    for (const unsigned update : {1U, 2U}) {
+        const std::vector<TracedCall> calls = callsOfUpdate(update);
+        EXPECT_GE(calls.size(), 10U);
+        Lines found; // each call from which on it costs something else
+        for (std::string before; const TracedCall& call : calls) {
+            const std::string left = leftBy(call, update);
+            if (left != before)
+                found.push_back(call.function + ": " + left);
+            before = left;
+        }
+        EXPECT_EQ(found, expected[update - 1]);
+    }
+}
+
 TEST(EMMC, IsRecordedFromVersion15On) {
     for (const auto& [version, recorded] : {std::pair{"2.14", false}, {"2.15", true}}) {
         SCOPED_TRACE(version);

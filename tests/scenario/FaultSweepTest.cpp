@@ -75,7 +75,7 @@ INSTANTIATE_TEST_SUITE_P(Life, FaultSweep,
 
 TEST_P(FaultSweep, AnyFailingCallIsSurvived) {
     const auto [story, ever, shard] = GetParam();
-    const auto [calls, undisturbed] = recorded(story, ever ? canFailForEver : canFail);
+    const auto [calls, undisturbed, log] = recorded(story, ever ? canFailForEver : canFail);
     expectEachLossToBeOfACall(ever ? lastingLosses : knownLosses, story, calls);
     for (const Call& call : dealt(calls, ever ? "lasting" : "once", shard, faultShards)) {
         SCOPED_TRACE(testing::PrintToString(call));

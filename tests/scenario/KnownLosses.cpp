@@ -18,7 +18,9 @@
              "-HKEY_CLASSES_ROOT\\osrfile\\shell\\open\\command| -HKEY_CLASSES_ROOT\\osrfile|"
 #define AUTORUN "-HKEY_LOCAL_MACHINE\\init|Depend61 -HKEY_LOCAL_MACHINE\\init|Launch61"
 #define STATISTICS "MMCMemory\\Tarvex\\EMMC.xml"
-#define NEVER_RUN ASSOCIATION " " AUTORUN " -" STATISTICS
+#define WRITES "~" STATISTICS ": writes"
+#define TOTALS "~" STATISTICS " " WRITES
+#define NEVER_RUN ASSOCIATION " " AUTORUN " -" STATISTICS " -" STATISTICS ": writes"
 #define SCREEN_SAVER "-MMCMemory\\Tarvex\\ScreenSaverConfig.xml"
 #define BUZZER "-MMCMemory\\Tarvex\\TouchBuzzerConfig.xml"
 #define FREQUENCY "~MMCMemory\\Tarvex\\TouchBuzzerConfig.xml"
@@ -93,9 +95,9 @@ const KnownLoss single[] = {
     {installed | inPlace, "WriteFile", BUZZER_FILE, FREQUENCY},
     // The statistics, taken for missing: they begin again. An update that does not get the counter takes the session's
     // writes off; the next one would add them.
-    {inPlace | alive, "GetFileAttributesW", STATISTICS_FILE, "~" STATISTICS},
-    {alive, "CreateFileW", R"("SHC1:")", "~" STATISTICS, 2},
-    {alive, "DeviceIoControl", R"("SHC1:"#2)", "~" STATISTICS},
+    {inPlace | alive, "GetFileAttributesW", STATISTICS_FILE, TOTALS},
+    {alive, "CreateFileW", R"("SHC1:")", WRITES, 2},
+    {alive, "DeviceIoControl", R"("SHC1:"#2)", WRITES},
     // The screen saver: its settings, its thread, the user's activity (a wait that fails counts as some), the black
     // window, and the driver, which ends the watching when it refuses.
     {alive, "CreateFileW", SAVER_FILE, "~(dims)", 1},
@@ -144,15 +146,15 @@ const KnownLoss single[] = {
 
 // What is tried again, and then makes up for one failure but not for failing from then on.
 const KnownLoss lasting[] = {
-    {alive, "CreateFileW", STATISTICS_FILE, "~" STATISTICS},
-    {alive, "ReadFile", STATISTICS_FILE, "~" STATISTICS},
-    {alive, "WriteFile", STATISTICS_FILE, "~" STATISTICS},
+    {alive, "CreateFileW", STATISTICS_FILE, TOTALS},
+    {alive, "ReadFile", STATISTICS_FILE, TOTALS},
+    {alive, "WriteFile", STATISTICS_FILE, TOTALS},
     {alive, "CreateThread", "", "~(clicks again)", 5}, // the one before serves on, if there is one
     {alive, "OpenStore", "", "~(starts)"},
     {alive, "FindFirstPartition", "", "~(starts)"},
 };
 
-// What a power cut costs.
+// What a power cut costs; what the log loses stands in CutSweepTest.cpp.
 const KnownLoss ofCuts[] = {
     // Copying: once the application is there only the helper is copied, and then nothing; the disk's folder goes.
     {installer, "CopyFileW", R"("Hard Disk\Tarvex\TarvexHelper.exe")", BUZZER},
@@ -164,13 +166,16 @@ const KnownLoss ofCuts[] = {
     {installer, "MoveFileW", R"("\Hard Disk\Tarvex", )", FOLDER_ON_DISK},
     {installer, "WriteFile", R"("\MMCMemory\Tarvex\helper_log0.txt", 58)", ON_DISK}, // "Restart from right path needed"
     {installer, "CreateFileW", SETTINGS_FILE, ON_DISK},
-    {installer, "WriteFile", SETTINGS_FILE, SETTINGS " " ON_DISK},
-    // Files that are opened for replacing are empty; what is not written is not counted.
-    {installed | inPlace, "WriteFile", SETTINGS_FILE, SETTINGS},
-    {installed | inPlace, "WriteFile", BUZZER_FILE, FREQUENCY},
-    {inPlace, "WriteFile", STATISTICS_FILE, "~" STATISTICS},
-    {installed, "WriteFile", STATISTICS_FILE "#3", "~" STATISTICS},
-    {installed | inPlace, "CreateFileW", STATISTICS_FILE, "~" STATISTICS, 2},
+    {installer, written, SETTINGS_FILE, SETTINGS " " ON_DISK},
+    // A document is empty from its opening until its data are committed: with "kept" by the write, otherwise by
+    // closing it. With "torn" it may be whole before.
+    {installed | inPlace | alive, written, SETTINGS_FILE, SETTINGS},
+    {installed | inPlace, written, BUZZER_FILE, FREQUENCY},
+    {inPlace | alive, written, STATISTICS_FILE, TOTALS},
+    // The writes that the eMMC has counted, and the file does not hold.
+    {installed, written, STATISTICS_FILE "#3", WRITES},
+    {installed | inPlace | alive, "CreateFileW", STATISTICS_FILE, WRITES, 2},
+    {alive, "CreateFileW", STATISTICS_FILE, WRITES, 3},
 };
 
 } // namespace

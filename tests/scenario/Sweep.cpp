@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <set>
 #include <sstream>
 
 namespace {
@@ -19,7 +20,10 @@ public:
     void apply(Call& call) {
         if (call.function.starts_with("Reg"))
             takeOffOpenedKey(call);
+        call.commits = call.function == "CloseHandle" && writing.erase(keyOf(call, call.arguments)) > 0;
         replaceHandles(call);
+        if (call.function == "CreateFileW" && call.arguments.find(", 0x40000000, ") != std::string::npos)
+            writing.insert(keyOf(call, call.result));
         if (call.function == "CreateFileW" || call.function == "FindFirstFileW")
             learn(call.result, call.arguments.substr(0, call.arguments.find(',')), call);
         else if (call.function == "OpenEventW")
@@ -64,6 +68,7 @@ private:
 
     std::map<std::string, std::string> names; // by process and handle
     std::map<std::string, unsigned> counts;
+    std::set<std::string> writing; // by process and handle
 };
 
 bool isAlike(const Call& call, const Call& other) {
@@ -77,24 +82,16 @@ Where place(Story story, const Call& call) {
 }
 
 bool isMeant(const KnownLoss& loss, const Call& call) {
-    return loss.function == call.function && call.arguments.starts_with(loss.arguments) &&
-           (loss.occurrence == 0 || call.occurrence == loss.occurrence);
+    const bool writes = call.function == "WriteFile" || call.commits;
+    return (loss.function == call.function || (loss.function == written && writes)) &&
+           call.arguments.starts_with(loss.arguments) && (loss.occurrence == 0 || call.occurrence == loss.occurrence);
 }
 
 } // namespace
 
 void PrintTo(Story story, std::ostream* stream) {
-    switch (story) {
-    case Story::fromDisk:
-        *stream << "fromDisk";
-        break;
-    case Story::inPlace:
-        *stream << "inPlace";
-        break;
-    case Story::life:
-        *stream << "life";
-        break;
-    }
+    constexpr const char* names[] = {"fromDisk", "inPlace", "life"};
+    *stream << names[static_cast<std::size_t>(story)];
 }
 
 void PrintTo(const Call& call, std::ostream* stream) {
@@ -110,13 +107,24 @@ bool canFail(const Call& call) {
 Recording recorded(Story story, bool (*isWanted)(const Call& call)) {
     SweptPanel panel(story);
     panel.driver().setTracing(true);
+    std::size_t logged = panel.logText().size();
+    std::size_t committed = logged;
     EXPECT_TRUE(panel.live());
     EXPECT_EQ(panel.errors(), std::vector<std::string>{});
     std::vector<Call> calls;
     Names names;
-    for (const TracedCall& call : panel.calls()) {
-        calls.push_back({call});
-        names.apply(calls.back());
+    for (const TracedCall& traced : panel.calls()) {
+        Call call{traced};
+        names.apply(call);
+        call.logged = logged;
+        call.committed = committed;
+        if (call.arguments.find("\\helper_log") != std::string::npos) {
+            if (call.function == "WriteFile")
+                logged += std::stoul(call.arguments.substr(call.arguments.rfind(' ')));
+            else if (call.commits)
+                committed = logged;
+        }
+        calls.push_back(call);
     }
     std::erase_if(calls, [&](const Call& call) { return !isWanted(call); });
     std::stable_sort(calls.begin(), calls.end(), [](const Call& first, const Call& second) {
@@ -126,7 +134,8 @@ Recording recorded(Story story, bool (*isWanted)(const Call& call)) {
         for (auto former = calls.begin(); former != call; ++former)
             if (isAlike(*former, *call))
                 call->occurrence = former->occurrence + 1;
-    return {calls, panel.endState()};
+    const std::string log = panel.logText();
+    return {calls, panel.endState(), log};
 }
 
 std::vector<Call> dealt(const std::vector<Call>& calls, const char* sweep, std::size_t shard, std::size_t shards) {

@@ -9,6 +9,9 @@
 // With names in the place of handles among its arguments: "\\file"#2 is what the second opening of the file has given.
 struct Call : TracedCall {
     std::uint32_t occurrence = 1; // among the process's calls with the same arguments
+    bool commits = false; // closes a file that was opened for writing
+    std::size_t logged = 0; // the bytes of the log before the call
+    std::size_t committed = 0; // those of them that were written through handles that are closed
 };
 
 // When a test fails: what a row of KnownLosses.cpp needs. The other: as tests are named.
@@ -23,9 +26,12 @@ enum Where : unsigned {
     alive = 8, // in place, through a whole life
 };
 
+// In place of a function: WriteFile, or the CloseHandle that commits what was written.
+inline constexpr std::string_view written = "written";
+
 struct KnownLoss {
     unsigned where;
-    std::string_view function;
+    std::string_view function; // or `written`
     std::string_view arguments; // what the call's arguments begin with
     std::string_view loss; // of the end state: - missing, + left over, ~ other; flashWritable until the next boot
     std::uint32_t occurrence = 0; // which of the calls with these arguments; 0: each
@@ -42,6 +48,7 @@ inline constexpr const char* flashWritable = "the flash is writable";
 struct Recording {
     std::vector<Call> calls;
     Tree endState;
+    std::string log;
 };
 
 Recording recorded(Story story, bool (*isWanted)(const Call& call));
@@ -52,7 +59,8 @@ bool canFail(const Call& call);
 // PANEL_SWEEP_OF_BUILD does), otherwise a sample.
 std::vector<Call> dealt(const std::vector<Call>& calls, const char* sweep, std::size_t shard, std::size_t shards);
 
-std::string knownLoss(std::span<const KnownLoss> losses, Story story, const Call& call); // empty: none
+// Empty: none.
+std::string knownLoss(std::span<const KnownLoss> losses, Story story, const Call& call);
 // A row that no call meets any more says something that is no longer true.
 void expectEachLossToBeOfACall(std::span<const KnownLoss> losses, Story story, const std::vector<Call>& calls);
 

@@ -12,10 +12,20 @@ namespace {
 constexpr const char* onDisk = "\\Hard Disk\\Tarvex\\TarvexHelper.exe";
 constexpr std::uint32_t counterDelay = 7; // ms
 constexpr std::uint32_t limitOfAnswer = 60000; // ms
+constexpr std::size_t logBefore = 101500; // bytes: the life fills the rest of the file, and goes on in the other one
 
 std::uint64_t numberIn(const std::string& document, const std::string& element) {
     const auto begin = document.find('<' + element + '>');
     return begin == std::string::npos ? 0 : std::stoull(document.substr(begin + element.size() + 2));
+}
+
+// With it the settings need two sectors.
+std::string restoreInProgress() {
+    std::string components;
+    for (const char* name : {"Runtime", "Fonts", "Recipes", "Project", "Languages", "Drivers"})
+        components += std::string("            <Component Name=\"") + name + "\"/>\n";
+    return "    <Restore InProgress=\"1\" RepositoryPath=\"\\Storage\\a.osr\" Force=\"0\">\n        <Components>\n" +
+           components + "        </Components>\n    </Restore>\n";
 }
 
 } // namespace
@@ -40,12 +50,13 @@ SweptPanel::SweptPanel(Story storyToTell) : story(storyToTell) {
         write(saverSettingsPath, saverSettings(true, 60000, 0));
         write(buzzerSettingsPath, buzzerSettings(true, 3400));
         put("\\Temp\\Actor.exe", programFile("Actor"));
+        write("\\MMCMemory\\Tarvex\\helper_log0.txt", std::string(logBefore, '-') + '\n');
         return;
     }
     write("\\MMCMemory\\_rm_old.exe", "left behind");
     write("\\NANDFlash\\ZentrixHMI\\ZentrixHMICE.exe", "runtime");
     write("\\NANDFlash\\ZentrixHMI\\_backup_ZentrixHMICE.exe", "backup");
-    write(settingsPath, settingsFile(3, {"\\MMCMemory"}));
+    write(settingsPath, settingsFile(3, {"\\MMCMemory"}, restoreInProgress()));
 }
 
 bool SweptPanel::live() {
@@ -65,8 +76,10 @@ bool SweptPanel::liveOn() {
 }
 
 bool SweptPanel::liveUntilCut() {
-    if (liveOn() && driver().isOn())
+    if (liveOn() && driver().isOn()) {
+        driver().advance(2000); // as before the end in `live`
         command(1);
+    }
     return driver().waitUntil([this] { return !driver().isOn(); }, limit);
 }
 
@@ -85,6 +98,8 @@ bool SweptPanel::idleAndWake() {
     };
     panel::setUserActive(false);
     driver().advance(61000);
+    if (!driver().isOn())
+        return false;
     deeds["(dims)"] = screen();
     panel::touch({.limit = limitOfAnswer});
     driver().advance(1000);
@@ -116,12 +131,16 @@ bool SweptPanel::reload() {
     };
     std::string answers = answer("ORVATarvexScreenSaverMsg");
     for (const bool enabled : {false, true}) {
+        if (!driver().isOn())
+            return false;
         write(buzzerSettingsPath, buzzerSettings(enabled, 1000));
         if (settlesInLoop())
             answers += answer("ORVATarvexBuzzerMsg");
     }
     deeds["(reloads)"] = answers;
     driver().settle(); // a press that no thread has taken clicks now
+    if (!driver().isOn())
+        return false;
     const std::size_t clicks = panel().devices().requests("BZR1").size();
     panel::touch({.limit = limitOfAnswer});
     panel().devices().setValues("SHC1", {90});
@@ -151,6 +170,23 @@ std::uint64_t SweptPanel::countedWrites() {
     return requests.empty() || requests.back().error != 0 ? 0 : requests.back().words.at(0);
 }
 
+Tree SweptPanel::files() const {
+    Tree state = tree("\\");
+    state.erase("MMCMemory\\Tarvex\\Tarvex.started"); // how often the application was started
+    return state;
+}
+
+Tree SweptPanel::left() {
+    Tree state = files();
+    for (auto& [name, content] : state)
+        if ((std::filesystem::status(panel().hostPath(name)).permissions() & std::filesystem::perms::owner_write) ==
+            std::filesystem::perms::none)
+            content += " (read-only)";
+    state.merge(registry());
+    state["(counted)"] = std::to_string(countedWrites());
+    return state;
+}
+
 Tree SweptPanel::endState(bool afterReboot) {
     const std::uint64_t counted = countedWrites();
     driver().clearFaults();
@@ -176,17 +212,17 @@ Tree SweptPanel::stateAfter(std::uint64_t counted, const std::function<void()>& 
     end();
     if (panel().isOn())
         panel().cut(); // what counts of the registry is what is left then
-    Tree state = tree("\\");
+    Tree state = files();
     state.merge(registry());
     state.merge(deeds);
     // How long a run takes depends on its failures; days do not. What was counted before is what the driver has told.
     const auto statistics = state.find(statisticsPath + 1);
     if (statistics != state.end() && statistics->second.ends_with("</EMMC>\n")) {
         std::string& document = statistics->second;
-        document = std::to_string(numberIn(document, "TotalWriteCountLow") - counted) + " writes, " +
-                   std::to_string(numberIn(document, "SessionWriteCountLow")) + " of them now, " +
-                   std::to_string(numberIn(document, "TotalDuration") / 86400) + " days, " +
-                   std::to_string(numberIn(document, "SessionDuration") / 86400) + " of them now";
+        state[statistics->first + ": writes"] = std::to_string(numberIn(document, "TotalWriteCountLow") - counted) +
+                                                ", now " + std::to_string(numberIn(document, "SessionWriteCountLow"));
+        document = std::to_string(numberIn(document, "TotalDuration") / 86400) + " days, now " +
+                   std::to_string(numberIn(document, "SessionDuration") / 86400);
     }
     return state;
 }

@@ -13,8 +13,8 @@ using Tree = std::map<std::string, std::string>;
 
 enum class Story {
     fromDisk, // started from a disk, installed, ended
-    inPlace, // started in place with much to clean up, ended
-    life, // started in place; an idle cycle, touches, a disk, settings reloaded, five minutes, the end
+    inPlace, // started in place with much to clean up and a restore in progress, ended
+    life, // started in place; an idle cycle, touches, a disk, settings reloaded, five minutes, the end; two log files
 };
 
 // Of an end state: without what became of the parts of a life.
@@ -33,6 +33,9 @@ public:
 
     // Tells it until the power is cut; false: it never was.
     bool liveUntilCut();
+    // All on which the next boot depends: files and folders with their attribute, the registry as flash has it, the
+    // eMMC's count. Not the logs: nobody reads them.
+    Tree left();
 
     // After a reboot, or at once, the helper is started without faults and ended, and the power cut.
     // Files, registry as flash has it, and in parentheses what became of each part of a life that `live` has told.
@@ -45,6 +48,7 @@ private:
     bool idleAndWake();
     bool plugAndUnplug();
     bool reload();
+    Tree files() const;
     // What the eMMC's counter answered last since boot; 0 if it refused or was not asked.
     std::uint64_t countedWrites();
     Tree stateAfter(std::uint64_t counted, const std::function<void()>& start);

@@ -1,11 +1,11 @@
 // A week of panel time with one helper: what it has kept, logged and done then, and what it has cost.
 #include "platform/panel/Operator.h"
 #include "tests/scenario/UsbPanel.h"
+#include "tests/support/OwnMemory.h"
 #include "tests/support/StatisticsFile.h"
 
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <sys/prctl.h>
 
 using panel::Behaviour;
@@ -33,23 +33,6 @@ struct Use {
     std::size_t memory = 0; // KB that only this process has: its heap and stacks
 };
 
-// An emulator has memory of its own: there it is what lies in the 4 GB that begin with the emulated loader.
-std::size_t ownMemory(const fs::path& process) {
-    std::ifstream maps(process / "smaps");
-    std::size_t sum = 0;
-    std::size_t begin = 0;
-    std::size_t end = 0;
-    std::size_t emulated = 0;
-    for (std::string line; std::getline(maps, line);) {
-        std::size_t kilobytes = 0;
-        if (std::sscanf(line.c_str(), "Anonymous: %zu", &kilobytes) == 1)
-            sum += emulated == 0 || begin - emulated < 0xFFFFFFFF ? kilobytes : 0;
-        else if (std::sscanf(line.c_str(), "%zx-%zx", &begin, &end) == 2 && emulated == 0 && line.ends_with("/loader"))
-            emulated = begin;
-    }
-    return sum;
-}
-
 } // namespace
 
 class Week : public UsbConfiguration {
@@ -64,7 +47,7 @@ protected:
         const fs::path process = "/proc/" + std::to_string(helper.hostPid);
         const fs::directory_iterator descriptors(process / "fd");
         return {helper.threads, helper.handles, std::distance(begin(descriptors), end(descriptors)),
-                ownMemory(process)};
+                ownMemory(helper.hostPid)};
     }
 
     void tell(const char* message, std::uint64_t code, std::int64_t argument, std::int64_t result) {

@@ -218,7 +218,7 @@ bool ScenarioPanel::isRunning(const std::string& process) {
     return false;
 }
 
-std::vector<std::string> ScenarioPanel::log() const {
+std::string ScenarioPanel::logText() const {
     std::vector<fs::path> files;
     for (const char* name : {"\\MMCMemory\\Tarvex\\helper_log0.txt", "\\MMCMemory\\Tarvex\\helper_log1.txt"})
         if (exists(name))
@@ -227,8 +227,12 @@ std::vector<std::string> ScenarioPanel::log() const {
         std::swap(files[0], files[1]);
     std::string text;
     for (const fs::path& file : files)
-        text += withoutStamps(readText(file));
-    return linesOf(text);
+        text += readText(file);
+    return text;
+}
+
+std::vector<std::string> ScenarioPanel::log() const {
+    return linesOf(withoutStamps(logText()));
 }
 
 Lines ScenarioPanel::lastLines(std::size_t count) const {

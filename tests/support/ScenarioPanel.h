@@ -72,7 +72,9 @@ public:
     // Lets time pass, until all is quiet.
     void pass(std::uint64_t milliseconds);
 
-    // The helper's log so far without the time stamps, oldest first: "INFO;Init of Helper".
+    // The helper's log so far, as it is in the files, oldest first.
+    std::string logText() const;
+    // Its lines without the time stamps: "INFO;Init of Helper".
     Lines log() const;
     Lines lastLines(std::size_t count) const; // of it, if it has so many
     std::vector<std::string> errors() const; // those lines of it

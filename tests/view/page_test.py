@@ -4,6 +4,7 @@ usage: page_test.py PROGRAMS FOLDER     the folder is made anew
 """
 import contextlib
 import http.client
+import json
 import os
 import pathlib
 import re
@@ -32,6 +33,16 @@ const start = OscillatorNode.prototype.start, stop = OscillatorNode.prototype.st
 OscillatorNode.prototype.start = function(at) { this.begun = at; return start.call(this, at); };
 OscillatorNode.prototype.stop = function(at) {
     heard.push(`${this.frequency.value} ${Math.round((at - this.begun) * 1000)}`); return stop.call(this, at); };"""
+
+READ = """const [text, done] = arguments;
+import("devtools://devtools/bundled/models/trace/trace.js").then(async viewer => {
+    const model = viewer.TraceModel.Model.createWithAllHandlers();
+    await model.parse(JSON.parse(text).traceEvents, {});
+    const trace = model.parsedTrace(0).data, call = at => [at.name, at.ts, at.ts + at.dur, at.args];
+    const inside = at => at.children.flatMap(child => [call(child.entry), ...inside(child)]);
+    done(viewer.Handlers.Threads.threadsInTrace(trace).map(({pid, name, entries, tree}) => [
+        trace.Meta.processNames.get(pid).args.name, name, entries.map(call), [...tree.roots].map(root => [call(root.entry), inside(root)])]));
+}).catch(error => done(String(error)));"""
 
 
 def panel(*words):
@@ -177,6 +188,8 @@ def drive(page, disk):
     page.wait_for("#programs", "Tarvex.exe#1ended, exit code 0")
     assert "-from-disk" in (PANEL / "fs/MMCMemory/Tarvex/Tarvex.started").read_text()
 
+    panel("trace", "export", FOLDER / "trace.json")
+    viewed = (FOLDER / "trace.json").read_text(), panel("trace", "show", "--json")
     page.click("#tab-timeline")
     page.find("#find").send_keys("CreateWindowExW", Keys.ENTER, Keys.ENTER)
     page.wait_for("#line", "TarvexHelper.exe#1 t1 CreateWindowExW[2](")
@@ -193,6 +206,31 @@ def drive(page, disk):
     assert not page.find("#advance").is_displayed()
     shutil.rmtree(PANEL)
     page.wait_for("#power", "gone")
+    check_trace_viewer(page, *viewed)
+
+
+def check_trace_viewer(page, exported, shown):
+    """The parser of Chromium's own trace viewer, the developer tools, finds the threads and calls of the trace."""
+    page.browser.get("devtools://devtools/bundled/devtools_app.html")
+    threads = page.browser.execute_async_script(READ, exported)
+    calls = [json.loads(line) for line in shown.splitlines()]
+    seen = {}
+    for process, thread, entries, roots in threads:
+        for name, begin, end, arguments in entries:
+            seen[process, int(thread[1:]), name, arguments["call"]] = begin, end, arguments
+        for (_, begin, end, _), inner in roots:
+            assert all(begin <= child[1] and child[2] <= end for child in inner), (process, thread, begin)
+    last = 0
+    for call in calls:
+        begin, end, arguments = seen.pop((call["process"], call["thread"], call["function"], call["call"]))
+        assert arguments["arguments"] == call["arguments"], (call, arguments)
+        assert arguments["result"] == (call["result"] if call["returned"] else "has not returned"), (call, arguments)
+        if call["returned"]: # in the order of the trace, and still in the same millisecond
+            assert last < end and end // 1000 == call["time"] and begin // 1000 == call["time"] - call["took"], call
+            last = end
+        else:
+            assert begin // 1000 == call["time"] and end >= last, call
+    assert not seen and len({call["process"] for call in calls}) > 1 and last > 1000, (seen, last)
 
 
 def main():

@@ -116,12 +116,14 @@ std::string readFile(const std::string& path) {
     return content;
 }
 
-void appendToFile(const std::string& path, std::string_view text) {
+std::uint64_t appendToFile(const std::string& path, std::string_view text) {
     const int file = open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0644);
     if (file < 0)
-        return;
-    [[maybe_unused]] const auto written = write(file, text.data(), text.size());
+        return 0;
+    const bool written = write(file, text.data(), text.size()) >= 0;
+    const off_t size = written ? lseek(file, 0, SEEK_CUR) : 0;
     close(file);
+    return size < 0 ? 0 : static_cast<std::uint64_t>(size);
 }
 
 void writeFile(const std::string& path, const std::string& content) {

@@ -301,7 +301,7 @@ struct Image {
     std::uint32_t waitingDrivers; // number of waiting driver threads
     std::uint64_t waitOrder; // number of waits and sent messages so far
     ClockRecord clock;
-    std::atomic<std::uint32_t> tracing;
+    std::atomic<std::uint32_t> tracing; // 0: off; else the limit of the trace (Trace.h)
     std::atomic<std::uint32_t> faultCount;
     std::uint32_t screenWidth;
     std::uint32_t screenHeight;
@@ -347,7 +347,7 @@ static_assert(sizeof(MessageRecord) == 48 && sizeof(ObjectRecord) == 864 && size
 // built from older sources, cannot map the kernel file: it would misread the tables. Add a line for each new table.
 constexpr std::uint32_t layoutNumber() {
     const std::size_t facts[] = {
-        3, // increment it when a field changes its meaning, but not its place
+        4, // increment it when a field changes its meaning, but not its place
         sizeof(Image),
         offsetof(Image, on),
         offsetof(Image, clock),

@@ -3,7 +3,9 @@
 #include "platform/panel/kernel/Host.h"
 #include "platform/panel/kernel/Patience.h"
 #include "platform/panel/kernel/Scheduler.h"
+#include "platform/panel/kernel/Wait.h"
 
+#include <algorithm>
 #include <climits>
 
 namespace panel {
@@ -14,7 +16,9 @@ constexpr std::uint32_t sleepers = 0x80000000;
 constexpr std::uint32_t idBits = 22; // Linux ids are below 2^22
 constexpr std::uint32_t idMask = (1U << idBits) - 1;
 constexpr std::uint32_t startMask = 0x1FF; // all bits set: the start time is unknown
-constexpr std::uint32_t ownerGlance = 50; // real ms between two checks whether the owner is alive
+// Real ms between two checks whether the owner is alive. After a power cut it often is not: the first check comes soon.
+constexpr std::uint32_t firstGlance = 1;
+constexpr std::uint32_t lastGlance = 50;
 
 std::int32_t threadOf(std::uint32_t owner) {
     return static_cast<std::int32_t>(owner & idMask);
@@ -29,6 +33,8 @@ bool isGone(std::uint32_t owner) {
 
 } // namespace
 
+bool Lock::endsWithPower = false;
+
 std::uint32_t Lock::nameOf(std::int32_t threadId) {
     const std::uint64_t start = host::startTime(threadId);
     const auto noted = start == host::unknown ? startMask : static_cast<std::uint32_t>(start % startMask);
@@ -37,8 +43,14 @@ std::uint32_t Lock::nameOf(std::int32_t threadId) {
 
 void Lock::acquire() {
     const std::uint32_t limit = patience::limit.milliseconds;
-    if (tryFor(limit ? limit : host::noLimit))
-        return;
+    if (tryFor(limit ? limit : host::noLimit)) {
+        // Since the call began the power may have gone: the process is about to be killed. Or the process may have
+        // ended: its records are free, and may be in use again.
+        if (!(endsWithPower && !image.on) && !(processEnded && !endsProcess))
+            return;
+        release();
+        standStill();
+    }
     const std::int32_t owner = threadOf(word.load(std::memory_order_relaxed));
     patience::limit.giveUp("process " + std::to_string(owner) + " holds the panel's kernel and " +
                            (host::isStopped(owner) ? "is stopped (kill -CONT " + std::to_string(owner) +
@@ -53,7 +65,7 @@ bool Lock::tryFor(std::uint32_t milliseconds) {
         return held = true;
     // From here on the lock is taken with the top bit set, since other threads may sleep on the word, too.
     const std::int64_t begun = host::monotonicNanoseconds();
-    for (;;) {
+    for (std::uint32_t glance = firstGlance;;) {
         if (value == 0) {
             if (word.compare_exchange_strong(value, me | sleepers, std::memory_order_acquire))
                 break;
@@ -64,7 +76,8 @@ bool Lock::tryFor(std::uint32_t milliseconds) {
                 continue;
             value |= sleepers;
         }
-        host::futexWait(word, value, ownerGlance);
+        host::futexWait(word, value, glance);
+        glance = std::min(2 * glance, lastGlance);
         const std::uint32_t now = word.load(std::memory_order_relaxed);
         if (now == value && isGone(value)) {
             if (word.compare_exchange_strong(value, me | sleepers, std::memory_order_acquire)) {

@@ -11,7 +11,8 @@ namespace panel {
 
 class Lock {
 public:
-    // Waits for the lock. With `--patience` (Patience.h) the process ends with a message when that time has passed.
+    // Waits for the lock. With `--patience` (Patience.h) the process ends with a message when that time has passed. In
+    // a program of the panel the calling thread stops for ever if the panel is off: no call has an effect after that.
     explicit Lock(Image& guarded) : image(guarded), word(guarded.lock) {
         acquire();
     }
@@ -30,6 +31,9 @@ public:
     bool isHeld() const {
         return held;
     }
+
+    // True in the programs of the panel. Set it before the process has a second thread.
+    static bool endsWithPower;
 
     // Returns the value of the word while this thread holds the lock.
     static std::uint32_t nameOf(std::int32_t threadId);

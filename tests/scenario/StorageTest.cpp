@@ -1,0 +1,130 @@
+// What a power cut leaves of files.
+#include "platform/panel/Runtime.h"
+#include "platform/panel/kernel/Lock.h"
+#include "tests/support/ScenarioPanel.h"
+
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <sched.h>
+
+namespace fs = std::filesystem;
+
+using panel::StoragePolicy;
+
+namespace {
+
+// Writes to the end of a file through a handle of this process, and leaves the handle open.
+HANDLE append(const wchar_t* path, const std::string& text, DWORD disposition = OPEN_ALWAYS) {
+    const HANDLE file = CreateFileW(path, GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, disposition,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    SetFilePointer(file, 0, nullptr, FILE_END);
+    DWORD written = 0;
+    EXPECT_TRUE(WriteFile(file, text.data(), static_cast<DWORD>(text.size()), &written, nullptr));
+    return file;
+}
+
+} // namespace
+
+TEST(Storage, ACutLeavesOfFilesWhatTheStoragePolicySays) {
+    const std::string old(10, 'o');
+    const std::string added(1000, 'n');
+    const std::string all = old + added;
+    const std::string first(10, '1');
+    const struct {
+        StoragePolicy policy;
+        std::optional<std::uint32_t> sectors; // empty: the panel is switched off
+        std::string moved, emptied, shared;
+    } rows[] = {
+        {StoragePolicy::kept, 0, all, added, first + old + first},
+        {StoragePolicy::closed, {}, all, added, first + old + first},
+        {StoragePolicy::closed, 0, old, "", first + std::string(10, 0) + first},
+        {StoragePolicy::torn, 0, old, "", first + std::string(10, 0) + first},
+        {StoragePolicy::torn, 1, all.substr(0, 512), added.substr(0, 512), first + old + first},
+        {StoragePolicy::torn, 2, all, added, first + old + first},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(testing::Message() << static_cast<int>(row.policy) << ' ' << row.sectors.value_or(99));
+        ScenarioPanel panel;
+        panel.panel().setStorage(row.policy);
+        panel.plugDisk("Hard Disk");
+        for (const char* file : {"\\MMCMemory\\From\\moved", "\\MMCMemory\\emptied", "\\Hard Disk\\file"})
+            panel.write(file, old);
+        append(L"\\MMCMemory\\from\\MOVED", added);
+        EXPECT_TRUE(MoveFileW(L"\\MMCMemory\\From", L"\\MMCMemory\\To"));
+        append(L"\\MMCMemory\\emptied", "gone");
+        append(L"\\MMCMemory\\emptied", added, CREATE_ALWAYS);
+        append(L"\\Hard Disk\\file", added);
+        CloseHandle(append(L"\\Windows\\closed", added));
+        const HANDLE one = append(L"\\MMCMemory\\shared", first);
+        append(L"\\MMCMemory\\shared", old);
+        SetFilePointer(one, 0, nullptr, FILE_END);
+        DWORD written = 0;
+        EXPECT_TRUE(WriteFile(one, first.data(), 10, &written, nullptr));
+        CloseHandle(one);
+        const FreshFolder other;
+        fs::copy(panel.panel().directory(), other.path / "copy", fs::copy_options::recursive);
+        if (row.sectors)
+            panel.panel().cut(*row.sectors);
+        else
+            panel.panel().off();
+        EXPECT_EQ(panel.read("\\MMCMemory\\To\\moved"), row.moved);
+        EXPECT_EQ(panel.read("\\MMCMemory\\emptied"), row.emptied);
+        EXPECT_EQ(panel.read("\\MMCMemory\\shared"), row.shared);
+        EXPECT_EQ(panel.read("\\Windows\\closed"), added);
+        EXPECT_EQ(panel.read("\\Hard Disk\\file"), all);
+        EXPECT_FALSE(panel.exists("\\MMCMemory\\From"));
+        panel::Panel copy(other.path / "copy");
+        copy.boot({});
+        copy.off();
+        const bool keeps = row.policy == StoragePolicy::kept;
+        EXPECT_EQ(fs::file_size(copy.hostPath("\\MMCMemory\\To\\moved")), keeps ? all.size() : old.size());
+    }
+}
+
+TEST(Storage, ACutTakesTheLogOfTheRunningHelperButNotItsSettings) {
+    const struct {
+        StoragePolicy policy;
+        std::uint32_t sectors;
+        std::size_t lines; // in the log; the power goes at the second one, behind the settings
+    } rows[] = {{StoragePolicy::kept, 0, 1},
+                {StoragePolicy::closed, 0, 0},
+                {StoragePolicy::torn, 0, 0},
+                {StoragePolicy::torn, 9, 2}}; // inside the call
+    for (const auto& row : rows) {
+        SCOPED_TRACE(testing::Message() << static_cast<int>(row.policy) << ' ' << row.sectors);
+        ScenarioPanel panel;
+        panel.install();
+        panel.panel().setStorage(row.policy);
+        panel.startInPlace();
+        EXPECT_TRUE(panel.driver().kill("TarvexHelper.exe#1")); // the system closes its handles
+        const Lines before = panel.log();
+        const std::string settings = panel.read("\\MMCMemory\\Tarvex\\config.xml");
+        panel.driver().addFault(
+            {"WriteFile", "TarvexHelper.exe", 2, 1, 3, false, panel::FaultAction::cut, 0, row.sectors});
+        panel.driver().start(ScenarioPanel::helper);
+        EXPECT_TRUE(panel.driver().waitUntil([&] { return !panel.driver().isOn(); }, ScenarioPanel::limit));
+        EXPECT_EQ(panel.log().size(), before.size() + row.lines);
+        EXPECT_FALSE(settings.empty());
+        EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), settings);
+    }
+}
+
+TEST(Storage, NoCallHasAnEffectAfterACut) {
+    const char* file = "\\MMCMemory\\file";
+    ScenarioPanel panel(0, 1);
+    panel.put("\\MMCMemory\\Actor.exe", programFile("Actor"));
+    panel.driver().start("\\MMCMemory\\Actor.exe", std::string("fill ") + file);
+    EXPECT_TRUE(panel.driver().waitUntil([&] { return panel.exists(file); }, ScenarioPanel::limit));
+    panel::Image& image = panel::Runtime::instance().image();
+    {
+        const panel::Lock lock(image);
+        while (!(image.lock.load() >> 31)) // until the program is inside a call, and waits for the lock
+            sched_yield();
+        image.on = 0;
+        panel.write(file, "cut");
+    }
+    for (int turn = 0; turn < 1000; ++turn, sched_yield())
+        const panel::Lock lock(image);
+    EXPECT_EQ(panel.read(file), "cut");
+}

@@ -1,0 +1,225 @@
+// What people take out of a panel and put into another: registry, trace, reports.
+#include "tests/support/PanelCommand.h"
+
+#include <cstdlib>
+
+TEST_F(PanelCommand, ReadsAndChangesTheRegistry) {
+    succeed("create p --version 3.7 --name Press");
+    install();
+    EXPECT_EQ(call("registry read HKLM\\\\ORVA Version").text, "3.7\n"); // works switched off, too
+    EXPECT_EQ(call("registry read hkey_local_machine\\\\ident NAME").text, "Press\n");
+    succeed("registry write 'HKLM\\init' Launch62 '\\MMCMemory\\Actor.exe'");
+    succeed("registry write 'HKLM\\init' Launch9 '\\MMCMemory\\none.exe'");
+    const Answer boot = call("boot --stepped");
+    EXPECT_EQ(boot.code, 0);
+    EXPECT_NE(boot.text.find("Launch9 of the registry: cannot start \\MMCMemory\\none.exe"), std::string::npos);
+    EXPECT_NE(boot.text.find("Started Actor.exe#1, listed as Launch62"), std::string::npos) << boot.text;
+    succeed("registry write 'HKCU\\a\\b' '' '32 00' --type REG_BINARY");
+    succeed("registry write 'HKCU\\a' n 0x10 --type REG_DWORD --flush");
+    EXPECT_EQ(call("registry read 'HKCU\\a' n").text, "10 00 00 00\n");
+    const Json list = json("registry list 'HKCU\\a'");
+    EXPECT_EQ(list.at(1).at("key"), "HKEY_CURRENT_USER\\a\\b");
+    EXPECT_EQ(call("registry list --flash").text.find("a\\b"), std::string::npos);
+    succeed("cut");
+    EXPECT_EQ(json("registry list 'HKCU\\a'").size(), 1U); // what was flushed
+    succeed("registry delete 'HKCU\\a' N");
+    succeed("registry delete 'HKCU\\a\\'");
+    EXPECT_EQ(json("registry list HKCU").size(), 1U);
+}
+
+TEST_F(PanelCommand, MovesTheRegistryAsAFile) {
+    std::string bytes = "00";
+    for (int count = 0; count < 60; ++count)
+        bytes += " fe";
+    const std::string content = R"({"HKEY_CLASSES_ROOT": {}, "HKEY_CURRENT_USER": {}, "HKEY_CURRENT_USER\\z]y [x;": {
+        "": {"type": "REG_SZ", "text": "default \"quoted\" \\ and ; no comment"}, "@": {"type": "REG_SZ", "text": ""},
+        "q\"b\\": {"type": "REG_EXPAND_SZ", "text": "%x%"}, "Ä€": {"type": "REG_SZ", "text": "ü€"},
+        "Lines": {"type": "REG_SZ", "text": "a\r\nb"}, "Open": {"type": "REG_SZ", "bytes": "61 00"},
+        "List": {"type": "REG_MULTI_SZ", "texts": ["a", "ß"]}, "Dword": {"type": "REG_DWORD", "number": 4294967295},
+        "Short": {"type": "REG_DWORD", "bytes": "01"}, "Big": {"type": "REG_DWORD_BIG_ENDIAN", "bytes": "00 00 00 01"},
+        "None": {"type": "REG_NONE", "bytes": ""}, "Link": {"type": "REG_LINK", "bytes": "01"},
+        "Strange": {"type": "REG_4660", "bytes": ")" +
+                                bytes + R"("},
+        "Bytes": {"type": "REG_BINARY", "bytes": ")" +
+                                bytes + R"("}}, "HKEY_CURRENT_USER\\z]y [x;\\b": {},
+        "HKEY_CURRENT_USER\\a": {}, "HKEY_LOCAL_MACHINE": {}, "HKEY_USERS": {"Odd": {"type": "REG_MULTI_SZ", "bytes": "61"}}})";
+    auto registry = nlohmann::ordered_json::parse(content);
+    succeed("create p");
+    for (const std::string option : {"", " --ansi"}) {
+        writeText(directory / "p/registry/flash.json", registry.dump());
+        succeed("registry export r.reg" + option);
+        EXPECT_EQ(readText(directory / "r.reg").substr(0, 2), option.empty() ? "\xFF\xFE" : "RE");
+        fs::remove_all(directory / "other");
+        before = "mkdir other; cd other;";
+        succeed("create p");
+        writeText(directory / "other/p/registry/flash.json", "{}");
+        before = "cd other;";
+        succeed("registry import ../r.reg");
+        EXPECT_EQ(nlohmann::ordered_json::parse(readText(directory / "other/p/registry/flash.json")), registry);
+        before.clear();
+        if (option.empty())
+            fails("registry export --ansi r.reg", "cannot express the value \"Odd\""); // half a character
+        registry["HKEY_USERS"].clear();
+    }
+    succeed("registry write HKU Greek Ω");
+    fails("registry export --ansi r.reg", "lacks a character of this line: \"Greek\"");
+}
+
+TEST_F(PanelCommand, MergesRegistryFiles) {
+    succeed("create p");
+    succeed("registry write 'HKCU\\a\\b' v x");
+    succeed("boot --stepped --without-init");
+    const std::string file =
+        "\r\n; a comment\r\n[HKEY_CURRENT_USER\\A] ; another\r\n\"n\" = dword:1F\r\n\"gone\"=\"x\"\n"
+        "@=hex(2):25,78,\\\n  25,\\ ; continued\n\t00\n\"gone\"=-\n[-hkcu\\a\\B]\n[-HKCU\\none]\n\n";
+    writeText(directory / "r.reg", "REGEDIT4" + file);
+    succeed("registry import r.reg");
+    EXPECT_EQ(json("registry list 'HKCU\\a'").dump(),
+              R"([{"key":"HKEY_CURRENT_USER\\a","values":[{"bytes":"1f 00 00 00","name":"n","type":"REG_DWORD"},)"
+              R"({"bytes":"25 00 78 00 25 00 00 00","name":"","text":"%x%","type":"REG_EXPAND_SZ"}]}])");
+    writeText(directory / "r.reg", "Windows Registry Editor Version 5.00" + file);
+    succeed("registry import r.reg"); // bytes of this version are not ANSI
+    EXPECT_EQ(json("registry read 'HKCU\\a' ''").at("bytes"), "25 78 25 00");
+    const Json merged = json("registry list");
+    const struct {
+        std::string text, reason;
+    } rows[] = {
+        {"", "line 1: a registry file begins with"},
+        {"REGEDIT5\n[HKCU\\b]\n", "line 1: "},
+        {std::string("\xFF\xFER\0E\0", 6), "line 1: "},
+        {std::string("\xFF\xFE\0\xD8\n\0", 6), "line 1: not text"},
+        {"REGEDIT4\n[HKCU\\b]\n[-HKCU]\n", "line 3: HKEY_CURRENT_USER is a root"},
+        {"REGEDIT4\n[HKXX\\b]\n", "line 2: no such root"},
+        {"REGEDIT4\n[HKCU\\b]\n[HKCU\\b", "line 3: the key has no closing bracket"},
+        {"REGEDIT4\n\"a\"=\"b\"\n", "line 2: a value without a key"},
+        {"REGEDIT4\n[HKCU\\b]\n\"a\"=\"\\b\"\n", "line 3: in quotation marks"},
+        {"REGEDIT4\n[HKCU\\b]\n\"a\"=\"b\\", "line 3: the text has no closing"},
+        {"REGEDIT4\n[HKCU\\b]\n\"a\"=\"b\" c\n", "line 3: not understood: c"},
+        {"REGEDIT4\n[HKCU\\b]\n\"a\"=dword:123456789\n", "line 3: not understood"},
+        {"REGEDIT4\n[HKCU\\b]\n\"a\"=hex:1g\n", "line 3: a comma is missing"},
+        {"REGEDIT4\n[HKCU\\b]\n\"a\"=hex:00,\\\n", "line 4: the file ends"},
+        {"REGEDIT4\n[HKCU\\b]\n\"a\"=hex(7:00\n", "line 3: the type has no closing"},
+        {"REGEDIT4\n[HKCU\\b]\n\"" + std::string(256, 'a') + "\"=-\n", "255 characters"},
+    };
+    for (const auto& row : rows) {
+        writeText(directory / "bad.reg", row.text);
+        fails("registry import bad.reg", row.reason);
+    }
+    EXPECT_EQ(json("registry list"), merged);
+    succeed("cut");
+    EXPECT_EQ(json("registry list HKCU").size(), 3U); // nothing was flushed
+}
+
+TEST_F(PanelCommand, EndsTheTraceAtItsLimit) {
+    succeed("create p");
+    install();
+    succeed("boot --stepped");
+    succeed("trace on --limit 4KiB");
+    for (int program = 1; program <= 3; ++program)
+        succeed("start '\\MMCMemory\\Tarvex\\TarvexHelper.exe'");
+    succeed("start '\\MMCMemory\\Actor.exe' sleep 1 sleep 1");
+    succeed("advance 10min");
+    const Lines lines = linesOf(readText(directory / "p/run/trace"));
+    const std::size_t calls = lines.size() - 1;
+    EXPECT_NE(lines.back().find(" the trace ends here: it has reached its limit of 4 KiB"), std::string::npos);
+    EXPECT_NE(call("trace show --function Sleep").text.find("panel: "), std::string::npos);
+    const std::uintmax_t size = fs::file_size(directory / "p/run/trace") - lines.back().size() - 1;
+    EXPECT_TRUE(size >= 4096 && size - lines[calls - 1].size() - 1 < 4096) << size;
+    EXPECT_EQ(json("status").at("trace"), false);
+    fails("trace on --limit 4KiB", "already");
+    isMisused("trace on --limit 4apples", "--limit");
+    succeed("trace on");
+    EXPECT_EQ(json("status").at("trace"), true);
+    succeed("off");
+    succeed("trace export t.json"); // tests/view opens such a file in a trace viewer
+    EXPECT_EQ(Json::parse(readText(directory / "t.json")).at("traceEvents").back().at("ph"), "X");
+    EXPECT_NE(call("trace export none/t.json").text.find("cannot write none/t.json"), std::string::npos);
+}
+
+TEST_F(PanelCommand, MakesAPanelOfAReport) {
+    succeed("create p --screen 640x480 --date 2024-03-07T06:05:09");
+    install();
+    writeText(directory / "disk/file", "x");
+    fs::create_symlink("/etc", directory / "disk/link");
+    succeed("plug disk --in-place --as Stick");
+    succeed("boot --stepped --trace");
+    succeed("start '\\MMCMemory\\Tarvex\\TarvexHelper.exe'");
+    succeed("wait --window ORVATarvexHelper");
+    const std::string log = call("log").text;
+    const std::string trace = readText(directory / "p/run/trace");
+    succeed("report r.tar.gz");
+    succeed("off");
+    fails("create p --from r.tar.gz", "not empty");
+    isMisused("create q --from r.tar.gz --model 7", "--model");
+    EXPECT_EQ(json("create q --from r.tar.gz").at("directory"), (directory / "q").string());
+    EXPECT_EQ(readText(directory / "q/run/trace"), trace);
+    EXPECT_EQ(readText(directory / "q/report/log.txt"), log);
+    EXPECT_EQ(Json::parse(readText(directory / "q/report/status.json")).at("on"), true);
+    EXPECT_NE(readText(directory / "q/report/programs.txt").find("TarvexHelper.exe#1"), std::string::npos);
+    for (const char* file : {"fs/MMCMemory/Tarvex/TarvexHelper.exe", "fs/MMCMemory/Tarvex/config.xml"})
+        EXPECT_EQ(fs::last_write_time(directory / "q" / file), fs::last_write_time(directory / "p" / file)) << file;
+    fs::rename(directory / "p", directory / "old");
+    fs::rename(directory / "q", directory / "p");
+    EXPECT_EQ(json("status").at("volumes").at(2), Json({{"name", "Stick"}, {"device", "DSK1:"}, {"inPlace", false}}));
+    EXPECT_FALSE(fs::is_symlink(directory / "p/fs/Stick"));
+    succeed("boot --stepped");
+    succeed("wait --window ORVATarvexHelper");
+    writeText(directory / "p/run/kernel", "damaged");
+    EXPECT_EQ(call("report r.tar.gz").code, 0);
+    succeed("create q --from r.tar.gz");
+    fs::remove_all(directory / "q");
+
+    writeText(directory / "made/q/devices/panel.json", "{}");
+    const struct {
+        std::string command, reason; // how a bad archive "b" is made
+    } rows[] = {
+        {"echo text >b", "gzip"},
+        {"head -c 5000 r.tar.gz >b", "gzip"},
+        {"tar -czf b -T /dev/null", "it is empty"},
+        {"tar -czPf b /etc/hostname", "\"/etc/hostname\" does not lie"},
+        {"tar -czPf b --transform 's,^,q/../,' disk/file", "\"q/../disk/file\" does not lie"},
+        {"tar -czf b disk made", "does not lie in its only folder"},
+        {"tar -czf b disk", "\"disk/link\" is neither"},
+        {"tar -czf b -C made q", "screen"},
+        {"tar -czf b made", "not a panel"},
+        {"tar -xzf r.tar.gz; rm panel/registry/now.json; tar -czf b panel",
+         "the registry cannot be read: registry/now"},
+        {"rm -r panel/fs/Windows; tar -xzf r.tar.gz panel/registry; tar -czf b panel", "no folder fs/Windows"},
+        {"rm b; mkfifo b", "no such file"},
+    };
+    for (const auto& row : rows) {
+        before = row.command + ";";
+        fails("create q --from b", row.reason);
+        EXPECT_FALSE(fs::exists(directory / "q")) << row.command;
+    }
+    before.clear();
+    EXPECT_EQ(call("off").code, 1); // the kernel file is damaged
+    fails("report none/r.tar.gz", "cannot write none/r.tar.gz");
+}
+
+TEST_F(PanelCommand, CompletesWordsForBash) {
+    const struct {
+        std::string line, words;
+    } rows[] = {
+        {"panel tr", "trace\n"},
+        {"panel -C 'my panel' trace o", "on\noff\n"},
+        {"panel -C trace o", "off\n"}, // "trace" is the directory
+        {"panel device B", "BKL1\nBZR1\n"},
+        {"panel device BKL1 r", "refuse\nremove\n"},
+        {"panel device --error 3 \"BKL1\" bl", "block\n"},
+        {"panel log --level ", "INFO\nERROR\n"},
+        {"panel log --sin", "--since\n"},
+        {"panel fault add CreateM", "CreateMsgQueue\nCreateMutexW\n"},
+        {"panel trace show --failed --function ReleaseM", "ReleaseMutex\n"},
+        {"panel create --storage t", "torn\n"},
+        {"panel start \\\\MMC", ""}, // nothing: bash then offers files
+    };
+    for (const auto& [line, words] : rows) {
+        setenv("COMP_LINE", (line + " rest").c_str(), 1);
+        setenv("COMP_POINT", std::to_string(line.size()).c_str(), 1);
+        EXPECT_EQ(call("completion panel word previous").text, words) << line;
+    }
+    unsetenv("COMP_LINE");
+    before = "bash -c 'eval \"$(\"$0\" completion)\"; complete -p panel' '" + programFile("panel").string() + "';";
+    EXPECT_EQ(call("--version").text.find("complete -o default -C "), 0U);
+}
