@@ -55,11 +55,12 @@ void LogFile::Leave::operator()(LogFile* file) const {
 std::uint32_t LogFile::size() const {
     // The file that the path names now is measured. It is opened a second time, for reading.
     const HANDLE file = openShared(path, GENERIC_READ, OPEN_EXISTING);
-    if (file == INVALID_HANDLE_VALUE) {
-        return 0;
+    const bool opened = file != INVALID_HANDLE_VALUE;
+    // The log must keep its limit even if the process has no free handle: the log's own handle then gives the size.
+    const DWORD end = SetFilePointer(opened ? file : handle, 0, nullptr, FILE_END);
+    if (opened) {
+        CloseHandle(file);
     }
-    const DWORD end = SetFilePointer(file, 0, nullptr, FILE_END);
-    CloseHandle(file);
     return end == INVALID_SET_FILE_POINTER ? 0 : end;
 }
 

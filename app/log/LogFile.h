@@ -35,7 +35,8 @@ public:
     // returns false and does nothing.
     bool closeIfAlone();
 
-    // Returns the size in bytes of the file that the path names now, or 0 if the file cannot be opened. Needs a Use.
+    // Returns the size in bytes of the file that the path names now. If that file cannot be opened, returns the size of
+    // the open file; 0 if the platform does not know it. Needs a Use.
     std::uint32_t size() const;
     // Appends bytes. The bytes are lost if the platform call fails. Needs a Use.
     void write(std::string_view bytes);

@@ -21,7 +21,7 @@ namespace panel {
 
 namespace {
 
-constexpr std::uint32_t lockPatience = 1000; // real ms between two checks of the kernel file while the lock is stuck
+constexpr std::uint32_t lockGlance = 1000; // real ms between two checks of the kernel file while the lock is stuck
 constexpr int withoutBell = 1000; // real ms between two checks without inotify or a pidfd
 
 std::string kernelFile(const std::string& directory) {
@@ -128,7 +128,7 @@ void Watcher::watch() {
 
 bool Watcher::look() {
     {
-        const Lock lock(image, lockPatience);
+        const Lock lock(image, lockGlance);
         if (!lock.isHeld())
             return false;
         watchNew();

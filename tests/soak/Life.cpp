@@ -22,6 +22,7 @@ constexpr std::uint32_t interval = 300; // s, of the statistics
 constexpr std::size_t memoryOfRest = 8; // KB
 constexpr std::size_t logLimit = 102400 + 400; // bytes, and a line more of each thread
 constexpr std::uint32_t handlesOfWork = 11; // of both modules, and of work with a disk
+const std::vector<std::uint32_t> fullLight{200, 1, 200, 1};
 constexpr std::uint32_t crashed = 0xC0000005;
 
 bool isHelper(const std::string& process) {
@@ -127,8 +128,11 @@ void Life::end() {
 }
 
 void Life::kill() {
-    if (helper() && panel.driver().kill(helper()->name))
-        killed.insert(helper()->name);
+    if (!helper())
+        return;
+    killed.insert(helper()->name);
+    mayStayDim = true;
+    panel.driver().kill(helper()->name);
 }
 
 void Life::boot(bool cut, std::uint32_t sectors) {
@@ -147,7 +151,7 @@ void Life::startListed() {
     hits = reloads = 0;
     traced = 0;
     base = use = {};
-    disturbed = hindered = told = busy = false;
+    disturbed = hindered = told = busy = mayStayDim = false;
     panel.driver().setTracing(true);
     if (panel.driver().startInit().empty()) {
         require(tampered || undisturbed.empty(), "the registry does not start the helper");
@@ -242,6 +246,10 @@ Behaviour::Kind Life::kindOf(const char* device) {
     return state.present ? Behaviour::Kind::answer : Behaviour::Kind::refuse;
 }
 
+bool Life::isHindering() {
+    return kindOf("BKL1") == Behaviour::Kind::refuse || !panel.panel().devices().has("BKL1");
+}
+
 void Life::look() {
     status = panel.driver().status();
     std::uint32_t sum = 0;
@@ -259,8 +267,9 @@ void Life::look() {
         holds |= kindOf(device) == Behaviour::Kind::block;
     blocked = holds && helper() && !helper()->calls.empty() && helper()->calls[0].thread == 1 &&
               (inLoop || !helper()->calls[0].call.starts_with("GetMessageW["));
-    hindered |= holds || kindOf("BKL1") == Behaviour::Kind::refuse;
+    hindered |= holds || isHindering();
     tampered |= disturbed;
+    mayStayDim |= disturbed || hindered;
     known &= !disturbed && kindOf("SHC1") != Behaviour::Kind::block && kindOf("SHC1") != Behaviour::Kind::delay;
 }
 
@@ -299,7 +308,7 @@ void Life::checkAnswer() {
     if (!isOn() || blocked || !panel.loopRuns())
         return;
     require(answer && (answer == 1 || disturbed), "the helper does not answer");
-    hindered = kindOf("BKL1") == Behaviour::Kind::refuse;
+    hindered = isHindering();
 }
 
 void Life::checkEnds() {
@@ -310,6 +319,7 @@ void Life::checkEnds() {
         require((each.exitCode == 0 && (told || disturbed || passing.contains(each.name))) ||
                     (each.exitCode == 1 && (late || hindered || disturbed)) || (each.exitCode == crashed && late),
                 each.name + " has ended with " + std::to_string(each.exitCode) + " without a reason");
+        require(each.exitCode != 0 || !told || mayStayDim || status.backLight == fullLight, "the screen stays dim");
         // It may have ended within an update, or after one that nobody has seen.
         known &= each.exitCode == 0 && each.time < updated + interval * 1000;
     }

@@ -46,7 +46,8 @@ private:
     void look(); // takes the status, and what follows from it for the model
     bool isOn();
     const panel::ProcessStatus* helper() const; // the oldest that runs; null: there is none
-    panel::Behaviour::Kind kindOf(const char* device); // a device that is gone refuses
+    panel::Behaviour::Kind kindOf(const char* device); // a device that is gone refuses, unless it blocks or delays
+    bool isHindering(); // the backlight
     std::map<std::string, std::string> state() const;
     void check();
     void checkAnswer();
@@ -67,6 +68,7 @@ private:
     std::set<std::string> ended;
     std::set<std::string> passing; // helpers that are to end by themselves
     std::set<std::string> killed;
+    bool mayStayDim = false; // a helper could not restore the screen
     std::uint32_t hits = 0; // of faults
     std::streamoff traced = 0; // bytes of the trace that were looked at
     std::uint32_t reloads = 0; // each may leave a touch thread

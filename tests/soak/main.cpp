@@ -110,8 +110,10 @@ Outcome shortened(std::uint64_t seed, Numbers& numbers, Outcome failure, const f
     const Numbers all = numbers;
     for (std::size_t passing = 0, failing = all.size(); passing < failing;) {
         const std::size_t middle = (passing + failing) / 2;
-        (stillFails({all.begin(), all.begin() + static_cast<std::ptrdiff_t>(middle)}) ? failing : passing) = middle;
-        passing += failing != middle;
+        if (stillFails({all.begin(), all.begin() + static_cast<std::ptrdiff_t>(middle)}))
+            failing = middle;
+        else
+            passing = middle + 1;
     }
     for (std::size_t size = numbers.size() / 2; size > 0; size /= 2)
         for (std::size_t begin = numbers.size(); begin > 0;) {
@@ -182,7 +184,8 @@ int main(int count, char** words) {
             const fs::path kept = fs::absolute(keep) / std::to_string(seed);
             fs::remove_all(kept);
             fs::rename(folder, kept);
-            std::cout << found.said << "again: script/soak --lives 1 --seed " << seed << " --only ";
+            std::cout << found.said << "again: script/soak --lives 1 --seed " << seed
+                      << (few.empty() ? " --steps 0" : " --only ");
             for (const std::uint32_t number : few)
                 std::cout << (number == few.front() ? "" : ",") << number;
             std::cout << "\nthe panel: " << kept.string() << '\n';

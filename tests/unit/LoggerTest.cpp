@@ -69,6 +69,7 @@ TEST(Logger, RotatesThroughItsFiles) {
     log.write(std::wstring(102400, L'x'), LogLevel::Info);
     EXPECT_EQ(messages(LOG1), "INFO;first of the next\nINFO;" + std::string(102400, 'x') + "\n");
 
+    failCall("CreateFileW"); // the file cannot be opened a second time: its own handle tells the size
     log.write(L"round again", LogLevel::Info);
     EXPECT_EQ(messages(LOG0), "INFO;round again\n");
 }
