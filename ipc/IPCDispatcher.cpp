@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr std::wstring_view NAME = L"IPCDispatcher";
+constexpr std::wstring_view DISPATCHER = L"IPCDispatcher";
 constexpr WPARAM TERMINATE_COMMAND = 1;
 
 } // namespace
@@ -38,14 +38,14 @@ void IPCDispatcher::run() {
 }
 
 std::uint32_t IPCDispatcher::handleMessage(HWND, UINT, WPARAM wParam, LPARAM) {
-    CommandLog::received(NAME, wParam);
+    CommandLog::received(DISPATCHER, wParam);
     std::uint32_t result = CommandResult::UnknownCommand;
     // Only the low 32 bits of the parameter are the command code.
     if (static_cast<DWORD>(wParam) == TERMINATE_COMMAND) {
         terminate();
         result = CommandResult::Done;
     }
-    CommandLog::handled(NAME, wParam, result);
+    CommandLog::handled(DISPATCHER, wParam, result);
     return result;
 }
 

@@ -4,12 +4,12 @@ namespace OrvaUtils::Registry {
 
 namespace {
 
-LONG nameOf(HKEY key, DWORD index, LPWSTR name, DWORD* length) {
+LONG keyName(HKEY key, DWORD index, LPWSTR name, DWORD* length) {
     return RegEnumKeyExW(key, index, name, length, nullptr, nullptr, nullptr, nullptr);
 }
 
 } // namespace
 
-KeyEnumerator::KeyEnumerator(HKEY openKey) : NameEnumerator(openKey, nameOf) {}
+KeyEnumerator::KeyEnumerator(HKEY openKey) : NameEnumerator(openKey, keyName) {}
 
 } // namespace OrvaUtils::Registry

@@ -4,12 +4,12 @@ namespace OrvaUtils::Registry {
 
 namespace {
 
-LONG nameOf(HKEY key, DWORD index, LPWSTR name, DWORD* length) {
+LONG valueName(HKEY key, DWORD index, LPWSTR name, DWORD* length) {
     return RegEnumValueW(key, index, name, length, nullptr, nullptr, nullptr, nullptr);
 }
 
 } // namespace
 
-ValueEnumerator::ValueEnumerator(HKEY openKey) : NameEnumerator(openKey, nameOf) {}
+ValueEnumerator::ValueEnumerator(HKEY openKey) : NameEnumerator(openKey, valueName) {}
 
 } // namespace OrvaUtils::Registry

@@ -15,8 +15,8 @@
 
 namespace {
 
-constexpr std::wstring_view NAME = L"BuzzerModule";
-constexpr DWORD RELOAD = 1;
+constexpr std::wstring_view BUZZER_MODULE = L"BuzzerModule";
+constexpr DWORD RELOAD_SETTINGS = 1;
 constexpr std::int32_t CLICK = 50; // ms
 
 // Returns the default frequency of the panel's model in Hz. The code of a model that cannot be read is 0.
@@ -50,13 +50,13 @@ BuzzerModule::~BuzzerModule() noexcept(false) {
 }
 
 std::uint32_t BuzzerModule::handleMessage(HWND, UINT, WPARAM wParam, LPARAM) {
-    CommandLog::received(NAME, wParam);
+    CommandLog::received(BUZZER_MODULE, wParam);
     std::uint32_t result = CommandResult::UnknownCommand;
-    if (static_cast<DWORD>(wParam) == RELOAD) {
+    if (static_cast<DWORD>(wParam) == RELOAD_SETTINGS) {
         result = loadSettings();
         apply();
     }
-    CommandLog::handled(NAME, wParam, result);
+    CommandLog::handled(BUZZER_MODULE, wParam, result);
     return result;
 }
 
@@ -69,7 +69,7 @@ std::uint32_t BuzzerModule::loadSettings() {
         OrvaUtils::IO::getFileSystem().combinePath(Paths::INSTALLATION_DIRECTORY, L"TouchBuzzerConfig.xml");
     TouchBuzzerConfig config;
     if (!config.read(path)) {
-        log.writeParts(LogLevel::Error, {NAME, L";settings error"});
+        log.writeParts(LogLevel::Error, {BUZZER_MODULE, L";settings error"});
         return CommandResult::SettingsUnreadable;
     }
     enabled = config.enabled;
@@ -79,7 +79,7 @@ std::uint32_t BuzzerModule::loadSettings() {
         config.write(path);
     }
     frequencyHz = config.frequency;
-    log.writeParts(LogLevel::Info, {NAME, L";settings loaded; enabled: ", enabled ? L"1" : L"0"});
+    log.writeParts(LogLevel::Info, {BUZZER_MODULE, L";settings loaded; enabled: ", enabled ? L"1" : L"0"});
     return CommandResult::Done;
 }
 

@@ -14,7 +14,7 @@ constexpr DWORD THREAD_END_LIMIT = 20000; // ms
 constexpr DWORD REMOVAL_LIMIT = 20000; // ms
 // While the hook is installed, the platform's input waits for the main thread, so the limit is short (ms).
 constexpr DWORD REMOVAL_LIMIT_WHILE_HOOKED = 100;
-constexpr DWORD STOPPED = WAIT_OBJECT_0 + 1;
+constexpr DWORD STOP_REQUESTED = WAIT_OBJECT_0 + 1;
 
 // The hook procedure has no argument for its object, so these two variables belong to the process.
 HHOOK hook = nullptr;
@@ -122,7 +122,7 @@ DWORD WINAPI MouseHook::entry(LPVOID self) {
 // A failed wait counts as a touch. Without its event the hook object is gone and the process is about to end.
 DWORD MouseHook::watch() {
     const HANDLE events[] = {touchEvent, stopEvent};
-    while (WaitForMultipleObjects(2, events, FALSE, INFINITE) != STOPPED && touchEvent != nullptr) {
+    while (WaitForMultipleObjects(2, events, FALSE, INFINITE) != STOP_REQUESTED && touchEvent != nullptr) {
         observers->notify([](MouseHookObserver& observer) {
             // The interface wants a reference; the value has no meaning.
             int value = 0;

@@ -16,7 +16,7 @@ using OrvaUtils::decimal;
 
 namespace {
 
-constexpr std::wstring_view NAME = L"ScreenSaverModule";
+constexpr std::wstring_view SCREEN_SAVER_MODULE = L"ScreenSaverModule";
 
 constexpr DWORD RELOAD = 1;
 constexpr DWORD START_OR_STOP = 2;
@@ -49,9 +49,9 @@ ScreenSaverModule::~ScreenSaverModule() noexcept(false) {
 }
 
 std::uint32_t ScreenSaverModule::handleMessage(HWND, UINT, WPARAM wParam, LPARAM lParam) {
-    CommandLog::received(NAME, wParam);
+    CommandLog::received(SCREEN_SAVER_MODULE, wParam);
     const std::uint32_t result = carryOut(static_cast<DWORD>(wParam), static_cast<std::int32_t>(lParam));
-    CommandLog::handled(NAME, wParam, result);
+    CommandLog::handled(SCREEN_SAVER_MODULE, wParam, result);
     return result;
 }
 
@@ -107,7 +107,7 @@ std::uint32_t ScreenSaverModule::loadSettings() {
     ScreenSaverConfig config;
     if (!config.read(
             OrvaUtils::IO::getFileSystem().combinePath(Paths::INSTALLATION_DIRECTORY, L"ScreenSaverConfig.xml"))) {
-        log.writeParts(LogLevel::Error, {NAME, L";settings error"});
+        log.writeParts(LogLevel::Error, {SCREEN_SAVER_MODULE, L";settings error"});
         return CommandResult::SettingsUnreadable;
     }
     // The values are not checked: a negative time-out becomes a very long one.
@@ -115,8 +115,8 @@ std::uint32_t ScreenSaverModule::loadSettings() {
     level = config.minLuminosityLevel;
     enabled = config.enabled;
     if (log.admits(LogLevel::Info)) {
-        log.writeParts(LogLevel::Info, {NAME, L";settings loaded;timeout: ", decimal(timeout), L" backlight: ",
-                                        decimal(level), L" enabled: ", enabled ? L"1" : L"0"});
+        log.writeParts(LogLevel::Info, {SCREEN_SAVER_MODULE, L";settings loaded;timeout: ", decimal(timeout),
+                                        L" backlight: ", decimal(level), L" enabled: ", enabled ? L"1" : L"0"});
     }
     return CommandResult::Done;
 }

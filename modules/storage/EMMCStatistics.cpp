@@ -10,7 +10,7 @@ namespace {
 
 using OrvaUtils::Xml::SettingsDocument;
 
-constexpr char ROOT[] = "EMMC";
+constexpr char EMMC_ROOT[] = "EMMC";
 constexpr unsigned ATTEMPTS = 3;
 constexpr DWORD PAUSE = 100; // ms
 // Deliberate: the divisor is not 2^32, the factor of the reading.
@@ -75,7 +75,7 @@ void EMMCStatistics::save(const EMMCStatistics& statistics) {
 }
 
 bool EMMCStatistics::read(const std::wstring& path) {
-    SettingsDocument document(path, ROOT);
+    SettingsDocument document(path, EMMC_ROOT);
     if (!document.open()) {
         return false;
     }
@@ -87,7 +87,7 @@ bool EMMCStatistics::read(const std::wstring& path) {
 }
 
 bool EMMCStatistics::write(const std::wstring& path) const {
-    SettingsDocument document(path, ROOT);
+    SettingsDocument document(path, EMMC_ROOT);
     document.createEmpty();
     writeCount(document, SESSION_COUNT, sessionWriteCount);
     document.write(SESSION_DURATION, sessionDuration);

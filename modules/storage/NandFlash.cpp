@@ -10,14 +10,15 @@
 namespace {
 
 constexpr wchar_t VOLUME[] = L"\\NANDFlash";
-constexpr wchar_t DRIVER[] = L"\\NANDFlash\\Vol:";
+constexpr wchar_t FLASH_DRIVER[] = L"\\NANDFlash\\Vol:";
 constexpr std::size_t VOLUME_LENGTH = std::size(VOLUME) - 1;
 // The IOCTLs of the driver: device type 7 (disk), functions 140 and 139, buffered, any access.
 constexpr DWORD MAKE_WRITABLE = 0x70230;
 constexpr DWORD MAKE_READ_ONLY = 0x7022C;
 
 void control(DWORD code) {
-    const HANDLE driver = CreateFileW(DRIVER, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    const HANDLE driver =
+        CreateFileW(FLASH_DRIVER, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     // Deliberate: a failed open returns -1 and not null. DeviceIoControl then fails, and the second test throws.
     if (driver == nullptr) {
         throw FlashNotWritableException();

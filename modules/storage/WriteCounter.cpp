@@ -4,15 +4,15 @@
 
 namespace {
 
-constexpr wchar_t DRIVER[] = L"SHC1:";
+constexpr wchar_t EMMC_DRIVER[] = L"SHC1:";
 // The IOCTL of the driver: device type 7 (disk), function 3002, buffered, any access.
 constexpr DWORD GET_COUNT = 0x72EE8;
 
 } // namespace
 
 std::uint32_t readWriteCounter() {
-    const HANDLE driver =
-        CreateFileW(DRIVER, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE driver = CreateFileW(EMMC_DRIVER, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr);
     if (driver == INVALID_HANDLE_VALUE) {
         return 0;
     }

@@ -335,10 +335,13 @@ std::vector<Fault> Driver::faults() {
     return result;
 }
 
-void Driver::releaseCalls() {
+namespace {
+
+// Removes the faults that hold calls, or all faults, and lets the held calls continue.
+void removeFaults(bool all) {
     Call call;
     for (FaultRecord& fault : call.image.faults)
-        if (fault.action == FaultAction::hold) {
+        if (fault.action == FaultAction::hold || (all && fault.action != FaultAction::none)) {
             fault.action = FaultAction::none;
             call.image.faultCount.fetch_sub(1, std::memory_order_relaxed);
         }
@@ -349,12 +352,14 @@ void Driver::releaseCalls() {
     }
 }
 
+} // namespace
+
+void Driver::releaseCalls() {
+    removeFaults(false);
+}
+
 void Driver::clearFaults() {
-    releaseCalls();
-    Call call;
-    for (FaultRecord& fault : call.image.faults)
-        fault.action = FaultAction::none;
-    call.image.faultCount.store(0, std::memory_order_relaxed);
+    removeFaults(true);
 }
 
 void Driver::waitForLingering() {

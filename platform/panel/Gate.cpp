@@ -3,6 +3,7 @@
 #include "platform/panel/Text.h"
 #include "platform/panel/Trace.h"
 #include "platform/panel/kernel/Clock.h"
+#include "platform/panel/kernel/Host.h"
 #include "platform/panel/kernel/Processes.h"
 #include "platform/panel/kernel/Scheduler.h"
 #include "platform/panel/kernel/Storage.h"
@@ -130,6 +131,8 @@ void Gate::cutPower(Lock& lock, std::uint32_t sectors) {
     } catch (const std::exception&) {
         // The host is full. The next boot tries again.
     }
+    host::appendToFile(runtime.directory() + "/run/end", "fault at " + processes::name(panel, runtime.processRecord()) +
+                                                             " t" + std::to_string(thread.number) + ' ' + call.text());
     panel.on = 0;
     processes::killAll(panel);
     scheduler::step(panel); // a driver that waits for time sees the power cut

@@ -149,18 +149,27 @@ void Panel::checkOwner() const {
 }
 
 PanelOptions Panel::options() const {
-    const Json facts = readJson(root / "devices/panel.json");
+    const fs::path file = root / "devices/panel.json";
+    const Json facts = readJson(file);
     PanelOptions options;
-    options.screenWidth = facts.at("screen").at("width");
-    options.screenHeight = facts.at("screen").at("height");
-    options.date = facts.at("date");
-    options.storage = storageNamed(facts.value("storage", storageNames[0]));
+    try { // a person may have edited the file
+        options.screenWidth = facts.at("screen").at("width");
+        options.screenHeight = facts.at("screen").at("height");
+        options.date = facts.at("date");
+        options.storage = storageNamed(facts.value("storage", storageNames[0]));
+    } catch (const std::exception& error) {
+        throw std::runtime_error("not readable: " + file.string() + ": " + error.what());
+    }
     return options;
 }
 
 bool Panel::isOn() const {
     const Mapping kernel(root);
     return kernel.image && kernel.image->on;
+}
+
+std::string Panel::whyOff() const {
+    return isOn() ? "" : host::readFile((root / "run/end").string());
 }
 
 void Panel::initialise(Image& image, const BootOptions& options, std::int64_t date) const {
@@ -203,7 +212,7 @@ void Panel::boot(const BootOptions& options) {
         }
     }
     registry::fallBack(root);
-    storage::cutPower(root, 0); // for a copy of a panel that was on
+    storage::cutPower(root, 0, true); // for a copy of a panel that was on
     fs::remove_all(root / "run");
     devices().forgetRequests();
     fs::create_directories(root / "run/output");
@@ -248,6 +257,7 @@ void Panel::stop(std::optional<std::uint32_t> sectors) {
             keep("the next boot repeats the power cut", [&] { storage::cutPower(root, torn ? *sectors : 0); });
         else
             keep("files may lose data at the next boot", [&] { storage::commitAll(root); });
+        host::appendToFile((root / "run/end").string(), sectors ? "panel cut" : "panel off");
     };
     try {
         image = mapImage(kernelFile(root), false);
@@ -306,10 +316,9 @@ void Panel::setStorage(StoragePolicy policy) {
     Json facts = readJson(root / "devices/panel.json");
     facts["storage"] = storageNames[static_cast<std::size_t>(policy)];
     writeJson(root / "devices/panel.json", facts);
-    if (!change.image() || !change.image()->on)
-        return;
     storage::commitAll(root);
-    change.image()->storage = policy;
+    if (change.image() && change.image()->on)
+        change.image()->storage = policy;
 }
 
 registry::Tree Panel::registry(registry::Copy copy) const {

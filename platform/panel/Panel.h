@@ -81,6 +81,9 @@ public:
     PanelOptions options() const;
     // Returns whether the panel has power.
     bool isOn() const;
+    // Returns why the panel went off: "panel off", "panel cut", or "fault at TarvexHelper.exe#1 t1 WriteFile[3](...)".
+    // Returns "" while the panel is on, and if the reason is not known.
+    std::string whyOff() const;
     // Switches the panel on. Driver::startInit then starts the programs of the registry.
     void boot(const BootOptions& options);
     // Shuts the panel down cleanly: ends all programs at once and flushes the registry. fs/ and devices/ stay; the next

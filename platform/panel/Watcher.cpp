@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <stdexcept>
+#include <string_view>
 #include <sys/eventfd.h>
 #include <sys/inotify.h>
 #include <sys/stat.h>
@@ -20,7 +21,7 @@ namespace panel {
 
 namespace {
 
-constexpr std::uint32_t lockPatience = 1000; // real ms between two checks of the kernel file while the lock is stuck
+constexpr std::uint32_t lockGlance = 1000; // real ms between two checks of the kernel file while the lock is stuck
 constexpr int withoutBell = 1000; // real ms between two checks without inotify or a pidfd
 
 std::string kernelFile(const std::string& directory) {
@@ -28,6 +29,14 @@ std::string kernelFile(const std::string& directory) {
 }
 
 } // namespace
+
+void Watcher::endWhenTruncated() {
+    std::signal(SIGBUS, [](int) {
+        constexpr std::string_view text = "panel: the panel is gone: somebody has cut run/kernel short\n";
+        [[maybe_unused]] const auto written = write(STDERR_FILENO, text.data(), text.size());
+        _exit(exitCode);
+    });
+}
 
 KernelAlarm::KernelAlarm(const char* root, std::uint64_t device, std::uint64_t inode)
     : fileDevice(device), fileInode(inode), bell(inotify_init1(IN_CLOEXEC | IN_NONBLOCK)) {
@@ -119,7 +128,7 @@ void Watcher::watch() {
 
 bool Watcher::look() {
     {
-        const Lock lock(image, lockPatience);
+        const Lock lock(image, lockGlance);
         if (!lock.isHeld())
             return false;
         watchNew();

@@ -64,6 +64,10 @@ public:
     // Tells all watchers of the panel that a process has joined it.
     static void announce(const std::string& directory);
 
+    // Lets SIGBUS end this process with one line on standard error: somebody has truncated the kernel file, and this
+    // process has read the mapping before it noticed.
+    static void endWhenTruncated();
+
     static inline std::atomic<int> exitCode = 1; // exit code of a driver whose panel is gone
 
 private:

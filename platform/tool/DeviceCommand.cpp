@@ -123,12 +123,8 @@ Behaviour behaviourOf(const DeviceOptions& options) {
 
 std::vector<std::uint32_t> valuesOf(const std::vector<std::string>& words) {
     std::vector<std::uint32_t> values;
-    for (const std::string& word : words) {
-        const std::int64_t value = parseNumber(word);
-        if (value < 0 || value > UINT32_MAX)
-            throw Misuse("not a 32-bit value: " + word);
-        values.push_back(static_cast<std::uint32_t>(value));
-    }
+    for (const std::string& word : words)
+        values.push_back(parseValue(word));
     return values;
 }
 

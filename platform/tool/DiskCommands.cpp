@@ -130,13 +130,15 @@ void addDiskCommands(CLI::App& app, Tool& tool) {
     auto name = std::make_shared<std::string>();
     removal->add_option("NAME", *name, "Name of one of its volumes, or its device (DSK1:)")->required();
     auto keep = std::make_shared<std::string>();
-    removal
-        ->add_option("--keep", *keep,
-                     "First copy the disk's files, with what programs wrote, into this folder of this machine; it must "
-                     "be empty or not exist; several partitions: a folder each")
-        ->type_name("FOLDER");
+    auto* keeping = removal->add_option(
+        "--keep", *keep,
+        "First copy the disk's files, with what programs wrote, into this folder of this machine; it must "
+        "be empty or not exist; several partitions: a folder each");
+    keeping->type_name("FOLDER");
     removal->add_flag("--json", *json, "Answer in JSON");
-    removal->callback([name, keep, json, &tool] {
+    removal->callback([name, keep, keeping, json, &tool] {
+        if (keeping->count() && keep->empty())
+            throw Misuse("\"\" is not a folder for the disk's files");
         tool.panel().disks().unplug(*name, *keep);
         if (*json)
             return printJson({{"unplugged", *name}, {"files", keep->empty() ? panel::Json() : panel::Json(*keep)}});

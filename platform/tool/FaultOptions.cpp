@@ -14,6 +14,25 @@ std::vector<std::string> functionNames() {
     return names;
 }
 
+namespace {
+
+// Returns the options that stand behind a line of the trace or behind its beginning. Throws Misuse for any other text.
+std::string_view optionsBehind(const TraceLine& line) {
+    std::string_view rest = line.rest;
+    if (rest.starts_with('(')) {
+        rest.remove_prefix(std::min(rest.rfind(')'), rest.size()));
+        rest.remove_prefix(std::min(rest.find(" --"), rest.size()));
+    }
+    const std::size_t begin = rest.find_first_not_of(' ');
+    if (begin == std::string_view::npos)
+        return {};
+    if (begin == 0 || !rest.substr(begin).starts_with("--"))
+        throw Misuse("not a part of a line of the trace: \"" + std::string(rest.substr(begin)) + '"');
+    return rest;
+}
+
+} // namespace
+
 void FaultOptions::addTo(CLI::App& command) {
     auto* function = command.add_option("FUNCTION", described.function, "Name of the function, case-sensitive");
     auto* program =
@@ -35,16 +54,19 @@ void FaultOptions::addTo(CLI::App& command) {
     for (CLI::Option* each : {function, program, start, thread, call})
         line->excludes(each);
     command.add_flag("--from-then-on", described.ever, "Apply the fault to all later calls, too");
-    command
-        .add_option("--answer", described.answer, "Result of the call; default: the function's usual failure result")
-        ->type_name("N");
+    auto* answers = command
+                        .add_option("--answer", described.answer,
+                                    "Result of the call; default: the function's usual failure result")
+                        ->type_name("N");
     auto* cuts = command.add_flag("--cut", cut, "Cut the panel's power at the call instead");
     command
         .add_option("--sectors", described.sectors,
                     "With --cut and the storage policy \"torn\": how many uncommitted sectors of each file stay")
         ->type_name("K")
         ->needs(cuts);
-    command.add_flag("--hold", hold, "Let the call wait until fault release or fault clear")->excludes(cuts);
+    auto* holds = command.add_flag("--hold", hold, "Let the call wait until fault release or fault clear");
+    holds->excludes(cuts)->excludes(answers);
+    cuts->excludes(answers);
 }
 
 panel::Fault FaultOptions::fault() const {
@@ -53,6 +75,8 @@ panel::Fault FaultOptions::fault() const {
         const std::optional<TraceLine> line = TraceLine::parse(from);
         if (!line)
             throw Misuse("not a line of the trace: \"" + from + "\" (such as TarvexHelper.exe#1 t1 CreateFileW[3])");
+        if (!optionsBehind(*line).empty())
+            throw Misuse("options stand behind the line, not in it: \"" + from + '"');
         fault.program = line->program;
         fault.start = line->start;
         fault.thread = line->thread;
@@ -79,13 +103,12 @@ panel::Fault FaultOptions::parse(const std::string& text) {
     CLI::App words;
     words.set_help_flag();
     options.addTo(words);
-    std::string rest = text;
-    if (const std::optional<TraceLine> line = TraceLine::parse(text)) {
-        options.from = text.substr(0, text.size() - line->rest.size());
-        rest = line->rest.starts_with('(') ? "" : line->rest; // a whole line has no options
-    }
+    std::string wanted = text;
+    const std::optional<TraceLine> line = TraceLine::parse(text);
+    if (line && line->process.front() != '-')
+        wanted = "--from \"" + text.substr(0, text.size() - line->rest.size()) + '"';
     try {
-        words.parse(rest);
+        words.parse(wanted + (wanted == text ? "" : std::string(optionsBehind(*line))));
     } catch (const CLI::ParseError& error) {
         throw Misuse("not a fault: \"" + text + "\": " + error.what() +
                      " (such as \"TarvexHelper.exe#1 t1 CreateFileW[3]\", or the words of panel fault add)");

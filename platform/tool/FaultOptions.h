@@ -21,8 +21,7 @@ public:
 
     // Parses a fault in one text, for `panel boot --fault`. Throws Misuse for a text that is none of these:
     // - the words of `panel fault add`: "CreateFileW --program TarvexHelper.exe --call 3";
-    // - a line of the trace or its beginning: "TarvexHelper.exe#1 t1 CreateFileW[3]". Options may follow the beginning
-    //   of a line: "TarvexHelper.exe#1 t1 CreateFileW[3] --cut".
+    // - a line of the trace or its beginning, and perhaps options: "TarvexHelper.exe#1 t1 CreateFileW[3] --cut".
     static panel::Fault parse(const std::string& text);
 
 private:

@@ -255,7 +255,7 @@ private:
     // Adds a line.
     void add(const std::string& line) {
         Bytes encoded = panel::registry::textValue({}, line + "\r\n").data;
-        encoded.resize(encoded.size() - 2); // without the terminating zero
+        encoded.erase(encoded.end() - 2, encoded.end()); // without the terminating zero
         Bytes narrowed;
         if (ansi && !narrow(encoded, narrowed))
             throw std::runtime_error("ANSI lacks a character of this line: " + line + " (leave out --ansi)");

@@ -134,7 +134,9 @@ std::string describe(const std::vector<panel::Request>& beeps) {
 
 void print(const panel::Panel& panel, bool json) {
     const panel::PanelOptions options = panel.options();
+    const char* storage = panel::storageNames[static_cast<std::size_t>(options.storage)];
     const bool on = panel.isOn();
+    const std::string whyOff = panel.whyOff();
     panel::PanelStatus status{};
     std::size_t faults = 0;
     if (on) {
@@ -146,9 +148,10 @@ void print(const panel::Panel& panel, bool json) {
     if (json) {
         Json answer{{"directory", panel.directory().string()},
                     {"on", on},
+                    {"whyOff", whyOff},
                     {"screen", {{"width", options.screenWidth}, {"height", options.screenHeight}}},
                     {"date", formatDate(options.date)},
-                    {"storage", panel::storageNames[static_cast<std::size_t>(options.storage)]}};
+                    {"storage", storage}};
         for (const auto& volume : panel.disks().volumes())
             answer["volumes"].push_back(
                 {{"name", volume.name}, {"device", volume.device}, {"inPlace", volume.inPlace}});
@@ -166,12 +169,14 @@ void print(const panel::Panel& panel, bool json) {
     }
     Table facts;
     facts.add({"panel", panel.directory().string()});
-    facts.add({"power", on ? "on, booted " + formatDuration(status.time) + " ago" : "off (panel boot switches it on)"});
+    facts.add({"power", on ? "on, booted " + formatDuration(status.time) + " ago"
+                           : "off" + (whyOff.empty() ? "" : ": " + whyOff) + " (panel boot switches it on)"});
     facts.add({"screen", std::to_string(options.screenWidth) + " x " + std::to_string(options.screenHeight)});
     for (const auto& volume : panel.disks().volumes())
         facts.add({"volume", describe(volume)});
     for (const auto& disk : panel.disks().list())
         facts.add({"disk", describe(disk)});
+    facts.add({"storage policy", storage});
     facts.add({"buzzer", describe(beeps)});
     if (on)
         addRunning(facts, status, faults);

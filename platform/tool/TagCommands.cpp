@@ -14,7 +14,7 @@ namespace {
 
 using panel::Json;
 
-void list(const panel::Devices& devices, bool json) {
+void listTags(const panel::Devices& devices, bool json) {
     Json answer = Json::array();
     Table table({"TAG", "SIZE", "BYTES"});
     for (const auto& [id, bytes] : devices.tags()) {
@@ -70,7 +70,7 @@ void addTagCommands(CLI::App& app, Tool& tool) {
     auto json = std::make_shared<bool>(false);
     auto* listing = tags->add_subcommand("list", "List the tags and their data");
     listing->add_flag("--json", *json, "Answer in JSON");
-    listing->callback([json, &tool] { list(tool.panel().devices(), *json); });
+    listing->callback([json, &tool] { listTags(tool.panel().devices(), *json); });
     addSet(*tags, tool);
     auto id = std::make_shared<std::uint32_t>(0);
     auto* removal = tags->add_subcommand("remove", "Remove a tag");

@@ -128,4 +128,11 @@ std::int64_t parseNumber(const std::string& text) {
     throw Misuse("not a number: \"" + text + "\" (such as 3, -1, 0x10)");
 }
 
+std::uint32_t parseValue(const std::string& text) {
+    const std::int64_t value = parseNumber(text);
+    if (value < 0 || value > UINT32_MAX)
+        throw Misuse("not a 32-bit value: " + text);
+    return static_cast<std::uint32_t>(value);
+}
+
 } // namespace tool

@@ -34,5 +34,6 @@ std::int64_t parseDate(const std::string& text);
 std::string formatDate(std::int64_t milliseconds); // "2024-03-07 06:05:09 UTC"
 
 std::int64_t parseNumber(const std::string& text); // decimal or "0x..", with a sign
+std::uint32_t parseValue(const std::string& text); // the same, 0 to 0xFFFFFFFF
 
 } // namespace tool

@@ -10,7 +10,7 @@ namespace tool {
 namespace {
 
 struct ViewOptions {
-    std::uint16_t port = 0;
+    std::uint32_t port = 0;
     bool stay = false;
 };
 
@@ -28,7 +28,9 @@ void view(const panel::Panel& panel, const ViewOptions& options) {
 void addViewCommand(CLI::App& app, Tool& tool) {
     auto* command = app.add_subcommand("view", "Show the panel in a browser, until Ctrl-C");
     auto options = std::make_shared<ViewOptions>();
-    command->add_option("--port", options->port, "Port on this machine; default: a free port")->type_name("N");
+    command->add_option("--port", options->port, "Port on this machine; default: a free port")
+        ->type_name("N")
+        ->check(CLI::Range(0, 65535));
     command->add_flag("--no-open", options->stay, "Only print the address; do not open a browser");
     command->callback([options, &tool] { view(tool.panel(), *options); });
 }

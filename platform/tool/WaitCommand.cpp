@@ -16,6 +16,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <stdexcept>
 
 namespace tool {
@@ -49,10 +50,18 @@ struct Awaited {
     std::string missing; // says that it has not happened
 };
 
+// Returns the program of "TarvexHelper.exe#2". A word without a number that starts can have is a program's name.
+std::string programOf(const std::string& process) {
+    const std::size_t hash = std::min(process.rfind('#'), process.size());
+    std::uint32_t start = 0;
+    const bool numbered = hash < process.size() && panel::numberIn(process.substr(hash + 1), start) && start > 0;
+    return process.substr(0, numbered ? hash : process.size());
+}
+
 // Returns whether the panel has a file of this name. `wait --exit` accepts a program that was not started yet, but not
 // a mistyped name. The search follows no links except disks that were plugged in place.
 bool hasFile(const panel::Panel& panel, const std::string& process) {
-    const std::string name = process.substr(0, process.rfind('#'));
+    const std::string name = programOf(process);
     const auto isIt = [&](const fs::directory_entry& entry) {
         return panel::equalCaseBlind(entry.path().filename().string(), name);
     };
@@ -68,8 +77,6 @@ bool hasFile(const panel::Panel& panel, const std::string& process) {
 Awaited exitOf(const panel::Panel& panel, panel::Driver& driver, const std::string& wanted) {
     const auto meant = [wanted](const auto& process) { return namesProcess(wanted, process.name); };
     const panel::PanelStatus now = driver.status();
-    if (wanted.ends_with('#'))
-        throw Misuse("which start of the program? \"" + wanted + "\" needs a number");
     if (std::none_of(now.processes.begin(), now.processes.end(), meant) &&
         std::none_of(now.ended.begin(), now.ended.end(), meant) && !hasFile(panel, wanted))
         throw Misuse("the panel has no program \"" + wanted + "\" (panel ps --all lists those that were started)");
@@ -137,12 +144,11 @@ Awaited valuesOf(const panel::Panel& panel, panel::Driver& driver, const std::ve
     if (words.size() < 2 || words.size() - 1 > device.values.size())
         throw Misuse("name a device and its first values: " + std::string(device.name) + " has " +
                      std::to_string(device.values.size()) + " values");
-    std::vector<std::int64_t> wanted;
+    std::vector<std::uint32_t> wanted;
     std::string text;
-    for (const std::string& word : words) {
-        text += (text.empty() ? "" : " ") + word;
-        if (&word != &words.front())
-            wanted.push_back(parseNumber(word));
+    for (const std::string& word : std::span(words).subspan(1)) {
+        text += ' ' + word;
+        wanted.push_back(parseValue(word));
     }
     const auto look = [&panel, &driver, &device, wanted]() -> std::optional<Event> {
         const std::vector<std::uint32_t> values =
@@ -151,7 +157,7 @@ Awaited valuesOf(const panel::Panel& panel, panel::Driver& driver, const std::ve
             return std::nullopt;
         return Event{{{"device", device.name}, {"values", values}}, ""};
     };
-    return {look, "the values are not " + text};
+    return {look, "the values of " + std::string(device.name) + " are not" + text};
 }
 
 // The first request after this one has begun to wait.
@@ -160,6 +166,13 @@ Awaited requestTo(const panel::Panel& panel, const std::vector<std::string>& wor
     const std::string operation = words.size() > 1 ? words.back() : "";
     if (!device.empty())
         orMisuse([&] { panel::Devices::check(device, {}, operation); });
+    const auto has = [&](const panel::DeviceFacts& each) {
+        return std::any_of(each.operations.begin(), each.operations.end(),
+                           [&](const panel::OperationFacts& known) { return known.name == operation; });
+    };
+    if (!operation.empty() && operation != "open" &&
+        std::none_of(panel::knownDevices().begin(), panel::knownDevices().end(), has))
+        throw Misuse("no device has the operation \"" + operation + '"');
     const std::size_t known = panel.devices().requests(device).size();
     const auto look = [&panel, device, operation, known]() -> std::optional<Event> {
         const std::vector<panel::Request> requests = panel.devices().requests(device);

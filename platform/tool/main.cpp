@@ -7,7 +7,6 @@
 #include "platform/tool/Units.h"
 
 #include <algorithm>
-#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <string_view>
@@ -70,13 +69,6 @@ const tool::Tool* current;
     _exit(current->failureCode);
 }
 
-// SIGBUS: somebody has truncated the kernel file, and this process read the mapping before its watcher noticed.
-void endWithoutKernel(int) {
-    constexpr std::string_view text = "panel: the panel is gone: somebody has cut run/kernel short\n";
-    [[maybe_unused]] const auto written = write(STDERR_FILENO, text.data(), text.size());
-    _exit(panel::Watcher::exitCode);
-}
-
 void limitPatience(const tool::Tool& tool, const std::string& duration) {
     constexpr std::uint64_t longest = 0x7FFFFFFF;
     current = &tool;
@@ -87,7 +79,7 @@ void limitPatience(const tool::Tool& tool, const std::string& duration) {
 
 int main(int argc, char** argv) {
     tool::endDriverWhenInterrupted();
-    std::signal(SIGBUS, endWithoutKernel);
+    panel::Watcher::endWhenTruncated();
     CLI::App app{description, "panel"};
     app.require_subcommand(0, 1);
     app.set_version_flag("--version", tool::version(), "Print the version of the simulation and exit");

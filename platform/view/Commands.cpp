@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
+#include <stdexcept>
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -18,7 +19,10 @@ constexpr std::size_t mostText = 16 << 20; // bytes of a command's output that a
 // Standard output or standard error of a child, in a memory file.
 class Capture {
 public:
-    Capture() : file(memfd_create("output", MFD_CLOEXEC)) {}
+    Capture() : file(memfd_create("output", MFD_CLOEXEC)) {
+        if (file < 0)
+            throw std::runtime_error("this machine has no room for the output of a command");
+    }
     ~Capture() {
         close(file);
     }

@@ -19,8 +19,8 @@ public:
     // `program` is the file of the panel command, `panel` the panel's directory.
     Commands(std::filesystem::path program, std::filesystem::path panel);
 
-    // Runs `panel -C DIRECTORY WORDS...`, without a shell, and waits for its end. The command is interrupted if the
-    // calling thread ends first, so call this from threads that live as long as the process.
+    // Runs `panel -C DIRECTORY WORDS...`, without a shell, and waits for its end. Throws std::runtime_error if this
+    // machine has no descriptor left.
     Outcome run(const std::vector<std::string>& words) const;
 
 private:

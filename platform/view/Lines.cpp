@@ -4,7 +4,9 @@ namespace view {
 
 namespace {
 
-constexpr std::ptrdiff_t most = 4000; // most lines that are passed at once; earlier lines are dropped
+// What is passed at once at most; earlier lines are dropped.
+constexpr std::ptrdiff_t most = 4000; // lines
+constexpr std::uintmax_t mostBytes = 2 << 20;
 
 std::vector<std::string> lastOf(std::vector<std::string> lines) {
     if (std::ssize(lines) > most)
@@ -26,10 +28,11 @@ bool Lines::read(std::int64_t boot, const Receiver& receive) {
     lastBoot = boot;
     for (Source& source : sources) {
         // The file starts anew after a boot; the reader must then drop the lines that it has shown.
-        const bool gone = source.some && (booted || !std::filesystem::exists(source.file));
+        std::error_code unreadable;
+        const bool gone = source.some && (booted || !std::filesystem::exists(source.file, unreadable));
         if (gone)
             source = {source.name, source.file};
-        const std::vector<std::string> lines = lastOf(source.tail.newLines(source.file));
+        const std::vector<std::string> lines = lastOf(source.tail.newLines(source.file, mostBytes));
         source.some = source.some || !lines.empty();
         if ((gone || !lines.empty()) && !receive(source.name, gone, first, lines))
             return false;

@@ -20,16 +20,16 @@ using panel::Json;
 constexpr int oneLine = -1; // an indentation for jsonText that gives one line
 
 constexpr std::size_t mostBody = 64 << 10; // bytes
-constexpr int mostStreams = 8; // pages at the same time
-constexpr int mostCommands = 12; // commands at the same time
-constexpr int threads = mostStreams + mostCommands + 12;
+constexpr int mostStreams = 5; // pages at the same time; a browser opens six connections, and one is for commands
+constexpr int mostCommands = 12; // commands at the same time; switching the panel off is always possible
+constexpr int threads = mostStreams + 24;
 constexpr std::chrono::seconds heartbeat(15); // interval of empty events, which detect a closed page
 
 // The commands that a page may run: those that change this panel. None writes a file of the host.
 constexpr std::string_view admitted[] = {
-    "boot",     "off",       "cut",         "storage", "advance", "plug", "unplug",         "device",
-    "tag",      "touch",     "idle",        "active",  "start",   "send", "registry write", "registry delete",
-    "trace on", "trace off", "trace clear", "fault"};
+    "boot",      "off",         "cut",  "storage", "advance", "plug", "unplug",         "mount",           "device",
+    "tag",       "touch",       "idle", "active",  "start",   "send", "registry write", "registry delete", "trace on",
+    "trace off", "trace clear", "fault"};
 
 bool isAdmitted(const std::vector<std::string>& words) {
     const std::string first = words.empty() ? "" : words[0];
@@ -49,14 +49,21 @@ std::string newToken() {
     return token;
 }
 
-std::vector<std::string> wordsOf(const std::string& body) {
-    const auto words = panel::parseJson(body).at("words").get<std::vector<std::string>>();
+struct Order {
+    std::string id; // of the page's choice
+    std::vector<std::string> words;
+};
+
+Order orderOf(const std::string& body) {
+    const Json json = panel::parseJson(body);
+    const Order order{json.value("id", ""), json.at("words")};
+    const std::vector<std::string>& words = order.words;
     const auto hasZero = [](const std::string& word) { return word.find('\0') != std::string::npos; };
     if (!isAdmitted(words))
         throw std::runtime_error("no command for the page");
     if (std::any_of(words.begin(), words.end(), hasZero))
         throw std::runtime_error("a word holds a zero");
-    return words;
+    return order;
 }
 
 bool send(httplib::DataSink& sink, const std::string& event, const std::string& json) {
@@ -136,13 +143,23 @@ httplib::Server::HandlerResponse Server::admit(const Request& request, Response&
 }
 
 void Server::run(const Request& request, Response& response) {
+    const Order order = orderOf(request.body); // an exception becomes the status 400
     const std::shared_ptr<void> done(nullptr, [this](void*) { --atWork; });
-    if (++atWork > mostCommands)
+    if (++atWork > mostCommands && order.words[0] != "off" && order.words[0] != "cut")
         return refuse(response, 503, "Too many commands at a time");
-    const Outcome outcome = commands.run(wordsOf(request.body)); // an exception becomes the status 400
-    response.set_content(
-        panel::jsonText({{"code", outcome.code}, {"output", outcome.output}, {"errors", outcome.errors}}, oneLine),
-        "application/json");
+    // The request does not wait for the command: a browser has few connections.
+    std::thread([this, order, done] {
+        Outcome outcome{1, "", ""};
+        try {
+            outcome = commands.run(order.words);
+        } catch (const std::exception& error) {
+            outcome.errors = error.what();
+        }
+        state->addOutcome(panel::jsonText(
+            {{"id", order.id}, {"code", outcome.code}, {"output", outcome.output}, {"errors", outcome.errors}},
+            oneLine));
+    }).detach();
+    response.status = 202;
 }
 
 void Server::stream(Response& response) {
@@ -151,6 +168,7 @@ void Server::stream(Response& response) {
         std::uint64_t version = 0;
     };
     const auto reader = std::make_shared<Reader>(Reader{Lines(panel)});
+    state->wake(); // ends the streams of pages that were closed
     const std::shared_ptr<void> done(nullptr, [this](void*) { --streams; });
     if (++streams > mostStreams)
         return refuse(response, 503, "Too many pages show this panel");
@@ -160,17 +178,21 @@ void Server::stream(Response& response) {
                                           });
 }
 
-bool Server::sendNews(httplib::DataSink& sink, Lines& lines, std::uint64_t& version) {
+bool Server::sendNews(httplib::DataSink& sink, Lines& lines, std::uint64_t& version) try {
     const std::uint64_t before = version;
-    const auto topics = state->wait(version, heartbeat);
-    for (const auto& [name, topic] : topics)
-        if (topic.version > before && !send(sink, name, topic.json))
+    const auto news = state->wait(version, heartbeat);
+    if (!sink.is_writable()) // the page was closed
+        return false;
+    for (const auto& [name, json] : news)
+        if (!send(sink, name, json))
             return false;
     const auto sendLines = [&](const std::string& file, bool gone, bool history, const std::vector<std::string>& some) {
         return send(sink, "lines",
                     panel::jsonText({{"file", file}, {"gone", gone}, {"history", history}, {"lines", some}}, oneLine));
     };
     return lines.read(state->boot(), sendLines) && (version != before || sink.write(":\n\n", 3));
+} catch (const std::exception&) { // the library would let it end the process; the page connects again
+    return false;
 }
 
 } // namespace view

@@ -10,6 +10,8 @@ namespace {
 
 using panel::Json;
 
+constexpr std::size_t mostOutcomes = 64; // kept for pages whose connection was lost
+
 // Returns a text that changes when a JSON file of the folder is written.
 std::string stampOf(const std::filesystem::path& folder) {
     std::string stamp;
@@ -29,11 +31,34 @@ State::State(const Commands& panelCommands, std::filesystem::path panel)
     std::thread([this] { follow(); }).detach();
 }
 
-std::map<std::string, State::Topic> State::wait(std::uint64_t& known, std::chrono::seconds limit) {
+std::vector<std::pair<std::string, std::string>> State::wait(std::uint64_t& known, std::chrono::seconds limit) {
     std::unique_lock lock(mutex);
     changed.wait_for(lock, limit, [&] { return version != known; });
+    std::vector<std::pair<std::string, std::string>> news;
+    for (const auto& [name, topic] : topics)
+        if (topic.version > known)
+            news.emplace_back(name, topic.json);
+    for (const Event& outcome : outcomes)
+        if (outcome.version > known)
+            news.emplace_back("outcome", outcome.json);
     known = version;
-    return topics;
+    return news;
+}
+
+void State::wake() {
+    const std::lock_guard lock(mutex);
+    ++version;
+    changed.notify_all();
+}
+
+void State::addOutcome(std::string json) {
+    {
+        const std::lock_guard lock(mutex);
+        outcomes.push_back({version + 1, std::move(json)});
+        if (outcomes.size() > mostOutcomes)
+            outcomes.pop_front();
+    }
+    wake();
 }
 
 void State::publish(const std::string& topic, const std::vector<std::string>& words) {
@@ -71,10 +96,14 @@ void State::refresh() {
 
 void State::follow() {
     for (;; watch.wait()) {
-        refresh();
-        const std::lock_guard lock(mutex);
-        ++version; // a file may have new lines
-        changed.notify_all();
+        try {
+            refresh();
+        } catch (const std::exception&) { // this machine has no descriptor left: the pages keep the old state
+            stamps.clear();
+            std::this_thread::sleep_for(std::chrono::seconds(1));
+            watch.ring();
+        }
+        wake(); // a file may have new lines
     }
 }
 

@@ -7,8 +7,10 @@
 #include "platform/view/Watch.h"
 
 #include <condition_variable>
+#include <deque>
 #include <map>
 #include <mutex>
+#include <utility>
 
 namespace view {
 
@@ -16,13 +18,17 @@ class State {
 public:
     State(const Commands& commands, std::filesystem::path panel);
 
-    struct Topic {
-        std::uint64_t version = 0; // number of the last change, counted over all topics
+    struct Event {
+        std::uint64_t version = 0; // number of the last change, counted over all events
         std::string json; // one line
     };
-    // Waits until a topic or a file changes after this version, at most `limit`. Returns all topics and stores their
-    // version. Any thread.
-    std::map<std::string, Topic> wait(std::uint64_t& version, std::chrono::seconds limit);
+    // Waits until a topic or a file changes or a command ends after this version, at most `limit`. Returns the names
+    // and texts of the events since this version, and renews it. Any thread.
+    std::vector<std::pair<std::string, std::string>> wait(std::uint64_t& version, std::chrono::seconds limit);
+    // Wakes all waits. Any thread.
+    void wake();
+    // Adds the event "outcome", of a command that has ended. Any thread.
+    void addOutcome(std::string json);
 
     // Differs after each boot of the panel.
     std::int64_t boot() const {
@@ -39,7 +45,8 @@ private:
     Watch watch;
     std::mutex mutex;
     std::condition_variable changed;
-    std::map<std::string, Topic> topics;
+    std::map<std::string, Event> topics;
+    std::deque<Event> outcomes; // the last ones
     std::uint64_t version = 0;
     std::map<std::string, std::string> stamps; // state of the sources of each topic at its last renewal
 };

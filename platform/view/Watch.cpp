@@ -71,10 +71,12 @@ void Watch::watchFolders() {
     const auto add = [&](const std::filesystem::path& folder) {
         return inotify_add_watch(files, folder.c_str(), anything | IN_ONLYDIR);
     };
-    if (add(root) < 0)
-        around = add(root.parent_path()); // the panel may be created again
-    else if (around >= 0)
-        inotify_rm_watch(files, std::exchange(around, -1));
+    int found = -1;
+    if (add(root) < 0) // the panel, and the folders above it, may be created again
+        for (std::filesystem::path above = root; found < 0 && above.has_relative_path();)
+            found = add(above = above.parent_path());
+    if (const int former = std::exchange(around, found); former >= 0 && former != found)
+        inotify_rm_watch(files, former);
     // The last folder holds the log.
     for (const char* folder : {"run", "devices", "registry", "fs", "fs/MMCMemory", "fs/MMCMemory/Tarvex"})
         add(root / folder);

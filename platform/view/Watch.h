@@ -19,6 +19,8 @@ public:
 
     // Blocks until the panel may have changed since the last call returned. One thread only.
     void wait();
+    // Ends the current or next `wait`. Any thread.
+    void ring();
 
     // A hash of the kernel's tables that `panel status`, `ps` and `fault list` show. 0 while the panel is off.
     std::uint64_t digest() const {
@@ -34,12 +36,11 @@ private:
     void listen();
     void listenTo(panel::Image& image);
     void wakeListener();
-    void ring();
 
     const std::filesystem::path root;
     const int files; // inotify descriptor
     const int bell; // eventfd that reports a change of the digest
-    int around = -1; // watch of the parent folder while the panel does not exist; -1: no such watch
+    int around = -1; // watch of the nearest folder above a panel that does not exist; -1: no such watch
     std::atomic<std::uint64_t> lastDigest = 0;
     std::atomic<std::int64_t> lastBoot = 0;
     std::atomic<unsigned> rounds = 0; // calls of `wait`

@@ -1,4 +1,5 @@
 // The entry point of `panel-view`, which shows a panel in a browser. `panel view` starts it.
+#include "platform/panel/Watcher.h"
 #include "platform/view/Server.h"
 
 #include <csignal>
@@ -29,6 +30,7 @@ int main(int argc, char** argv) {
         std::fputs("panel-view: \"panel view\" starts it (panel view --help)\n", stderr);
         return 2;
     }
+    panel::Watcher::endWhenTruncated();
     sigset_t ends;
     sigemptyset(&ends);
     for (const int signal : {SIGINT, SIGTERM, SIGHUP})

@@ -16,7 +16,7 @@
 
 namespace {
 
-constexpr std::size_t shards = 4;
+constexpr std::size_t faultShards = 4;
 
 std::size_t failedProcesses(ScenarioPanel& panel) {
     const auto ended = panel.driver().status().ended;
@@ -68,16 +68,16 @@ class FaultSweep : public testing::TestWithParam<std::tuple<Story, bool, std::si
 
 INSTANTIATE_TEST_SUITE_P(Startup, FaultSweep,
                          testing::Combine(testing::Values(Story::fromDisk, Story::inPlace), testing::Values(false),
-                                          testing::Range(std::size_t{0}, shards)));
+                                          testing::Range(std::size_t{0}, faultShards)));
 INSTANTIATE_TEST_SUITE_P(Life, FaultSweep,
                          testing::Combine(testing::Values(Story::life), testing::Bool(),
-                                          testing::Range(std::size_t{0}, shards)));
+                                          testing::Range(std::size_t{0}, faultShards)));
 
 TEST_P(FaultSweep, AnyFailingCallIsSurvived) {
     const auto [story, ever, shard] = GetParam();
     const auto [calls, undisturbed, log] = recorded(story, ever ? canFailForEver : canFail);
     expectEachLossToBeOfACall(ever ? lastingLosses : knownLosses, story, calls);
-    for (const Call& call : dealt(calls, ever ? "lasting" : "once", shard, shards)) {
+    for (const Call& call : dealt(calls, ever ? "lasting" : "once", shard, faultShards)) {
         SCOPED_TRACE(testing::PrintToString(call));
         SweptPanel panel(story);
         panel::Fault fault{call.function, "TarvexHelper.exe", call.process, call.thread, call.number, ever};

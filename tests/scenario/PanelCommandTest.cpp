@@ -82,6 +82,10 @@ TEST_F(PanelCommand, SaysWhatIsWrongInOneLine) {
     isMisused("device BKL1 set 1 2", "4 values");
     isMisused("fault add Sleep", "cannot fail");
     isMisused("fault add CreateFileW --call 0", "from 1");
+    for (const char* action : {"--hold", "--cut"})
+        isMisused(std::string("fault add CreateFileW --answer 3 ") + action, "--answer");
+    isMisused("fault add --from 'a.exe#1 t1 WriteFile[1] --cut'", "behind the line");
+    isMisused("unplug 'Hard Disk' --keep ''", "not a folder");
     isMisused("create ''", "not a directory for a panel");
     for (const std::string name : {"'a\\b'", "..", "''"})
         isMisused("plug p --as " + name, "not a valid volume name");
@@ -160,6 +164,7 @@ TEST_F(PanelCommand, ChoosesWhatACutLeavesOfFiles) {
     EXPECT_EQ(json("fault list").size(), 1U);
     const std::string log = call("log").text;
     succeed("cut --sectors 1");
+    EXPECT_EQ(json("status").at("whyOff"), "panel cut");
     EXPECT_EQ(call("log").text, log.substr(0, 512));
 }
 
@@ -290,17 +295,21 @@ TEST_F(PanelCommand, StartsAndWaitsWithTheProgramsExitCode) {
     EXPECT_EQ(call("start --wait '\\MMCMemory\\Actor.exe' hold '\\MMCMemory\\Actor.exe'").code, 5);
     EXPECT_EQ(json("fault list").at(0).at("hits"), 1);
     succeed("cut");
-    for (const char* words : {"CreateFileW --nope", "1 Actor.exe#1 t1 Sleep[1](", "CreateFileW[1] --cut", ""})
+    for (const char* words : {"CreateFileW --nope", "1 Actor.exe#1 t1 Sleep[1](", "CreateFileW[1] --cut", "",
+                              "a.exe#1 t1 WriteFile[2] (--cut", "a.exe#1 t1 WriteFile[2] --call 3"})
         isMisused("boot --fault '" + std::string(words) + "'", "");
     succeed("registry write 'HKLM\\init' Launch1 '\\MMCMemory\\Actor.exe'");
-    EXPECT_EQ(json("boot --stepped --trace --fault 'CreateFileW --call 2' --fault ' 9 Actor.exe#1 t1 Sleep[1] --cut'")
+    EXPECT_EQ(json("boot --stepped --trace --fault 'CreateFileW --call 2' --fault ' 9 Actor.exe#1 t1 Sleep[1] --cut' "
+                   "--fault '--from \"a.exe#1 t1 Sleep[2]\" --hold' --fault 'a.exe#1 t1 Sleep[2](1) = void --cut'")
                   .at("started"),
               Json({{{"launch", 1}, {"name", "Actor.exe#1"}}}));
     EXPECT_EQ(json("fault list").at(1).at("cut"), true);
+    EXPECT_EQ(json("fault list").at(2).at("hold"), true);
+    EXPECT_EQ(json("fault list").at(3).at("cut"), true);
     EXPECT_EQ(call("start --wait '\\MMCMemory\\Actor.exe' hold '\\MMCMemory\\Actor.exe' sleep 1").code, 0);
     succeed("fault add --answer 66 --from \"$(" + programFile("panel").string() +
             " -C p trace show --process Actor.exe#2 --function CreateFileW)\"");
-    const Json fault = json("fault list").at(2);
+    const Json fault = json("fault list").at(4);
     EXPECT_EQ(fault.at("program"), "Actor.exe");
     EXPECT_EQ(fault.at("start"), 2);
     isMisused("fault add --from 'CreateFileW[1]'", "not a line of the trace");
@@ -341,6 +350,8 @@ TEST_F(PanelCommand, WaitsForWhatScriptsAskFor) {
     }
     for (const char* words : {"--file '\\MMCMemory\\No'", "--request BZR1 beep", "--values SHC1 1", "--shows white"})
         fails("wait --limit 1s " + std::string(words), "after 1 s", 124);
-    for (const char* words : {"", "--file a --log b", "--request BZR1 read", "--values SHC1 1 2", "--values BZR1 1"})
+    for (const char* words :
+         {"", "--file a --log b", "--request BZR1 read", "--values SHC1 1 2", "--values BZR1 1", "--values BKL1 -1",
+          "--request any reed", "--exit TarvexHelper.exe#0", "--exit TarvexHelper.exe#first"})
         isMisused("wait " + std::string(words), "");
 }

@@ -6,7 +6,7 @@
 #include <functional>
 
 using panel::registry::Copy;
-using panel::registry::Tree;
+using RegistryTree = panel::registry::Tree;
 
 namespace {
 
@@ -96,19 +96,19 @@ TEST(Registration, OfAFreshPanelIsOrderedFlushedAndStartsTheHelperAfterAPowerCut
 
 TEST(Registration, IsRenewedWhereTheCheckMissesSomethingAndOnlyThere) {
     const auto set = [](const char* key, const char* name, const char* text) {
-        return [=](Tree& tree) { tree.make(key)->set(panel::registry::textValue(name, text)); };
+        return [=](RegistryTree& tree) { tree.make(key)->set(panel::registry::textValue(name, text)); };
     };
     const auto remove = [](const char* key, const char* name) {
-        return [=](Tree& tree) { tree.make(key)->removeValue(name); };
+        return [=](RegistryTree& tree) { tree.make(key)->removeValue(name); };
     };
-    const auto removeKey = [](const char* key) { return [=](Tree& tree) { tree.remove(key); }; };
+    const auto removeKey = [](const char* key) { return [=](RegistryTree& tree) { tree.remove(key); }; };
     const struct {
         const char* what;
-        std::function<void(Tree&)> change;
+        std::function<void(RegistryTree&)> change;
         bool autorun; // is written again
         bool association;
     } cases[] = {
-        {"nothing", [](Tree&) {}, false, false},
+        {"nothing", [](RegistryTree&) {}, false, false},
         {"the case of the path", set(init, "Launch61", R"(\mmcmemory\TARVEX\tarvexhelper.EXE)"), false, false},
         {"any order", set(init, "Depend61", "whatever"), false, false},
         {"another program", set(init, "Launch61", R"(\Windows\Other.exe)"), true, false},
@@ -132,11 +132,11 @@ TEST(Registration, IsRenewedWhereTheCheckMissesSomethingAndOnlyThere) {
     panel.install();
     panel.startInPlace();
     EXPECT_EQ(panel.terminate(), 0U);
-    const Tree configured = panel.panel().registry(Copy::now);
+    const RegistryTree configured = panel.panel().registry(Copy::now);
     for (const auto& each : cases) {
         SCOPED_TRACE(each.what);
         panel.panel().changeRegistry(
-            [&](Tree& tree) {
+            [&](RegistryTree& tree) {
                 tree = configured;
                 each.change(tree);
             },
@@ -163,15 +163,15 @@ TEST(Registration, IsRenewedWhereTheCheckMissesSomethingAndOnlyThere) {
 
 TEST(Registration, OfAnotherTypeEndsTheStart) {
     const auto number = [](const char* key, const char* name) {
-        return [=](Tree& tree) { tree.make(key)->set(panel::registry::numberValue(name, 61)); };
+        return [=](RegistryTree& tree) { tree.make(key)->set(panel::registry::numberValue(name, 61)); };
     };
     const struct {
-        std::function<void(Tree&)> change;
+        std::function<void(RegistryTree&)> change;
         const char* failure;
         Lines before;
     } cases[] = {
         {number(init, "Launch61"), "", {autorunLine}}, // the order is missing, so nobody looks at it
-        {[&](Tree& tree) {
+        {[&](RegistryTree& tree) {
              number(init, "Launch61")(tree);
              number(init, "Depend61")(tree);
          },

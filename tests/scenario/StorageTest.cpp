@@ -6,7 +6,9 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <csignal>
 #include <sched.h>
+#include <sys/resource.h>
 
 namespace fs = std::filesystem;
 
@@ -104,10 +106,66 @@ TEST(Storage, ACutTakesTheLogOfTheRunningHelperButNotItsSettings) {
             {"WriteFile", "TarvexHelper.exe", 2, 1, 3, false, panel::FaultAction::cut, 0, row.sectors});
         panel.driver().start(ScenarioPanel::helper);
         EXPECT_TRUE(panel.driver().waitUntil([&] { return !panel.driver().isOn(); }, ScenarioPanel::limit));
+        EXPECT_EQ(panel.panel().whyOff().substr(0, 41), "fault at TarvexHelper.exe#2 t1 WriteFile[");
         EXPECT_EQ(panel.log().size(), before.size() + row.lines);
         EXPECT_FALSE(settings.empty());
         EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), settings);
     }
+}
+
+TEST(Storage, ACutLeavesWhatAPersonHasDoneToAFile) {
+    ScenarioPanel panel;
+    panel.panel().setStorage(StoragePolicy::closed);
+    panel.plugDisk("Hard Disk");
+    std::vector<HANDLE> handles{append(L"\\Hard Disk\\file", "lost")};
+    for (const wchar_t* file : {L"\\MMCMemory\\replaced", L"\\MMCMemory\\deleted", L"\\MMCMemory\\changed"}) {
+        CloseHandle(append(file, "old"));
+        handles.push_back(append(file, "lost"));
+    }
+    append(L"\\MMCMemory\\untouched", "lost");
+    const FreshFolder other;
+    fs::copy(panel.panel().directory(), other.path / "copy", fs::copy_options::recursive);
+    panel.write("\\MMCMemory\\new", "new");
+    fs::rename(panel.panel().hostPath("\\MMCMemory\\new"), panel.panel().hostPath("\\MMCMemory\\replaced"));
+    fs::remove(panel.panel().hostPath("\\MMCMemory\\deleted"));
+    panel.write("\\MMCMemory\\changed", "changed");
+    panel.panel().disks().unplug("Hard Disk");
+    DWORD written = 0;
+    for (const HANDLE file : handles)
+        EXPECT_TRUE(WriteFile(file, "lost", 4, &written, nullptr));
+    panel.panel().cut();
+    EXPECT_EQ(panel.read("\\MMCMemory\\replaced"), "new");
+    EXPECT_EQ(panel.read("\\MMCMemory\\changed"), "changed");
+    EXPECT_EQ(panel.read("\\MMCMemory\\untouched"), "");
+    EXPECT_FALSE(panel.exists("\\MMCMemory\\deleted"));
+    panel::Panel copy(other.path / "copy");
+    copy.setStorage(StoragePolicy::closed); // keeps what was written before
+    copy.boot({});
+    EXPECT_EQ(readText(copy.hostPath("\\MMCMemory\\untouched")), "lost");
+    copy.off();
+}
+
+TEST(Storage, AWriteFailsIfTheHostCannotRecordIt) {
+    ScenarioPanel panel;
+    panel.panel().setStorage(StoragePolicy::closed);
+    const HANDLE first = append(L"\\MMCMemory\\file", "first");
+    const HANDLE second = append(L"\\MMCMemory\\file", "second");
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit{100,
+                 RLIM_INFINITY}; // bytes of a file: the file has room for a write, the record of all writes has none
+    EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+    DWORD written = 0;
+    int writes = 0;
+    while (SetFilePointer(second, 0, nullptr, FILE_BEGIN) == 0 && WriteFile(second, "again", 5, &written, nullptr) &&
+           writes < 100)
+        ++writes;
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_DISK_FULL});
+    EXPECT_LT(writes, 100);
+    limit.rlim_cur = RLIM_INFINITY;
+    EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+    CloseHandle(first);
+    CloseHandle(second);
+    EXPECT_TRUE(fs::is_empty(panel.panel().directory() / "run/uncommitted"));
 }
 
 TEST(Storage, NoCallHasAnEffectAfterACut) {

@@ -14,7 +14,7 @@ using namespace testing_panel;
 
 namespace {
 
-using Names = std::vector<std::string>;
+using Lines = std::vector<std::string>;
 
 // A file that is in use.
 class HeldOpen {
@@ -31,7 +31,7 @@ private:
     HANDLE file;
 };
 
-const auto failureOf = messageOf<FileSystemException>;
+const auto fileFailure = messageOf<FileSystemException>;
 
 } // namespace
 
@@ -111,7 +111,7 @@ TEST(FileSystem, DeletesReadOnlyFilesButNoDirectories) {
     EXPECT_TRUE(files.removeDirectory(L"\\D"));
     startTrace();
     EXPECT_FALSE(files.deleteFile(L"\\missing"));
-    EXPECT_EQ(trace({"SetFileAttributesW"}), (Names{R"(SetFileAttributesW("\missing", 0xfffffffe) = 0 error 2)"}))
+    EXPECT_EQ(trace({"SetFileAttributesW"}), (Lines{R"(SetFileAttributesW("\missing", 0xfffffffe) = 0 error 2)"}))
         << "all bits but the read-only one";
 }
 
@@ -135,7 +135,7 @@ TEST(FileSystem, RenamesBusyFilesAway) {
         EXPECT_TRUE(files.deleteOrRenameFile(L"\\D\\busy", newName));
         EXPECT_EQ(newName, L"\\D\\_rm_3_busy");
     }
-    EXPECT_EQ(list("\\D"), (Names{"_rm_1_busy", "_rm_2_busy", "_rm_3_busy", "_rm_busy"}));
+    EXPECT_EQ(list("\\D"), (Lines{"_rm_1_busy", "_rm_2_busy", "_rm_3_busy", "_rm_busy"}));
     EXPECT_EQ(readFile("\\D\\_rm_1_busy"), "\\D\\busy");
     EXPECT_TRUE(files.deleteOrRenameFile(L"\\D\\missing", newName)) << "counts as done, always";
 }
@@ -151,27 +151,27 @@ TEST(FileSystem, DeletesTreesAndLaterTheirLeftovers) {
         const HeldOpen busy(L"\\D\\T\\sub\\busy");
         EXPECT_TRUE(files.deleteDirectoryOrRename(L"\\D\\T", newName));
         EXPECT_EQ(newName, L"\\D\\_rm_T");
-        EXPECT_EQ(list("\\D\\_rm_T"), Names{"_rm_sub"});
-        EXPECT_EQ(list("\\D\\_rm_T\\_rm_sub"), Names{"_rm_busy"});
+        EXPECT_EQ(list("\\D\\_rm_T"), Lines{"_rm_sub"});
+        EXPECT_EQ(list("\\D\\_rm_T\\_rm_sub"), Lines{"_rm_busy"});
         files.deleteDirectoryOrRename(L"\\D\\U", newName);
         EXPECT_EQ(newName, L"\\D\\U");
         files.cleanupDirectory(L"\\D");
-        EXPECT_EQ(list("\\D"), (Names{"_rm_T", "_rmfile", "file_rm_"})) << "what is still busy keeps its name";
+        EXPECT_EQ(list("\\D"), (Lines{"_rm_T", "_rmfile", "file_rm_"})) << "what is still busy keeps its name";
     }
     files.cleanupDirectory(L"\\D");
-    EXPECT_EQ(list("\\D"), (Names{"_rmfile", "file_rm_"}));
+    EXPECT_EQ(list("\\D"), (Lines{"_rmfile", "file_rm_"}));
     files.cleanupDirectory(L"\\missing");
     files.deleteDirectoryContents(L"\\D", L"*file*", L"_rm*");
-    EXPECT_EQ(list("\\D"), Names{"_rmfile"});
+    EXPECT_EQ(list("\\D"), Lines{"_rmfile"});
 }
 
 TEST(FileSystem, RefusesEmptyNamesOfTrees) {
     IFileSystem& files = getFileSystem();
-    EXPECT_EQ(failureOf([&] { files.copyDirectory(L"", L"", true, L"*"); }), L"Invalid source directory");
-    EXPECT_EQ(failureOf([&] { files.copyDirectory(L"", L"\\D", true, L"*"); }), L"Invalid destination directory");
-    EXPECT_EQ(failureOf([&] { files.deleteDirectoryOrRename(L""); }), L"Invalid directory name");
-    EXPECT_EQ(failureOf([&] { files.deleteDirectoryContents(L"", L"*", L""); }), L"Invalid directory name");
-    EXPECT_EQ(failureOf([&] { files.cleanupDirectory(L""); }), L"Invalid directory name");
+    EXPECT_EQ(fileFailure([&] { files.copyDirectory(L"", L"", true, L"*"); }), L"Invalid source directory");
+    EXPECT_EQ(fileFailure([&] { files.copyDirectory(L"", L"\\D", true, L"*"); }), L"Invalid destination directory");
+    EXPECT_EQ(fileFailure([&] { files.deleteDirectoryOrRename(L""); }), L"Invalid directory name");
+    EXPECT_EQ(fileFailure([&] { files.deleteDirectoryContents(L"", L"*", L""); }), L"Invalid directory name");
+    EXPECT_EQ(fileFailure([&] { files.cleanupDirectory(L""); }), L"Invalid directory name");
 }
 
 TEST(FileSystem, CopiesTrees) {
@@ -198,13 +198,13 @@ TEST(FileSystem, CopiesTrees) {
     EXPECT_EQ(copied, 3U) << "one that fails stays missing and stops no other";
 
     files.copyDirectory(L"\\P", L"\\S", false, L"?");
-    EXPECT_EQ(list("\\P"), (Names{"a", "b"})) << "as the pattern says";
+    EXPECT_EQ(list("\\P"), (Lines{"a", "b"})) << "as the pattern says";
     files.copyDirectory(L"\\missing\\D", L"\\S", true, L"*");
     EXPECT_FALSE(exists("\\missing"));
     startTrace();
     files.copyDirectory(L"\\E", L"\\missing", true, L"*");
     EXPECT_EQ(trace({"FindFirstFileW", "CreateDirectoryW"}),
-              (Names{R"(FindFirstFileW("\missing\*") = -1 error 2)", R"(CreateDirectoryW("\E") = 1)"}));
+              (Lines{R"(FindFirstFileW("\missing\*") = -1 error 2)", R"(CreateDirectoryW("\E") = 1)"}));
     EXPECT_TRUE(exists("\\E"));
 }
 
@@ -252,12 +252,12 @@ TEST(FileSystem, ListsByPattern) {
     EXPECT_EQ(found, (std::map<std::wstring, DirectoryEntry::Kind>{{L"a.txt", DirectoryEntry::Kind::File},
                                                                    {L"b", DirectoryEntry::Kind::Directory}}));
     EXPECT_FALSE(files.createDirectoryIterator(L"\\D", L"a*")->atEnd());
-    const Names calls = trace({"FindFirstFileW", "FindClose"});
+    const Lines calls = trace({"FindFirstFileW", "FindClose"});
     ASSERT_EQ(calls.size(), 4U) << "each search is closed, finished or not";
     EXPECT_TRUE(calls[1].starts_with("FindClose(") && calls[3].starts_with("FindClose("));
     startTrace();
     EXPECT_TRUE(files.createDirectoryIterator(L"\\D", L"")->atEnd());
-    EXPECT_EQ(trace(), Names{}) << "what the platform would answer does not matter";
+    EXPECT_EQ(trace(), Lines{}) << "what the platform would answer does not matter";
     EXPECT_TRUE(files.createDirectoryIterator(L"\\D", L"_rm*")->atEnd());
     EXPECT_TRUE(files.createDirectoryIterator(L"\\missing", L"*")->atEnd());
 }

@@ -17,7 +17,7 @@ struct ProbeException : OrvaUtils::Exception {
     using Exception::Exception;
 };
 
-const auto failure = messageOf<ProbeException>;
+const auto probeFailure = messageOf<ProbeException>;
 
 class Probe : public MonitorThread {
 public:
@@ -86,7 +86,7 @@ void throwing(Probe& probe) {
     throw 1;
 }
 
-DWORD timeOf(const std::function<void()>& operation) {
+DWORD ticksOf(const std::function<void()>& operation) {
     const DWORD begun = GetTickCount();
     operation();
     return GetTickCount() - begun;
@@ -103,7 +103,7 @@ TEST(MonitorThread, NeedsItsEvents) {
         for (const auto handles : {Probe::Handles::Close, Probe::Handles::LeaveOpen}) {
             startTrace();
             failCall("CreateEventW", call);
-            EXPECT_EQ(failure([&] { Probe probe(watch, handles); }), L"Cannot create event");
+            EXPECT_EQ(probeFailure([&] { Probe probe(watch, handles); }), L"Cannot create event");
             EXPECT_EQ(closed(), 1U);
         }
     }
@@ -140,19 +140,19 @@ TEST(MonitorThread, StartsAndStopsWhateverFails) {
         SCOPED_TRACE(each.name);
         auto* const probe = new Probe(each.work);
         EXPECT_TRUE(probe->hasEnded());
-        EXPECT_EQ(failure([&] { probe->stop(); }), L"none") << "never started";
+        EXPECT_EQ(probeFailure([&] { probe->stop(); }), L"none") << "never started";
         if (each.refused != nullptr) {
             failCall(each.refused, each.call, each.ever);
         }
-        EXPECT_EQ(timeOf([&] { EXPECT_TRUE(probe->start()); }), each.starting);
+        EXPECT_EQ(ticksOf([&] { EXPECT_TRUE(probe->start()); }), each.starting);
         if (!each.startsAgain) {
             EXPECT_FALSE(probe->start());
         }
-        EXPECT_EQ(timeOf([&] { EXPECT_EQ(failure([&] { probe->stop(); }), each.stopped); }), each.stopping);
+        EXPECT_EQ(ticksOf([&] { EXPECT_EQ(probeFailure([&] { probe->stop(); }), each.stopped); }), each.stopping);
         driver().clearFaults();
         EXPECT_EQ(probe->hasEnded(), each.stopped == none);
         advance(1000);
-        EXPECT_EQ(failure([&] { probe->stop(); }), L"none") << "at the latest now";
+        EXPECT_EQ(probeFailure([&] { probe->stop(); }), L"none") << "at the latest now";
         EXPECT_TRUE(probe->hasEnded());
         delete probe;
     }
@@ -166,7 +166,7 @@ TEST(MonitorThread, StartsAnewWithoutWhatTheLastThreadHasLeft) {
         Sleep(1000);
         self.clearRunning();
     });
-    EXPECT_EQ(timeOf([&] { EXPECT_TRUE(probe->start()); }), 20000U);
+    EXPECT_EQ(ticksOf([&] { EXPECT_TRUE(probe->start()); }), 20000U);
     EXPECT_FALSE(probe->hasEnded()) << "though it does not run yet";
     advance(5500);
     probe->stop();
@@ -175,7 +175,7 @@ TEST(MonitorThread, StartsAnewWithoutWhatTheLastThreadHasLeft) {
         EXPECT_EQ(self.waitForStop(0), DWORD{WAIT_TIMEOUT});
         watch(self);
     };
-    EXPECT_EQ(timeOf([&] { EXPECT_TRUE(probe->start()); }), 700U);
+    EXPECT_EQ(ticksOf([&] { EXPECT_TRUE(probe->start()); }), 700U);
     startTrace();
     stopAndDelete(probe);
     EXPECT_EQ(closed(), 3U);
@@ -200,7 +200,7 @@ TEST(MonitorThread, IsDeletedWhenItHasEndedAndKeptOtherwise) {
             }
             Probe* probe;
         };
-        EXPECT_EQ(failure([&] {
+        EXPECT_EQ(probeFailure([&] {
                       const Owner owner{probe};
                       if (inFlight) {
                           throw ProbeException(L"in flight");

@@ -70,8 +70,8 @@ private:
 };
 
 // Counts its notifications, and then does what it was given to do.
-struct Observer : MouseHookObserver {
-    ~Observer() override {
+struct PressObserver : MouseHookObserver {
+    ~PressObserver() override {
         MouseHook::instance().removeObserver(this); // threads that are left may notify while the process ends
     }
     void notify(int& value) override {
@@ -94,7 +94,7 @@ void press() {
 } // namespace
 
 TEST(MouseHook, LeavesAThreadBehindForEachInstallation) {
-    Observer observer;
+    PressObserver observer;
     HookThread hook;
     hook.perform([&] { MouseHook::instance().addObserver(&observer); });
     startTrace();
@@ -121,7 +121,7 @@ TEST(MouseHook, WaitsForAnObserverThatIsRemovedWhileItIsNotified) {
         DWORD waits; // ms
     } cases[] = {{995, true, 1000}, {30000, true, 20000}, {995, false, 100}};
     for (const auto& each : cases) {
-        Observer observer;
+        PressObserver observer;
         observer.action = [&] { Sleep(each.notification); };
         hook.perform([&] {
             mouse.addObserver(&observer);
@@ -144,7 +144,7 @@ TEST(MouseHook, WaitsForAnObserverThatIsRemovedWhileItIsNotified) {
 TEST(MouseHook, LogsWhatAnObserverThrowsAndEndsThatThread) {
     writeFile("\\Log\\unrelated", "");
     Logger::instance().setFilePath(L"\\Log\\log.txt");
-    Observer observer;
+    PressObserver observer;
     observer.action = [] { throw OrvaUtils::Exception(L"No click"); };
     HookThread hook;
     hook.perform([&] { MouseHook::instance().addObserver(&observer); });

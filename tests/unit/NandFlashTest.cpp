@@ -13,7 +13,7 @@ using panel::Behaviour;
 
 namespace {
 
-const auto failureOf = messageOf<FlashNotWritableException>;
+const auto flashFailure = messageOf<FlashNotWritableException>;
 
 Lines requests() { // to the flash
     Lines operations;
@@ -38,11 +38,11 @@ TEST(NandFlash, IsWhereAPathBeginsWithItsName) {
 TEST(NandFlash, ClosesADriverThatRefusesAndTellsOfOneThatIsMissing) {
     devices().setBehaviour("NANDFlash", {Behaviour::Kind::refuse, 5}, "writable");
     startTrace();
-    EXPECT_EQ(failureOf(makeFlashWritable), L"Generic Exception");
+    EXPECT_EQ(flashFailure(makeFlashWritable), L"Generic Exception");
     EXPECT_EQ(trace({"CloseHandle"}).size(), 1U);
     devices().setPresent("NANDFlash", false);
     startTrace();
-    EXPECT_EQ(failureOf(makeFlashReadOnly), L"Generic Exception");
+    EXPECT_EQ(flashFailure(makeFlashReadOnly), L"Generic Exception");
     const Lines calls = trace();
     ASSERT_EQ(calls.size(), 3U) << "a failed open shows in the control call";
     EXPECT_TRUE(calls[0].starts_with("CreateFileW(\"\\NANDFlash\\Vol:\", 0xc0000000, 0, 3, 0x0) = ")) << calls[0];

@@ -15,7 +15,7 @@ using panel::Behaviour;
 
 namespace {
 
-const auto failureOf = messageOf<OrvaUtils::PlatformInfoException>;
+const auto infoFailure = messageOf<OrvaUtils::PlatformInfoException>;
 
 std::string guid() {
     const PlatformInfo::Guid bytes = PlatformInfo::instance().getGuid();
@@ -36,8 +36,8 @@ TEST(PlatformInfo, KnowsPlatformTypesAndModels) {
         EXPECT_EQ(PlatformInfo::platformTypeFromString(names[type - 1]), type);
     }
     EXPECT_EQ(PlatformInfo::instance().getPlatformType(), 2U);
-    EXPECT_EQ(failureOf([] { PlatformInfo::platformTypeToString(5); }), L"Unexpected platform type");
-    EXPECT_EQ(failureOf([] { PlatformInfo::platformTypeFromString("win32"); }), L"Unexpected platform type");
+    EXPECT_EQ(infoFailure([] { PlatformInfo::platformTypeToString(5); }), L"Unexpected platform type");
+    EXPECT_EQ(infoFailure([] { PlatformInfo::platformTypeFromString("win32"); }), L"Unexpected platform type");
     std::set<std::wstring> models;
     for (std::uint32_t code = 0; code <= 0xFFFF; ++code) {
         models.insert(PlatformInfo::getModelName(code));
@@ -65,12 +65,12 @@ TEST(PlatformInfo, TriesATagStoreAgainThatCannotBeRead) {
     startTrace();
     devices().setPresent("tags", false);
     EXPECT_EQ(PlatformInfo::instance().getModelCode(), 0);
-    EXPECT_EQ(failureOf([] { guid(); }), L"Guid not present");
+    EXPECT_EQ(infoFailure([] { guid(); }), L"Guid not present");
     devices().setPresent("tags", true);
     for (const char* function : {"TAG_Open", "TAG_Get_Data"}) {
         devices().setBehaviour("tags", {Behaviour::Kind::refuse, 5}, function);
         EXPECT_EQ(PlatformInfo::instance().getModelCode(), 0);
-        EXPECT_EQ(failureOf([] { guid(); }), L"Guid not present");
+        EXPECT_EQ(infoFailure([] { guid(); }), L"Guid not present");
         devices().setBehaviour("tags", {});
     }
     EXPECT_EQ(openings(), 4U);
@@ -83,7 +83,7 @@ TEST(PlatformInfo, HasModelAndGuidEachWithoutTheOtherWhichItAsksForAgain) {
     devices().setTag(18, "\x03\x04");
     devices().removeTag(48);
     startTrace();
-    EXPECT_EQ(failureOf([] { guid(); }), L"Guid not present");
+    EXPECT_EQ(infoFailure([] { guid(); }), L"Guid not present");
     EXPECT_EQ(PlatformInfo::instance().getModelCode(), 0x403);
     EXPECT_EQ(openings(), 1U);
     devices().removeTag(18);
@@ -107,7 +107,7 @@ TEST(PlatformInfo, TakesAShorterTagForNoneAndTheBeginningOfALongerOne) {
     for (const char* identity : {"", "0123456789abcde"}) {
         devices().setTag(48, identity);
         EXPECT_EQ(PlatformInfo::instance().getModelCode(), 0);
-        EXPECT_EQ(failureOf([] { guid(); }), L"Guid not present") << identity;
+        EXPECT_EQ(infoFailure([] { guid(); }), L"Guid not present") << identity;
     }
     devices().setTag(18, {"\x06\x04\0\0", 4});
     devices().setTag(48, "0123456789abcdefg");

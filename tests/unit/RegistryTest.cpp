@@ -21,7 +21,7 @@ void make(const std::wstring& path) {
     const Key made(createKey(HKEY_LOCAL_MACHINE, path, 0));
 }
 
-const auto failureOf = messageOf<RegistryException>;
+const auto keyFailure = messageOf<RegistryException>;
 
 template<class Enumerator>
 Names namesIn(HKEY key) {
@@ -71,24 +71,24 @@ TEST(Registry, TellsWhatExists) {
 
 TEST(Registry, OpensMakesAndDeletes) {
     startTrace();
-    EXPECT_EQ(failureOf([] { const Key key(HKEY_LOCAL_MACHINE, L"A\\B"); }), L"Cannot open subkey 'A\\B'");
+    EXPECT_EQ(keyFailure([] { const Key key(HKEY_LOCAL_MACHINE, L"A\\B"); }), L"Cannot open subkey 'A\\B'");
     make(L"A\\B\\C");
     make(L"A\\B\\C"); // opens it
     EXPECT_TRUE(keyExists(HKEY_LOCAL_MACHINE, L"A\\B\\C"));
     failCall("RegCreateKeyExW");
-    EXPECT_EQ(failureOf([] { make(L"A\\X"); }), L"Cannot open subkey");
+    EXPECT_EQ(keyFailure([] { make(L"A\\X"); }), L"Cannot open subkey");
     {
         const Key key(HKEY_LOCAL_MACHINE, L"A\\B");
         writeDword(key.handle(), L"v", 1);
         deleteValue(key.handle(), L"V");
-        EXPECT_EQ(failureOf([&] { deleteValue(key.handle(), L"v"); }), L"Deleting non existing value");
-        EXPECT_EQ(failureOf([] { deleteKey(HKEY_LOCAL_MACHINE, L"A"); }), L"Deleting non existing key")
+        EXPECT_EQ(keyFailure([&] { deleteValue(key.handle(), L"v"); }), L"Deleting non existing value");
+        EXPECT_EQ(keyFailure([] { deleteKey(HKEY_LOCAL_MACHINE, L"A"); }), L"Deleting non existing key")
             << "one below it is open";
     }
     deleteKey(HKEY_LOCAL_MACHINE, L"A\\B");
     EXPECT_FALSE(keyExists(HKEY_LOCAL_MACHINE, L"A\\B"));
     EXPECT_TRUE(keyExists(HKEY_LOCAL_MACHINE, L"A"));
-    EXPECT_EQ(failureOf([] { deleteKey(HKEY_LOCAL_MACHINE, L"A\\B"); }), L"Deleting non existing key");
+    EXPECT_EQ(keyFailure([] { deleteKey(HKEY_LOCAL_MACHINE, L"A\\B"); }), L"Deleting non existing key");
     EXPECT_EQ(openKeys(), 0U);
 }
 

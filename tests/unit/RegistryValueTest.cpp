@@ -50,7 +50,7 @@ protected:
     const HKEY handle = key.handle();
 };
 
-const auto failureOf = messageOf<RegistryException>;
+const auto valueFailure = messageOf<RegistryException>;
 
 // Of a class that the library does not have.
 struct UnknownValue : Value {
@@ -103,7 +103,7 @@ TEST_F(RegistryValue, IsQueriedAgainOnlyWhenTheFirstBufferIsTooSmall) {
         EXPECT_EQ(trace().size(), size > 50 ? 2U : 1U);
         failCall("RegQueryValueExW");
         startTrace();
-        EXPECT_EQ(failureOf([&] { readBinary(handle, L"bytes"); }), L"Cannot query the given registry value");
+        EXPECT_EQ(valueFailure([&] { readBinary(handle, L"bytes"); }), L"Cannot query the given registry value");
         EXPECT_EQ(trace().size(), 1U) << "any other error is final";
     }
 }
@@ -173,14 +173,15 @@ TEST_F(RegistryValue, IsWrittenReadAndCompared) {
         EXPECT_EQ(stored(L"v"), std::make_pair(each.type, each.bytes));
         const std::unique_ptr<Value> read = readValue(handle, L"v");
         EXPECT_EQ(read->name, L"v");
-        EXPECT_EQ(failureOf([&] { read->accept(comparer, handle); }), L"none");
-        EXPECT_EQ(failureOf([&] { each.value->accept(comparer, handle); }), L"none") << "which is of its type";
-        EXPECT_EQ(failureOf([&] { each.other->accept(comparer, handle); }), each.different);
+        EXPECT_EQ(valueFailure([&] { read->accept(comparer, handle); }), L"none");
+        EXPECT_EQ(valueFailure([&] { each.value->accept(comparer, handle); }), L"none") << "which is of its type";
+        EXPECT_EQ(valueFailure([&] { each.other->accept(comparer, handle); }), each.different);
         failCall("RegSetValueExW");
-        EXPECT_EQ(failureOf([&] { each.other->accept(writer, handle); }), each.refused);
+        EXPECT_EQ(valueFailure([&] { each.other->accept(writer, handle); }), each.refused);
     }
-    EXPECT_EQ(failureOf([&] { UnknownValue().accept(comparer, handle); }), L"Unexpected value type");
-    EXPECT_EQ(failureOf([&] { UnknownValue().accept(writer, handle); }), L"Write of registry value type not supported");
+    EXPECT_EQ(valueFailure([&] { UnknownValue().accept(comparer, handle); }), L"Unexpected value type");
+    EXPECT_EQ(valueFailure([&] { UnknownValue().accept(writer, handle); }),
+              L"Write of registry value type not supported");
 }
 
 TEST_F(RegistryValue, OfAnotherTypeIsNoneForATypedRead) {
@@ -195,14 +196,14 @@ TEST_F(RegistryValue, OfAnotherTypeIsNoneForATypedRead) {
     for (const DWORD type : {1U, 2U, 3U, 4U, 5U, 7U, 0U, 6U, 11U}) {
         store(L"value", type, Bytes(60));
         for (const auto& each : reads) {
-            EXPECT_EQ(failureOf([&] { each.second(L"value"); }),
+            EXPECT_EQ(valueFailure([&] { each.second(L"value"); }),
                       each.first == type ? L"none" : L"Unexpected value type");
         }
         const bool known = type != 0 && type != 6 && type < 8;
-        EXPECT_EQ(failureOf([&] { readValue(handle, L"value"); }), known ? L"none" : L"Invalid datatype given");
+        EXPECT_EQ(valueFailure([&] { readValue(handle, L"value"); }), known ? L"none" : L"Invalid datatype given");
     }
-    EXPECT_EQ(failureOf([&] { makeValue(L"x", nullptr, 0, 6); }), L"Invalid datatype given");
-    EXPECT_EQ(failureOf([&] { readValue(handle, L"missing"); }), L"Cannot query the given registry value");
+    EXPECT_EQ(valueFailure([&] { makeValue(L"x", nullptr, 0, 6); }), L"Invalid datatype given");
+    EXPECT_EQ(valueFailure([&] { readValue(handle, L"missing"); }), L"Cannot query the given registry value");
     failCall("RegQueryValueExW", 2);
-    EXPECT_EQ(failureOf([&] { readBinary(handle, L"value"); }), L"Cannot query the given registry value");
+    EXPECT_EQ(valueFailure([&] { readBinary(handle, L"value"); }), L"Cannot query the given registry value");
 }

@@ -28,7 +28,7 @@ std::string logged(const char* panelPath = HELPER_LOG) {
 // Of a start in place on a panel whose registry does not know the helper.
 const std::string REGISTRATION = "INFO;Configuring my autorun\nINFO;Associate .osr file to Tarvex.exe\n";
 
-const auto failureOf = messageOf<OrvaUtils::Exception>;
+const auto startFailure = messageOf<OrvaUtils::Exception>;
 
 } // namespace
 
@@ -115,14 +115,14 @@ TEST(Startup, TidiesUpInTheRightPath) {
 TEST(Installation, FindsTheApplicationOnADisk) {
     writeFile("\\Hard Disk\\Tarvex\\Tarvex.exe\\folder", "");
     EXPECT_FALSE(anyDiskHoldsApplication());
-    EXPECT_EQ(failureOf([] { findApplicationSource(); }), L"Tarvex not found in any external disk");
+    EXPECT_EQ(startFailure([] { findApplicationSource(); }), L"Tarvex not found in any external disk");
     writeFile("\\Hard Disk2\\Tarvex\\Tarvex.exe", "");
     EXPECT_EQ(findApplicationSource(), L"Hard Disk2\\Tarvex");
 }
 
 TEST(Installation, CopiesTheHelperFile) {
     const auto copy = [](const wchar_t* source, const wchar_t* destination) {
-        return failureOf([&] { copyHelperFile(source, destination); });
+        return startFailure([&] { copyHelperFile(source, destination); });
     };
     writeFile("\\S\\helper", "new");
     writeFile("\\D\\old", "old");

@@ -17,7 +17,7 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 
 // "TAG_Open 5", as the exception has it, "Load x failed", or "none".
-std::string failureOf(const std::function<void()>& action) {
+std::string tagFailure(const std::function<void()>& action) {
     try {
         action();
     } catch (const TagException& failure) {
@@ -62,12 +62,12 @@ TEST(TagStore, NamesTheFunctionThatFailsAndItsErrorCode) {
         // One answers no, the other yes and yet reports an error.
         for (const Behaviour::Kind kind : {Behaviour::Kind::refuse, Behaviour::Kind::code}) {
             devices().setBehaviour("tags", {kind, 77}, function);
-            EXPECT_EQ(failureOf(action), function + std::string(" 77"));
+            EXPECT_EQ(tagFailure(action), function + std::string(" 77"));
         }
         devices().setBehaviour("tags", {});
-        EXPECT_EQ(failureOf(action), "none") << function;
+        EXPECT_EQ(tagFailure(action), "none") << function;
     }
-    EXPECT_EQ(failureOf([&] { store.getData(5, buffer); }), "TAG_Get_Data 2") << "there is no such tag";
+    EXPECT_EQ(tagFailure([&] { store.getData(5, buffer); }), "TAG_Get_Data 2") << "there is no such tag";
 }
 
 TEST(TagStore, GrowsABufferWhateverTheFirstReadAnswers) {
@@ -77,40 +77,40 @@ TEST(TagStore, GrowsABufferWhateverTheFirstReadAnswers) {
     const auto read = [&] { store.getDataGrowing(48, buffer); };
     devices().setBehaviour("tags", {Behaviour::Kind::code, 77}, "TAG_Get_Data"); // which tells the size all the same
     startTrace();
-    EXPECT_EQ(failureOf(read), "TAG_Get_Data 77");
+    EXPECT_EQ(tagFailure(read), "TAG_Get_Data 77");
     EXPECT_EQ(trace({"TAG_Get_Data"}).size(), 2U);
     EXPECT_EQ(buffer.size(), 16U);
     devices().setBehaviour("tags", {});
     buffer.resize(1);
     failCall("TAG_Get_Data", 2);
-    EXPECT_EQ(failureOf(read), "TAG_Get_Data 31") << "the last read counts";
-    EXPECT_EQ(failureOf(read), "none");
+    EXPECT_EQ(tagFailure(read), "TAG_Get_Data 31") << "the last read counts";
+    EXPECT_EQ(tagFailure(read), "none");
 }
 
 TEST(TagStore, ThatCannotBeOpenedIsUnloaded) {
     for (const Behaviour::Kind kind : {Behaviour::Kind::refuse, Behaviour::Kind::code}) {
         devices().setBehaviour("tags", {kind, 9}, "TAG_Open");
         startTrace();
-        EXPECT_EQ(failureOf([] { const TagStore store; }), "TAG_Open 9");
+        EXPECT_EQ(tagFailure([] { const TagStore store; }), "TAG_Open 9");
         EXPECT_EQ(unloadings(), 1U);
     }
     devices().setBehaviour("tags", {});
     failCall("GetProcAddressW", 3);
     startTrace();
-    EXPECT_EQ(failureOf([] { const TagStore store; }), "Get address of TAG_Close failed");
+    EXPECT_EQ(tagFailure([] { const TagStore store; }), "Get address of TAG_Close failed");
     EXPECT_EQ(unloadings(), 1U);
     devices().setPresent("tags", false);
-    EXPECT_EQ(failureOf([] { const TagStore store; }), "Load tagUserAPI.dll failed");
+    EXPECT_EQ(tagFailure([] { const TagStore store; }), "Load tagUserAPI.dll failed");
 }
 
 TEST(TagStore, ThatCannotBeClosedIsUnloadedAllTheSame) {
     devices().setBehaviour("tags", {Behaviour::Kind::refuse, 9}, "TAG_Close");
     startTrace();
-    EXPECT_EQ(failureOf([] { const TagStore store; }), "TAG_Close 9");
+    EXPECT_EQ(tagFailure([] { const TagStore store; }), "TAG_Close 9");
     EXPECT_EQ(unloadings(), 1U);
     const auto failTwice = [] {
         const TagStore store;
         throw TagException(L"first", 1);
     };
-    EXPECT_EQ(failureOf(failTwice), "first 1") << "the first failure is the one that is told";
+    EXPECT_EQ(tagFailure(failTwice), "first 1") << "the first failure is the one that is told";
 }

@@ -27,7 +27,7 @@ void unplug(const std::string& device) {
 }
 
 // "0 DSK1: \Hard Disk"
-class Recorder : public USBDeviceMonitorObserver {
+class DiskRecorder : public USBDeviceMonitorObserver {
 public:
     void onDeviceEvent(const USBDeviceEvent& event) override {
         events.push_back(std::to_wstring(event.type) + L' ' + event.deviceName + L' ' + event.volumeName);
@@ -39,8 +39,8 @@ public:
 
 TEST(USBDeviceMonitor, TellsOfVolumesAndOfDevicesThatGo) {
     plug({"Hard Disk", "-", "USB Disk"});
-    Recorder recorder;
-    Recorder gone;
+    DiskRecorder recorder;
+    DiskRecorder gone;
     USBDeviceMonitor monitor;
     monitor.addObserver(&recorder);
     monitor.addObserver(&gone);

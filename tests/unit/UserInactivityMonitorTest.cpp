@@ -13,14 +13,14 @@ constexpr auto ACTIVE = UserActivityEvent::Active;
 constexpr auto INACTIVE = UserActivityEvent::Inactive;
 
 // What the monitor has said, and when.
-struct Recorder : UserInactivityMonitorObserver {
+struct ActivityRecorder : UserInactivityMonitorObserver {
     void notify(const UserActivityEvent& event) override {
         heard.emplace_back(GetTickCount(), event);
     }
     std::vector<std::pair<DWORD, UserActivityEvent>> heard;
 };
 
-using Heard = decltype(Recorder::heard);
+using Heard = decltype(ActivityRecorder::heard);
 
 void user(bool active) {
     panel::setUserActive(active);
@@ -31,7 +31,7 @@ void user(bool active) {
 
 TEST(UserInactivityMonitor, ReportsAUserWhoIsInactiveForTheWholeTimeout) {
     user(true);
-    Recorder recorder;
+    ActivityRecorder recorder;
     UserInactivityMonitor monitor;
     monitor.addObserver(&recorder);
     ASSERT_TRUE(monitor.start());
@@ -48,7 +48,7 @@ TEST(UserInactivityMonitor, ReportsAUserWhoIsInactiveForTheWholeTimeout) {
 
 TEST(UserInactivityMonitor, ReportsAnActiveUserOnceAtEachStart) {
     user(true);
-    Recorder recorder;
+    ActivityRecorder recorder;
     UserInactivityMonitor monitor;
     monitor.addObserver(&recorder);
     driver().addFault({"OpenEventW", "", 0, 0, 2});

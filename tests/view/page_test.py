@@ -15,7 +15,8 @@ import subprocess
 import sys
 
 from selenium import webdriver
-from selenium.common.exceptions import NoSuchElementException, StaleElementReferenceException
+from selenium.common.exceptions import (ElementClickInterceptedException, NoSuchElementException,
+                                        StaleElementReferenceException)
 from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
@@ -23,7 +24,8 @@ from selenium.webdriver.support.ui import Select, WebDriverWait
 
 PROGRAMS, FOLDER = (pathlib.Path(word).resolve() for word in sys.argv[1:])
 PANEL = FOLDER / "panel"
-MEANWHILE = (NoSuchElementException, StaleElementReferenceException) # the page is being renewed
+MEANWHILE = (NoSuchElementException, StaleElementReferenceException, # the page is being renewed
+             ElementClickInterceptedException) # or scrolled
 PATIENCE = 60 # seconds, for a slow machine; nothing waits that long
 FLAGS = ["--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run", "--disable-sync",
          "--disable-background-networking", "--disable-component-update", "--window-size=1280,800",
@@ -190,6 +192,13 @@ def drive(page, disk):
 
     panel("trace", "export", FOLDER / "trace.json")
     viewed = (FOLDER / "trace.json").read_text(), panel("trace", "show", "--json")
+    # The commands that take long block no other one.
+    page.browser.execute_script("for (let i = 0; i < 9; ++i) run('advance', '9999d')")
+    page.do(lambda: page.click("#cutnow"), "panel cut")
+    page.wait_for("#notice", "The panel went off: panel cut")
+    page.do(lambda: page.click("#boot button"), "panel boot")
+    page.wait_for("#power", "on")
+    page.advance("2s")
     page.click("#tab-timeline")
     key = "TarvexHelper.exe#1 t1 CreateWindowExW[2]"
     page.find("#find").send_keys("CreateWindowExW", Keys.ENTER, Keys.ENTER)
@@ -199,8 +208,7 @@ def drive(page, disk):
     page.click("#tab-faults")
     page.click("#planned button")
     page.do(lambda: page.click("[data-run='fault release']"), "panel fault release")
-    page.wait_for(f"#track i:not(.open)[data-key='{key}']", "CreateWindowExW")
-    page.click(f"#track i:not(.open)[data-key='{key}']")
+    page.wait("the released call", lambda: page.click(f"#track i:not(.open)[data-key='{key}']") is None)
     page.do(lambda: page.click("#fail"), "panel boot")
     page.wait_for("#faults table", "CreateWindowExW") # the page knows of the new boot
     page.wait_for("#power", "on")

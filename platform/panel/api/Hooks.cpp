@@ -10,7 +10,7 @@ namespace {
 constexpr std::uint32_t hookShift = 4; // a hook handle is a serial above hookMark
 constexpr std::uint32_t hookMark = 0xB; // low bits that no other handle has
 
-HHOOK handleOf(const HookRecord& hook) {
+HHOOK hookHandle(const HookRecord& hook) {
     return reinterpret_cast<HHOOK>(static_cast<std::uintptr_t>(hook.serial << hookShift | hookMark));
 }
 
@@ -51,7 +51,7 @@ HHOOK SetWindowsHookExW(int type, HOOKPROC procedure, HINSTANCE instance, DWORD 
     hook.thread = gate.slot();
     hook.procedure = reinterpret_cast<std::uintptr_t>(procedure);
     ++hook.serial;
-    return gate.done(handleOf(hook));
+    return gate.done(hookHandle(hook));
 }
 
 BOOL UnhookWindowsHookEx(HHOOK handle) noexcept {
@@ -60,7 +60,7 @@ BOOL UnhookWindowsHookEx(HHOOK handle) noexcept {
         return gate.fault<BOOL>();
     const Lock lock(gate.image());
     HookRecord& hook = gate.image().mouseHook;
-    if (!hook.thread || handle != handleOf(hook))
+    if (!hook.thread || handle != hookHandle(hook))
         return gate.fails(FALSE, ERROR_INVALID_HOOK_HANDLE);
     hook.thread = 0;
     return gate.done(TRUE);

@@ -120,7 +120,7 @@ std::uint64_t appendToFile(const std::string& path, std::string_view text) {
     const int file = open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0644);
     if (file < 0)
         return 0;
-    const bool written = write(file, text.data(), text.size()) >= 0;
+    const bool written = write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size());
     const off_t size = written ? lseek(file, 0, SEEK_CUR) : 0;
     close(file);
     return size < 0 ? 0 : static_cast<std::uint64_t>(size);
@@ -129,8 +129,12 @@ std::uint64_t appendToFile(const std::string& path, std::string_view text) {
 void writeFile(const std::string& path, const std::string& content) {
     const std::string fresh = path + ".new";
     const int file = open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-    const ssize_t length = file < 0 ? -1 : write(file, content.data(), content.size());
-    int error = length < 0 ? errno : length < static_cast<ssize_t>(content.size()) ? ENOSPC : 0;
+    int error = file < 0 ? errno : 0;
+    for (std::size_t at = 0; !error && at < content.size();) { // one write takes at most 2 GiB
+        const ssize_t length = write(file, content.data() + at, content.size() - at);
+        error = length > 0 ? 0 : length < 0 ? errno : ENOSPC;
+        at += length > 0 ? static_cast<std::size_t>(length) : 0;
+    }
     if (file >= 0)
         close(file);
     if (error || rename(fresh.c_str(), path.c_str()) != 0) {

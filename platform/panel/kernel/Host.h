@@ -47,8 +47,8 @@ bool waitForEnd(std::int32_t pid, std::uint64_t start, std::uint32_t millisecond
 
 // Reads a whole file. Returns "" if it cannot be read or is not a regular file: reading a named pipe could block.
 std::string readFile(const std::string& path);
-// Appends in one write, so that lines of several processes do not mix. Creates the file. Ignores failures. Returns the
-// new size of the file, or 0 after a failure.
+// Appends in one write, so that lines of several processes do not mix. Creates the file. Returns the new size of the
+// file, or 0 if the host has not stored all of the text.
 std::uint64_t appendToFile(const std::string& path, std::string_view text);
 // Replaces a file: writes a new file beside it and renames it. Throws std::runtime_error with the path in its text.
 void writeFile(const std::string& path, const std::string& content);

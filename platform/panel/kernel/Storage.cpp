@@ -27,8 +27,17 @@ fs::path journal(const fs::path& root) {
     return root / "run/uncommitted";
 }
 
+std::string identity(std::uint64_t device, std::uint64_t inode) {
+    return std::to_string(device) + '-' + std::to_string(inode);
+}
+
 fs::path journal(const Image& image, const ObjectRecord& file) {
-    return journal(image.directory) / (std::to_string(file.device) + '-' + std::to_string(file.inode));
+    return journal(image.directory) / identity(file.device, file.inode);
+}
+
+// Returns whether the panel has written the file last, not a person: the panel's clock has whole milliseconds.
+bool isByPanel(const struct stat& status) {
+    return status.st_mtim.tv_nsec % 1000000 == 0;
 }
 
 std::string read(const fs::path& file) {
@@ -59,6 +68,14 @@ void copyTime(const fs::path& from, const fs::path& to) {
     fs::last_write_time(to, fs::last_write_time(from));
 }
 
+// Returns whether a handle other than `own` has written to the file of the folder.
+bool hasOtherWriters(const fs::path& folder, const fs::path& own) {
+    return std::any_of(fs::directory_iterator(folder), fs::directory_iterator(), [&](const fs::directory_entry& entry) {
+        const std::string name = entry.path().filename().string();
+        return name.find_first_not_of("0123456789") == std::string::npos && entry.path() != own;
+    });
+}
+
 // Overwrites a range of the committed content with what was written there.
 void take(std::string& committed, const std::string& written, Range range) {
     if (range.offset >= written.size())
@@ -84,6 +101,11 @@ bool beforeWrite(const Image& image, Slot file, int hostFile, std::uint64_t byte
     if (!isRecorded(image))
         return true;
     const fs::path folder = journal(image, image.objects[file - 1]);
+    struct stat status {};
+    if (fstat(hostFile, &status) != 0 || status.st_nlink == 0) // deleted by a person, or on a disk that was unplugged
+        return true;
+    if (!isByPanel(status))
+        forget(folder); // commits what was written before, too
     if (!fs::exists(folder / "path")) {
         const std::string place = placeOf(image, hostFile);
         if (place.empty())
@@ -91,14 +113,14 @@ bool beforeWrite(const Image& image, Slot file, int hostFile, std::uint64_t byte
         fs::remove_all(folder);
         fs::create_directories(folder);
         const fs::path source = fs::path(image.directory) / place;
-        host::writeFile(folder / "committed", read(source));
+        fs::copy_file(source, folder / "committed");
         copyTime(source, folder / "committed");
         host::writeFile(folder / "path", place);
     }
     const off_t offset = lseek(hostFile, 0, SEEK_CUR);
     const Range range{static_cast<std::uint64_t>(offset), bytes};
-    host::appendToFile(folder / std::to_string(file), {reinterpret_cast<const char*>(&range), sizeof range});
-    return true;
+    return host::appendToFile(folder / std::to_string(file), {reinterpret_cast<const char*>(&range), sizeof range}) !=
+           0;
 } catch (const std::exception&) {
     return false;
 }
@@ -108,15 +130,16 @@ void commit(const Image& image, Slot file) {
         return;
     const fs::path folder = journal(image, image.objects[file - 1]);
     const fs::path own = folder / std::to_string(file);
-    const std::string ranges = read(own);
-    if (ranges.empty())
-        return;
     try {
-        const auto entries = std::distance(fs::directory_iterator(folder), fs::directory_iterator());
-        if (entries == 3) { // no other handle has written
+        if (!fs::exists(folder))
+            return;
+        if (!hasOtherWriters(folder, own)) {
             forget(folder);
             return;
         }
+        const std::string ranges = read(own);
+        if (ranges.empty())
+            return;
         const fs::path source = fs::path(image.directory) / read(folder / "path");
         const std::string written = read(source);
         std::string committed = read(folder / "committed");
@@ -158,7 +181,7 @@ void commitAll(const fs::path& root) {
     fs::remove_all(journal(root));
 }
 
-void cutPower(const fs::path& root, std::uint32_t sectors) {
+void cutPower(const fs::path& root, std::uint32_t sectors, bool copied) {
     std::error_code none;
     for (const fs::directory_entry& folder : fs::directory_iterator(journal(root), none)) {
         const std::string place = read(folder.path() / "path");
@@ -166,6 +189,8 @@ void cutPower(const fs::path& root, std::uint32_t sectors) {
         const fs::path committed = folder.path() / "committed";
         struct stat status {};
         if (place.empty() || !fs::exists(committed) || lstat(file.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
+            continue;
+        if (!copied && (folder.path().filename() != identity(status.st_dev, status.st_ino) || !isByPanel(status)))
             continue;
         if (sectors) {
             std::string content = read(committed);

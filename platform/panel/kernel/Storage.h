@@ -9,6 +9,8 @@
 //     42           offset and length of each write through the open file with the object 42
 // A copy of the panel therefore carries all that its next boot needs. With StoragePolicy::kept nothing is recorded.
 //
+// If a person changes, replaces or deletes a file on the host, everything in that file counts as committed.
+//
 // Functions that take an image need the kernel's lock.
 #pragma once
 
@@ -36,8 +38,9 @@ void renamed(const Image& image, const std::string& from, const std::string& to)
 // Commits all files. The programs of the panel must not run, or the caller holds the kernel's lock.
 void commitAll(const std::filesystem::path& root);
 // Takes what is not committed from all files, except for its first `sectors` aligned sectors in each file. The
-// programs of the panel must not run, or the caller holds the kernel's lock. Throws std::runtime_error if the host
-// cannot store a file; a repeated call then goes on.
-void cutPower(const std::filesystem::path& root, std::uint32_t sectors);
+// programs of the panel must not run, or the caller holds the kernel's lock. `copied`: the panel may be a copy of one
+// that was on; the identities and write times of its files then say nothing about changes by a person. Throws
+// std::runtime_error if the host cannot store a file; a repeated call then goes on.
+void cutPower(const std::filesystem::path& root, std::uint32_t sectors, bool copied = false);
 
 } // namespace panel::storage

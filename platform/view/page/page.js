@@ -10,7 +10,7 @@ function element(tag, properties = {}, ...children) {
   return made;
 }
 
-const state = {on: null, functions: new Map(), planned: [], status: {}, processes: {}, trees: {}};
+const state = {on: null, functions: new Map(), planned: JSON.parse(sessionStorage[location.pathname] || "[]"), status: {}, processes: {}, trees: {}};
 const helperMessages = [ // messages of the window ORVATarvexHelper: name, command, argument, description
   ["ORVATarvexMsg", 1, 0, "end the helper"],
   ["ORVATarvexScreenSaverMsg", 1, 0, "screen saver: read its file again"],
@@ -24,21 +24,27 @@ const helperMessages = [ // messages of the window ORVATarvexHelper: name, comma
 // Commands
 
 function shown(word) {
-  return /^[\w.\/:=-]+$/.test(word) ? word : /[$`"!]|\\$/.test(word) ? `'${word}'` : `"${word}"`;
+  return /^[\w.\/:=-]+$/.test(word) ? word : /[$`"!]|\\\\|\\$/.test(word) ? `'${word.replaceAll("'", "'\\''")}'` : `"${word}"`;
 }
+
+const pageId = Math.random().toString(36).slice(2), outcomes = new Map(); // what to do at the end of each running command
+let asked = 0;
 
 async function run(...words) {
   words = words.map(String);
   const text = "panel " + words.map(shown).join(" ");
   byId("command").textContent = text;
   byId("answer").textContent = "…";
-  let answer;
+  const id = `${pageId} ${++asked}`, outcome = new Promise(end => outcomes.set(id, end));
+  const refused = errors => outcomes.get(id)({code: -1, output: "", errors});
   try {
-    const response = await fetch("run", {method: "POST", headers: {"Content-Type": "application/json"}, body: JSON.stringify({words})});
-    answer = response.ok ? await response.json() : {code: -1, output: "", errors: await response.text()};
+    const response = await fetch("run", {method: "POST", headers: {"Content-Type": "application/json"}, body: JSON.stringify({id, words})});
+    if (!response.ok) refused(await response.text());
   } catch {
-    answer = {code: -1, output: "", errors: "panel view has ended"};
+    refused("panel view has ended");
   }
+  const answer = await outcome; // comes as an event: a request would keep one of the browser's few connections
+  outcomes.delete(id);
   const said = [answer.output.trim(), answer.errors.trim()].filter(Boolean).join("\n");
   if (byId("command").textContent === text) {
     byId("answer").textContent = said ? "→ " + said.split("\n").at(-1) : "→ done";
@@ -49,7 +55,7 @@ async function run(...words) {
 }
 
 function wordsOf(text) { // splits a text as a shell does: quotes hold words together
-  return (text.match(/"[^"]*"|\S+/g) || []).map(word => word.replace(/^"(.*)"$/, "$1"));
+  return (text.match(/"[^"]*"|'[^']*'|\S+/g) || []).map(word => word.replace(/^(["'])(.*)\1$/, "$2"));
 }
 
 function onSubmit(id, action) {
@@ -202,16 +208,17 @@ function say(text) {
 
 function showStatus(status) {
   if (status.error) {
-    state.on = false;
-    document.body.classList.remove("on");
+    [state.wasOn, state.on] = [state.wasOn || state.on, false]; // an error while the panel goes off must not hide the reason
+    document.body.className = "lost";
     byId("power").textContent = "gone";
     return say("The panel cannot be read. It may have been deleted: " + status.error);
   }
-  if (state.on !== null && state.on !== status.on)
-    say(status.on ? "" : "The panel went off: " + (/^panel (off|cut)\b/.exec(byId("command").textContent) || ["by another command or a fault"])[0]);
+  const before = state.wasOn || state.on;
+  state.wasOn = false;
+  if (before !== null && before !== status.on) say(status.on ? "" : "The panel went off: " + (status.whyOff || "for an unknown reason"));
   else if (byId("power").textContent === "gone") say("");
   [state.status, state.on] = [status, status.on];
-  document.body.classList.toggle("on", status.on);
+  document.body.className = status.on ? "on" : "";
   document.title = byId("name").textContent = "Panel " + status.directory.split("/").at(-1);
   byId("name").title = status.directory;
   byId("power").textContent = status.on ? "on" : "off";
@@ -264,7 +271,8 @@ function showDisks(status) {
   fill("disks", ["Device", "Volumes", "Ready", ""], status.disks.map(disk => [disk.device,
     disk.partitions.map(part => `${part.volume ? "\\" + part.volume : "not mounted"} (0x${part.attributes.toString(16)})`).join(", ") || "no partitions",
     disk.readyAfter === null ? "never" : disk.readyAfter ? `after ${disk.readyAfter} ms` : "at once",
-    button("Unplug", "unplug", disk.device)]), "No disk is plugged.");
+    [...disk.partitions.filter(part => part.volume && !(part.attributes & 0x10)).map(part => button("Mount", "mount", part.volume)),
+      button("Unplug", "unplug", disk.device)]]), "No disk is plugged.");
   byId("paths").replaceChildren(...["MMCMemory\\Tarvex", ...status.disks.flatMap(disk => disk.partitions.map(part => part.volume + "\\Tarvex"))]
     .map(folder => element("option", {value: `\\${folder}\\TarvexHelper.exe`})));
 }
@@ -272,7 +280,8 @@ function showDisks(status) {
 function showProcesses({processes, ended}) {
   fill("programs", ["Program", "State", "Threads", "Handles", "Path"], state.on && processes ? [
     ...processes.filter(process => !process.path.endsWith("\\panel.exe")).map(process => [process.name, process.state,
-      `${process.threads}, ${process.waiting} wait`, process.handles, `${process.path} ${process.arguments}`]),
+      element("span", {title: (process.calls || []).map(({thread, call}) => `t${thread} ${call}`).join("\n")},
+        `${process.threads}, ${process.waiting} wait`), process.handles, `${process.path} ${process.arguments}`]),
     ...ended.toReversed().map(process => [process.name,
       element("span", {className: process.exitCode ? "bad" : ""}, `ended, exit code ${process.exitCode}`), "", "", `${process.time} ms after boot`]),
   ] : [], "No program runs.");
@@ -363,10 +372,12 @@ function valueLine(key, {name, type, text, texts, bytes}, flushed) {
 function showFaults(faults) {
   fill("faults", ["Function", "Call", "Program", "Thread", "Action", "Hits"], faults.error ? [] : faults.map(fault => [fault.function,
     fault.call + (fault.fromThenOn ? " and all after it" : ""), (fault.program || "any") + (fault.start ? "#" + fault.start : ""), fault.thread || "any",
-    fault.cut ? "power cut" : fault.hold ? "holds" : "fails", fault.hits]), "There are no faults.");
+    fault.cut ? "power cut" + (fault.sectors ? `, ${fault.sectors} sectors stay` : "") : fault.hold ? "holds"
+      : "answers" in fault ? `answers ${fault.answers}` : "fails", fault.hits]), "There are no faults.");
 }
 
 function showPlanned() {
+  sessionStorage[location.pathname] = JSON.stringify(state.planned);
   byId("planned").replaceChildren(...state.planned.map(fault => element("li", {}, element("code", {}, fault), " ",
     element("button", {onclick: () => {
       state.planned = state.planned.filter(each => each !== fault);
@@ -392,7 +403,8 @@ function sectors() { // the options of a power cut
 
 // Adds a fault to the planned faults and boots the panel.
 async function plan(options) {
-  state.planned.push(chosenCall.key + options); // the key is the beginning of the call's line in the trace
+  const fault = chosenCall.key + options; // the key is the beginning of the call's line in the trace
+  if (!state.planned.includes(fault)) state.planned.push(fault);
   showPlanned();
   byId("boot").elements.init.checked = true;
   if (state.on && (await run("off")).code) return;
@@ -402,7 +414,11 @@ byId("fail").addEventListener("click", () => plan(""));
 byId("hold").addEventListener("click", () => plan(" --hold"));
 byId("cut").addEventListener("click", () => plan([" --cut", ...sectors()].join(" ")));
 byId("forget").addEventListener("click", () => timeline.clear());
-byId("find").addEventListener("input", event => byId("found").textContent = event.target.value ? timeline.find(event.target.value).length + " calls" : (timeline.find(""), ""));
+function showFound() {
+  const calls = timeline.find(byId("find").value);
+  byId("found").textContent = byId("find").value && calls.length + " calls";
+}
+byId("find").addEventListener("input", showFound);
 byId("find").addEventListener("keydown", event => event.key === "Enter" && timeline.next(event.shiftKey ? -1 : 1, timeline.find(event.target.value)));
 byId("zoom").addEventListener("input", event => document.documentElement.style.setProperty("--unit", event.target.value + "px"));
 
@@ -419,6 +435,7 @@ const onLines = {
   log: {gone() {}, add: showLog},
   trace: {gone: () => timeline.clear(), add(lines) {
     timeline.add(lines);
+    showFound();
     showOpen();
   }},
   touches: {gone: () => byId("touches").replaceChildren(), add: (lines, history) => lines.forEach(line => showTouch(line, history))},
@@ -437,6 +454,7 @@ function follow() {
   on("faults", showFaults);
   on("functions", functions => Array.isArray(functions) && (state.functions = new Map(functions.map(each => [each.function, each.canFail]))));
   for (const tree of ["registry", "flash"]) on(tree, keys => showRegistry(state.trees[tree] = keys));
+  on("outcome", outcome => outcomes.has(outcome.id) && outcomes.get(outcome.id)(outcome));
   on("lines", ({file, gone, history, lines}) => {
     if (gone) onLines[file].gone();
     onLines[file].add(lines, history);
@@ -447,8 +465,10 @@ function follow() {
     byId("loglines").replaceChildren();
   };
   events.onerror = () => {
+    const refused = events.readyState === EventSource.CLOSED;
     byId("link").hidden = false;
-    if (events.readyState === EventSource.CLOSED) setTimeout(follow, 3000); // the server refused: too many pages
+    byId("link").textContent = refused ? "too many pages show this panel" : "no connection";
+    if (refused) setTimeout(follow, 3000);
   };
 }
 
@@ -472,4 +492,5 @@ for (const list of document.querySelectorAll("nav")) {
   }));
   choose(panes[0]);
 }
+showPlanned();
 follow();

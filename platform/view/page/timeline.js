@@ -6,8 +6,7 @@ function makeTimeline(track, onChoose) {
   const most = 4000, kept = 3000; // calls
   const hues = [[/Window|Message|Cursor|Class|Hook/, 280], [/File|Find|Directory|Volume|Store|Partition|DeviceIo/, 145], [/^Reg/, 35],
     [/Event|Mutex|Semaphore|CriticalSection|Thread|Process/, 205]];
-  const waits = /^(WaitFor|Sleep|GetMessageW|MsgWait)/;
-  let calls, rows, steps, edge, labelled, head, unreturned = [], chosen = null, wanted = "";
+  let calls, rows, steps, edge, labelled, head, unreturned = [], chosen = null;
 
   function clear() {
     [calls, rows, steps, edge, labelled] = [[], new Map(), [], 0, -9];
@@ -48,7 +47,7 @@ function makeTimeline(track, onChoose) {
   }
 
   function draw(call, row, begin) {
-    const kind = [waits.test(call.name) && "wait", call.failed && "failed", call.fault && "fault", call.open && "open"];
+    const kind = [(call.took || call.open) && "wait", call.failed && "failed", call.fault && "fault", call.open && "open"];
     call.bar = element("i", {className: kind.filter(Boolean).join(" "), title: call.line, call}, call.name);
     call.bar.dataset.key = call.key;
     call.bar.style.setProperty("--x", begin);
@@ -88,7 +87,6 @@ function makeTimeline(track, onChoose) {
       old.forEach(place);
     } else fresh.forEach(place);
     track.style.setProperty("--edge", edge);
-    find(wanted);
     if (following) track.scrollLeft = track.scrollWidth;
   }
 
@@ -103,7 +101,7 @@ function makeTimeline(track, onChoose) {
   }
 
   function find(text) {
-    wanted = text.toLowerCase();
+    const wanted = text.toLowerCase();
     track.classList.toggle("finding", wanted !== "");
     return calls.filter(call => {
       const hit = wanted !== "" && call.name.toLowerCase().includes(wanted);
