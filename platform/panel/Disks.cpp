@@ -278,9 +278,15 @@ void Disks::tell(const Disk& disk, Event event) const {
 }
 
 void Disks::removeFolders(const Disk& disk) const {
-    for (const Partition& partition : disk.partitions)
-        if (!partition.volume.empty())
-            fs::remove_all(placeOf(partition)); // for a disk that was plugged in place this removes only the link
+    const fs::path leaving = root / "unplugging";
+    fs::remove_all(leaving);
+    for (const Partition& partition : disk.partitions) {
+        const fs::path place = partition.volume.empty() ? fs::path() : placeOf(partition);
+        if (!fs::exists(fs::symlink_status(place)))
+            continue;
+        fs::rename(place, leaving); // first: programs may still change what is in the folder
+        fs::remove_all(leaving); // for a disk that was plugged in place this removes only the link
+    }
     removeIfEmpty(root / "unmounted");
 }
 

@@ -244,53 +244,27 @@ void addStorage(CLI::App& app, Tool& tool) {
     });
 }
 
-// Shows on a terminal how far a long `advance` is. A message on standard error overwrites the line.
-class Progress {
-public:
-    Progress(panel::Driver& watched, std::uint64_t whole)
-        : driver(watched),
-          duration(whole),
-          terminal(isatty(STDERR_FILENO)),
-          begun(terminal ? driver.status().time : 0),
-          next(panel::host::monotonicNanoseconds() + 5 * interval) {}
-    ~Progress() {
-        if (shown)
-            std::fputs("\033[K", stderr);
-    }
-    Progress(const Progress&) = delete;
-    Progress& operator=(const Progress&) = delete;
-
-    void show() {
-        const std::int64_t now = panel::host::monotonicNanoseconds();
-        if (!terminal || now < next)
-            return;
-        next = now + interval;
-        shown = true;
-        std::fprintf(stderr, "\033[K%s of %s\r", formatDuration(driver.status().time - begun).c_str(),
-                     formatDuration(duration).c_str());
-    }
-
-private:
-    static constexpr std::int64_t interval = 200000000; // ns
-    panel::Driver& driver;
-    const std::uint64_t duration;
-    const bool terminal;
-    const std::uint64_t begun;
-    std::int64_t next;
-    bool shown = false;
-};
-
 void advance(const panel::Panel& panel, std::uint64_t duration, bool json) {
     panel::Driver driver(panel);
-    {
-        Progress progress(driver, duration);
-        const auto isOff = [&] {
-            progress.show();
-            return !driver.isOn();
-        };
-        if (driver.waitUntil(isOff, duration))
-            throw std::runtime_error("the panel was switched off meanwhile");
-    }
+    // On a terminal a long wait shows how far it is. A message on standard error overwrites the line.
+    constexpr std::int64_t patience = 1000000000; // ns
+    constexpr std::int64_t pause = 200000000;
+    const bool terminal = isatty(STDERR_FILENO);
+    const std::uint64_t begun = terminal ? driver.status().time : 0;
+    std::int64_t next = panel::host::monotonicNanoseconds() + patience;
+    const auto isOff = [&] {
+        if (const std::int64_t now = panel::host::monotonicNanoseconds(); terminal && now >= next) {
+            next = now + pause;
+            std::fprintf(stderr, "\033[K%s of %s\r", formatDuration(driver.status().time - begun).c_str(),
+                         formatDuration(duration).c_str());
+        }
+        return !driver.isOn();
+    };
+    const bool off = driver.waitUntil(isOff, duration);
+    if (terminal)
+        std::fputs("\033[K", stderr);
+    if (off)
+        throw std::runtime_error("the panel was switched off meanwhile");
     const panel::PanelStatus status = driver.status();
     if (json)
         return printJson({{"time", status.time}, {"date", formatDate(status.date)}});

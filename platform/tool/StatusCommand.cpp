@@ -147,7 +147,8 @@ void print(const panel::Panel& panel, bool json) {
         Json answer{{"directory", panel.directory().string()},
                     {"on", on},
                     {"screen", {{"width", options.screenWidth}, {"height", options.screenHeight}}},
-                    {"date", formatDate(options.date)}};
+                    {"date", formatDate(options.date)},
+                    {"storage", panel::storageNames[static_cast<std::size_t>(options.storage)]}};
         for (const auto& volume : panel.disks().volumes())
             answer["volumes"].push_back(
                 {{"name", volume.name}, {"device", volume.device}, {"inPlace", volume.inPlace}});

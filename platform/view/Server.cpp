@@ -25,9 +25,18 @@ constexpr int mostCommands = 12; // commands at the same time
 constexpr int threads = mostStreams + mostCommands + 12;
 constexpr std::chrono::seconds heartbeat(15); // interval of empty events, which detect a closed page
 
-// The commands that a page may run: those that change this panel.
-constexpr std::string_view admitted[] = {"boot",  "off",    "cut",  "advance", "plug", "unplug",   "device", "tag",
-                                         "touch", "active", "idle", "start",   "send", "registry", "trace",  "fault"};
+// The commands that a page may run: those that change this panel. None writes a file of the host.
+constexpr std::string_view admitted[] = {
+    "boot",     "off",       "cut",         "storage", "advance", "plug", "unplug",         "device",
+    "tag",      "touch",     "idle",        "active",  "start",   "send", "registry write", "registry delete",
+    "trace on", "trace off", "trace clear", "fault"};
+
+bool isAdmitted(const std::vector<std::string>& words) {
+    const std::string first = words.empty() ? "" : words[0];
+    const std::string both = words.size() > 1 ? first + ' ' + words[1] : first;
+    return std::any_of(std::begin(admitted), std::end(admitted),
+                       [&](std::string_view each) { return each == first || each == both; });
+}
 
 std::string newToken() {
     unsigned char bytes[16];
@@ -43,7 +52,7 @@ std::string newToken() {
 std::vector<std::string> wordsOf(const std::string& body) {
     const auto words = panel::parseJson(body).at("words").get<std::vector<std::string>>();
     const auto hasZero = [](const std::string& word) { return word.find('\0') != std::string::npos; };
-    if (words.empty() || std::find(std::begin(admitted), std::end(admitted), words[0]) == std::end(admitted))
+    if (!isAdmitted(words))
         throw std::runtime_error("no command for the page");
     if (std::any_of(words.begin(), words.end(), hasZero))
         throw std::runtime_error("a word holds a zero");

@@ -5,68 +5,48 @@
 #pragma once
 
 #include "platform/panel/Operator.h"
-#include "tests/soak/Totals.h"
 #include "tests/support/ScenarioPanel.h"
 
-#include <cstdint>
-#include <optional>
+#include <functional>
 #include <set>
 #include <stdexcept>
-#include <string>
 
 // An invariant does not hold.
-class Finding : public std::runtime_error {
-public:
+struct Finding : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-enum class PowerLoss { off, cut };
-
 class Life {
 public:
-    // Lives through an undisturbed start, and keeps the panel's state after it as the measure. `ticks`: the tick count
-    // at each boot.
+    static constexpr std::uint32_t answerLimit = 60000; // ms
+
+    // Lives through an undisturbed start; the panel's state after it is the measure. `ticks`: at each boot.
     explicit Life(std::uint32_t ticks);
 
-    // Takes what a step does, and throws a Finding if an invariant does not hold afterwards.
+    // Takes a step. Throws a Finding if an invariant does not hold afterwards.
     void take(const std::function<void(Life&)>& step);
 
-    // ---- what steps do; what is impossible at the moment does nothing
-
-    void pass(std::uint64_t milliseconds);
-    void rest(); // half a day, twice: nothing may grow in the second half
-    void touch(panel::Touch::Kind kind, bool right);
-    void setUserActive(bool active);
+    // What steps do besides what they do to the panel. What is impossible at the moment does nothing.
+    void rest(); // half a day, twice: the second half costs no memory
     void tell(const std::string& message, std::uint64_t code, std::int64_t argument, bool posted);
-    void chatter(std::uint32_t messages);
     void start(bool fromDisk);
     void end();
     void kill();
-    // The panel goes off and on, and starts the programs of its registry, with these faults.
-    void boot(PowerLoss loss, std::uint32_t sectors, const std::optional<panel::Fault>& fault);
-    void plug(const std::string& commandFile, const std::string& volume, std::uint64_t readyAfter, bool mounted);
-    void unplug(std::uint32_t which);
-    // A settings file of a module with this content, which is good or not; "-" as content: without the file.
-    void set(const char* file, const std::string& content, bool good);
-    void setConfiguration(const std::string& content, bool good);
-    void setDevice(const char* device, panel::Behaviour behaviour);
-    void setPresent(const char* device, bool present);
-    void count(std::uint32_t writes);
+    void boot(bool cut, std::uint32_t sectors);
+    void plug(const panel::Disk& disk);
+    void configure(const std::string& content, bool good);
     void add(panel::Fault fault);
-    void calm(); // no fault and no blocked device any more
-    void setStorage(panel::StoragePolicy policy);
-    // Everything in order again, and a clean boot: the panel must come to the state after an undisturbed start.
-    void bootCleanly();
+    void calm(); // neither a fault nor a device that does not answer
+    void bootCleanly(); // everything in order, and a clean boot: the panel comes to the state of the undisturbed start
+
+    ScenarioPanel panel;
 
 private:
     void startListed();
-    void look(); // takes the status and the faults' hits, and what they mean
+    void look(); // takes the status, and what follows from it for the model
     bool isOn();
     const panel::ProcessStatus* helper() const; // the oldest that runs; null: there is none
-    bool isPlugged(const std::string& volume);
-    panel::Behaviour::Kind kindOf(const std::string& device) const;
-    bool isHindering() const; // the backlight does not do what it is told
-    std::string expected(const std::string& message, std::uint64_t code, std::int64_t argument) const;
+    panel::Behaviour::Kind kindOf(const char* device); // a device that is gone refuses
     std::map<std::string, std::string> state() const;
     void check();
     void checkAnswer();
@@ -74,28 +54,21 @@ private:
     void checkTrace();
     void checkUse();
     void checkTotals();
+    void updateTotals(const panel::CallStatus& wait);
 
-    ScenarioPanel panel;
     const std::uint32_t ticks;
     std::map<std::string, std::string> undisturbed;
     panel::PanelStatus status;
-    Totals totals;
-    std::uint32_t counter = 0;
-    std::uint32_t boots = 0;
-    panel::StoragePolicy policy = panel::StoragePolicy::kept;
-    std::map<std::string, panel::Behaviour::Kind> kinds; // of devices
-    std::set<std::string> absent; // devices
-    std::set<std::string> badSettings;
     bool held = false; // a call was held, so the log may have grown
     bool tampered = false; // since the last clean boot: files and registry may have lost what docs/reliability.md lists
 
     // Of this boot.
+    std::uint32_t boots = 0;
     std::set<std::string> ended;
     std::set<std::string> passing; // helpers that are to end by themselves
     std::set<std::string> killed;
     std::uint32_t hits = 0; // of faults
     std::streamoff traced = 0; // bytes of the trace that were looked at
-    std::uint32_t programs = 0; // started by disks
     std::uint32_t reloads = 0; // each may leave a touch thread
 
     // Of this helper.
@@ -108,7 +81,17 @@ private:
         std::string process;
         std::uint32_t handles = 0;
         std::uint32_t threads = 0;
-        std::uint32_t programs = 0;
+        std::uint32_t programs = 0; // that disks have started
         std::uint32_t reloads = 0;
-    } base;
+    } base, use;
+
+    // The statistics: of the last update, and as the file must show them.
+    bool known = false;
+    std::string updater; // process and boot
+    std::uint32_t updates = 0; // of this process
+    std::uint64_t updated = 0; // panel ms
+    std::uint32_t sessionCount = 0;
+    std::uint32_t sessionDuration = 0; // s
+    std::uint32_t totalCount = 0;
+    std::uint32_t totalDuration = 0; // s
 };

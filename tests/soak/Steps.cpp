@@ -6,39 +6,46 @@
 #include "tests/support/ModuleSettings.h"
 #include "tests/support/SettingsFile.h"
 
+#include <sstream>
+#include <tuple>
+
 using panel::Behaviour;
+using panel::FaultAction;
 
 namespace {
 
-std::string numbered(const std::string& word, std::int64_t number) {
-    return word + ' ' + std::to_string(number);
+using Maker = std::pair<std::uint32_t, std::function<Step(Random&)>>; // with its weight
+
+template<class... Words>
+std::string words(const Words&... each) {
+    std::ostringstream text;
+    ((text << each << ' '), ...);
+    return text.str();
+}
+
+Maker plain(std::uint32_t weight, const char* text, void (Life::*take)()) {
+    return {weight, [=](Random&) { return Step{text, take}; }};
 }
 
 Step passes(Random& random) {
-    constexpr std::uint64_t times[] = {0, 1, 99, 500, 1000, 5000, 20000, 60000, 300000, 299999, 3600000};
-    const std::uint64_t time = random.once(3) ? random.below(700000) : random.of(times);
-    return {numbered("pass", static_cast<std::int64_t>(time)), [=](Life& life) { life.pass(time); }};
-}
-
-Step rests(Random&) {
-    return {"rest for a day", [](Life& life) { life.rest(); }};
+    constexpr std::uint32_t times[] = {0, 1, 99, 500, 1000, 5000, 20000, 60000, 300000, 299999, 3600000};
+    const std::uint32_t time = random.once(3) ? random.below(700000) : random.of(times);
+    return {words("pass", time), [=](Life& life) { life.panel.driver().advance(time); }};
 }
 
 Step touches(Random& random) {
     using Kind = panel::Touch::Kind;
-    constexpr std::pair<Kind, const char*> kinds[] = {{Kind::tap, "tap"},
-                                                      {Kind::tap, "tap"},
-                                                      {Kind::press, "press"},
-                                                      {Kind::release, "release"},
-                                                      {Kind::move, "move"}};
-    const auto [kind, name] = random.of(kinds);
-    const bool right = random.once(4);
-    return {(right ? "right " : "") + std::string(name), [=, what = kind](Life& life) { life.touch(what, right); }};
+    constexpr Kind kinds[] = {Kind::tap, Kind::tap, Kind::press, Kind::release, Kind::move};
+    const panel::Touch touch{random.of(kinds), random.once(4), -1, -1, Life::answerLimit};
+    return {words("touch", static_cast<int>(touch.kind), touch.right), [=](Life&) { panel::touch(touch); }};
 }
 
 Step user(Random& random) {
     const bool active = random.once(3);
-    return {active ? "user active" : "user inactive", [=](Life& life) { life.setUserActive(active); }};
+    return {active ? "user active" : "user inactive", [=](Life& life) {
+                if (life.panel.driver().status().userActive)
+                    panel::setUserActive(active);
+            }};
 }
 
 Step messages(Random& random) {
@@ -51,195 +58,180 @@ Step messages(Random& random) {
                                      "0x8123"};
     constexpr std::int64_t arguments[] = {-1, 0, 0, 1, 1, 32, 255, 256, 60000, 0x7FFFFFFF};
     const std::string name = random.of(names);
-    const bool ends = name == "ORVATarvexMsg";
-    const std::uint32_t code = (ends ? 2 : 0) + random.below(7);
+    const std::uint32_t code = (name == "ORVATarvexMsg" ? 2 : 0) + random.below(7);
     const std::int64_t argument = random.of(arguments);
     const bool posted = random.once(4);
-    return {(posted ? "post " : "send ") + name + numbered("", code) + numbered("", argument),
+    return {words(posted ? "post" : "send", name, code, argument),
             [=](Life& life) { life.tell(name, code, argument, posted); }};
 }
 
 Step chatter(Random& random) {
     const std::uint32_t count = 100 + random.below(900);
-    return {numbered("chatter", count), [=](Life& life) { life.chatter(count); }};
+    return {words("send", count, "messages"), [=](Life& life) {
+                for (std::uint32_t sent = 0; sent < count && life.panel.loopRuns(); ++sent)
+                    if (!life.panel.send("ORVATarvexMsg", 99, 0, Life::answerLimit))
+                        break;
+            }};
 }
 
 Step starts(Random& random) {
     const bool fromDisk = random.once(3);
-    return {fromDisk ? "start from a disk" : "start in place", [=](Life& life) { life.start(fromDisk); }};
+    return {words("start", fromDisk ? "from a disk" : "in place"), [=](Life& life) { life.start(fromDisk); }};
 }
 
-Step ends(Random&) {
-    return {"end", [](Life& life) { life.end(); }};
-}
-
-Step kills(Random&) {
-    return {"kill", [](Life& life) { life.kill(); }};
-}
-
-constexpr panel::FaultAction fails = panel::FaultAction::fail;
-
-// Of a function that the helper calls. No call that is repeated at once fails for ever, as it would never come to rest.
-panel::Fault fault(Random& random, std::string& text) {
-    enum class How { IMPORTED, BY_NAME, SIMULATED };
-    constexpr std::pair<const char*, How> functions[] = {
-#define COREDLL(name, how, failure, lastError) {#name, How::how},
+// Of a function that the helper calls. No call that is repeated at once fails for ever: it would never come to rest.
+panel::Fault fault(Random& random) {
+    enum class Use { IMPORTED, BY_NAME, SIMULATED };
+    constexpr std::pair<std::string_view, Use> functions[] = {
+#define COREDLL(name, how, failure, lastError) {#name, Use::how},
 #define COREDLL_SURE(name, how)
 #include <coredll.inc>
     };
-    constexpr panel::FaultAction actions[] = {fails, fails, fails, panel::FaultAction::cut, panel::FaultAction::hold};
-    const char* name = nullptr;
-    do {
-        const auto [function, how] = random.of(functions);
-        const bool called = how == How::IMPORTED || std::string_view(function).starts_with("FindFirstP") ||
-                            std::string_view(function) == "FindNextPartition" ||
-                            std::string_view(function) == "OpenStore";
-        name = called ? function : nullptr;
-    } while (!name);
-    panel::Fault fault{name, "TarvexHelper.exe"};
-    const bool repeats = fault.function.starts_with("WaitFor") || fault.function == "ReadMsgQueue";
+    constexpr FaultAction actions[] = {FaultAction::fail, FaultAction::fail, FaultAction::fail, FaultAction::cut,
+                                       FaultAction::hold};
+    auto [name, use] = random.of(functions);
+    while (use == Use::SIMULATED || (use == Use::BY_NAME && name != "OpenStore" && !name.starts_with("Find")))
+        std::tie(name, use) = random.of(functions);
+    panel::Fault fault{std::string(name), "TarvexHelper.exe"};
     fault.call = 1 + random.below(random.once(2) ? 4 : 40);
     fault.action = random.of(actions);
-    fault.ever = fault.action == fails && !repeats && random.once(4);
-    fault.sectors = fault.action == panel::FaultAction::cut ? random.below(3) : 0;
-    if (fault.function == "CreateMsgQueue")
+    fault.ever =
+        fault.action == FaultAction::fail && random.once(4) && !name.starts_with("WaitFor") && name != "ReadMsgQueue";
+    fault.sectors = fault.action == FaultAction::cut ? random.below(3) : 0;
+    if (name == "CreateMsgQueue")
         fault.answer = -1; // with null the thread of the disks never comes to rest
-    text = numbered(fault.function, fault.call) + (fault.ever ? " for ever" : "");
-    if (fault.action == panel::FaultAction::cut)
-        text += numbered(" cuts", fault.sectors);
-    else if (fault.action == panel::FaultAction::hold)
-        text += " waits";
     return fault;
 }
 
+std::string textOf(const panel::Fault& fault) {
+    const char* actions[] = {"", fault.ever ? "fails for ever" : "fails", "cuts", "waits"};
+    return words("fault", fault.function, fault.call, actions[static_cast<int>(fault.action)], fault.sectors);
+}
+
 Step faults(Random& random) {
-    std::string text;
-    const panel::Fault one = fault(random, text);
-    return {"fault " + text, [=](Life& life) { life.add(one); }};
+    const panel::Fault one = fault(random);
+    return {textOf(one), [=](Life& life) { life.add(one); }};
 }
 
 Step boots(Random& random) {
-    const PowerLoss loss = random.once(2) ? PowerLoss::off : PowerLoss::cut;
+    const bool cut = random.once(2);
     const std::uint32_t sectors = random.below(4);
-    std::string text = loss == PowerLoss::off ? "off and on" : numbered("cut", sectors) + " and on";
-    std::optional<panel::Fault> one;
-    if (random.once(2)) {
-        std::string what;
-        one = fault(random, what);
-        text += " with fault " + what;
-    }
-    return {text, [=](Life& life) { life.boot(loss, sectors, one); }};
+    const auto one = random.once(2) ? std::optional(fault(random)) : std::nullopt;
+    return {words(cut ? "cut" : "off", sectors, "and on", one ? textOf(*one) : ""), [=](Life& life) {
+                life.boot(cut, sectors);
+                if (one)
+                    life.add(*one);
+            }};
 }
 
 Step plugs(Random& random) {
-    const std::string good[] = {document(command("exit 3", true)),
-                                document(command("sleep 700", true) + command("sleep 50 exit 4", false)),
-                                document(command("sleep 15000", false) + command("", true, "\\No.exe")),
-                                document(command("sleep 30000", true)), document("")};
-    const std::string bad[] = {"-",
-                               "",
-                               "\xEF\xBB\xBF\x01",
-                               document(command("exit 1", true)).substr(0, 90),
-                               document("<Command Type='Other' FilePath='' Arguments='' WaitCompletion='1'/>"),
-                               document("<Command Type='RunProcess' FilePath='a' Arguments=''/>"),
-                               document("<Other/>"),
-                               "<Other/>"};
+    const std::string files[] = {document(command("exit 3", true)),
+                                 document(command("sleep 700", true) + command("sleep 50 exit 4", false)),
+                                 document(command("sleep 15000", false) + command("", true, "\\No.exe")),
+                                 document(command("sleep 30000", true)),
+                                 document("<Command Type='RunProcess' FilePath='a' Arguments=''/>"),
+                                 document("<Command Type='Other' FilePath='' Arguments='' WaitCompletion='1'/>"),
+                                 document(command("exit 1", true)).substr(0, 90),
+                                 "<Other/>",
+                                 "\xEF\xBB\xBF\x01"};
     constexpr std::uint64_t delays[] = {0, 0, 0, 700, 40000, panel::never};
-    const bool isGood = !random.once(3);
-    const std::string file = isGood ? random.of(good) : random.of(bad);
+    const std::string file = random.of(files);
     const std::string volume = random.once(4) ? "USB Disk" : "";
     const std::uint64_t delay = random.of(delays);
-    const bool mounted = !random.once(8);
-    return {"plug " + volume + (mounted ? "" : " not mounted") +
-                numbered(", ready after", static_cast<std::int64_t>(delay)) + ", with " + file,
-            [=](Life& life) { life.plug(file, volume, delay, mounted); }};
+    const std::uint32_t attributes = random.once(8) ? 0 : panel::mountedPartition;
+    return {words("plug", volume, attributes ? "mounted" : "not mounted", delay, file), [=](Life& life) {
+                const FreshFolder disk;
+                writeText(disk.path / "Tarvex.xml", file);
+                life.plug({{{disk.path, volume, attributes}}, delay});
+            }};
 }
 
 Step unplugs(Random& random) {
     const std::uint32_t which = random.below(4);
-    return {numbered("unplug", which), [=](Life& life) { life.unplug(which); }};
+    return {words("unplug", which), [=](Life& life) {
+                const auto disks = life.panel.panel().disks().list();
+                if (!disks.empty())
+                    life.panel.panel().disks().unplug(disks[which % disks.size()].device);
+            }};
 }
 
 Step settings(Random& random) {
-    const bool saver = random.once(2);
     constexpr int timeouts[] = {0, 1000, 60000, 300000, -1};
     constexpr int levels[] = {0, 1, 32, 255, 300};
     constexpr int frequencies[] = {-1, 0, 1000, 3400};
-    const std::string wrong[] = {"-", "", "<ScreenSaver><Settings><Enabled>1</Enabled></Settings></ScreenSaver>",
-                                 "<TouchBuzzer><Settings>"};
-    const bool good = !random.once(4);
-    const char* file = saver ? saverSettingsPath : buzzerSettingsPath;
+    const bool ofSaver = random.once(2);
+    const char* file = ofSaver ? saverSettingsPath : buzzerSettingsPath;
     const bool enabled = !random.once(3);
-    const std::string content = !good   ? random.of(wrong)
-                                : saver ? saverSettings(enabled, random.of(timeouts), random.of(levels))
-                                        : buzzerSettings(enabled, random.of(frequencies));
-    const bool reload = !random.once(4);
-    return {std::string(file) + " := " + content + (reload ? ", read again" : ""), [=](Life& life) {
-                life.set(file, content, good);
-                if (reload)
-                    life.tell(saver ? "ORVATarvexScreenSaverMsg" : "ORVATarvexBuzzerMsg", 1, 0, false);
+    const int timeout = random.of(timeouts);
+    std::string content =
+        ofSaver ? saverSettings(enabled, timeout, random.of(levels)) : buzzerSettings(enabled, random.of(frequencies));
+    if (random.once(4))
+        content.resize(random.below(2) * content.size() / 2); // bad
+    const bool again = !random.once(4);
+    return {words(file, content, again ? "read again" : ""), [=](Life& life) {
+                life.panel.write(file, content);
+                if (again)
+                    life.tell(ofSaver ? "ORVATarvexScreenSaverMsg" : "ORVATarvexBuzzerMsg", 1, 0, false);
             }};
 }
 
 Step configuration(Random& random) {
-    const std::string contents[] = {settingsFile(2, {"\\MMCMemory", "\\Hard Disk", "\\No"}), settingsFile(2), "",
-                                    "<OrvaTarvex><Settings>"};
-    const std::uint32_t which = random.below(4);
-    return {"config.xml := " + contents[which],
-            [content = contents[which], good = which == 0](Life& life) { life.setConfiguration(content, good); }};
+    const std::string content = settingsFile(2, {"\\MMCMemory", "\\Hard Disk", "\\No"});
+    const bool good = random.once(2);
+    return {words("config.xml,", good ? "good" : "bad"),
+            [=](Life& life) { life.configure(good ? content : content.substr(0, 99), good); }};
 }
 
 Step devices(Random& random) {
     constexpr const char* names[] = {"BKL1", "BZR1", "SHC1", "tags", "PowerManager"};
-    const char* name = random.of(names);
-    if (random.once(4) || std::string_view(name) == "PowerManager") {
-        const bool present = random.once(2);
-        return {(present ? "device back: " : "device gone: ") + std::string(name),
-                [=](Life& life) { life.setPresent(name, present); }};
-    }
-    constexpr std::pair<Behaviour, const char*> behaviours[] = {{{}, "answers"},
-                                                                {{}, "answers"},
-                                                                {{Behaviour::Kind::refuse, 31}, "refuses"},
-                                                                {{Behaviour::Kind::block, 0}, "blocks"},
-                                                                {{Behaviour::Kind::delay, 200}, "delays"}};
-    const auto [behaviour, text] = random.of(behaviours);
-    return {std::string(name) + ' ' + text, [=, how = behaviour](Life& life) { life.setDevice(name, how); }};
+    constexpr Behaviour behaviours[] = {
+        {}, {}, {Behaviour::Kind::refuse, 31}, {Behaviour::Kind::block, 0}, {Behaviour::Kind::delay, 200}};
+    const std::string name = random.of(names);
+    const bool present = random.once(2);
+    const Behaviour behaviour = random.of(behaviours);
+    if (random.once(4) || name == "PowerManager")
+        return {words(name, present ? "is back" : "is gone"),
+                [=](Life& life) { life.panel.panel().devices().setPresent(name, present); }};
+    return {words(name, "behaviour", static_cast<int>(behaviour.kind)),
+            [=](Life& life) { life.panel.panel().devices().setBehaviour(name, behaviour); }};
 }
 
 Step counts(Random& random) {
     const std::uint32_t writes = random.below(1000000);
-    return {numbered("counter", writes), [=](Life& life) { life.count(writes); }};
-}
-
-Step calms(Random&) {
-    return {"calm", [](Life& life) { life.calm(); }};
+    return {words("counter", writes), [=](Life& life) { life.panel.panel().devices().setValues("SHC1", {writes}); }};
 }
 
 Step storage(Random& random) {
-    const auto policy = static_cast<panel::StoragePolicy>(random.below(3));
-    return {numbered("storage", static_cast<int>(policy)), [=](Life& life) { life.setStorage(policy); }};
-}
-
-Step bootsCleanly(Random&) {
-    return {"clean boot", [](Life& life) { life.bootCleanly(); }};
+    const std::uint32_t policy = random.below(3);
+    return {words("storage", policy),
+            [=](Life& life) { life.panel.panel().setStorage(static_cast<panel::StoragePolicy>(policy)); }};
 }
 
 } // namespace
 
 Step stepOf(std::uint64_t seed, std::uint32_t number) {
-    constexpr std::pair<unsigned, Step (*)(Random&)> makers[] = {
-        {14, passes}, {1, rests},  {12, touches}, {8, user},  {18, messages}, {2, chatter},     {8, starts},
-        {4, ends},    {1, kills},  {6, boots},    {8, plugs}, {6, unplugs},   {10, settings},   {1, configuration},
-        {8, devices}, {5, counts}, {8, faults},   {7, calms}, {1, storage},   {2, bootsCleanly}};
-    unsigned sum = 0;
-    for (const auto& [weight, make] : makers)
-        sum += weight;
+    const Maker makers[] = {{14, passes},
+                            {12, touches},
+                            {8, user},
+                            {24, messages},
+                            {2, chatter},
+                            {18, starts},
+                            {12, faults},
+                            {6, boots},
+                            {8, plugs},
+                            {6, unplugs},
+                            {10, settings},
+                            {8, devices},
+                            {5, counts},
+                            {1, storage},
+                            {1, configuration},
+                            plain(1, "rest for a day", &Life::rest),
+                            plain(4, "end", &Life::end),
+                            plain(1, "kill", &Life::kill),
+                            plain(7, "calm", &Life::calm),
+                            plain(2, "clean boot", &Life::bootCleanly)};
     Random random(seed * 1000003 + number);
-    unsigned chosen = random.below(sum);
-    for (const auto& [weight, make] : makers) {
-        if (chosen < weight)
+    for (;;)
+        if (const auto& [weight, make] = random.of(makers); random.below(24) < weight)
             return make(random);
-        chosen -= weight;
-    }
-    return passes(random); // not reached
 }

@@ -1,18 +1,14 @@
-// Random lives of a panel, each in a process of its own. A finding is shortened: the shortest prefix of the steps that
-// still fails is searched, and then each step is left out that is not needed.
+// Random lives of a panel, each in a process of its own. A finding is shortened: first to the shortest prefix of the
+// steps that still fails, then by leaving out steps that are not needed.
 #include "tests/soak/Life.h"
 #include "tests/soak/Random.h"
 #include "tests/soak/Steps.h"
 
+#include <CLI/CLI.hpp>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <csignal>
-#include <cstdio>
-#include <cstdlib>
-#include <ctime>
 #include <numeric>
-#include <sstream>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -21,47 +17,23 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char* usage =
-    "Random lives of a simulated panel with a helper: script/soak [SECONDS] [OPTIONS]\n"
-    "SECONDS (default: 60) ends the search; a finding is still shortened. Exit code 1: there are findings.\n"
-    "\n"
-    "    --seed N        seed of the first life; the next life has the next seed (default: the time)\n"
-    "    --lives N       ends after N lives\n"
-    "    --steps N       steps of a life (default: 60)\n"
-    "    --only 3,7,9    only these steps, to repeat a finding: with --seed N --lives 1\n"
-    "    --keep FOLDER   where findings are kept: the steps, the panel with log and trace (default: build/soak)\n"
-    "\n"
-    "PANEL_HELPER in the environment names the helper: another build's, or the panel executable that script/package\n"
-    "builds. Steps of a life depend on its seed alone; how threads take turns does not.\n";
-
-constexpr int patience = 180; // real s for a step
-constexpr int longestShortening = 300; // s
+constexpr std::time_t patience = 180; // real s for a step
+constexpr std::time_t longestShortening = 300; // s
 
 using Numbers = std::vector<std::uint32_t>; // of steps, from 1
 
 volatile std::sig_atomic_t interrupted = 0;
 
-struct Options {
-    std::time_t seconds = 60;
-    std::uint64_t seed = static_cast<std::uint64_t>(std::time(nullptr));
-    std::uint64_t lives = ~std::uint64_t{0};
-    Numbers steps;
-    fs::path keep = "build/soak";
-};
-
 struct Outcome {
     bool failed = false;
     std::size_t steps = 0; // taken
-    std::string said; // one line a step, and the finding
+    std::string said; // a line for each step, and the finding
 };
 
-// In a process of its own.
-[[noreturn]] void live(std::uint64_t seed, const Numbers& numbers) {
-    int code = 1;
+int live(std::uint64_t seed, const Numbers& numbers) {
     try {
         constexpr std::uint32_t ticks[] = {0, 0, 0xFFFE0000, 0x7FFFFFF0};
-        Random random(seed);
-        auto* life = new Life(random.of(ticks)); // a finding leaves its panel behind
+        auto life = std::make_unique<Life>(Random(seed).of(ticks)).release(); // a finding leaves its panel behind
         for (const std::uint32_t number : numbers) {
             Step step = stepOf(seed, number);
             std::replace(step.text.begin(), step.text.end(), '\n', ' ');
@@ -71,199 +43,154 @@ struct Outcome {
         std::printf("     clean boot\n");
         life->take([](Life& each) { each.bootCleanly(); });
         delete life;
-        code = testing::UnitTest::GetInstance()->Failed() ? 1 : 0;
+        return testing::UnitTest::GetInstance()->Failed();
     } catch (const std::exception& error) {
         std::printf("FINDING: %s\n", error.what());
+        return 1;
     }
-    std::fflush(stdout);
-    std::_Exit(code);
 }
 
 Outcome outcome(std::uint64_t seed, const Numbers& numbers, const fs::path& folder) {
     fs::remove_all(folder);
     fs::create_directories(folder);
     const fs::path said = folder / "steps.txt";
+    std::fflush(stdout); // or the process writes it once more
     const pid_t process = fork();
-    if (process < 0)
-        throw std::runtime_error("cannot start a process");
     if (process == 0) {
         prctl(PR_SET_PDEATHSIG, SIGKILL);
         setenv("TMPDIR", folder.c_str(), 1);
         if (!std::freopen(said.c_str(), "w", stdout))
             std::_Exit(2);
         setvbuf(stdout, nullptr, _IOLBF, 0);
-        live(seed, numbers);
+        const int code = live(seed, numbers);
+        std::fflush(stdout);
+        std::_Exit(code);
     }
     int status = 0;
     std::uintmax_t size = 0;
     std::time_t since = std::time(nullptr);
     bool hangs = false;
-    while (waitpid(process, &status, WNOHANG) == 0) {
+    while (process > 0 && waitpid(process, &status, WNOHANG) == 0) {
         usleep(2000);
-        std::error_code none;
-        if (const std::uintmax_t now = fs::file_size(said, none); now != size)
-            since = std::time(nullptr), size = now;
-        hangs = hangs || std::time(nullptr) - since > patience;
+        if (const std::uintmax_t now = fs::exists(said) ? fs::file_size(said) : 0; now != size) {
+            since = std::time(nullptr);
+            size = now;
+        }
+        hangs = std::time(nullptr) - since > patience;
         if (hangs || interrupted)
             kill(process, SIGKILL);
     }
-    Outcome result;
-    result.failed = !interrupted && (!WIFEXITED(status) || WEXITSTATUS(status) != 0);
-    result.said = readText(said);
-    for (const std::string& line : linesOf(result.said))
-        result.steps += line.size() > 3 && line[3] == ' ' && line[2] != ' ';
-    if (result.failed && !WIFEXITED(status))
+    Outcome result{!interrupted && status != 0, 0, readText(said)};
+    if (result.failed && WIFSIGNALED(status))
         result.said += hangs ? "FINDING: the step does not come to an end\n" : "FINDING: the life has crashed\n";
     writeText(said, result.said);
+    const Lines lines = linesOf(result.said);
+    const auto isStep = [](const std::string& line) { return std::isdigit(line[line.find_first_not_of(' ')]); };
+    result.steps = static_cast<std::size_t>(std::count_if(lines.begin(), lines.end(), isStep));
     return result;
 }
 
-// Of a life that fails with these steps. Each trial is a life of its own; threads may take other turns in it.
-Outcome shortened(std::uint64_t seed, Numbers& numbers, Outcome first, const fs::path& folder) {
-    const std::time_t end = std::time(nullptr) + longestShortening;
+// Of a life that fails with these steps. Each trial is a life of its own; its threads may take other turns.
+Outcome shortened(std::uint64_t seed, Numbers& numbers, Outcome failure, const fs::path& folder) {
+    const std::time_t latest = std::time(nullptr) + longestShortening;
     const fs::path trial = folder.string() + "-trial";
     const auto stillFails = [&](const Numbers& fewer) {
-        if (interrupted || std::time(nullptr) > end)
-            return false;
-        Outcome found = outcome(seed, fewer, trial);
+        Outcome found;
+        if (!interrupted && std::time(nullptr) < latest)
+            found = outcome(seed, fewer, trial);
         if (!found.failed)
             return false;
         numbers = fewer;
-        first = found;
+        failure = found;
         fs::remove_all(folder);
         fs::rename(trial, folder);
         return true;
     };
-    numbers.resize(std::min(first.steps, numbers.size()));
+    numbers.resize(std::min(failure.steps, numbers.size()));
     const Numbers all = numbers;
     for (std::size_t passing = 0, failing = all.size(); passing < failing;) {
         const std::size_t middle = (passing + failing) / 2;
-        if (stillFails(Numbers(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(middle))))
-            failing = middle;
-        else
-            passing = middle + 1;
+        (stillFails({all.begin(), all.begin() + static_cast<std::ptrdiff_t>(middle)}) ? failing : passing) = middle;
+        passing += failing != middle;
     }
-    for (std::size_t index = numbers.size(); index-- > 0;) {
-        Numbers fewer = numbers;
-        fewer.erase(fewer.begin() + static_cast<std::ptrdiff_t>(index));
-        stillFails(fewer);
-    }
+    for (std::size_t size = numbers.size() / 2; size > 0; size /= 2)
+        for (std::size_t begin = numbers.size(); begin > 0;) {
+            begin -= std::min(size, begin);
+            const auto first = numbers.begin() + static_cast<std::ptrdiff_t>(begin);
+            Numbers fewer(numbers.begin(), first);
+            fewer.insert(fewer.end(), first + static_cast<std::ptrdiff_t>(std::min(size, numbers.size() - begin)),
+                         numbers.end());
+            stillFails(fewer);
+        }
     fs::remove_all(trial);
-    return first;
-}
-
-std::string list(const Numbers& numbers) {
-    std::string text;
-    for (const std::uint32_t number : numbers)
-        text += (text.empty() ? "" : ",") + std::to_string(number);
-    return text.empty() ? "0" : text;
-}
-
-// Throws an exception for a text that is not a number.
-std::uint64_t numberOf(const std::string& text) {
-    std::size_t end = 0;
-    const std::uint64_t number = text.empty() || text[0] < '0' || text[0] > '9' ? 0 : std::stoull(text, &end);
-    if (end == 0 || end != text.size())
-        throw std::runtime_error('"' + text + "\" is not a number");
-    return number;
-}
-
-Options optionsOf(const std::vector<std::string>& words) {
-    Options options;
-    options.steps.resize(60);
-    std::iota(options.steps.begin(), options.steps.end(), 1U);
-    for (std::size_t index = 0; index < words.size(); ++index) {
-        const std::string& word = words[index];
-        if (!word.starts_with("--")) {
-            options.seconds = static_cast<std::time_t>(numberOf(word));
-            continue;
-        }
-        if (std::string("--seed --lives --steps --only --keep").find(word) == std::string::npos)
-            throw std::runtime_error("unknown option " + word);
-        if (++index == words.size())
-            throw std::runtime_error(word + " needs a value");
-        const std::string& value = words[index];
-        if (word == "--seed") {
-            options.seed = numberOf(value);
-        } else if (word == "--lives") {
-            options.lives = numberOf(value);
-        } else if (word == "--keep") {
-            options.keep = value;
-        } else if (word == "--steps") {
-            options.steps.resize(numberOf(value));
-            std::iota(options.steps.begin(), options.steps.end(), 1U);
-        } else {
-            options.steps.clear();
-            std::istringstream numbers(value);
-            for (std::string number; std::getline(numbers, number, ',');)
-                options.steps.push_back(static_cast<std::uint32_t>(numberOf(number)));
-        }
-    }
-    return options;
-}
-
-int search(const Options& options) {
-    const fs::path folder = fs::absolute(options.keep) / ("life-" + std::to_string(getpid()));
-    const std::time_t begin = std::time(nullptr);
-    std::uint64_t lives = 0;
-    std::uint64_t steps = 0;
-    unsigned findings = 0;
-    const auto tell = [&] {
-        std::printf("%llu lives, %llu steps, %lld s, %u findings\n", static_cast<unsigned long long>(lives),
-                    static_cast<unsigned long long>(steps), static_cast<long long>(std::time(nullptr) - begin),
-                    findings);
-        std::fflush(stdout);
-    };
-    for (std::time_t told = begin;
-         lives < options.lives && !interrupted && std::time(nullptr) - begin < options.seconds;) {
-        const std::uint64_t seed = options.seed + lives;
-        Outcome found = outcome(seed, options.steps, folder);
-        if (interrupted)
-            break;
-        ++lives;
-        steps += found.steps;
-        if (found.failed) {
-            ++findings;
-            Numbers numbers = options.steps;
-            std::printf("seed %llu fails after %zu steps:\n%s", static_cast<unsigned long long>(seed), found.steps,
-                        found.said.substr(found.said.find("FINDING")).c_str());
-            std::fflush(stdout);
-            found = shortened(seed, numbers, found, folder);
-            const fs::path kept = options.keep / std::to_string(seed);
-            fs::remove_all(kept);
-            fs::rename(folder, kept);
-            std::printf("these steps still fail, and their panel is in %s:\n%s    script/soak --seed %llu --lives 1 "
-                        "--only %s\n",
-                        kept.c_str(), found.said.c_str(), static_cast<unsigned long long>(seed), list(numbers).c_str());
-        }
-        if (std::time(nullptr) - told >= 10 || found.failed) {
-            told = std::time(nullptr);
-            tell();
-        }
-    }
-    tell();
-    fs::remove_all(folder);
-    return findings ? 1 : 0;
+    return failure;
 }
 
 } // namespace
 
 int main(int count, char** words) {
-    try {
-        const std::vector<std::string> given(words + 1, words + count);
-        for (const std::string& word : given)
-            if (word == "-h" || word == "--help") {
-                std::printf("%s", usage);
-                return 0;
-            }
-        std::signal(SIGINT, [](int) { interrupted = 1; });
-        std::signal(SIGTERM, [](int) { interrupted = 1; });
-        setenv("PANEL_PATIENCE", "0", 0);
-        setenv("MALLOC_ARENA_MAX", "1", 1); // or the memory in use depends on which thread allocates first
-        prctl(PR_SET_THP_DISABLE, 1, 0, 0, 0); // or it includes huge pages that nobody has used
-        return search(optionsOf(given));
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "soak: %s (--help lists the options)\n", error.what());
-        return 2;
+    std::time_t seconds = 60;
+    auto seed = static_cast<std::uint64_t>(std::time(nullptr));
+    std::uint64_t lives = 1000000000;
+    std::uint32_t length = 60;
+    Numbers only;
+    fs::path keep = "build/soak";
+    CLI::App app("Lives a panel's random lives with the helper, and checks after each step what must hold.\n"
+                 "PANEL_HELPER in the environment names another helper, such as build/ce/TarvexHelper.exe.\n"
+                 "The exit code is 1 if there are findings.");
+    app.add_option("SECONDS", seconds, "ends the search; a finding is still shortened")->capture_default_str();
+    app.add_option("--seed", seed, "of the first life; the next life has the next number (default: the time)");
+    app.add_option("--lives", lives, "ends the search");
+    app.add_option("--steps", length, "of a life")->capture_default_str();
+    app.add_option("--only", only, "the numbers of steps: the others are left out")->delimiter(',');
+    app.add_option("--keep", keep, "folder for findings: steps, and the panel with log and trace")
+        ->capture_default_str();
+    CLI11_PARSE(app, count, words);
+
+    Numbers numbers(length);
+    std::iota(numbers.begin(), numbers.end(), 1U);
+    if (!only.empty())
+        numbers = only;
+    for (const int signal : {SIGINT, SIGTERM})
+        std::signal(signal, [](int) { interrupted = 1; });
+    setenv("PANEL_PATIENCE", "0", 1);
+    setenv("MALLOC_ARENA_MAX", "1", 1); // or the pages in use depend on which thread allocates first
+    prctl(PR_SET_THP_DISABLE, 1, 0, 0, 0); // huge pages would count what nobody has used
+    const fs::path folder = fs::absolute(keep) / ("life-" + std::to_string(getpid()));
+    const std::time_t begin = std::time(nullptr);
+    std::time_t told = begin;
+    std::size_t steps = 0;
+    unsigned findings = 0;
+    std::uint64_t lived = 0;
+    const auto tell = [&] {
+        told = std::time(nullptr);
+        std::cout << lived << " lives, " << steps << " steps, " << told - begin << " s, " << findings << " findings"
+                  << std::endl;
+    };
+    for (; lived < lives && std::time(nullptr) - begin < seconds; ++seed) {
+        Outcome found = outcome(seed, numbers, folder);
+        if (interrupted)
+            break;
+        ++lived;
+        steps += found.steps;
+        if (found.failed) {
+            ++findings;
+            std::cout << "seed " << seed << " fails after " << found.steps << " steps\n"
+                      << found.said.substr(std::min(found.said.find("FINDING"), found.said.size())) << "is shortened\n";
+            Numbers few = numbers;
+            found = shortened(seed, few, found, folder);
+            const fs::path kept = fs::absolute(keep) / std::to_string(seed);
+            fs::remove_all(kept);
+            fs::rename(folder, kept);
+            std::cout << found.said << "again: script/soak --lives 1 --seed " << seed << " --only ";
+            for (const std::uint32_t number : few)
+                std::cout << (number == few.front() ? "" : ",") << number;
+            std::cout << "\nthe panel: " << kept.string() << '\n';
+        }
+        if (found.failed || std::time(nullptr) - told >= 10)
+            tell();
     }
+    tell();
+    fs::remove_all(folder);
+    return findings || interrupted ? 1 : 0;
 }

@@ -76,6 +76,10 @@ onSubmit("boot", fields => {
 onSubmit("advance", fields => run("advance", fields.time.value));
 onSubmit("start", fields => run("start", fields.path.value, "--", ...wordsOf(fields.arguments.value)));
 onSubmit("send", fields => run("send", fields.window.value, fields.message.value, fields.wparam.value, fields.lparam.value));
+onSubmit("write", fields => writeValue(fields.key.value, fields.value.value, fields.type.value, fields.data.value));
+byId("storage").form.addEventListener("submit", event => event.preventDefault());
+byId("storage").addEventListener("change", event => run("storage", event.target.value));
+byId("cutnow").addEventListener("click", () => run("cut", ...sectors()));
 onSubmit("plug", fields => {
   const words = fields.bare.checked ? ["--without-partitions"] : [fields.folder.value];
   for (const [name, option] of [["as", "--as"], ["after", "--ready-after"], ["attributes", "--attributes"]])
@@ -204,7 +208,7 @@ function showStatus(status) {
     return say("The panel cannot be read. It may have been deleted: " + status.error);
   }
   if (state.on !== null && state.on !== status.on)
-    say(status.on ? "" : "The panel went off: " + (/^panel (off|cut)$/.exec(byId("command").textContent) || ["by another command or a fault"])[0]);
+    say(status.on ? "" : "The panel went off: " + (/^panel (off|cut)\b/.exec(byId("command").textContent) || ["by another command or a fault"])[0]);
   else if (byId("power").textContent === "gone") say("");
   [state.status, state.on] = [status, status.on];
   document.body.classList.toggle("on", status.on);
@@ -227,6 +231,8 @@ function showStatus(status) {
   byId("hook").textContent = status.on ? `mouse hook ${status.hook ? "of " + status.hook : "none"}` : "";
   byId("user").textContent = status.userActive === null ? "unknown" : status.userActive ? "active" : "inactive";
   byId("tracing").textContent = status.trace ? "on" : "off";
+  byId("storage").value = status.storage;
+  byId("torn").hidden = status.storage !== "torn";
   clock.from = {...status.clock, date: Date.parse(status.date.replace(" UTC", "Z").replace(" ", "T")), at: performance.now()};
   showClock();
   showDisks(status);
@@ -326,7 +332,7 @@ function showRegistry() {
     const values = now.get(key) || new Map(), old = kept.get(key) || new Map();
     for (const value of values.values()) {
       const before = old.get(value.name);
-      folder.append(valueLine(value, before && before.bytes === value.bytes && before.type === value.type));
+      folder.append(valueLine(key, value, before && before.bytes === value.bytes && before.type === value.type));
     }
     for (const name of old.keys())
       if (!values.has(name)) folder.append(element("div", {className: "value gone", title: "Deleted; flash still has it"}, name || "(default)"));
@@ -336,9 +342,22 @@ function showRegistry() {
   byId("tree").replaceChildren(...[...places].filter(([key]) => !key.includes("\\")).map(([, folder]) => folder));
 }
 
-function valueLine({name, type, text, texts, bytes}, flushed) {
-  const data = text ?? (texts ? texts.join(" | ") : type === "REG_DWORD" ? parseInt(bytes.split(" ").reverse().join(""), 16) : bytes);
-  return element("div", {className: "value" + (flushed ? "" : " unflushed")}, `${name || "(default)"} = ${data} `, element("small", {}, type));
+// Sets a value. The texts of a REG_MULTI_SZ are separated by " | ".
+function writeValue(key, name, type, data) {
+  const words = [key, name, ...type === "REG_MULTI_SZ" ? data.split(" | ").filter(Boolean) : data === "" ? [] : [data]];
+  run("registry", "write", "--type", type, ...words.some(word => word.startsWith("-")) ? ["--"] : [], ...words);
+}
+
+function valueLine(key, {name, type, text, texts, bytes}, flushed) {
+  const number = type === "REG_DWORD" && bytes.split(" ").length === 4;
+  const data = text ?? (texts ? texts.join(" | ") : number ? parseInt(bytes.split(" ").reverse().join(""), 16) : bytes);
+  // Only bytes could express a text that is not well-formed, and the command takes a text here.
+  const odd = text === undefined && !texts && !number && /^REG_(SZ|EXPAND_SZ|MULTI_SZ|DWORD.*)$/.test(type);
+  const field = element("input", {value: data, disabled: odd, onchange: () => writeValue(key, name, type, field.value)});
+  field.setAttribute("aria-label", `data of ${name || "the default value"} of ${key}`);
+  field.size = Math.min(60, Math.max(4, String(data).length));
+  return element("div", {className: "value" + (flushed ? "" : " unflushed")}, `${name || "(default)"} = `, field,
+    element("small", {}, ` ${type} `), element("button", {title: "Delete this value", onclick: () => run("registry", "delete", key, name)}, "×"));
 }
 
 function showFaults(faults) {
@@ -367,6 +386,10 @@ const timeline = makeTimeline(byId("track"), call => {
   byId("fail").title = cannot ? `${call.name} cannot fail` : "";
 });
 
+function sectors() { // the options of a power cut
+  return state.status.storage === "torn" && +byId("sectors").value ? ["--sectors", byId("sectors").value] : [];
+}
+
 // Adds a fault to the planned faults and boots the panel.
 async function plan(options) {
   state.planned.push(chosenCall.key + options); // the key is the beginning of the call's line in the trace
@@ -376,7 +399,8 @@ async function plan(options) {
   byId("boot").requestSubmit();
 }
 byId("fail").addEventListener("click", () => plan(""));
-byId("cut").addEventListener("click", () => plan(" --cut"));
+byId("hold").addEventListener("click", () => plan(" --hold"));
+byId("cut").addEventListener("click", () => plan([" --cut", ...sectors()].join(" ")));
 byId("forget").addEventListener("click", () => timeline.clear());
 byId("find").addEventListener("input", event => byId("found").textContent = event.target.value ? timeline.find(event.target.value).length + " calls" : (timeline.find(""), ""));
 byId("find").addEventListener("keydown", event => event.key === "Enter" && timeline.next(event.shiftKey ? -1 : 1, timeline.find(event.target.value)));
