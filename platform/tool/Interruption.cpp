@@ -45,9 +45,13 @@ bool isLeftToOwner(int signal) {
 
 // The thread may take locks and free memory, which a signal handler must not do.
 void waitForSignals() {
-    for (unsigned char number = 0; read(signals[0], &number, 1) == 1;)
-        if (!isLeftToOwner(number))
+    for (unsigned char number = 0;;) {
+        const ssize_t length = read(signals[0], &number, 1);
+        if (length == 1 && !isLeftToOwner(number))
             end(number);
+        if (length != 1 && errno != EINTR) // the handler may run in this thread
+            return;
+    }
 }
 
 } // namespace

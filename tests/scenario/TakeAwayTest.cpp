@@ -123,6 +123,7 @@ TEST_F(PanelCommand, WritesFilesWhereCpWould) {
     ASSERT_EQ(mkfifo((directory / "pipe").c_str(), 0600), 0);
     fs::create_symlink("behind", directory / "link");
     fs::create_symlink("nothing", directory / "nowhere");
+    fs::create_symlink("/proc/self/fd/1", directory / "output");
     fs::create_directory(directory / "folder");
     for (const char* file : {"link", "mine.new"})
         writeText(directory / file, "old");
@@ -136,11 +137,11 @@ TEST_F(PanelCommand, WritesFilesWhereCpWould) {
     EXPECT_EQ(readText(directory / "behind"), readText(directory / "mine"));
     EXPECT_EQ(fs::status(directory / "behind").permissions(), fs::perms::owner_read);
     EXPECT_EQ(readText(directory / "mine.new"), "old");
-    EXPECT_EQ(call("registry export /dev/stdout").text, readText(directory / "mine"));
+    EXPECT_EQ(call("registry export output").text, readText(directory / "mine"));
     for (const std::string command : {"registry export ", "report "})
         for (const std::string file : {"folder", "none/file", "nowhere"})
             fails(command + file, "cannot write " + file + ": ");
-    EXPECT_EQ(std::distance(fs::directory_iterator(directory), {}), 9); // and no other file is left
+    EXPECT_EQ(std::distance(fs::directory_iterator(directory), {}), 10); // and no other file is left
 }
 
 TEST_F(PanelCommand, EndsTheTraceAtItsLimit) {
