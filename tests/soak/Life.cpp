@@ -74,10 +74,14 @@ Life::Life(std::uint32_t ticksAtBoot, panel::StoragePolicy policy) : panel(ticks
     panel.install();
     panel.put("\\Temp\\Actor.exe", programFile("Actor"));
     bootCleanly();
-    started = places(1);
+    start(false); // the second start finds the registry as all later ones do
+    check();
+    end();
+    check();
+    started = places(2);
     start(true);
     check();
-    installed = places(2);
+    installed = places(3);
 }
 
 void Life::take(const std::function<void(Life&)>& step) {
@@ -94,12 +98,12 @@ void Life::take(const std::function<void(Life&)>& step) {
 }
 
 void Life::rest() {
-    panel.driver().advance(halfADay);
+    panel.pass(halfADay);
     look();
     const std::size_t before = helper() ? ownMemory(helper()->hostPid) : 0;
     const std::uint32_t handles = helper() ? helper()->handles : 0;
     const std::uint32_t threads = helper() ? helper()->threads : 0;
-    panel.driver().advance(halfADay);
+    panel.pass(halfADay);
     look();
     require(!helper() || disturbed || ownMemory(helper()->hostPid) <= before + memoryOfRest,
             "half a day without events costs memory");
@@ -350,15 +354,16 @@ void Life::look() {
     const auto isStuck = [&](const panel::CallStatus& each) {
         return isHeld(each) || (blocks && (each.call.starts_with("DeviceIoControl[") || each.call.starts_with("TAG_")));
     };
-    held |= stands(isHeld);
-    stuck = stands(isStuck);
+    holds = stands(isHeld);
+    held |= holds;
+    const bool stuck = stands(isStuck);
     blocked = stuck && helper()->calls[0].thread == 1 &&
               (isStuck(helper()->calls[0]) || !helper()->calls[0].call.starts_with("GetMessageW["));
     hindered |= stuck || isHindering();
     tampered |= disturbed;
     mayStayDim |= disturbed || hindered;
-    known &= !disturbed && !stands(isHeld) && kindOf("SHC1") != Behaviour::Kind::block &&
-             kindOf("SHC1") != Behaviour::Kind::delay;
+    known &=
+        !disturbed && !holds && kindOf("SHC1") != Behaviour::Kind::block && kindOf("SHC1") != Behaviour::Kind::delay;
 }
 
 void Life::check() {
@@ -376,6 +381,7 @@ void Life::check() {
         told &= settles; // else it has not got the message
         if (isOn() && !told && !blocked && panel.loopRuns())
             checkAnswer();
+        panel.driver().settle(); // other threads may still be at work
     }
     if (!isOn()) { // a fault has cut the power
         tampered = true;
@@ -460,7 +466,7 @@ void Life::checkUse() {
 // The thread of the statistics waits for the next update, the wait says how many there were, and the file shows them.
 void Life::checkTotals() {
     const auto kind = kindOf("SHC1");
-    if (disturbed || stuck || kind == Behaviour::Kind::block || kind == Behaviour::Kind::delay)
+    if (disturbed || holds || kind == Behaviour::Kind::block || kind == Behaviour::Kind::delay)
         return;
     if (helper()) {
         const auto& calls = helper()->calls;

@@ -85,9 +85,9 @@ private:
 
     // Of this helper.
     bool disturbed = false; // a call has failed
-    bool stuck = false; // at present: one of its threads stands in a call that blocks or is held
-    bool blocked = false; // at present: its main thread does, or waits for such a thread
-    bool hindered = false; // the backlight refuses, or a thread is stuck, so it may end with 1
+    bool holds = false; // at present: a fault holds a call of one of its threads
+    bool blocked = false; // at present: its main thread stands in a call that blocks or is held, or waits for one
+    bool hindered = false; // the backlight refuses, or a thread stands in such a call, so it may end with 1
     bool told = false; // to end
     std::uint64_t toldAt = 0; // panel ms
     bool busy = false; // with a disk, when it was told
