@@ -142,6 +142,8 @@ void Life::start(bool fromDisk) {
         rested = 0;
     }
     const bool second = helper();
+    if (second && holds) // perhaps before it has the mutex, so it would be the second one
+        passing.insert(helper()->name);
     const auto process = panel.driver().start(fromDisk ? onDisk : ScenarioPanel::helper);
     if (fromDisk || second)
         passing.insert(process.name);
