@@ -288,7 +288,8 @@ void Driver::setTicks(std::uint32_t ticks) {
 }
 
 void Driver::setTracing(bool on, std::uint32_t limit) {
-    Runtime::instance().image().tracing.store(on ? limit : 0, std::memory_order_relaxed);
+    Call call; // a call that ends the trace at its limit also stores, under the lock
+    call.image.tracing.store(on ? limit : 0, std::memory_order_relaxed);
 }
 
 void Driver::addFault(const Fault& fault) {

@@ -43,8 +43,10 @@ public:
         while (flock(directory, LOCK_EX | (limit ? LOCK_NB : 0)) != 0 && (errno == EWOULDBLOCK || errno == EINTR)) {
             if (errno == EINTR)
                 continue;
-            if (waited >= limit && atMost)
+            if (waited >= limit && atMost) {
+                held = false;
                 break;
+            }
             if (waited >= limit)
                 patience::limit.giveUp("another command is changing the panel and does not go on");
             usleep(1000 * glance);
@@ -54,6 +56,9 @@ public:
     ~Change() {
         close(directory);
     }
+    bool isHeld() const {
+        return held;
+    }
     Change(const Change&) = delete;
     Change& operator=(const Change&) = delete;
 
@@ -61,6 +66,7 @@ private:
     static constexpr std::uint32_t glance = 50; // real ms between two attempts
     int directory;
     std::uint32_t waited = 0;
+    bool held = true;
 };
 
 // A Change of state that programs of the panel use too. If the panel has a kernel file, the object also holds the

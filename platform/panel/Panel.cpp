@@ -82,6 +82,10 @@ Panel Panel::createFilled(const fs::path& directory, const std::function<void(co
     if (!isEmptyOrMissing(directory))
         throw std::runtime_error("the directory is not empty: " + directory.string() + " (choose another directory)");
     const bool existed = fs::exists(directory);
+    std::vector<fs::path> above; // the folders that do not exist yet, the lowest first
+    for (fs::path path = fs::absolute(directory).lexically_normal().parent_path(); !fs::exists(path);
+         path = path.parent_path())
+        above.push_back(path);
     try {
         fs::create_directories(directory);
         fill(directory);
@@ -93,6 +97,8 @@ Panel Panel::createFilled(const fs::path& directory, const std::function<void(co
                 fs::remove_all(entry, ignored);
         else
             fs::remove_all(directory, ignored);
+        for (const fs::path& path : above)
+            fs::remove(path, ignored);
         throw std::runtime_error("cannot create a panel in " + directory.string() + ": " + error.what());
     }
 }
@@ -152,10 +158,17 @@ PanelOptions Panel::options() const {
     const fs::path file = root / "devices/panel.json";
     const Json facts = readJson(file);
     PanelOptions options;
+    const auto number = [](const Json& json, std::int64_t least, std::int64_t most) {
+        if (!json.is_number_integer() || json.get<std::int64_t>() < least || json.get<std::int64_t>() > most)
+            throw std::runtime_error("not possible: " + jsonText(json));
+        return json.get<std::int64_t>();
+    };
     try { // a person may have edited the file
-        options.screenWidth = facts.at("screen").at("width");
-        options.screenHeight = facts.at("screen").at("height");
-        options.date = facts.at("date");
+        constexpr std::int64_t end = 253402300800000; // of the year 9999
+        const Json& screen = facts.at("screen");
+        options.screenWidth = static_cast<std::uint32_t>(number(screen.at("width"), 1, maxScreen));
+        options.screenHeight = static_cast<std::uint32_t>(number(screen.at("height"), 1, maxScreen));
+        options.date = number(facts.at("date"), 0, end - 1);
         options.storage = storageNamed(facts.value("storage", storageNames[0]));
     } catch (const std::exception& error) {
         throw std::runtime_error("not readable: " + file.string() + ": " + error.what());
@@ -201,7 +214,7 @@ void Panel::initialise(Image& image, const BootOptions& options, std::int64_t da
 
 void Panel::boot(const BootOptions& options) {
     const Change change(root);
-    std::int64_t date = readJson(root / "devices/panel.json").at("date");
+    std::int64_t date = this->options().date;
     {
         const Mapping former(root); // after a power cut by a fault the date is only in the kernel file
         if (former.image && former.image->on)
@@ -352,7 +365,7 @@ void Panel::changeRegistry(const std::function<void(registry::Tree&)>& change, b
 std::int64_t Panel::currentDate() const {
     const Mapping kernel(root);
     if (!kernel.image || !kernel.image->on)
-        return readJson(root / "devices/panel.json").at("date");
+        return options().date;
     const Lock lock(*kernel.image);
     return clock::date(*kernel.image);
 }

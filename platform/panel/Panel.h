@@ -29,6 +29,8 @@ namespace panel {
 inline constexpr const char* storageNames[] = {"kept", "closed", "torn"};
 StoragePolicy storageNamed(std::string_view name);
 
+inline constexpr std::uint32_t maxScreen = 16384; // pixels, width and height
+
 // The facts of a new panel.
 struct PanelOptions {
     std::uint32_t screenWidth = 800; // pixels

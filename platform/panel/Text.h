@@ -33,7 +33,17 @@ bool numberIn(std::string_view text, std::uint32_t& number);
 std::string fold(std::string_view text);
 // Compares two texts case-insensitively.
 inline bool equalCaseBlind(std::string_view first, std::string_view second) {
-    return first.size() == second.size() && fold(first) == fold(second);
+    if (first.size() != second.size())
+        return false;
+    for (std::size_t at = first.size(); at-- > 0;) { // from the end, where similar names differ
+        if (first[at] == second[at])
+            continue;
+        if ((first[at] | second[at]) & 0x80)
+            return fold(first) == fold(second);
+        if ((first[at] | 0x20) != (second[at] | 0x20) || (first[at] | 0x20) < 'a' || (first[at] | 0x20) > 'z')
+            return false;
+    }
+    return true;
 }
 
 // Returns the text after the last backslash.

@@ -1,5 +1,7 @@
-// Handles Ctrl-C while a command waits for the panel.
+// Handles Ctrl-C and other signals that end a command.
 #pragma once
+
+#include <sys/types.h>
 
 namespace tool {
 
@@ -7,5 +9,20 @@ namespace tool {
 // panel: stepped time moves while a driver waits, and must not go on for a command that has ended. The exit code is 128
 // plus the signal's number. Call it once, before other threads exist.
 void endDriverWhenInterrupted();
+
+// Lets a command remove what it has made so far: while such an object lives, a signal does not end the command. It ends
+// the child process that `wait` waits for; `wait` then throws. The object's destructor ends the command. A second
+// signal ends the command at once.
+class OrderlyEnd {
+public:
+    OrderlyEnd();
+    ~OrderlyEnd();
+    OrderlyEnd(const OrderlyEnd&) = delete;
+    OrderlyEnd& operator=(const OrderlyEnd&) = delete;
+
+    // Waits for the end of a child process, and returns its status (waitpid). Throws std::runtime_error if a signal has
+    // come. Only one thread may wait at a time.
+    static int wait(pid_t process);
+};
 
 } // namespace tool

@@ -64,8 +64,8 @@ void create(const CreateOptions& options) {
     panel::PanelOptions facts = options.facts;
     int used = 0;
     if (std::sscanf(options.screen.c_str(), "%ux%u%n", &facts.screenWidth, &facts.screenHeight, &used) != 2 ||
-        static_cast<std::size_t>(used) != options.screen.size() || facts.screenWidth - 1 > 16383 ||
-        facts.screenHeight - 1 > 16383)
+        static_cast<std::size_t>(used) != options.screen.size() || facts.screenWidth - 1 >= panel::maxScreen ||
+        facts.screenHeight - 1 >= panel::maxScreen)
         throw Misuse("not a screen size: \"" + options.screen + "\" (such as 800x480)");
     if (!options.date.empty())
         facts.date = parseDate(options.date);
@@ -103,7 +103,11 @@ void addCreate(CLI::App& app) {
                      "Make the panel of this report (panel report), as it was then; no other option goes with it")
         ->type_name("FILE");
     command->add_flag("--json", options->json, "Answer in JSON");
+    command->footer("\nThe registry of somebody else's panel can start any program on this machine, as you. Before you boot "
+                    "it, look at\npanel registry list \"HKLM\\init\", or use panel boot --without-init.\n");
     command->callback([options, command] {
+        if (command->count("--from") && options->from.empty())
+            throw Misuse("\"\" is not a report");
         for (const CLI::Option* option : command->get_options({}))
             if (!options->from.empty() && option->count() && option->nonpositional() && !option->check_lname("from") &&
                 !option->check_lname("json"))

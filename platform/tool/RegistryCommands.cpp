@@ -1,7 +1,7 @@
 #include "platform/panel/Json.h"
 #include "platform/panel/Text.h"
-#include "platform/panel/kernel/Host.h"
 #include "platform/tool/Commands.h"
+#include "platform/tool/OutputFile.h"
 #include "platform/tool/RegistryFile.h"
 #include "platform/tool/RegistryPath.h"
 #include "platform/tool/Table.h"
@@ -135,7 +135,7 @@ registry::Value valueOf(const RegistryOptions& options) {
 }
 
 void write(panel::Panel panel, const RegistryOptions& options) {
-    checkNameLength(options.value);
+    checkName(options.value);
     const registry::Value value = valueOf(options);
     const std::string path = fullPath(options.key);
     panel.changeRegistry([&](registry::Tree& tree) { tree.make(path)->set(value); }, options.flushed);
@@ -164,8 +164,7 @@ void exportTo(const panel::Panel& panel, const RegistryOptions& options) {
     if (!options.key.empty())
         keyOf(tree, options.key); // throws if the key does not exist
     const std::string path = options.key.empty() ? "" : fullPath(options.key);
-    panel::host::writeFile(options.file, formatRegistryFile(tree, path, options.ansi));
-    std::printf("Wrote %s to %s\n", path.empty() ? "the registry" : path.c_str(), options.file.c_str());
+    writeForPeople(options.file, formatRegistryFile(tree, path, options.ansi), path.empty() ? "the registry" : path);
 }
 
 void import(panel::Panel panel, const std::string& file) {

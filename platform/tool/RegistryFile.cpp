@@ -174,7 +174,7 @@ private:
         RegistryChange::ValueChange change;
         if (!take("@"))
             change.value.name = line.front() == '"' ? quoted() : throw std::runtime_error("neither a key nor a value");
-        checkNameLength(change.value.name);
+        checkName(change.value.name);
         atEnd(); // skips blanks
         if (!take("="))
             throw std::runtime_error("\"=\" is missing behind the value's name");
@@ -202,16 +202,26 @@ private:
         }
         if (!take(":"))
             throw std::runtime_error("\":\" is missing behind the type");
-        while (!atEnd()) {
+        for (bool more = !atEnd(); more;) {
             if (take("\\")) {
                 expectEnd();
                 if (!nextLine())
                     throw std::runtime_error("the file ends behind a line that is continued");
+                if (atEnd())
+                    throw std::runtime_error("the line before is continued, but no byte follows");
                 continue;
             }
+            const std::size_t before = line.size();
             value.data.push_back(static_cast<std::uint8_t>(hexadecimal(2)));
-            if (!atEnd() && !take(",") && !line.starts_with('\\'))
+            const bool whole = before - line.size() == 2;
+            more = !atEnd();
+            const bool comma = take(",");
+            if (more && !comma && !line.starts_with('\\'))
                 throw std::runtime_error("a comma is missing behind a byte");
+            if (!whole)
+                throw std::runtime_error("a byte has two digits");
+            if (comma && atEnd())
+                throw std::runtime_error("no byte follows the comma");
         }
         if (ansiData && isText(value.type))
             value.data = widened(value.data);

@@ -10,10 +10,12 @@ namespace tool {
 
 namespace registry = panel::registry;
 
-void checkNameLength(const std::string& name) {
+void checkName(const std::string& name) {
     if (panel::characterCount(name) > registry::maxNameLength)
         throw Misuse("a name in the registry has " + std::to_string(registry::maxNameLength) +
                      " characters at most: \"" + name + '"');
+    if (name.find_first_of("\r\n") != std::string::npos)
+        throw Misuse("a name in the registry has no line end here: \"" + name + '"');
 }
 
 std::string fullPath(std::string path) {
@@ -27,7 +29,7 @@ std::string fullPath(std::string path) {
         const auto end = std::min(path.find('\\', begin + 1), path.size());
         if (end == begin + 1)
             throw Misuse("a key has an empty name: \"" + path + '"');
-        checkNameLength(path.substr(begin + 1, end - begin - 1));
+        checkName(path.substr(begin + 1, end - begin - 1));
         begin = end;
     }
     if (std::count(path.begin(), path.end(), '\\') > registry::maxDepth)

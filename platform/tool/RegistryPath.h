@@ -9,7 +9,7 @@ namespace tool {
 // cannot have such a key.
 std::string fullPath(std::string path);
 
-// Throws Misuse if the name of a key or value is too long.
-void checkNameLength(const std::string& name);
+// Throws Misuse if the name of a key or value is too long, or has a line end: a registry file cannot express it.
+void checkName(const std::string& name);
 
 } // namespace tool

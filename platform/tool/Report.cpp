@@ -3,9 +3,12 @@
 #include "platform/panel/Json.h"
 #include "platform/panel/Mapping.h"
 #include "platform/panel/kernel/Host.h"
+#include "platform/tool/Interruption.h"
+#include "platform/tool/OutputFile.h"
 #include "platform/tool/Tool.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <memory>
@@ -44,8 +47,15 @@ public:
     fs::path path;
 };
 
-// Runs a program, without a shell, and waits for its end. Returns its exit code, or -1.
-int run(std::vector<std::string> words, const fs::path& output, const fs::path& errors) {
+struct Streams {
+    fs::path errors;
+    fs::path input = "/dev/null";
+    fs::path output = "/dev/null";
+    int descriptor = -1; // an open file instead of `output`
+};
+
+// Runs a program, without a shell, and waits for its end. Returns its exit code, or -1. Throws after a signal.
+int run(std::vector<std::string> words, const Streams& streams) {
     std::vector<char*> arguments;
     for (std::string& word : words)
         arguments.push_back(word.data());
@@ -53,40 +63,59 @@ int run(std::vector<std::string> words, const fs::path& output, const fs::path& 
     constexpr int flags = O_WRONLY | O_CREAT | O_APPEND;
     posix_spawn_file_actions_t files;
     posix_spawn_file_actions_init(&files);
-    posix_spawn_file_actions_addopen(&files, 0, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&files, 1, output.c_str(), flags, 0644);
-    posix_spawn_file_actions_addopen(&files, 2, errors.c_str(), flags, 0644);
+    posix_spawn_file_actions_addopen(&files, 0, streams.input.c_str(), O_RDONLY, 0);
+    if (streams.descriptor >= 0)
+        posix_spawn_file_actions_adddup2(&files, streams.descriptor, 1);
+    else
+        posix_spawn_file_actions_addopen(&files, 1, streams.output.c_str(), flags, 0644);
+    posix_spawn_file_actions_addopen(&files, 2, streams.errors.c_str(), flags, 0644);
     pid_t pid = 0;
     const bool started = posix_spawnp(&pid, arguments[0], &files, nullptr, arguments.data(), environ) == 0;
     posix_spawn_file_actions_destroy(&files);
-    int status = -1;
-    while (started && waitpid(pid, &status, 0) < 0 && errno == EINTR) {
-    }
+    const int status = started ? OrderlyEnd::wait(pid) : -1;
     return started && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-// Runs tar. Throws with the first line of its errors. A file that changes meanwhile is no error.
-void tar(std::vector<std::string> words, const fs::path& output, const fs::path& errors, const std::string& failure) {
-    words.insert(words.begin(), {"tar", "--gzip", "--force-local", "--format=pax"});
-    const int code = run(std::move(words), output, errors);
+// Runs tar or gzip. Returns its warnings. Throws with the first line of its errors. A file that changes meanwhile is no
+// error.
+std::string pack(const std::vector<std::string>& words, const Streams& streams, const std::string& failure) {
+    for (const char* name : {"TAR_OPTIONS", "GZIP", "POSIXLY_CORRECT"}) // options of the user's own
+        unsetenv(name);
+    const int code = run(words, streams);
+    std::string text = panel::host::readFile(streams.errors.string());
     if (code == 0 || code == 1)
-        return;
-    std::string text = panel::host::readFile(errors.string());
+        return text;
     text.erase(0, text.find_first_not_of('\n')); // gzip begins with an empty line
-    throw std::runtime_error(failure + (code < 0 ? "tar cannot be run" : text.substr(0, text.find('\n'))));
+    if (text.empty())
+        text = words.front() + (code < 0 ? " cannot be run" : " failed");
+    throw std::runtime_error(failure + text.substr(0, text.find('\n')));
 }
 
-// Adds the names of the files below a folder of the panel, each with a zero behind it. `links`: the links that count as
-// folders.
-void list(const fs::path& root, const fs::path& folder, const std::set<fs::path>& links, std::string& names) {
-    for (const fs::directory_entry& entry : fs::directory_iterator(root / folder)) {
+std::vector<std::string> tar(std::vector<std::string> words) {
+    words.insert(words.begin(), {"tar", "--force-local", "--format=pax"});
+    return words;
+}
+
+// What a report takes from the panel's directory.
+struct Content {
+    std::set<fs::path> links; // those that count as folders
+    std::string names; // files and folders, each with a zero behind it
+    std::vector<fs::path> gone; // folders of this machine that were plugged in place, and do not exist any more
+};
+
+// Adds what is below a folder of the panel. tar complains about a folder that cannot be read.
+void list(const fs::path& root, const fs::path& folder, Content& content) {
+    std::error_code unreadable;
+    for (const fs::directory_entry& entry : fs::directory_iterator(root / folder, unreadable)) {
         const fs::path name = folder / entry.path().filename();
-        if ((entry.is_symlink() && !links.contains(name)) || name == "report")
+        if (entry.is_symlink() && !content.links.contains(name))
             continue;
+        if (!entry.exists())
+            content.gone.push_back(name);
         if (entry.is_directory() || entry.is_regular_file())
-            names += name.string() + '\0';
+            content.names += name.string() + '\0';
         if (entry.is_directory())
-            list(root, name, links, names);
+            list(root, name, content);
     }
 }
 
@@ -100,13 +129,14 @@ std::set<fs::path> foldersInPlace(const panel::Panel& panel) {
     return links;
 }
 
-// Returns the archive's folder. Throws if a name lies outside of it.
-std::string folderOf(const std::string& names, const std::string& failure) {
+// Throws unless all names lie in one folder.
+void checkNames(const std::string& names, const std::string& failure) {
     std::string folder;
     std::istringstream lines(names);
     for (std::string line; std::getline(lines, line);) {
         const fs::path name(line);
-        const std::string first = name.begin()->string();
+        const fs::path normal = name.lexically_normal(); // without "./" at the beginning
+        const std::string first = normal.begin()->string();
         const bool outside = name.is_absolute() || first == "." ||
                              std::any_of(name.begin(), name.end(), [](const fs::path& part) { return part == ".."; });
         if (outside || (!folder.empty() && first != folder))
@@ -115,7 +145,6 @@ std::string folderOf(const std::string& names, const std::string& failure) {
     }
     if (folder.empty())
         throw std::runtime_error(failure + "it is empty");
-    return folder;
 }
 
 // Throws if there is anything else than files and folders. Makes all folders removable before.
@@ -123,7 +152,8 @@ void checkUnpacked(const fs::path& place, const std::string& failure) {
     fs::path odd;
     fs::permissions(place, fs::perms::owner_all, fs::perm_options::add);
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(place)) {
-        if (entry.is_symlink() || !(entry.is_directory() || entry.is_regular_file()))
+        const bool isFile = entry.is_regular_file() && entry.hard_link_count() == 1;
+        if (entry.is_symlink() || !(entry.is_directory() || isFile))
             odd = entry.path();
         else if (entry.is_directory())
             fs::permissions(entry.path(), fs::perms::owner_all, fs::perm_options::add);
@@ -168,51 +198,30 @@ void forgetThatDisksWereInPlace(const fs::path& place) {
 
 void unpack(const fs::path& file, const fs::path& directory) {
     const std::string failure = notAReport + file.string() + ": ";
-    const fs::path work = directory / "unpacking";
-    const fs::path tree = work / "tree";
-    const fs::path names = work / "names";
+    const TemporaryFolder work;
+    const Streams streams{.errors = work.path / "errors", .output = work.path / "names"};
+    const fs::path tree = directory / "unpacking";
     fs::create_directories(tree);
     const std::string archive = "--file=" + fs::absolute(file).string();
-    tar({"--list", "--absolute-names", "--quoting-style=escape", archive}, names, work / "errors", failure);
-    const fs::path place = tree / folderOf(panel::host::readFile(names.string()), failure);
-    tar({"--extract", "--no-same-owner", "--no-same-permissions", "--delay-directory-restore", archive,
-         "--directory=" + tree.string()},
-        names, work / "errors", failure);
+    pack(tar({"--gzip", "--list", "--absolute-names", "--quoting-style=escape", archive}), streams, failure);
+    checkNames(panel::host::readFile(streams.output.string()), failure);
+    pack(tar({"--gzip", "--extract", "--no-same-owner", "--no-same-permissions", "--delay-directory-restore", archive,
+              "--directory=" + tree.string()}),
+         streams, "cannot unpack " + file.string() + ": ");
     checkUnpacked(tree, failure);
+    const fs::path place = *fs::directory_iterator(tree);
     checkIsPanel(place, failure);
     forgetThatDisksWereInPlace(place);
     fs::remove(place / "run/kernel"); // a damaged one would keep the panel from booting
     for (const fs::directory_entry& entry : fs::directory_iterator(place))
         fs::rename(entry.path(), directory / entry.path().filename());
-    fs::remove_all(work);
+    fs::remove_all(tree);
 }
 
-} // namespace
-
-void writeReport(const panel::Panel& panel, const fs::path& file) {
-    const TemporaryFolder work;
-    const fs::path self = fs::read_symlink("/proc/self/exe");
+// Packs the panel's files without compressing them. The locks keep programs and commands from changing them meanwhile.
+// A damaged kernel file or a stuck lock is no reason to give up: that is what a report is for.
+void packFiles(const panel::Panel& panel, const fs::path& archive, const fs::path& work, const std::string& failure) {
     const fs::path root = panel.directory();
-    const struct {
-        const char* file;
-        std::vector<std::string> words;
-    } parts[] = {{"version.txt", {"--version"}},
-                 {"status.txt", {"status"}},
-                 {"status.json", {"status", "--json"}},
-                 {"programs.txt", {"ps", "--all"}},
-                 {"log.txt", {"log"}}};
-    std::vector<std::string> words{"report"};
-    fs::create_directory(work.path / "report");
-    for (const auto& part : parts) { // if the panel is damaged, an error message is the content
-        std::vector<std::string> command{self, "-C", root, "--patience", "5s"};
-        command.insert(command.end(), part.words.begin(), part.words.end());
-        const fs::path output = work.path / "report" / part.file;
-        run(command, output, output);
-        words.push_back(std::string("report/") + part.file);
-    }
-
-    // The locks keep programs and commands from changing the files. A damaged kernel file or a stuck lock is no reason
-    // to give up: that is what a report is for.
     const panel::Change alone(root, lockPatience);
     std::unique_ptr<const panel::Mapping> kernel;
     std::optional<panel::Lock> lock;
@@ -221,28 +230,71 @@ void writeReport(const panel::Panel& panel, const fs::path& file) {
     } catch (const std::runtime_error& error) {
         complain(std::string("warning: ") + error.what());
     }
-    if (kernel && kernel->image && !lock.emplace(*kernel->image, lockPatience).isHeld())
+    const bool locked = !kernel || !kernel->image || lock.emplace(*kernel->image, lockPatience).isHeld();
+    if (!locked)
         complain("warning: a process holds the panel's kernel, so the files may be from different moments");
-    std::string names;
-    list(root, "", foldersInPlace(panel), names);
-    const fs::path listed = work.path / "names";
-    panel::host::writeFile(listed.string(), names);
-    const fs::path fresh = file.string() + ".new";
-    words.insert(words.begin(), {"--create", "--file=" + fs::absolute(fresh).string(), "--no-recursion",
-                                 "--dereference", "--hard-dereference", "--owner=0", "--group=0", "--numeric-owner",
-                                 "--transform=flags=r;s,^,panel/,", "--directory=" + root.string(), "--null",
-                                 "--files-from=" + listed.string(), "--directory=" + work.path.string()});
-    try {
-        tar(words, "/dev/null", work.path / "errors", "cannot write " + file.string() + ": ");
-        fs::rename(fresh, file);
-    } catch (...) {
-        std::error_code ignored;
-        fs::remove(fresh, ignored);
-        throw;
+    if (!alone.isHeld())
+        complain("warning: another command is changing the panel, so the files may be from different moments");
+    Content content{foldersInPlace(panel), {}, {}};
+    for (const std::string part : {"devices", "fs", "registry", "run", "unmounted"}) {
+        if (!fs::is_directory(root / part))
+            continue;
+        content.names += part + '\0';
+        list(root, part, content);
     }
+    const fs::path names = work / "names";
+    panel::host::writeFile(names.string(), content.names);
+    std::vector<std::string> words =
+        tar({"--create", "--file=" + archive.string(), "--no-recursion", "--ignore-failed-read", "--dereference",
+             "--hard-dereference", "--owner=0", "--group=0", "--numeric-owner", "--transform=flags=r;s,^,panel/,",
+             "--directory=" + root.string(), "--null", "--files-from=" + names.string(), "--directory=" + work.string(),
+             "report"});
+    for (const fs::directory_entry& part : fs::directory_iterator(work / "report"))
+        words.push_back("report/" + part.path().filename().string());
+    for (const fs::path& folder : content.gone) {
+        complain("warning: the folder that was plugged in place is gone: " + folder.string());
+        fs::create_directories(work / folder);
+        words.push_back(folder.string());
+    }
+    std::istringstream warnings(pack(words, {.errors = work / "errors"}, failure));
+    for (std::string line; std::getline(warnings, line);)
+        complain("warning: " + line);
+}
+
+} // namespace
+
+void writeReport(const panel::Panel& panel, const fs::path& file) {
+    OutputFile output(file);
+    const OrderlyEnd orderly;
+    const TemporaryFolder work;
+    const fs::path self = fs::read_symlink("/proc/self/exe");
+    const struct {
+        const char* file;
+        std::vector<std::string> words;
+    } parts[] = {{"version.txt", {"--version"}},
+                 {"status.txt", {"status"}},
+                 {"status.json", {"status", "--json"}},
+                 {"programs.txt", {"ps", "--all"}},
+                 {"log.txt", {"log"}}};
+    fs::create_directory(work.path / "report");
+    for (const auto& part : parts) { // if the panel is damaged, an error message is the content
+        std::vector<std::string> command{self, "-C", panel.directory(), "--patience", "5s"};
+        command.insert(command.end(), part.words.begin(), part.words.end());
+        const fs::path text = work.path / "report" / part.file;
+        run(command, {.errors = text, .output = text});
+    }
+    const std::string failure = "cannot write " + file.string() + ": ";
+    const fs::path archive = work.path / "archive";
+    packFiles(panel, archive, work.path, failure);
+    pack({"gzip", "--stdout"}, {.errors = work.path / "gzip", .input = archive, .descriptor = output.descriptor()},
+         failure);
+    output.finish();
+    if (output.isRegular())
+        std::printf("Wrote the panel to %s (panel create DIR --from %s)\n", file.c_str(), file.c_str());
 }
 
 panel::Panel panelFromReport(const fs::path& file, const fs::path& directory) {
+    const OrderlyEnd orderly;
     if (!fs::is_regular_file(file))
         throw std::runtime_error(notAReport + file.string() + ": no such file");
     return panel::Panel::createFilled(directory, [&](const fs::path& made) { unpack(file, fs::absolute(made)); });

@@ -14,7 +14,8 @@
 namespace tool {
 
 // Writes a report. A panel that is on stands still while its files are copied, so that they are from one moment. The
-// report leaves out links, and everything else that is neither file nor folder.
+// report leaves out links, and everything else that is neither file nor folder. Complains about files that cannot be
+// read, and leaves them out too.
 void writeReport(const panel::Panel& panel, const std::filesystem::path& file);
 
 // Makes a panel of a report, or of another archive with one folder that is a panel. The panel is off. The directory

@@ -1,7 +1,6 @@
 #include "platform/tool/Commands.h"
 #include "platform/tool/Report.h"
 
-#include <cstdio>
 #include <memory>
 
 namespace tool {
@@ -12,12 +11,10 @@ void addReportCommand(CLI::App& app, Tool& tool) {
                                      "for a bug report; the panel may be on");
     auto file = std::make_shared<std::string>();
     command->add_option("FILE", *file, "File on this machine, such as report.tar.gz; it is replaced")->required();
-    command->footer("\nA panel that is on stands still meanwhile. panel create DIR --from FILE makes a panel of the "
+    command->footer("\nA panel that is on stands still while its files are copied. panel create DIR --from FILE makes "
+                    "a panel of the "
                     "file; that panel is off.\n");
-    command->callback([file, &tool] {
-        writeReport(tool.panel(), *file);
-        std::printf("Wrote the panel to %s (panel create DIR --from %s)\n", file->c_str(), file->c_str());
-    });
+    command->callback([file, &tool] { writeReport(tool.panel(), *file); });
 }
 
 } // namespace tool

@@ -2,6 +2,7 @@
 #include "platform/tool/FaultOptions.h"
 #include "platform/tool/FileTail.h"
 #include "platform/tool/Follow.h"
+#include "platform/tool/OutputFile.h"
 #include "platform/tool/TraceEvents.h"
 #include "platform/tool/TraceFilter.h"
 #include "platform/tool/TraceLine.h"
@@ -11,12 +12,12 @@
 #include "platform/panel/DidYouMean.h"
 #include "platform/panel/Json.h"
 #include "platform/panel/Text.h"
-#include "platform/panel/kernel/Host.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 
 namespace tool {
@@ -36,15 +37,14 @@ struct ShowOptions {
     Selection selection;
 };
 
-// Complains about the line that ends a trace at its limit. Returns whether the line is a call that is meant.
-bool isMeant(const std::string& line, const TraceFilter& filter) {
-    if (!TraceLine::parse(line))
+// Complains if the last line is the one that ends a trace at its limit.
+void checkEnd(const std::vector<std::string>& lines) {
+    if (const std::string line = lines.empty() ? "" : lines.back(); !line.empty() && !TraceLine::parse(line))
         complain(line.substr(std::min(line.find_first_not_of(" 0123456789"), line.size())));
-    return filter.admits(line);
 }
 
 void printLine(const std::string& line, const ShowOptions& options) {
-    if (!isMeant(line, options.selection.filter))
+    if (!options.selection.filter.admits(line))
         return;
     if (!options.json) {
         std::printf("%s\n", line.c_str());
@@ -82,44 +82,65 @@ TraceFilter filterOf(const Selection& selection) {
     return filter;
 }
 
-std::filesystem::path traceFile(const panel::Panel& panel, bool mustExist) {
-    std::filesystem::path file = panel.directory() / "run/trace";
-    if (mustExist && !std::filesystem::exists(file))
-        throw std::runtime_error("nothing is traced yet (panel trace on switches the trace on)");
-    return file;
+std::filesystem::path traceFile(const panel::Panel& panel) {
+    return panel.directory() / "run/trace";
 }
+
+// The lines of the trace, and the calls that have not returned.
+struct Trace {
+    explicit Trace(const panel::Panel& panel) {
+        std::optional<panel::PanelStatus> status; // first: a call that returns meanwhile is in the file then
+        if (panel.isOn())
+            status = panel::Driver(panel).status();
+        if (!std::filesystem::exists(traceFile(panel)) && !(status && status->tracing))
+            throw std::runtime_error("nothing is traced yet (panel trace on switches the trace on)");
+        lines = FileTail().newLines(traceFile(panel));
+        now = status ? status->time : 0;
+        if (!status)
+            return;
+        // The line of a call without its time and its end: "TarvexHelper.exe#1 t1 Sleep[1]".
+        const auto callOf = [](const std::string& line) {
+            const std::size_t begin = line.find(' ', 9);
+            return std::string_view(line).substr(std::min(begin, line.size()), line.find("](") - begin);
+        };
+        for (const std::string& open : unreturnedCalls(*status))
+            if (std::none_of(lines.rbegin(), lines.rend(),
+                             [&](const auto& line) { return callOf(line) == callOf(open); }))
+                unreturned.push_back(open);
+    }
+
+    std::vector<std::string> lines;
+    std::vector<std::string> unreturned;
+    std::uint64_t now = 0; // panel ms
+};
 
 void show(const panel::Panel& panel, ShowOptions options) {
     options.selection.filter = filterOf(options.selection);
-    const std::filesystem::path file = traceFile(panel, !options.follow);
-    FileTail trace;
-    const auto print = [&] {
-        for (const std::string& line : trace.newLines(file))
+    const auto print = [&](const std::vector<std::string>& lines) {
+        for (const std::string& line : lines)
             printLine(line, options);
+        checkEnd(lines);
         std::fflush(stdout);
     };
-    if (options.follow)
-        return followWhileOn(panel, print);
-    print();
-    if (panel.isOn())
-        for (const std::string& line : unreturnedCalls(panel::Driver(panel).status()))
-            printLine(line, options);
+    if (FileTail tail; options.follow)
+        return followWhileOn(panel, [&] { print(tail.newLines(traceFile(panel))); });
+    const Trace trace(panel);
+    print(trace.lines);
+    print(trace.unreturned);
 }
 
 void exportTo(const std::string& file, const panel::Panel& panel, const Selection& selection) {
     const TraceFilter filter = filterOf(selection);
     TraceEvents events;
-    for (const std::string& line : FileTail().newLines(traceFile(panel, true)))
-        if (isMeant(line, filter))
+    const Trace trace(panel);
+    for (const std::string& line : trace.lines)
+        if (filter.admits(line))
             events.add(line);
-    if (panel.isOn()) {
-        const panel::PanelStatus status = panel::Driver(panel).status();
-        for (const std::string& line : unreturnedCalls(status))
-            if (isMeant(line, filter))
-                events.addUnreturned(line, status.time);
-    }
-    panel::host::writeFile(file, events.document());
-    std::printf("Wrote %zu calls to %s\n", events.count(), file.c_str());
+    for (const std::string& line : trace.unreturned)
+        if (filter.admits(line))
+            events.addUnreturned(line, trace.now);
+    checkEnd(trace.lines);
+    writeForPeople(file, events.document(), std::to_string(events.count()) + " calls");
 }
 
 void addSelection(CLI::App& command, Selection& selection) {
@@ -157,11 +178,10 @@ void addExport(CLI::App& trace, Tool& tool) {
 }
 
 void switchOn(const panel::Panel& panel, std::uint64_t bytes) {
-    const std::filesystem::path file = traceFile(panel, false);
-    const std::uint64_t limit = bytes ? (bytes + 1023) / 1024 : panel::noTraceLimit;
+    const std::uint64_t limit = bytes ? bytes / 1024 + (bytes % 1024 != 0) : panel::noTraceLimit;
     std::error_code missing;
-    const std::uintmax_t size = std::filesystem::exists(file, missing) ? std::filesystem::file_size(file, missing) : 0;
-    if (bytes && size >= bytes)
+    const std::uintmax_t size = std::filesystem::file_size(traceFile(panel), missing);
+    if (bytes && !missing && size >= bytes)
         throw std::runtime_error("the trace has " + std::to_string(size) + " bytes already, and its limit is " +
                                  std::to_string(bytes) + " (--limit allows more, panel trace clear deletes the lines)");
     panel::Driver(panel).setTracing(true,
@@ -176,7 +196,10 @@ void addOn(CLI::App& trace, Tool& tool) {
                      "Size of the trace at which it switches itself off, such as 500KiB or 1GiB; default: 64MiB; 0: no "
                      "limit")
         ->type_name("SIZE")
-        ->transform(CLI::AsSizeValue(false).description(""));
+        ->transform(CLI::AsSizeValue(false).description(""))
+        ->transform([](const std::string& size) { // runs first
+            return size.starts_with('-') ? throw CLI::ValidationError("not a size: " + size) : size;
+        });
     command->callback([limit, &tool] { switchOn(tool.panel(), *limit); });
 }
 

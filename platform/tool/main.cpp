@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <iterator>
 #include <string_view>
 #include <unistd.h>
 
@@ -39,6 +40,27 @@ std::string_view commandOf(const CLI::App& app, int argc, char** argv) {
     return {};
 }
 
+// The parser takes "[a,b]" as a list, "a" and "b", where an option takes several values. A mark before the bracket
+// keeps the text of a person as it is.
+constexpr char mark = '\x01';
+
+std::string marked(const std::string& word) {
+    return word.starts_with('[') || word.starts_with(mark) ? mark + word : word;
+}
+
+std::string unmarked(std::string word) {
+    if (word.starts_with(mark))
+        word.erase(0, 1);
+    return word;
+}
+
+void takeMarks(CLI::App& command) {
+    for (CLI::Option* option : command.get_options())
+        option->transform(unmarked); // runs before all other checks of the option
+    for (CLI::App* below : command.get_subcommands({}))
+        takeMarks(*below);
+}
+
 // Returns the reason why the words were not understood, with the word that the user may have meant.
 std::string reasonOf(const CLI::App& app, const CLI::ParseError& error) {
     const std::vector<std::string> unknown = app.remaining(true);
@@ -58,7 +80,7 @@ std::string reasonOf(const CLI::App& app, const CLI::ParseError& error) {
         known.clear();
     for (const CLI::App* below : command->get_subcommands({}))
         known.push_back(below->get_name());
-    return "\"" + unknown.front() + "\" was not expected" + panel::didYouMean(unknown.front(), known);
+    return "\"" + unmarked(unknown.front()) + "\" was not expected" + panel::didYouMean(unknown.front(), known);
 }
 
 const tool::Tool* current;
@@ -117,7 +139,11 @@ int main(int argc, char** argv) {
         shared.behindDashes.assign(std::min(end + 1, argv + argc), argv + argc);
     }
     try {
-        app.parse(static_cast<int>(end - argv), argv);
+        takeMarks(app);
+        std::vector<std::string> words; // the parser wants the last one first
+        std::transform(std::reverse_iterator(end), std::reverse_iterator(argv + std::min(argc, 1)),
+                       std::back_inserter(words), marked);
+        app.parse(words);
         if (app.get_subcommands().empty()) {
             std::fputs(app.help().c_str(), stderr);
             return tool::wrongUsage;

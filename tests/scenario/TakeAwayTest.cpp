@@ -2,6 +2,8 @@
 #include "tests/support/PanelCommand.h"
 
 #include <cstdlib>
+#include <iterator>
+#include <sys/stat.h>
 
 TEST_F(PanelCommand, ReadsAndChangesTheRegistry) {
     succeed("create p --version 3.7 --name Press");
@@ -22,6 +24,8 @@ TEST_F(PanelCommand, ReadsAndChangesTheRegistry) {
     EXPECT_EQ(call("registry list --flash").text.find("a\\b"), std::string::npos);
     succeed("cut");
     EXPECT_EQ(json("registry list 'HKCU\\a'").size(), 1U); // what was flushed
+    succeed("registry write --type REG_MULTI_SZ -- 'HKCU\\a' '[-]' '[a,b]' c");
+    EXPECT_EQ(call("registry read 'HKCU\\a' '[-]'").text, "[a,b]\nc\n");
     succeed("registry delete 'HKCU\\a' N");
     succeed("registry delete 'HKCU\\a\\'");
     EXPECT_EQ(json("registry list HKCU").size(), 1U);
@@ -99,6 +103,10 @@ TEST_F(PanelCommand, MergesRegistryFiles) {
         {"REGEDIT4\n[HKCU\\b]\n\"a\"=hex:1g\n", "line 3: a comma is missing"},
         {"REGEDIT4\n[HKCU\\b]\n\"a\"=hex:00,\\\n", "line 4: the file ends"},
         {"REGEDIT4\n[HKCU\\b]\n\"a\"=hex(7:00\n", "line 3: the type has no closing"},
+        {"REGEDIT4\n[HKCU\\b]\n\"a\"=hex:00,01, ;\n", "line 3: no byte follows"},
+        {"REGEDIT4\n[HKCU\\b]\n\"a\"=hex:00,0", "line 3: a byte has two digits"},
+        {"REGEDIT4\n[HKCU\\b]\n\"a\"=hex:00,\\\n\n", "line 4: the line before is continued"},
+        {"REGEDIT4\n[HKCU\\b]\n\"a\rb\"=-\n", "line end"},
         {"REGEDIT4\n[HKCU\\b]\n\"" + std::string(256, 'a') + "\"=-\n", "255 characters"},
     };
     for (const auto& row : rows) {
@@ -108,6 +116,31 @@ TEST_F(PanelCommand, MergesRegistryFiles) {
     EXPECT_EQ(json("registry list"), merged);
     succeed("cut");
     EXPECT_EQ(json("registry list HKCU").size(), 3U); // nothing was flushed
+}
+
+TEST_F(PanelCommand, WritesFilesWhereCpWould) {
+    succeed("create p");
+    ASSERT_EQ(mkfifo((directory / "pipe").c_str(), 0600), 0);
+    fs::create_symlink("behind", directory / "link");
+    fs::create_symlink("nothing", directory / "nowhere");
+    fs::create_directory(directory / "folder");
+    for (const char* file : {"link", "mine.new"})
+        writeText(directory / file, "old");
+    fs::permissions(directory / "behind", fs::perms::owner_read);
+    before = "(cat pipe >piped &);";
+    EXPECT_EQ(call("registry export pipe").text, "");
+    before.clear();
+    succeed("registry export link");
+    succeed("registry export mine");
+    EXPECT_TRUE(fs::is_fifo(directory / "pipe") && fs::is_symlink(directory / "link"));
+    EXPECT_EQ(readText(directory / "behind"), readText(directory / "mine"));
+    EXPECT_EQ(fs::status(directory / "behind").permissions(), fs::perms::owner_read);
+    EXPECT_EQ(readText(directory / "mine.new"), "old");
+    EXPECT_EQ(call("registry export /dev/stdout").text, readText(directory / "mine"));
+    for (const std::string command : {"registry export ", "report "})
+        for (const std::string file : {"folder", "none/file", "nowhere"})
+            fails(command + file, "cannot write " + file + ": ");
+    EXPECT_EQ(std::distance(fs::directory_iterator(directory), {}), 9); // and no other file is left
 }
 
 TEST_F(PanelCommand, EndsTheTraceAtItsLimit) {
@@ -127,9 +160,17 @@ TEST_F(PanelCommand, EndsTheTraceAtItsLimit) {
     EXPECT_TRUE(size >= 4096 && size - lines[calls - 1].size() - 1 < 4096) << size;
     EXPECT_EQ(json("status").at("trace"), false);
     fails("trace on --limit 4KiB", "already");
-    isMisused("trace on --limit 4apples", "--limit");
-    succeed("trace on");
+    for (const char* bad : {"4apples", "-1"})
+        isMisused(std::string("trace on --limit ") + bad, "--limit");
+    succeed("trace on --limit 18446744073709551615");
     EXPECT_EQ(json("status").at("trace"), true);
+    succeed("start '\\MMCMemory\\Actor.exe' sleep 1");
+    succeed("advance 1s");
+    EXPECT_EQ(call("trace show --function Sleep").text.find("panel: "), std::string::npos); // it goes on
+    succeed("trace clear");
+    EXPECT_EQ(call("trace show --function Sleep").code, 0); // it is on, though without a line
+    succeed("start '\\MMCMemory\\Actor.exe' sleep 1");
+    succeed("advance 1s");
     succeed("off");
     succeed("trace export t.json"); // tests/view opens such a file in a trace viewer
     EXPECT_EQ(Json::parse(readText(directory / "t.json")).at("traceEvents").back().at("ph"), "X");
@@ -147,8 +188,15 @@ TEST_F(PanelCommand, MakesAPanelOfAReport) {
     succeed("wait --window ORVATarvexHelper");
     const std::string log = call("log").text;
     const std::string trace = readText(directory / "p/run/trace");
+    // The panel can be switched off while the report is compressed. The user's options for tar do not count.
+    fs::create_directories(directory / "bin");
+    writeText(directory / "bin/gzip", "#!/bin/sh\n'" + programFile("panel").string() +
+                                          "' -C p off >off.txt 2>&1\nPATH=${PATH#*:}\nexec gzip \"$@\"\n");
+    fs::permissions(directory / "bin/gzip", fs::perms::owner_all);
+    before = "PATH=$PWD/bin:$PATH TAR_OPTIONS=--exclude=registry";
     succeed("report r.tar.gz");
-    succeed("off");
+    EXPECT_EQ(readText(directory / "off.txt"), "The panel is off\n");
+    before.clear();
     fails("create p --from r.tar.gz", "not empty");
     isMisused("create q --from r.tar.gz --model 7", "--model");
     EXPECT_EQ(json("create q --from r.tar.gz").at("directory"), (directory / "q").string());
@@ -162,7 +210,17 @@ TEST_F(PanelCommand, MakesAPanelOfAReport) {
     fs::rename(directory / "q", directory / "p");
     EXPECT_EQ(json("status").at("volumes").at(2), Json({{"name", "Stick"}, {"device", "DSK1:"}, {"inPlace", false}}));
     EXPECT_FALSE(fs::is_symlink(directory / "p/fs/Stick"));
+    const char* places[] = {"fs/MMCMemory/own", "../own", "fs/../../own", ""};
+    writeText(directory / "own", "mine");
+    writeText(directory / "p/fs/MMCMemory/own", "lost");
+    for (int number = 0; number < 4; ++number) { // what a boot restores as after a power cut
+        const fs::path record = directory / ("p/run/uncommitted/1-" + std::to_string(number));
+        writeText(record / "path", *places[number] ? places[number] : (directory / "own").string());
+        writeText(record / "committed", "restored");
+    }
     succeed("boot --stepped");
+    EXPECT_EQ(readText(directory / "p/fs/MMCMemory/own"), "restored");
+    EXPECT_EQ(readText(directory / "own"), "mine");
     succeed("wait --window ORVATarvexHelper");
     writeText(directory / "p/run/kernel", "damaged");
     EXPECT_EQ(call("report r.tar.gz").code, 0);
@@ -185,6 +243,8 @@ TEST_F(PanelCommand, MakesAPanelOfAReport) {
         {"tar -xzf r.tar.gz; rm panel/registry/now.json; tar -czf b panel",
          "the registry cannot be read: registry/now"},
         {"rm -r panel/fs/Windows; tar -xzf r.tar.gz panel/registry; tar -czf b panel", "no folder fs/Windows"},
+        {"tar -xzf r.tar.gz; ln panel/devices/tags.json panel/link; tar -czf b panel", "\"panel/"},
+        {"rm panel/link; sed -i s/640/0/ panel/devices/panel.json; tar -czf b panel", "not possible: 0"},
         {"rm b; mkfifo b", "no such file"},
     };
     for (const auto& row : rows) {
@@ -193,6 +253,19 @@ TEST_F(PanelCommand, MakesAPanelOfAReport) {
         EXPECT_FALSE(fs::exists(directory / "q")) << row.command;
     }
     before.clear();
+    fails("create q/r --from b", "no such file");
+    isMisused("create q --from ''", "report");
+
+    fs::create_directory(directory / "tmp");
+    writeText(directory / "bin/tar", "#!/bin/sh\nkill -INT $PPID\nexec sleep 600\n"); // Ctrl-C meanwhile
+    fs::permissions(directory / "bin/tar", fs::perms::owner_all);
+    before = "TMPDIR=$PWD/tmp PATH=$PWD/bin:$PATH";
+    for (const char* command : {"report s.tar.gz", "create q/r --from r.tar.gz"})
+        EXPECT_EQ(call(command).code, 130) << command;
+    before.clear();
+    EXPECT_TRUE(fs::is_empty(directory / "tmp") && !fs::exists(directory / "q"));
+    for (const fs::directory_entry& entry : fs::directory_iterator(directory))
+        EXPECT_EQ(entry.path().filename().string().find("s.tar"), std::string::npos) << entry.path();
     EXPECT_EQ(call("off").code, 1); // the kernel file is damaged
     fails("report none/r.tar.gz", "cannot write none/r.tar.gz");
 }

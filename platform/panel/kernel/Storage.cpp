@@ -58,6 +58,14 @@ std::string placeOf(const Image& image, int hostFile) {
     return plugged ? std::string() : file.substr(top.size() - 3);
 }
 
+// Returns whether a place below the panel's directory leads nowhere else, be it by a link, as "/etc" or by "..". The
+// directory may be a copy from somebody whom nobody knows.
+bool isOwn(const fs::path& root, const fs::path& place) {
+    std::error_code failed;
+    const fs::path top = fs::canonical(root, failed);
+    return fs::canonical(root / place, failed) == top / place && !failed;
+}
+
 void forget(const fs::path& folder) {
     std::error_code ignored;
     fs::remove(folder / "path", ignored); // first: a process that is killed here leaves nothing that counts
@@ -188,7 +196,9 @@ void cutPower(const fs::path& root, std::uint32_t sectors, bool copied) {
         const fs::path file = root / place;
         const fs::path committed = folder.path() / "committed";
         struct stat status {};
-        if (place.empty() || !fs::exists(committed) || lstat(file.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
+        if (!place.starts_with("fs/") || !isOwn(root, place) || !isOwn(root, committed.lexically_relative(root)))
+            continue;
+        if (!fs::is_regular_file(committed) || lstat(file.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
             continue;
         if (!copied && (folder.path().filename() != identity(status.st_dev, status.st_ino) || !isByPanel(status)))
             continue;

@@ -366,7 +366,7 @@ function valueLine(key, {name, type, text, texts, bytes}, flushed) {
   field.setAttribute("aria-label", `data of ${name || "the default value"} of ${key}`);
   field.size = Math.min(60, Math.max(4, String(data).length));
   return element("div", {className: "value" + (flushed ? "" : " unflushed")}, `${name || "(default)"} = `, field,
-    element("small", {}, ` ${type} `), element("button", {title: "Delete this value", onclick: () => run("registry", "delete", key, name)}, "×"));
+    element("small", {}, ` ${type} `), element("button", {title: "Delete this value", onclick: () => run("registry", "delete", "--", key, name)}, "×"));
 }
 
 function showFaults(faults) {

@@ -1,0 +1,52 @@
+// A file of this machine that a command writes for a person. It is written where `cp` would write it: through links,
+// and into a pipe or a device that exists.
+//
+// A regular file is replaced as a whole and keeps its mode: the content goes to a new file beside it, which is renamed
+// at the end. Without `finish`, and if a signal ends the command, the former file stays, and nothing else.
+//
+// All functions throw std::runtime_error with the file's name in the text.
+#pragma once
+
+#include "platform/tool/Interruption.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace tool {
+
+class OutputFile {
+public:
+    // Opens the file. Waits while a named pipe has no reader.
+    explicit OutputFile(const std::filesystem::path& file);
+    ~OutputFile();
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+
+    void write(std::string_view content);
+    void finish();
+
+    int descriptor() const {
+        return open;
+    }
+    // Returns whether this is a regular file. Otherwise a program may read the content, perhaps through standard
+    // output.
+    bool isRegular() const {
+        return !fresh.empty();
+    }
+
+private:
+    [[noreturn]] void fail(int error) const;
+
+    std::optional<OrderlyEnd> orderly; // first: it may end the command after the destructor
+    std::filesystem::path name;
+    std::filesystem::path target; // the regular file behind all links
+    std::string fresh; // the file that will replace it; empty for pipes and devices
+    int open = -1;
+};
+
+// Writes a whole file, and prints "Wrote WHAT to FILE" unless a program reads the content.
+void writeForPeople(const std::filesystem::path& file, std::string_view content, const std::string& what);
+
+} // namespace tool
