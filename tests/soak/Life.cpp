@@ -58,6 +58,11 @@ bool hasReason(const ScenarioPanel& panel) {
     });
 }
 
+// It may cost a file its content.
+bool isOfFiles(const std::string& function) {
+    return function.find("File") != std::string::npos || function == "CloseHandle";
+}
+
 std::string textOf(const panel::Fault& fault) {
     return fault.function + " t" + std::to_string(fault.thread) + " call " + std::to_string(fault.call);
 }
@@ -169,12 +174,13 @@ void Life::kill() {
     if (!helper())
         return;
     killed.insert(helper()->name);
-    mayStayDim = true;
+    mayStayDim = mayForget = true;
     panel.driver().kill(helper()->name);
 }
 
 void Life::boot(bool cut, std::uint32_t sectors) {
     tampered |= cut;
+    mayForget |= cut;
     if (cut)
         panel.panel().cut(panel.panel().options().storage == panel::StoragePolicy::torn ? sectors : 0);
     panel.reboot();
@@ -340,7 +346,7 @@ void Life::look() {
         if (fault.hits > 0 && fault.action == panel::FaultAction::hold)
             holding.push_back(fault);
         else if (fault.hits > hits[textOf(fault)])
-            disturbed = true;
+            disturbed = true, mayForget |= isOfFiles(fault.function);
         if (fault.hits > 0 && hits[textOf(fault)] == 0)
             std::printf("  hit %s\n", textOf(fault).c_str());
         hits[textOf(fault)] = fault.hits;
@@ -386,7 +392,7 @@ void Life::check() {
         panel.driver().settle(); // other threads may still be at work
     }
     if (!isOn()) { // a fault has cut the power
-        tampered = true;
+        tampered = mayForget = true;
         known = false;
         panel.reboot();
         startListed();
@@ -424,6 +430,7 @@ void Life::checkEnds() {
         require(each.exitCode != 0 || !told || mayStayDim || status.backLight == fullLight, "the screen stays dim");
         // It may have ended within an update, or after one that nobody has seen.
         known &= each.exitCode == 0 && each.time < updated + interval * 1000;
+        mayForget |= each.exitCode != 0;
     }
 }
 
@@ -484,8 +491,10 @@ void Life::checkTotals() {
         sessionCount = numberIn(file, "SessionWriteCountLow");
         sessionDuration = numberIn(file, "SessionDuration");
         totalCount = numberIn(file, "TotalWriteCountLow");
+        require(mayForget || numberIn(file, "TotalDuration") >= totalDuration, "the totals have begun again");
         totalDuration = numberIn(file, "TotalDuration");
         known = true;
+        mayForget = false;
     }
     const std::string model = statisticsFile(sessionCount, sessionDuration, totalCount, totalDuration);
     require(!known || file == model, "the statistics are\n" + file + "and not\n" + model);

@@ -101,6 +101,7 @@ private:
 
     // The statistics: of the last update, and as the file must show them.
     bool known = false;
+    bool mayForget = true; // the totals may have begun at 0 since they were known
     std::string updater; // process and boot
     std::uint32_t updates = 0; // of this process
     std::uint64_t updated = 0; // panel ms

@@ -102,8 +102,10 @@ Outcome outcome(std::uint64_t seed, std::uint32_t steps, const fs::path& folder)
         result.faults += line.starts_with("  fault ");
         result.hits += line.starts_with("  hit ");
     }
-    if (!result.finding.empty() && (WEXITSTATUS(status) == impossible || fs::space(folder).available < leastSpace))
+    if (!result.finding.empty() && (WEXITSTATUS(status) == impossible || fs::space(folder).available < leastSpace)) {
+        fs::remove_all(folder);
         throw std::runtime_error("no life is possible here: " + result.finding);
+    }
     return result;
 }
 
@@ -141,13 +143,17 @@ int search(int count, char** words) {
                  "The exit code is 1 if there are findings, and 2 if no life is possible.");
     app.add_option("SECONDS", seconds, "ends the search; a finding is still shortened")
         ->capture_default_str()
-        ->check(CLI::PositiveNumber);
+        ->check(CLI::Range(1, 1000000000));
     app.add_option("--seed", seed, "of the first life; the next life has the next number (default: the time)");
-    app.add_option("--lives", lives, "ends the search")->check(CLI::PositiveNumber);
+    app.add_option("--lives", lives, "ends the search")->check(CLI::Range(1, 1000000000));
     app.add_option("--steps", length, "of a life")->capture_default_str();
     app.add_option("--keep", keep, "folder for findings: steps, and the panel with log and trace")
         ->capture_default_str();
-    CLI11_PARSE(app, count, words);
+    try {
+        app.parse(count, words);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) ? impossible : 0;
+    }
 
     for (const int signal : {SIGINT, SIGTERM})
         std::signal(signal, [](int) {
