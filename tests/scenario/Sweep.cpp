@@ -88,7 +88,7 @@ bool isMeant(const KnownLoss& loss, const Call& call) {
 }
 
 // The first row that is meant; null: there is none.
-const KnownLoss* find(std::span<const KnownLoss> losses, Story story, const Call& call) {
+const KnownLoss* rowFor(std::span<const KnownLoss> losses, Story story, const Call& call) {
     for (const KnownLoss& loss : losses)
         if ((loss.where & place(story, call)) != 0 && isMeant(loss, call))
             return &loss;
@@ -158,7 +158,7 @@ std::vector<Call> dealt(const std::vector<Call>& calls, const char* sweep, std::
 }
 
 std::string knownLoss(std::span<const KnownLoss> losses, Story story, const Call& call) {
-    const KnownLoss* loss = find(losses, story, call);
+    const KnownLoss* loss = rowFor(losses, story, call);
     return loss ? std::string(loss->loss) : "";
 }
 
@@ -168,7 +168,7 @@ void expectEachLossToBeOfACall(std::span<const KnownLoss> losses, Story story, c
         unsigned present = 0;
         for (const Call& call : calls) {
             present |= place(story, call);
-            if (find(losses, story, call) == &loss)
+            if (rowFor(losses, story, call) == &loss)
                 met |= place(story, call);
         }
         EXPECT_EQ(loss.where & present & ~met, 0U) << loss.function << '(' << loss.arguments;

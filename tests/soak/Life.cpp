@@ -422,7 +422,8 @@ void Life::checkEnds() {
         if (!isHelper(each.name) || !ended.insert(each.name).second || killed.contains(each.name))
             continue;
         const bool late = told && busy && each.time >= toldAt + longestWait; // for the thread of the disks
-        require((each.exitCode == 0 && (told || disturbed || passing.contains(each.name))) ||
+        const bool second = passing.contains(each.name) || (holds && helper()); // or one that is held has the mutex
+        require((each.exitCode == 0 && (told || disturbed || second)) ||
                     (each.exitCode == 1 && (late || hindered || disturbed)) || (each.exitCode == crashed && late),
                 each.name + " has ended with " + std::to_string(each.exitCode) + " without a reason");
         require(each.exitCode != 1 || disturbed || tampered || hasReason(panel),
