@@ -156,7 +156,7 @@ bool WindowsFileSystem::createShortcut(const std::wstring& shortcutPath, const s
 }
 
 IFileSystem& getFileSystem() {
-    // The destructor of this object runs at process exit.
+    // Deliberate: the destructor of this object runs at process exit, even if a thread still runs.
     static const std::unique_ptr<IFileSystem> fileSystem(new WindowsFileSystem);
     return *fileSystem;
 }

@@ -65,25 +65,6 @@ TEST(EMMC, CountsWhatWasBeforeTheStartAsOftenAsTheHelperIsStarted) {
     EXPECT_EQ(panel.terminate(), 0U);
 }
 
-TEST(EMMC, SurvivesAFileThatCannotBeWrittenOrRead) {
-    CountingPanel panel;
-    panel.startHelper(10, 0);
-    const std::filesystem::path host = panel.panel().hostPath(statisticsPath);
-    std::filesystem::permissions(host, std::filesystem::perms::owner_read);
-    panel.setCount(15);
-    panel.pass(300300);
-    EXPECT_EQ(panel.read(statisticsPath), statisticsFile(10, 0, 10, 0));
-    std::filesystem::permissions(host, std::filesystem::perms::owner_write, std::filesystem::perm_options::add);
-    panel.pass(300000);
-    EXPECT_EQ(panel.read(statisticsPath), statisticsFile(15, 300, 15, 300)) << "five minutes are lost, but no write";
-    panel.write(statisticsPath, "<EMMC><Settings>");
-    panel.setCount(20);
-    panel.pass(300300);
-    EXPECT_EQ(panel.read(statisticsPath), statisticsFile(20, 300, 20, 300)) << "what was before is lost";
-    EXPECT_EQ(panel.terminate(), 0U);
-    EXPECT_EQ(panel.errors(), Lines{}) << "nothing of this is reported";
-}
-
 namespace {
 
 // The calls of the monitor's thread in its first or second update.

@@ -1,21 +1,6 @@
 // A backlight driver that is missing, refuses or does not answer: the log, the exit code, and what the screen shows.
 #include "tests/scenario/SavingPanel.h"
 
-TEST(ScreenSaver, EndsTheHelperWhenItsDriverHasGone) {
-    const Lines end{"ERROR;Exception ScreenBackLightException: Driver open failed", "INFO;Helper terminated"};
-    for (const auto& [command, argument] : {std::pair{2, 1}, {5, 1}, {1, 0}}) {
-        SavingPanel panel(false, 5000, 128);
-        panel.panel().devices().setPresent("BKL1", false);
-        panel.configure(true, 5000, 128);
-        EXPECT_EQ(panel.tell(static_cast<std::uint64_t>(command), argument), 0);
-        EXPECT_EQ(panel.exitCode(), 1U);
-        EXPECT_EQ(panel.lastLines(2), end);
-        EXPECT_EQ(panel.levels(), usersLevels);
-        EXPECT_EQ(panel.blackWindow(), "none");
-        EXPECT_EQ(panel.cursor(), 0);
-    }
-}
-
 TEST(ScreenSaver, StopsWatchingWhenTheDriverRefusesOnTheMonitorsThread) {
     const struct {
         const char* operation;
@@ -60,28 +45,42 @@ TEST(ScreenSaver, StopsWatchingWhenTheDriverRefusesOnTheMonitorsThread) {
     }
 }
 
-TEST(ScreenSaver, EndsTheHelperWhenTheDriverRefusesOnTheMainThread) {
-    for (const char* operation : {"read", "write"}) { // dimming at once
-        SavingPanel panel(true, 5000, 0);
-        panel.refuse(operation);
-        EXPECT_EQ(panel.tell(5, 1), 0);
+TEST(ScreenSaver, EndsTheHelperWhenItsDriverFailsOnTheMainThread) {
+    const struct {
+        const char* refused; // empty: the driver has gone
+        bool dimmed;
+        std::uint64_t command;
+        int argument;
+        const char* error;
+    } cases[] = {{"", false, 2, 1, "Driver open failed"},
+                 {"", false, 5, 1, "Driver open failed"},
+                 {"", false, 1, 0, "Driver open failed"},
+                 {"read", false, 5, 1, "Get back light settings failed"}, // dimming at once
+                 {"write", false, 5, 1, "Cannot update driver settings"},
+                 {"write", true, 2, 0, "Cannot update driver settings"}, // restoring
+                 {"write", true, 5, 0, "Cannot update driver settings"}};
+    for (const auto& each : cases) {
+        SCOPED_TRACE(testing::Message() << each.refused << each.command << each.argument);
+        const bool gone = !*each.refused;
+        SavingPanel panel(!gone, 5000, 0);
+        if (each.dimmed) {
+            panel.user(false);
+            panel.pass(5000);
+        }
+        if (gone) {
+            panel.panel().devices().setPresent("BKL1", false);
+            panel.configure(true, 5000, 0);
+        } else {
+            panel.refuse(each.refused);
+        }
+        EXPECT_EQ(panel.tell(each.command, each.argument), 0);
         EXPECT_EQ(panel.exitCode(), 1U);
-        EXPECT_EQ(panel.errors(), Lines{std::string("ERROR;Exception ScreenBackLightException: ") +
-                                        (operation == std::string("read") ? "Get back light settings failed"
-                                                                          : "Cannot update driver settings")});
-        EXPECT_EQ(panel.levels(), usersLevels);
+        const std::string error = std::string("ERROR;Exception ScreenBackLightException: ") + each.error;
+        EXPECT_EQ(panel.lastLines(2), (Lines{error, "INFO;Helper terminated"}));
+        EXPECT_EQ(panel.errors(), Lines{error});
+        EXPECT_EQ(panel.levels(), each.dimmed ? dimmedTo(0) : usersLevels); // until the power goes
         EXPECT_EQ(panel.blackWindow(), "none");
-    }
-    for (const auto& [command, argument] : {std::pair{2, 0}, {5, 0}}) { // restoring
-        SavingPanel panel(true, 5000, 0);
-        panel.user(false);
-        panel.pass(5000);
-        panel.refuse("write");
-        EXPECT_EQ(panel.tell(static_cast<std::uint64_t>(command), argument), 0);
-        EXPECT_EQ(panel.exitCode(), 1U);
-        EXPECT_EQ(panel.errors(), Lines{"ERROR;Exception ScreenBackLightException: Cannot update driver settings"});
-        EXPECT_EQ(panel.levels(), dimmedTo(0)); // until the power goes
-        EXPECT_EQ(panel.blackWindow(), "none");
+        EXPECT_EQ(panel.cursor(), each.dimmed ? -1 : 0);
         panel.reboot();
         EXPECT_EQ(panel.levels(), usersLevels);
     }

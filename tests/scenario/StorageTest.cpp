@@ -84,35 +84,6 @@ TEST(Storage, ACutLeavesOfFilesWhatTheStoragePolicySays) {
     }
 }
 
-TEST(Storage, ACutTakesTheLogOfTheRunningHelperButNotItsSettings) {
-    const struct {
-        StoragePolicy policy;
-        std::uint32_t sectors;
-        std::size_t lines; // in the log; the power goes at the second one, behind the settings
-    } rows[] = {{StoragePolicy::kept, 0, 1},
-                {StoragePolicy::closed, 0, 0},
-                {StoragePolicy::torn, 0, 0},
-                {StoragePolicy::torn, 9, 2}}; // inside the call
-    for (const auto& row : rows) {
-        SCOPED_TRACE(testing::Message() << static_cast<int>(row.policy) << ' ' << row.sectors);
-        ScenarioPanel panel;
-        panel.install();
-        panel.panel().setStorage(row.policy);
-        panel.startInPlace();
-        EXPECT_TRUE(panel.driver().kill("TarvexHelper.exe#1")); // the system closes its handles
-        const Lines before = panel.log();
-        const std::string settings = panel.read("\\MMCMemory\\Tarvex\\config.xml");
-        panel.driver().addFault(
-            {"WriteFile", "TarvexHelper.exe", 2, 1, 3, false, panel::FaultAction::cut, 0, row.sectors});
-        panel.driver().start(ScenarioPanel::helper);
-        EXPECT_TRUE(panel.driver().waitUntil([&] { return !panel.driver().isOn(); }, ScenarioPanel::limit));
-        EXPECT_EQ(panel.panel().whyOff().substr(0, 41), "fault at TarvexHelper.exe#2 t1 WriteFile[");
-        EXPECT_EQ(panel.log().size(), before.size() + row.lines);
-        EXPECT_FALSE(settings.empty());
-        EXPECT_EQ(panel.read("\\MMCMemory\\Tarvex\\config.xml"), settings);
-    }
-}
-
 TEST(Storage, ACutLeavesWhatAPersonHasDoneToAFile) {
     ScenarioPanel panel;
     panel.panel().setStorage(StoragePolicy::closed);

@@ -87,6 +87,14 @@ bool isMeant(const KnownLoss& loss, const Call& call) {
            call.arguments.starts_with(loss.arguments) && (loss.occurrence == 0 || call.occurrence == loss.occurrence);
 }
 
+// The first row that is meant; null: there is none.
+const KnownLoss* rowFor(std::span<const KnownLoss> losses, Story story, const Call& call) {
+    for (const KnownLoss& loss : losses)
+        if ((loss.where & place(story, call)) != 0 && isMeant(loss, call))
+            return &loss;
+    return nullptr;
+}
+
 } // namespace
 
 void PrintTo(Story story, std::ostream* stream) {
@@ -150,10 +158,8 @@ std::vector<Call> dealt(const std::vector<Call>& calls, const char* sweep, std::
 }
 
 std::string knownLoss(std::span<const KnownLoss> losses, Story story, const Call& call) {
-    for (const KnownLoss& loss : losses)
-        if ((loss.where & place(story, call)) != 0 && isMeant(loss, call))
-            return std::string(loss.loss);
-    return {};
+    const KnownLoss* loss = rowFor(losses, story, call);
+    return loss ? std::string(loss->loss) : "";
 }
 
 void expectEachLossToBeOfACall(std::span<const KnownLoss> losses, Story story, const std::vector<Call>& calls) {
@@ -162,7 +168,7 @@ void expectEachLossToBeOfACall(std::span<const KnownLoss> losses, Story story, c
         unsigned present = 0;
         for (const Call& call : calls) {
             present |= place(story, call);
-            if (isMeant(loss, call))
+            if (rowFor(losses, story, call) == &loss)
                 met |= place(story, call);
         }
         EXPECT_EQ(loss.where & present & ~met, 0U) << loss.function << '(' << loss.arguments;

@@ -1,5 +1,6 @@
 #include "tests/soak/Life.h"
 
+#include "platform/panel/Functions.h"
 #include "tests/support/ModuleSettings.h"
 #include "tests/support/OwnMemory.h"
 #include "tests/support/SettingsFile.h"
@@ -16,6 +17,7 @@ namespace {
 
 constexpr const char* onDisk = "\\Hard Disk\\Tarvex\\TarvexHelper.exe";
 constexpr const char* logFiles[] = {"\\MMCMemory\\Tarvex\\helper_log0.txt", "\\MMCMemory\\Tarvex\\helper_log1.txt"};
+constexpr const char* drivers[] = {"BKL1", "BZR1", "SHC1", "tags"};
 constexpr std::uint32_t endLimit = 100000; // ms; the helper waits for up to four threads, 20 s each
 constexpr std::uint64_t halfADay = 43200000; // ms
 constexpr std::uint32_t interval = 300; // s, of the statistics
@@ -24,6 +26,7 @@ constexpr std::size_t logLimit = 102400 + 400; // bytes, and a line more of each
 constexpr std::uint32_t handlesOfWork = 11; // of both modules, and of work with a disk
 const std::vector<std::uint32_t> fullLight{200, 1, 200, 1};
 constexpr std::uint32_t crashed = 0xC0000005;
+constexpr std::uint64_t longestWait = 20000; // ms, of the helper's end for a thread
 
 bool isHelper(const std::string& process) {
     return process.starts_with("TarvexHelper.exe#");
@@ -48,6 +51,22 @@ std::string expected(const std::string& message, std::uint64_t code, std::int64_
     return (code == 3 && argument <= 0) || (code == 4 && (argument < 0 || argument > 255)) ? "3" : "0";
 }
 
+bool hasReason(const ScenarioPanel& panel) {
+    const Lines lines = panel.lastLines(60);
+    return std::any_of(lines.begin(), lines.end(), [](const std::string& line) {
+        return line.starts_with("ERROR;Exception ") || line == "ERROR;Unexpected error";
+    });
+}
+
+// It may cost a file its content.
+bool isOfFiles(const std::string& function) {
+    return function.find("File") != std::string::npos || function == "CloseHandle";
+}
+
+std::string textOf(const panel::Fault& fault) {
+    return fault.function + " t" + std::to_string(fault.thread) + " call " + std::to_string(fault.call);
+}
+
 void require(bool holds, const std::string& what) {
     if (!holds)
         throw Finding(what);
@@ -55,10 +74,19 @@ void require(bool holds, const std::string& what) {
 
 } // namespace
 
-Life::Life(std::uint32_t ticksAtBoot) : panel(ticksAtBoot), ticks(ticksAtBoot) {
+Life::Life(std::uint32_t ticksAtBoot, panel::StoragePolicy policy) : panel(ticksAtBoot), ticks(ticksAtBoot) {
+    panel.panel().setStorage(policy);
     panel.install();
     panel.put("\\Temp\\Actor.exe", programFile("Actor"));
     bootCleanly();
+    start(false); // the second start finds the registry as all later ones do
+    check();
+    end();
+    check();
+    started = places(2);
+    start(true);
+    check();
+    installed = places(3);
 }
 
 void Life::take(const std::function<void(Life&)>& step) {
@@ -75,13 +103,17 @@ void Life::take(const std::function<void(Life&)>& step) {
 }
 
 void Life::rest() {
-    panel.driver().advance(halfADay);
+    panel.pass(halfADay);
     look();
     const std::size_t before = helper() ? ownMemory(helper()->hostPid) : 0;
-    panel.driver().advance(halfADay);
+    const std::uint32_t handles = helper() ? helper()->handles : 0;
+    const std::uint32_t threads = helper() ? helper()->threads : 0;
+    panel.pass(halfADay);
     look();
     require(!helper() || disturbed || ownMemory(helper()->hostPid) <= before + memoryOfRest,
             "half a day without events costs memory");
+    require(!helper() || disturbed || hindered || (helper()->handles == handles && helper()->threads == threads),
+            "half a day without events costs handles or threads");
 }
 
 void Life::tell(const std::string& message, std::uint64_t code, std::int64_t argument, bool posted) {
@@ -97,6 +129,11 @@ void Life::tell(const std::string& message, std::uint64_t code, std::int64_t arg
                 message + " has the answer " + (answer ? std::to_string(*answer) : "none"));
 }
 
+bool Life::isIdle() {
+    look();
+    return !helper();
+}
+
 void Life::start(bool fromDisk) {
     if (fromDisk) {
         const auto disks = panel.panel().disks().volumes();
@@ -105,9 +142,13 @@ void Life::start(bool fromDisk) {
         if (!panel.exists(onDisk))
             return;
     }
-    if (!helper())
+    if (!helper()) {
         disturbed = hindered = told = busy = false;
+        rested = 0;
+    }
     const bool second = helper();
+    if (second && holds) // perhaps before it has the mutex, so it would be the second one
+        passing.insert(helper()->name);
     const auto process = panel.driver().start(fromDisk ? onDisk : ScenarioPanel::helper);
     if (fromDisk || second)
         passing.insert(process.name);
@@ -119,6 +160,8 @@ void Life::end() {
     if (!panel.loopRuns())
         return;
     look();
+    if (!told)
+        toldAt = status.time;
     busy =
         helper() && std::any_of(helper()->calls.begin(), helper()->calls.end(), [](const auto& each) {
             return each.call.starts_with("Sleep[") || isWait(each, ", 4294967295)"); // for a disk, or for its program
@@ -131,12 +174,13 @@ void Life::kill() {
     if (!helper())
         return;
     killed.insert(helper()->name);
-    mayStayDim = true;
+    mayStayDim = mayForget = true;
     panel.driver().kill(helper()->name);
 }
 
 void Life::boot(bool cut, std::uint32_t sectors) {
     tampered |= cut;
+    mayForget |= cut;
     if (cut)
         panel.panel().cut(panel.panel().options().storage == panel::StoragePolicy::torn ? sectors : 0);
     panel.reboot();
@@ -148,8 +192,9 @@ void Life::startListed() {
     ended.clear();
     passing.clear();
     killed.clear();
-    hits = reloads = 0;
-    traced = 0;
+    hits.clear();
+    reloads = 0;
+    traced = rested = 0;
     base = use = {};
     disturbed = hindered = told = busy = mayStayDim = false;
     panel.driver().setTracing(true);
@@ -172,18 +217,58 @@ void Life::configure(const std::string& content, bool good) {
     panel.write("\\MMCMemory\\_rm_old.exe", "left behind");
 }
 
-void Life::add(panel::Fault fault) {
+std::set<Life::Place> Life::places(std::uint32_t process) const {
+    std::set<Place> found;
+    for (const TracedCall& call : panel.calls()) {
+        const auto function = panel::functionNamed(call.function);
+        if (call.process == process && function && panel::facts(*function).canFail)
+            found.emplace(call.thread, call.function, call.number);
+    }
+    return found;
+}
+
+// What the threads that the helper has now have called since it was first at rest, with the numbers of the next calls.
+std::set<Life::Place> Life::next() {
+    std::map<std::pair<std::uint32_t, std::string>, std::uint32_t> numbers;
+    for (const TracedCall& call : tracedCalls(panel.panel().directory(), static_cast<std::uintmax_t>(rested))) {
+        const auto function = panel::functionNamed(call.function);
+        if (helper()->name == call.program + '#' + std::to_string(call.process) && panel::facts(*function).canFail)
+            numbers[{call.thread, call.function}] = call.number + 1;
+    }
+    std::set<Place> found;
+    for (const panel::CallStatus& each : helper()->calls) {
+        const std::string standsIn = each.call.substr(0, each.call.find('['));
+        for (const auto& [key, number] : numbers)
+            if (key.first == each.thread) // in the call itself it stands already
+                found.emplace(key.first, key.second, number + (key.second == standsIn));
+    }
+    return found;
+}
+
+void Life::add(panel::Fault fault, std::uint32_t draw, bool fresh, bool fromDisk) {
+    look();
+    std::set<Place> calls = fromDisk ? installed : started;
+    if (helper() && !fresh && rested)
+        calls = next();
+    if (calls.empty() || panel.driver().faults().size() >= 8)
+        return;
+    std::tie(fault.thread, fault.function, fault.call) =
+        *std::next(calls.begin(), static_cast<std::ptrdiff_t>(draw % calls.size()));
+    // These are repeated at once, so they would never come to rest.
+    fault.ever &= !fault.function.starts_with("WaitFor") && fault.function != "ReadMsgQueue";
+    if (fault.function == "CreateMsgQueue")
+        fault.answer = -1; // with null the thread of the disks never comes to rest
     if (panel.panel().options().storage != panel::StoragePolicy::torn)
         fault.sectors = 0;
-    if (panel.driver().faults().size() < 8)
-        panel.driver().addFault(fault);
+    panel.driver().addFault(fault);
+    std::printf("  fault %s\n", textOf(fault).c_str());
 }
 
 void Life::calm() {
     panel.driver().clearFaults();
-    hits = 0;
+    hits.clear();
     const panel::Devices devices = panel.panel().devices();
-    for (const char* device : {"BKL1", "BZR1", "SHC1", "tags"})
+    for (const char* device : drivers)
         devices.setBehaviour(device, {});
     for (const char* device : {"BKL1", "BZR1", "SHC1", "tags", "PowerManager"})
         devices.setPresent(device, true);
@@ -253,25 +338,40 @@ bool Life::isHindering() {
 
 void Life::look() {
     status = panel.driver().status();
-    std::uint32_t sum = 0;
-    bool holds = false;
-    bool inLoop = false;
+    const auto stands = [this](const std::function<bool(const panel::CallStatus&)>& isSo) {
+        return helper() && std::any_of(helper()->calls.begin(), helper()->calls.end(), isSo);
+    };
+    std::vector<panel::Fault> holding;
     for (const panel::Fault& fault : panel.driver().faults()) {
-        sum += fault.hits;
-        if (fault.action == panel::FaultAction::hold && fault.hits > 0)
-            holds = true, inLoop |= fault.function == "GetMessageW";
+        if (fault.hits > 0 && fault.action == panel::FaultAction::hold)
+            holding.push_back(fault);
+        else if (fault.hits > hits[textOf(fault)])
+            disturbed = true, mayForget |= isOfFiles(fault.function);
+        if (fault.hits > 0 && hits[textOf(fault)] == 0)
+            std::printf("  hit %s\n", textOf(fault).c_str());
+        hits[textOf(fault)] = fault.hits;
     }
+    const auto isHeld = [&](const panel::CallStatus& each) {
+        return std::any_of(holding.begin(), holding.end(), [&](const panel::Fault& fault) {
+            return each.thread == fault.thread &&
+                   each.call.starts_with(fault.function + '[' + std::to_string(fault.call) + ']');
+        });
+    };
+    const bool blocks = std::any_of(std::begin(drivers), std::end(drivers),
+                                    [this](const char* device) { return kindOf(device) == Behaviour::Kind::block; });
+    const auto isStuck = [&](const panel::CallStatus& each) {
+        return isHeld(each) || (blocks && (each.call.starts_with("DeviceIoControl[") || each.call.starts_with("TAG_")));
+    };
+    holds = stands(isHeld);
     held |= holds;
-    disturbed |= sum > hits;
-    hits = sum;
-    for (const char* device : {"BKL1", "BZR1", "SHC1", "tags"})
-        holds |= kindOf(device) == Behaviour::Kind::block;
-    blocked = holds && helper() && !helper()->calls.empty() && helper()->calls[0].thread == 1 &&
-              (inLoop || !helper()->calls[0].call.starts_with("GetMessageW["));
-    hindered |= holds || isHindering();
+    const bool stuck = stands(isStuck);
+    blocked = stuck && helper()->calls[0].thread == 1 &&
+              (isStuck(helper()->calls[0]) || !helper()->calls[0].call.starts_with("GetMessageW["));
+    hindered |= stuck || isHindering();
     tampered |= disturbed;
     mayStayDim |= disturbed || hindered;
-    known &= !disturbed && kindOf("SHC1") != Behaviour::Kind::block && kindOf("SHC1") != Behaviour::Kind::delay;
+    known &=
+        !disturbed && !holds && kindOf("SHC1") != Behaviour::Kind::block && kindOf("SHC1") != Behaviour::Kind::delay;
 }
 
 void Life::check() {
@@ -283,13 +383,16 @@ void Life::check() {
             return !isOn() || blocked || !helper() || (!told && panel.loopRuns());
         };
         const bool settles = panel.driver().waitUntil(settled, told ? endLimit : ScenarioPanel::limit);
-        require(settles || disturbed, told ? "the helper does not end" : "neither in the loop nor ended");
+        // A failing call may have cost the request to end, but then the loop runs.
+        require(settles || (told && disturbed && panel.loopRuns()),
+                told ? "the helper does not end" : "neither in the loop nor ended");
         told &= settles; // else it has not got the message
         if (isOn() && !told && !blocked && panel.loopRuns())
             checkAnswer();
+        panel.driver().settle(); // other threads may still be at work
     }
     if (!isOn()) { // a fault has cut the power
-        tampered = true;
+        tampered = mayForget = true;
         known = false;
         panel.reboot();
         startListed();
@@ -298,6 +401,8 @@ void Life::check() {
     look();
     checkEnds();
     checkTrace();
+    if (helper() && rested == 0)
+        rested = traced;
     checkUse();
     checkTotals();
     require(!testing::UnitTest::GetInstance()->Failed(), "output of a program, or a failure above");
@@ -316,13 +421,17 @@ void Life::checkEnds() {
     for (const panel::EndedStatus& each : status.ended) {
         if (!isHelper(each.name) || !ended.insert(each.name).second || killed.contains(each.name))
             continue;
-        const bool late = told && busy; // it waits no longer than 20 s for the thread of the disks
-        require((each.exitCode == 0 && (told || disturbed || passing.contains(each.name))) ||
+        const bool late = told && busy && each.time >= toldAt + longestWait; // for the thread of the disks
+        const bool second = passing.contains(each.name) || (holds && helper()); // or one that is held has the mutex
+        require((each.exitCode == 0 && (told || disturbed || second)) ||
                     (each.exitCode == 1 && (late || hindered || disturbed)) || (each.exitCode == crashed && late),
                 each.name + " has ended with " + std::to_string(each.exitCode) + " without a reason");
+        require(each.exitCode != 1 || disturbed || tampered || hasReason(panel),
+                each.name + " says not why it has ended with 1");
         require(each.exitCode != 0 || !told || mayStayDim || status.backLight == fullLight, "the screen stays dim");
         // It may have ended within an update, or after one that nobody has seen.
         known &= each.exitCode == 0 && each.time < updated + interval * 1000;
+        mayForget |= each.exitCode != 0;
     }
 }
 
@@ -341,9 +450,11 @@ void Life::checkTrace() {
 }
 
 void Life::checkUse() {
+    bool outgrown = false;
     for (const char* file : logFiles)
-        require(held || !panel.exists(file) || panel.read(file).size() <= logLimit,
-                std::string(file) + " has outgrown its limit");
+        outgrown |= panel.exists(file) && panel.read(file).size() > logLimit;
+    require(held || !outgrown, "the log has outgrown its limit");
+    held &= outgrown;
     const auto count = [this](const auto& processes) {
         for (const auto& each : processes)
             if (each.name.starts_with("Actor.exe#"))
@@ -365,7 +476,7 @@ void Life::checkUse() {
 // The thread of the statistics waits for the next update, the wait says how many there were, and the file shows them.
 void Life::checkTotals() {
     const auto kind = kindOf("SHC1");
-    if (disturbed || kind == Behaviour::Kind::block || kind == Behaviour::Kind::delay)
+    if (disturbed || holds || kind == Behaviour::Kind::block || kind == Behaviour::Kind::delay)
         return;
     if (helper()) {
         const auto& calls = helper()->calls;
@@ -381,8 +492,10 @@ void Life::checkTotals() {
         sessionCount = numberIn(file, "SessionWriteCountLow");
         sessionDuration = numberIn(file, "SessionDuration");
         totalCount = numberIn(file, "TotalWriteCountLow");
+        require(mayForget || numberIn(file, "TotalDuration") >= totalDuration, "the totals have begun again");
         totalDuration = numberIn(file, "TotalDuration");
         known = true;
+        mayForget = false;
     }
     const std::string model = statisticsFile(sessionCount, sessionDuration, totalCount, totalDuration);
     require(!known || file == model, "the statistics are\n" + file + "and not\n" + model);

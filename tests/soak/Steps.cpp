@@ -7,7 +7,6 @@
 #include "tests/support/SettingsFile.h"
 
 #include <sstream>
-#include <tuple>
 
 using panel::Behaviour;
 using panel::FaultAction;
@@ -74,53 +73,48 @@ Step chatter(Random& random) {
             }};
 }
 
-Step starts(Random& random) {
-    const bool fromDisk = random.once(3);
-    return {words("start", fromDisk ? "from a disk" : "in place"), [=](Life& life) { life.start(fromDisk); }};
-}
+// The call is the life's choice.
+struct Fault {
+    panel::Fault fault;
+    std::uint32_t draw;
+    std::string text;
 
-// Of a function that the helper calls. No call that is repeated at once fails for ever: it would never come to rest.
-panel::Fault fault(Random& random) {
-    enum class Use { IMPORTED, BY_NAME, SIMULATED };
-    constexpr std::pair<std::string_view, Use> functions[] = {
-#define COREDLL(name, how, failure, lastError) {#name, Use::how},
-#define COREDLL_SURE(name, how)
-#include <coredll.inc>
-    };
-    constexpr FaultAction actions[] = {FaultAction::fail, FaultAction::fail, FaultAction::fail, FaultAction::cut,
-                                       FaultAction::hold};
-    auto [name, use] = random.of(functions);
-    while (use == Use::SIMULATED || (use == Use::BY_NAME && name != "OpenStore" && !name.starts_with("Find")))
-        std::tie(name, use) = random.of(functions);
-    panel::Fault fault{std::string(name), "TarvexHelper.exe"};
-    fault.call = 1 + random.below(random.once(2) ? 4 : 40);
-    fault.action = random.of(actions);
-    fault.ever =
-        fault.action == FaultAction::fail && random.once(4) && !name.starts_with("WaitFor") && name != "ReadMsgQueue";
-    fault.sectors = fault.action == FaultAction::cut ? random.below(3) : 0;
-    if (name == "CreateMsgQueue")
-        fault.answer = -1; // with null the thread of the disks never comes to rest
-    return fault;
-}
-
-std::string textOf(const panel::Fault& fault) {
-    const char* actions[] = {"", fault.ever ? "fails for ever" : "fails", "cuts", "waits"};
-    return words("fault", fault.function, fault.call, actions[static_cast<int>(fault.action)], fault.sectors);
-}
+    explicit Fault(Random& random) {
+        constexpr FaultAction actions[] = {FaultAction::fail, FaultAction::fail, FaultAction::fail, FaultAction::cut,
+                                           FaultAction::hold};
+        fault.program = "TarvexHelper.exe";
+        fault.action = random.of(actions);
+        fault.ever = fault.action == FaultAction::fail && random.once(4);
+        fault.sectors = fault.action == FaultAction::cut ? random.below(3) : 0;
+        draw = random.below(1000000);
+        const char* names[] = {"", fault.ever ? "fails for ever" : "fails", "cuts", "waits"};
+        text = words("a call", names[static_cast<int>(fault.action)], fault.sectors);
+    }
+};
 
 Step faults(Random& random) {
-    const panel::Fault one = fault(random);
-    return {textOf(one), [=](Life& life) { life.add(one); }};
+    const Fault one(random);
+    return {one.text, [=](Life& life) { life.add(one.fault, one.draw, false); }};
+}
+
+Step starts(Random& random) {
+    const bool fromDisk = random.once(3);
+    const auto one = random.once(3) ? std::optional(Fault(random)) : std::nullopt;
+    return {words("start", fromDisk ? "from a disk" : "in place", one ? one->text : ""), [=](Life& life) {
+                if (one && life.isIdle())
+                    life.add(one->fault, one->draw, true, fromDisk);
+                life.start(fromDisk);
+            }};
 }
 
 Step boots(Random& random) {
     const bool cut = random.once(2);
     const std::uint32_t sectors = random.below(4);
-    const auto one = random.once(2) ? std::optional(fault(random)) : std::nullopt;
-    return {words(cut ? "cut" : "off", sectors, "and on", one ? textOf(*one) : ""), [=](Life& life) {
+    const auto one = random.once(2) ? std::optional(Fault(random)) : std::nullopt;
+    return {words(cut ? "cut" : "off", sectors, "and on", one ? one->text : ""), [=](Life& life) {
                 life.boot(cut, sectors);
                 if (one)
-                    life.add(*one);
+                    life.add(one->fault, one->draw, true);
             }};
 }
 
@@ -201,12 +195,6 @@ Step counts(Random& random) {
     return {words("counter", writes), [=](Life& life) { life.panel.panel().devices().setValues("SHC1", {writes}); }};
 }
 
-Step storage(Random& random) {
-    const std::uint32_t policy = random.below(3);
-    return {words("storage", policy),
-            [=](Life& life) { life.panel.panel().setStorage(static_cast<panel::StoragePolicy>(policy)); }};
-}
-
 } // namespace
 
 Step stepOf(std::uint64_t seed, std::uint32_t number) {
@@ -223,7 +211,6 @@ Step stepOf(std::uint64_t seed, std::uint32_t number) {
                             {10, settings},
                             {8, devices},
                             {5, counts},
-                            {1, storage},
                             {1, configuration},
                             plain(1, "rest for a day", &Life::rest),
                             plain(4, "end", &Life::end),
