@@ -160,7 +160,6 @@ def drive(page, disk):
     page.wait_for("#programs", "TarvexHelper.exe#1")
     page.click("#tab-log")
     page.wait_for("#log", "Module manager initialization")
-
     page.wait_for("#track .open[data-key^='TarvexHelper.exe#1 t1 GetMessageW']", "GetMessageW")
 
     page.send(3, 1000) # the screen saver's time-out
