@@ -492,12 +492,14 @@ void Life::checkTotals() {
         sessionCount = numberIn(file, "SessionWriteCountLow");
         sessionDuration = numberIn(file, "SessionDuration");
         totalCount = numberIn(file, "TotalWriteCountLow");
-        require(mayForget || numberIn(file, "TotalDuration") >= totalDuration, "the totals have begun again");
+        require(mayForget || numberIn(file, "TotalDuration") >= knownDuration, "the totals have begun again");
         totalDuration = numberIn(file, "TotalDuration");
         known = true;
         mayForget = false;
     }
     const std::string model = statisticsFile(sessionCount, sessionDuration, totalCount, totalDuration);
+    if (known)
+        knownDuration = totalDuration;
     require(!known || file == model, "the statistics are\n" + file + "and not\n" + model);
 }
 

@@ -102,6 +102,7 @@ private:
     // The statistics: of the last update, and as the file must show them.
     bool known = false;
     bool mayForget = true; // the totals may have begun at 0 since they were known
+    std::uint32_t knownDuration = 0; // the total then, s
     std::string updater; // process and boot
     std::uint32_t updates = 0; // of this process
     std::uint64_t updated = 0; // panel ms
