@@ -81,9 +81,13 @@ Panel Panel::create(const fs::path& directory, const PanelOptions& options) {
 Panel Panel::createFilled(const fs::path& directory, const std::function<void(const fs::path&)>& fill) {
     if (!isEmptyOrMissing(directory))
         throw std::runtime_error("the directory is not empty: " + directory.string() + " (choose another directory)");
-    const bool existed = fs::exists(directory);
+    std::error_code none;
+    const auto isThere = [&](const fs::path& path) { // a link to nothing is
+        return fs::symlink_status(path, none).type() != fs::file_type::not_found;
+    };
+    const bool existed = isThere(directory);
     std::vector<fs::path> above; // the folders that do not exist yet, the lowest first
-    for (fs::path path = fs::absolute(directory).lexically_normal().parent_path(); !fs::exists(path);
+    for (fs::path path = fs::absolute(directory).lexically_normal().parent_path(); !isThere(path);
          path = path.parent_path())
         above.push_back(path);
     try {
@@ -91,14 +95,13 @@ Panel Panel::createFilled(const fs::path& directory, const std::function<void(co
         fill(directory);
         return Panel(directory);
     } catch (const std::exception& error) {
-        std::error_code ignored;
         if (existed)
-            for (const fs::directory_entry& entry : fs::directory_iterator(directory, ignored))
-                fs::remove_all(entry, ignored);
+            for (const fs::directory_entry& entry : fs::directory_iterator(directory, none))
+                fs::remove_all(entry, none);
         else
-            fs::remove_all(directory, ignored);
+            fs::remove_all(directory, none);
         for (const fs::path& path : above)
-            fs::remove(path, ignored);
+            fs::remove(path, none);
         throw std::runtime_error("cannot create a panel in " + directory.string() + ": " + error.what());
     }
 }
@@ -270,6 +273,8 @@ void Panel::stop(std::optional<std::uint32_t> sectors) {
             keep("the next boot repeats the power cut", [&] { storage::cutPower(root, torn ? *sectors : 0); });
         else
             keep("files may lose data at the next boot", [&] { storage::commitAll(root); });
+        std::error_code none;
+        fs::remove(root / "run/end", none); // of an attempt before
         host::appendToFile((root / "run/end").string(), sectors ? "panel cut" : "panel off");
     };
     try {

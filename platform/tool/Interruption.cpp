@@ -38,6 +38,12 @@ bool isLeftToOwner(int signal) {
     return true;
 }
 
+// Needs the lock.
+void throwIfReceived() {
+    if (received)
+        throw std::runtime_error("interrupted");
+}
+
 [[noreturn]] void end(int signal) {
     panel::Runtime::endProcess(0);
     _exit(128 + signal);
@@ -91,9 +97,13 @@ int OrderlyEnd::wait(pid_t process) {
     child = 0; // before the host may use the id again
     int status = -1;
     waitpid(process, &status, 0);
-    if (received)
-        throw std::runtime_error("interrupted");
+    throwIfReceived();
     return status;
+}
+
+void OrderlyEnd::check() {
+    const std::lock_guard lock(orderly);
+    throwIfReceived();
 }
 
 } // namespace tool

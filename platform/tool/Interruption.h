@@ -23,6 +23,8 @@ public:
     // Waits for the end of a child process, and returns its status (waitpid). Throws std::runtime_error if a signal has
     // come. Only one thread may wait at a time.
     static int wait(pid_t process);
+    // Throws std::runtime_error if a signal has come. Call it before the step that cannot be undone.
+    static void check();
 };
 
 } // namespace tool

@@ -62,6 +62,7 @@ void OutputFile::write(std::string_view content) {
 }
 
 void OutputFile::finish() {
+    OrderlyEnd::check();
     const int closed = close(open);
     open = -1;
     if (closed != 0 || (isRegular() && rename(fresh.c_str(), target.c_str()) != 0))

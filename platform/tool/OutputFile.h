@@ -1,8 +1,9 @@
-// A file of this machine that a command writes for a person. It is written where `cp` would write it: through links,
-// and into a pipe or a device that exists.
+// A file of this machine that a command writes for a person. Links are followed, and a pipe or a device that exists
+// takes the content.
 //
 // A regular file is replaced as a whole and keeps its mode: the content goes to a new file beside it, which is renamed
-// at the end. Without `finish`, and if a signal ends the command, the former file stays, and nothing else.
+// at the end. So the folder must be writable. Without `finish`, and if a signal comes before it, the former file stays,
+// and nothing else.
 //
 // All functions throw std::runtime_error with the file's name in the text.
 #pragma once

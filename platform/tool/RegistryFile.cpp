@@ -146,6 +146,7 @@ private:
         RegistryChange change;
         change.removed = line.starts_with("[-");
         const std::size_t begin = change.removed ? 2 : 1;
+        refuseLineEnds(std::string(line));
         change.path = fullPath(std::string(line.substr(begin, close - begin)));
         if (change.removed && change.path.find('\\') == std::string::npos)
             throw std::runtime_error(change.path + " is a root and stays (name a key below it)");
@@ -175,6 +176,7 @@ private:
         if (!take("@"))
             change.value.name = line.front() == '"' ? quoted() : throw std::runtime_error("neither a key nor a value");
         checkName(change.value.name);
+        refuseLineEnds(change.value.name);
         atEnd(); // skips blanks
         if (!take("="))
             throw std::runtime_error("\"=\" is missing behind the value's name");

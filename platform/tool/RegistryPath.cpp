@@ -14,6 +14,9 @@ void checkName(const std::string& name) {
     if (panel::characterCount(name) > registry::maxNameLength)
         throw Misuse("a name in the registry has " + std::to_string(registry::maxNameLength) +
                      " characters at most: \"" + name + '"');
+}
+
+void refuseLineEnds(const std::string& name) {
     if (name.find_first_of("\r\n") != std::string::npos)
         throw Misuse("a name in the registry has no line end here: \"" + name + '"');
 }

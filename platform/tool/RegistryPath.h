@@ -9,7 +9,11 @@ namespace tool {
 // cannot have such a key.
 std::string fullPath(std::string path);
 
-// Throws Misuse if the name of a key or value is too long, or has a line end: a registry file cannot express it.
+// Throws Misuse if the name of a key or value is too long.
 void checkName(const std::string& name);
+
+// Throws Misuse if a new name or path has a line end: a registry file could not express it. A program may still make
+// such a key.
+void refuseLineEnds(const std::string& name);
 
 } // namespace tool

@@ -54,7 +54,8 @@ struct Streams {
     int descriptor = -1; // an open file instead of `output`
 };
 
-// Runs a program, without a shell, and waits for its end. Returns its exit code, or -1. Throws after a signal.
+// Runs a program, without a shell, and waits for its end. Returns its exit code, 128 plus the number of the signal that
+// ended it, or -1 if it cannot be run. Throws after a signal to this command.
 int run(std::vector<std::string> words, const Streams& streams) {
     std::vector<char*> arguments;
     for (std::string& word : words)
@@ -72,8 +73,10 @@ int run(std::vector<std::string> words, const Streams& streams) {
     pid_t pid = 0;
     const bool started = posix_spawnp(&pid, arguments[0], &files, nullptr, arguments.data(), environ) == 0;
     posix_spawn_file_actions_destroy(&files);
-    const int status = started ? OrderlyEnd::wait(pid) : -1;
-    return started && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    if (!started)
+        return -1;
+    const int status = OrderlyEnd::wait(pid);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
 // Runs tar or gzip. Returns its warnings. Throws with the first line of its errors. A file that changes meanwhile is no
@@ -83,7 +86,8 @@ std::string pack(const std::vector<std::string>& words, const Streams& streams, 
         unsetenv(name);
     const int code = run(words, streams);
     std::string text = panel::host::readFile(streams.errors.string());
-    if (code == 0 || code == 1)
+    const int warned = words.front() == "tar" ? 1 : 2;
+    if (code == 0 || code == warned)
         return text;
     text.erase(0, text.find_first_not_of('\n')); // gzip begins with an empty line
     if (text.empty())
@@ -106,15 +110,16 @@ struct Content {
 // Adds what is below a folder of the panel. tar complains about a folder that cannot be read.
 void list(const fs::path& root, const fs::path& folder, Content& content) {
     std::error_code unreadable;
-    for (const fs::directory_entry& entry : fs::directory_iterator(root / folder, unreadable)) {
-        const fs::path name = folder / entry.path().filename();
-        if (entry.is_symlink() && !content.links.contains(name))
+    std::error_code none;
+    for (fs::directory_iterator entry(root / folder, unreadable), end; entry != end; entry.increment(unreadable)) {
+        const fs::path name = folder / entry->path().filename();
+        if (entry->is_symlink(none) && !content.links.contains(name))
             continue;
-        if (!entry.exists())
+        if (!entry->exists(none))
             content.gone.push_back(name);
-        if (entry.is_directory() || entry.is_regular_file())
+        if (entry->is_directory(none) || entry->is_regular_file(none))
             content.names += name.string() + '\0';
-        if (entry.is_directory())
+        if (entry->is_directory(none))
             list(root, name, content);
     }
 }
@@ -209,6 +214,8 @@ void unpack(const fs::path& file, const fs::path& directory) {
               "--directory=" + tree.string()}),
          streams, "cannot unpack " + file.string() + ": ");
     checkUnpacked(tree, failure);
+    if (fs::is_empty(tree)) // the list may name what is no file, such as a label
+        throw std::runtime_error(failure + "it is empty");
     const fs::path place = *fs::directory_iterator(tree);
     checkIsPanel(place, failure);
     forgetThatDisksWereInPlace(place);
@@ -297,7 +304,10 @@ panel::Panel panelFromReport(const fs::path& file, const fs::path& directory) {
     const OrderlyEnd orderly;
     if (!fs::is_regular_file(file))
         throw std::runtime_error(notAReport + file.string() + ": no such file");
-    return panel::Panel::createFilled(directory, [&](const fs::path& made) { unpack(file, fs::absolute(made)); });
+    return panel::Panel::createFilled(directory, [&](const fs::path& made) {
+        unpack(file, fs::absolute(made));
+        OrderlyEnd::check();
+    });
 }
 
 } // namespace tool

@@ -25,7 +25,7 @@ constexpr int mostCommands = 12; // commands at the same time; switching the pan
 constexpr int threads = mostStreams + 24;
 constexpr std::chrono::seconds heartbeat(15); // interval of empty events, which detect a closed page
 
-// The commands that a page may run: those that change this panel. None writes a file of the host.
+// The commands that a page may run: those that change this panel. Only `unplug --keep` writes files of the host.
 constexpr std::string_view admitted[] = {
     "boot",      "off",         "cut",  "storage", "advance", "plug", "unplug",         "mount",           "device",
     "tag",       "touch",       "idle", "active",  "start",   "send", "registry write", "registry delete", "trace on",

@@ -1,5 +1,5 @@
 // What the loader makes of a panel executable that is damaged, or made for something else: one line that says why, and
-// exit code 127. The file is the empty program with a few bytes changed.
+// exit code 127. The file is the empty changedProgram with a few bytes changed.
 #include "platform/panel/PortableExecutable.h"
 #include "tests/support/ScenarioPanel.h"
 
@@ -15,7 +15,7 @@ namespace {
 namespace pe = panel::pe;
 
 constexpr std::uint32_t refused = 127;
-constexpr const char* program = "\\Temp\\Changed.exe";
+constexpr const char* changedProgram = "\\Temp\\Changed.exe";
 
 class File { // offsets in it are those in the image, too
 public:
@@ -105,8 +105,8 @@ TEST(ChangedExecutable, IsRefusedInOneLineWhenItIsLoaded) {
     for (const auto& [change, why] : cases) {
         File file;
         change(file);
-        panel.write(program, file.bytes);
-        EXPECT_EQ(panel.run(program), refused) << why;
+        panel.write(changedProgram, file.bytes);
+        EXPECT_EQ(panel.run(changedProgram), refused) << why;
         panel.driver().waitForLingering();
         EXPECT_EQ(output(panel), "\\Temp\\Changed.exe cannot be run: " + std::string(why) + '\n');
     }
@@ -119,8 +119,8 @@ TEST(ChangedExecutable, IsToldEveryFunctionThatThePanelLacks) {
     file.set(file.name(0, 2), '\n');
     const std::string first = file.bytes.c_str() + file.name(0, 0);
     const std::string third = file.bytes.c_str() + file.name(0, 2);
-    panel.write(program, file.bytes);
-    EXPECT_EQ(panel.run(program), refused);
+    panel.write(changedProgram, file.bytes);
+    EXPECT_EQ(panel.run(changedProgram), refused);
     panel.driver().waitForLingering();
     std::string line = "\\Temp\\Changed.exe cannot be run: the panel has no ";
     line += first;
@@ -142,9 +142,9 @@ TEST(ChangedExecutable, IsNoProgramIfItIsForAnotherMachineOrCutShort) {
     for (const Change& change : changes) {
         File file;
         change(file);
-        panel.write(program, file.bytes);
-        EXPECT_THROW(panel.driver().start(program), std::runtime_error) << &change - changes.data();
+        panel.write(changedProgram, file.bytes);
+        EXPECT_THROW(panel.driver().start(changedProgram), std::runtime_error) << &change - changes.data();
     }
-    panel.write(program, File().bytes);
-    EXPECT_NO_THROW(panel.driver().start(program)); // unchanged it is one
+    panel.write(changedProgram, File().bytes);
+    EXPECT_NO_THROW(panel.driver().start(changedProgram)); // unchanged it is one
 }

@@ -246,6 +246,7 @@ TEST_F(PanelCommand, MakesAPanelOfAReport) {
         {"rm -r panel/fs/Windows; tar -xzf r.tar.gz panel/registry; tar -czf b panel", "no folder fs/Windows"},
         {"tar -xzf r.tar.gz; ln panel/devices/tags.json panel/link; tar -czf b panel", "\"panel/"},
         {"rm panel/link; sed -i s/640/0/ panel/devices/panel.json; tar -czf b panel", "not possible: 0"},
+        {"tar -czf b --label=panel -T /dev/null", "it is empty"},
         {"rm b; mkfifo b", "no such file"},
     };
     for (const auto& row : rows) {
@@ -255,6 +256,11 @@ TEST_F(PanelCommand, MakesAPanelOfAReport) {
     }
     before.clear();
     fails("create q/r --from b", "no such file");
+    fs::create_symlink("nothing", directory / "hollow");
+    for (const char* place : {"hollow", "hollow/r"})
+        fails(std::string("create ") + place, "cannot create a panel in hollow");
+    EXPECT_TRUE(fs::is_symlink(directory / "hollow"));
+    EXPECT_NE(call("report /dev/full").text.find("No space left"), std::string::npos);
     isMisused("create q --from ''", "report");
 
     fs::create_directory(directory / "tmp");

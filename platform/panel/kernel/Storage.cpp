@@ -127,8 +127,12 @@ bool beforeWrite(const Image& image, Slot file, int hostFile, std::uint64_t byte
     }
     const off_t offset = lseek(hostFile, 0, SEEK_CUR);
     const Range range{static_cast<std::uint64_t>(offset), bytes};
-    return host::appendToFile(folder / std::to_string(file), {reinterpret_cast<const char*>(&range), sizeof range}) !=
-           0;
+    const fs::path own = folder / std::to_string(file);
+    if (host::appendToFile(own, {reinterpret_cast<const char*>(&range), sizeof range}) != 0)
+        return true;
+    if (fs::exists(own)) // perhaps with a part of the range
+        fs::resize_file(own, fs::file_size(own) / sizeof range * sizeof range);
+    return false;
 } catch (const std::exception&) {
     return false;
 }
@@ -200,7 +204,8 @@ void cutPower(const fs::path& root, std::uint32_t sectors, bool copied) {
             continue;
         if (!fs::is_regular_file(committed) || lstat(file.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
             continue;
-        if (!copied && (folder.path().filename() != identity(status.st_dev, status.st_ino) || !isByPanel(status)))
+        const bool same = folder.path().filename() == identity(status.st_dev, status.st_ino); // not in a copy
+        if (same ? !isByPanel(status) : !copied)
             continue;
         if (sectors) {
             std::string content = read(committed);
