@@ -1,4 +1,6 @@
 // Events, mutexes, critical sections, waits and handles, as the platform documents them.
+#include "platform/panel/Runtime.h"
+#include "platform/panel/kernel/Host.h"
 #include "tests/support/TestPanel.h"
 
 #include <gtest/gtest.h>
@@ -7,6 +9,8 @@
 #include <algorithm>
 #include <set>
 #include <string>
+#include <thread>
+#include <unistd.h>
 #include <vector>
 
 using namespace testing_panel;
@@ -47,6 +51,41 @@ TEST(Events, SmallestSignalledIndexWins) {
     EXPECT_EQ(WaitForMultipleObjects(3, events, FALSE, 5), WAIT_TIMEOUT);
     EXPECT_EQ(WaitForMultipleObjects(3, events, TRUE, 5), WAIT_FAILED); // wait-all is refused
     EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+}
+
+// A killed thread may still sleep on the host when another thread has got its record.
+TEST(Events, ASetReachesAThreadBehindASleeperThatHadItsRecord) {
+    static HANDLE events[2];
+    for (HANDLE& event : events)
+        event = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    const auto wait = [](LPVOID) -> DWORD {
+        for (const HANDLE event : events)
+            WaitForSingleObject(event, INFINITE);
+        return 0;
+    };
+    DWORD id = 0;
+    const HANDLE thread = CreateThread(nullptr, 0, wait, nullptr, 0, &id);
+    advance(0);
+    panel::Image& image = panel::Runtime::instance().image();
+    auto& record = *std::find_if(std::begin(image.threads), std::end(image.threads),
+                                 [id](const panel::ThreadRecord& each) { return each.id == id; });
+    std::atomic<int> sleeper = 0;
+    std::thread other([&] {
+        const std::uint32_t seen = record.word;
+        sleeper = gettid();
+        panel::host::futexWait(record.word, seen, panel::host::noLimit);
+    });
+    const auto sleeps = [&] {
+        return readText("/proc/self/task/" + std::to_string(sleeper) + "/stat").find(") S ") != std::string::npos;
+    };
+    while (sleeper == 0 || !sleeps())
+        std::this_thread::yield();
+    for (const HANDLE event : events) {
+        EventModify(event, EVENT_SET);
+        advance(0);
+    }
+    EXPECT_EQ(WaitForSingleObject(thread, INFINITE), WAIT_OBJECT_0);
+    other.join();
 }
 
 TEST(Events, ASetReleasesOneWaiterFirstComeFirstServed) {

@@ -8,6 +8,7 @@
 #include "platform/panel/kernel/Scheduler.h"
 
 #include <algorithm>
+#include <climits>
 #include <csignal>
 #include <unistd.h>
 
@@ -174,7 +175,7 @@ void letRun(Image& image, Slot slot) {
     if (process.mainThread)
         scheduler::startsRunning(image, process.mainThread);
     process.released.store(1, std::memory_order_release);
-    host::futexWake(process.released);
+    host::futexWake(process.released, INT_MAX); // as for threads
 }
 
 void letStartedRun(Image& image, Slot starter) {

@@ -5,6 +5,7 @@
 #include "platform/panel/kernel/Objects.h"
 
 #include <algorithm>
+#include <climits>
 
 namespace panel::scheduler {
 
@@ -33,7 +34,7 @@ bool aDriverWaits(Image& image) {
 void wake(ThreadRecord& thread) {
     if (thread.wakeDue.exchange(0, std::memory_order_relaxed)) {
         thread.word.fetch_add(1, std::memory_order_release);
-        host::futexWake(thread.word);
+        host::futexWake(thread.word, INT_MAX); // a killed thread that had this record may not be quite dead
     }
 }
 
