@@ -103,8 +103,9 @@ void addCreate(CLI::App& app) {
                      "Make the panel of this report (panel report), as it was then; no other option goes with it")
         ->type_name("FILE");
     command->add_flag("--json", options->json, "Answer in JSON");
-    command->footer("\nThe registry of somebody else's panel can start any program on this machine, as you. Before you boot "
-                    "it, look at\npanel registry list \"HKLM\\init\", or use panel boot --without-init.\n");
+    command->footer(
+        "\nThe registry of somebody else's panel can start any program on this machine, as you. Before you boot "
+        "it, look at\npanel registry list \"HKLM\\init\", or use panel boot --without-init.\n");
     command->callback([options, command] {
         if (command->count("--from") && options->from.empty())
             throw Misuse("\"\" is not a report");
