@@ -138,5 +138,5 @@ void MouseHook::addObserver(MouseHookObserver* observer) {
 
 void MouseHook::removeObserver(MouseHookObserver* observer) {
     observers->remove(observer);
-    observers->waitForCalls(observer, hook == nullptr ? REMOVAL_LIMIT : REMOVAL_LIMIT_WHILE_HOOKED);
+    observers->waitForVisits(observer, hook == nullptr ? REMOVAL_LIMIT : REMOVAL_LIMIT_WHILE_HOOKED);
 }

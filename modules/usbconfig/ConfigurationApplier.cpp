@@ -66,7 +66,8 @@ ConfigurationApplier::~ConfigurationApplier() {
 }
 
 void ConfigurationApplier::onDeviceEvent(const USBDeviceEvent& event) {
-    // From here on nothing of the object is used.
+    // From here on nothing of the object is used, so the helper's end can delete it while a command runs.
+    observed->leaveObserver();
     logEvent(event);
     if (!isDisk(event.volumeName)) {
         return;

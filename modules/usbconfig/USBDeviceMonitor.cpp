@@ -4,6 +4,12 @@
 #include "modules/usbconfig/MountedVolumes.h"
 #include "modules/usbconfig/UsbDeviceException.h"
 
+namespace {
+
+constexpr DWORD REMOVAL_LIMIT = 20000; // ms
+
+} // namespace
+
 USBDeviceMonitor::USBDeviceMonitor()
     : MonitorThread([](MonitorThread& self) { return static_cast<USBDeviceMonitor&>(self).watch(); },
                     [](const wchar_t* message) { throw UsbDeviceException(message); }, Handles::LeaveOpen) {
@@ -17,6 +23,11 @@ void USBDeviceMonitor::addObserver(USBDeviceMonitorObserver* observer) {
 
 void USBDeviceMonitor::removeObserver(USBDeviceMonitorObserver* observer) {
     observers.remove(observer);
+    observers.waitForVisits(observer, REMOVAL_LIMIT);
+}
+
+void USBDeviceMonitor::leaveObserver() {
+    visit->end();
 }
 
 DWORD USBDeviceMonitor::watch() {
@@ -60,5 +71,8 @@ void USBDeviceMonitor::readMessage() {
 }
 
 void USBDeviceMonitor::notify(const USBDeviceEvent& event) {
-    observers.notify([&](USBDeviceMonitorObserver& observer) { observer.onDeviceEvent(event); });
+    observers.notify([&](USBDeviceMonitorObserver& observer, Observers::Visit& current) {
+        visit = &current;
+        observer.onDeviceEvent(event);
+    });
 }

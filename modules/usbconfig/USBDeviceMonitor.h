@@ -14,8 +14,7 @@
 // device is ready, up to five minutes, and then reports each mounted partition. A device that does not become ready, or
 // has no mounted partition, is not reported.
 //
-// Add observers before `start`. An observer may be removed at any time. If the thread is calling the observer at that
-// moment, the call continues (ObserverList).
+// Add observers before `start`. An observer may be removed and deleted at any time, even while the thread calls it.
 //
 // The monitor can be started only once. `stop` lets the thread first handle all notifications that are already in the
 // queue.
@@ -34,14 +33,20 @@ public:
 
     // Adds an observer, which is not owned.
     void addObserver(USBDeviceMonitorObserver* observer);
-    // Removes all registrations of an observer.
+    // Removes all registrations of an observer. If the thread is calling the observer, waits until the call has ended
+    // or has left the observer, at most about 20000 ms. Then the observer can be deleted.
     void removeObserver(USBDeviceMonitorObserver* observer);
+    // An observer calls this during its notification, after the last use of itself.
+    void leaveObserver();
 
 private:
     DWORD watch();
     void readMessage();
     void notify(const USBDeviceEvent& event);
 
-    ObserverList<USBDeviceMonitorObserver> observers;
+    using Observers = ObserverList<USBDeviceMonitorObserver>;
+
+    Observers observers;
+    Observers::Visit* visit = nullptr; // of the notification in progress; only the monitor's thread uses it
     DeviceNotifications notifications; // after an exception in the thread its handles stay open
 };

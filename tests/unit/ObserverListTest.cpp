@@ -49,7 +49,7 @@ TEST(ObserverList, CallsInOrderWhoIsThere) {
     b.action = [] { throw 1; };
     EXPECT_THROW(notification(), int);
     list.remove(&b);
-    list.waitForCalls(&b, 1000);
+    list.waitForVisits(&b, 1000);
     EXPECT_EQ(GetTickCount(), 0U) << "what was thrown has ended the notification";
 }
 
@@ -61,7 +61,7 @@ TEST(ObserverList, WaitsForCallsOfTheRemovedOneAlone) {
     const auto removal = [&](Observer& observer) {
         const DWORD begun = GetTickCount();
         list.remove(&observer);
-        list.waitForCalls(&observer, 20000);
+        list.waitForVisits(&observer, 20000);
         return GetTickCount() - begun;
     };
     list.add(&hung);
@@ -76,6 +76,15 @@ TEST(ObserverList, WaitsForCallsOfTheRemovedOneAlone) {
     OtherThread second(notify);
     advance(1000);
     EXPECT_EQ(removal(busy), 4000U) << "not the second registration";
+    list.add(&hung);
+    OtherThread third([&] {
+        list.notify([](Observer& observer, ObserverList<Observer>::Visit& visit) {
+            visit.end();
+            observer.action();
+        });
+    });
+    advance(1);
+    EXPECT_EQ(removal(hung), 0U) << "left by its call";
 }
 
 // What the thread sanitizer looks at.
@@ -106,7 +115,7 @@ TEST(ObserverList, LosesObserversWhileTheyAreNotified) {
         advance(1);
         for (auto& each : observers) {
             list.remove(each.get());
-            list.waitForCalls(each.get(), 20000);
+            list.waitForVisits(each.get(), 20000);
             each.reset();
         }
     }

@@ -62,3 +62,29 @@ TEST(USBDeviceMonitor, TellsOfVolumesAndOfDevicesThatGo) {
     EXPECT_EQ(recorder.events,
               (Events{L"0 DSK1: \\Hard Disk", L"0 DSK1: \\USB Disk", L"0 DSK3: \\\u00C4", L"1 DSK1: "}));
 }
+
+TEST(USBDeviceMonitor, RemovesAnObserverThatItCalls) {
+    struct Busy : USBDeviceMonitorObserver {
+        void onDeviceEvent(const USBDeviceEvent&) override {
+            if (monitor != nullptr) {
+                monitor->leaveObserver();
+            }
+            Sleep(3995);
+        }
+        USBDeviceMonitor* monitor = nullptr;
+    };
+    for (const bool leaves : {false, true}) {
+        USBDeviceMonitor monitor;
+        Busy busy;
+        busy.monitor = leaves ? &monitor : nullptr;
+        monitor.addObserver(&busy);
+        monitor.start();
+        const std::string device = plug({"Hard Disk"});
+        pass(1000);
+        const DWORD begun = GetTickCount();
+        monitor.removeObserver(&busy);
+        EXPECT_EQ(GetTickCount() - begun, leaves ? 0U : 3500U);
+        monitor.stop();
+        unplug(device);
+    }
+}
