@@ -12,10 +12,8 @@
 
 #include <cstring>
 #include <cwchar>
-#include <iterator>
 #include <utf8.h>
 
-#define DISK L"\\Hard Disk"
 #define LOG_FILE INSTALLATION L"\\helper_log0.txt"
 
 CRITICAL_SECTION creation, loop, dispatch;
@@ -283,26 +281,6 @@ DWORD WINAPI click(LPVOID) {
         DeviceIoControl(buzzer, 0x01012EF4, request, sizeof request, nullptr, 0, &returned, nullptr);
     }
     return 0;
-}
-
-// ---- copying
-
-extern "C" [[gnu::noinline]] void leastCopy() {
-    wchar_t from[MAX_PATH] = DISK L"\\Tarvex\\";
-    wchar_t to[MAX_PATH] = INSTALLATION L"\\";
-    constexpr std::size_t fromLength = std::size(DISK L"\\Tarvex\\") - 1;
-    constexpr std::size_t toLength = std::size(INSTALLATION L"\\") - 1;
-    WIN32_FIND_DATAW found;
-    const HANDLE search = FindFirstFileW(DISK L"\\Tarvex\\*", &found);
-    CreateDirectoryW(INSTALLATION, nullptr);
-    do {
-        const std::size_t size = std::wcslen(found.cFileName) + 1;
-        std::wmemcpy(from + fromLength, found.cFileName, size);
-        std::wmemcpy(to + toLength, found.cFileName, size);
-        if (GetFileAttributesW(to) == INVALID_FILE_ATTRIBUTES)
-            CopyFileW(from, to, TRUE);
-    } while (FindNextFileW(search, &found));
-    FindClose(search);
 }
 
 // ---- window

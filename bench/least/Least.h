@@ -5,6 +5,7 @@
 
 #include <tinyxml2.h>
 
+#define DISK L"\\Hard Disk"
 #define INSTALLATION L"\\MMCMemory\\Tarvex"
 
 inline constexpr DWORD SHARED = FILE_SHARE_READ | FILE_SHARE_WRITE;
@@ -28,3 +29,5 @@ void run(HANDLE loopDone);
 
 // The start of the installed helper, without settings and eMMC statistics.
 void start();
+// Copies the folder of the disk.
+extern "C" void leastCopy();
