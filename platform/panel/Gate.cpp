@@ -3,7 +3,7 @@
 #include "platform/panel/Text.h"
 #include "platform/panel/Trace.h"
 #include "platform/panel/kernel/Clock.h"
-#include "platform/panel/kernel/Host.h"
+#include "platform/panel/kernel/Power.h"
 #include "platform/panel/kernel/Processes.h"
 #include "platform/panel/kernel/Scheduler.h"
 #include "platform/panel/kernel/Storage.h"
@@ -100,10 +100,9 @@ void Gate::applyFaults() {
         if (fault.action != FaultAction::hold || !isMeant(fault) || scheduler::at(panel, slot()).driver)
             continue;
         ++fault.hits;
-        while (isMeant(fault) && fault.action == FaultAction::hold) {
-            scheduler::at(panel, slot()).waitKind = WaitKind::held;
-            block(lock, panel, slot(), never);
-        }
+        scheduler::at(panel, slot()).waitKind = WaitKind::held;
+        block(lock, panel, slot(), never);
+        break; // the release has removed all faults that hold; one that was added since then is for later calls
     }
     for (FaultRecord& fault : panel.faults) {
         if (fault.action == FaultAction::hold || !isMeant(fault))
@@ -125,20 +124,17 @@ void Gate::applyFaults() {
 
 void Gate::cutPower(Lock& lock, std::uint32_t sectors) {
     Image& panel = runtime.image();
-    processes::noticeDead(panel); // a program that has ended before has closed its files
-    try {
-        storage::cutPower(runtime.directory(), panel.storage == StoragePolicy::torn ? sectors : 0);
-    } catch (const std::exception&) {
-        // The host is full. The next boot tries again.
-    }
-    host::appendToFile(runtime.directory() + "/run/end", "fault at " + processes::name(panel, runtime.processRecord()) +
-                                                             " t" + std::to_string(thread.number) + ' ' + call.text());
-    panel.on = 0;
-    processes::killAll(panel);
-    scheduler::step(panel); // a driver that waits for time sees the power cut
+    const std::string where = processes::name(panel, runtime.processRecord()) + " t" + std::to_string(thread.number);
+    power::off(panel, runtime.directory(), "fault at " + where + ' ' + call.text(), [&] {
+        try {
+            storage::cutPower(runtime.directory(), panel.storage == StoragePolicy::torn ? sectors : 0);
+        } catch (const std::exception&) {
+            // The host is full. The next boot tries again.
+        }
+    });
     lock.release();
     scheduler::deliverWakes(panel);
-    raise(SIGKILL); // killAll spares the calling process: it must release the lock first
+    raise(SIGKILL); // power::off spares the calling process: it must release the lock first
     std::abort();
 }
 

@@ -6,6 +6,7 @@
 #include "platform/panel/kernel/Activity.h"
 #include "platform/panel/kernel/Clock.h"
 #include "platform/panel/kernel/Host.h"
+#include "platform/panel/kernel/Power.h"
 #include "platform/panel/kernel/Processes.h"
 #include "platform/panel/kernel/Soundness.h"
 #include "platform/panel/kernel/Storage.h"
@@ -273,10 +274,8 @@ void Panel::stop(std::optional<std::uint32_t> sectors) {
             keep("the next boot repeats the power cut", [&] { storage::cutPower(root, torn ? *sectors : 0); });
         else
             keep("files may lose data at the next boot", [&] { storage::commitAll(root); });
-        std::error_code none;
-        fs::remove(root / "run/end", none); // of an attempt before
-        host::appendToFile((root / "run/end").string(), sectors ? "panel cut" : "panel off");
     };
+    const char* const why = sectors ? "panel cut" : "panel off";
     try {
         image = mapImage(kernelFile(root), false);
     } catch (const std::runtime_error&) {
@@ -288,22 +287,19 @@ void Panel::stop(std::optional<std::uint32_t> sectors) {
         Lock lock(*image, lockPatience);
         sound = lock.isHeld() && isSound(*image);
         if (sound) {
-            processes::noticeDead(*image); // a program that has ended before has closed its files
-            settleFiles();
-            image->on = 0;
-            processes::killAll(*image);
-            date = clock::date(*image);
-            scheduler::step(*image); // a driver that waits for time sees that the panel is off
+            date = clock::date(*image); // afterwards time may go on
+            power::off(*image, root, why, settleFiles);
         } else {
             processes::killOnHost(*image);
         }
     }
-    if (sound)
+    if (sound) {
         scheduler::deliverWakes(*image);
-    else
+    } else {
         fs::remove_all(kernelFile(root));
-    if (!sound)
         settleFiles();
+        power::note(root, why);
+    }
     if (image)
         unmapImage(image);
     // The panel is off from here on.

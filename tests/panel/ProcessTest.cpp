@@ -210,9 +210,11 @@ TEST(Faults, HitTheCallAskedForAndOthersNot) {
     EXPECT_EQ(driver().faults().at(0).hits, 1U);
     driver().addFault({"EventModify", "Actor.exe", 0, 1, 2}); // applies when the call goes on
     driver().releaseCalls();
+    driver().addFault({"EventModify", "Actor.exe", 0, 1, 2, false, panel::FaultAction::hold}); // too late for this call
     EXPECT_EQ(driver().waitForExit(held, 60000), 0U);
     EXPECT_EQ(signals(), 1U);
-    EXPECT_EQ(driver().faults().at(0).hits, 1U);
+    EXPECT_EQ(driver().faults().at(0).hits, 0U);
+    EXPECT_EQ(driver().faults().at(1).hits, 1U);
     EXPECT_THROW(driver().addFault({"Sleep", ""}), std::runtime_error);
     EXPECT_THROW(driver().addFault({"Slep", ""}), std::runtime_error);
 }
