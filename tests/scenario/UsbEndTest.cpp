@@ -70,6 +70,30 @@ TEST_F(UsbConfiguration, HearsOfItsEndAfterAllDisksThatHaveCome) {
     }
 }
 
+// Not for the sanitizers, which report the use.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST_F(UsbConfiguration, UsesAnObjectThatIsGoneIfItGoesOnWhileTheProcessExits) {
+    std::uint32_t closing = 0; // of the log: the last call of the main thread
+    for (const bool held : {false, true}) {
+        ScenarioPanel another;
+        setUp(another);
+        another.driver().setTracing(true);
+        if (held)
+            another.driver().addFault(
+                {"CloseHandle", "TarvexHelper.exe", 1, 1, closing, false, panel::FaultAction::hold});
+        another.startInPlace();
+        another.panel().plug(
+            {{partition("Hard Disk", document(command("sleep 25000", true) + command("exit 2", true)))}});
+        another.driver().advance(1000);
+        EXPECT_EQ(endHelper(another), held ? 0xC0000005 : 1U);
+        EXPECT_EQ(another.driver().status().time, held ? 25500U : 21000U);
+        for (const TracedCall& call : another.calls("CloseHandle"))
+            if (call.thread == 1)
+                closing = call.number;
+    }
+}
+#endif
+
 TEST_F(UsbConfiguration, LivesOnWithoutItsThread) {
     struct {
         const char* function;
