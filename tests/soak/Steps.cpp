@@ -35,7 +35,7 @@ Step passes(Random& random) {
 Step touches(Random& random) {
     using Kind = panel::Touch::Kind;
     constexpr Kind kinds[] = {Kind::tap, Kind::tap, Kind::press, Kind::release, Kind::move};
-    const panel::Touch touch{random.of(kinds), random.once(4), -1, -1, Life::answerLimit};
+    const panel::Touch touch{random.of(kinds), random.once(4), -1, -1, answerLimit};
     return {words("touch", static_cast<int>(touch.kind), touch.right), [=](Life&) { panel::touch(touch); }};
 }
 
@@ -47,6 +47,13 @@ Step user(Random& random) {
             }};
 }
 
+struct Message {
+    std::string name;
+    std::uint32_t code;
+    std::int64_t argument;
+    bool posted;
+};
+
 Step messages(Random& random) {
     constexpr const char* names[] = {"ORVATarvexScreenSaverMsg",
                                      "ORVATarvexScreenSaverMsg",
@@ -55,20 +62,27 @@ Step messages(Random& random) {
                                      "ORVATarvexMsg",
                                      "ORVAOtherMsg",
                                      "0x8123"};
-    constexpr std::int64_t arguments[] = {-1, 0, 0, 1, 1, 32, 255, 256, 60000, 0x7FFFFFFF};
-    const std::string name = random.of(names);
-    const std::uint32_t code = (name == "ORVATarvexMsg" ? 2 : 0) + random.below(7);
-    const std::int64_t argument = random.of(arguments);
-    const bool posted = random.once(4);
-    return {words(posted ? "post" : "send", name, code, argument),
-            [=](Life& life) { life.tell(name, code, argument, posted); }};
+    constexpr std::int64_t arguments[] = {-1, 0, 0, 0, 1, 1, 32, 255, 256, 60000, 0x7FFFFFFF};
+    std::vector<Message> list(1 + random.below(8));
+    std::string text;
+    for (Message& each : list) {
+        each.name = random.of(names);
+        each.code = (each.name == "ORVATarvexMsg" ? 2 : 0) + random.below(7);
+        each.argument = random.of(arguments);
+        each.posted = random.once(4);
+        text += words(each.posted ? "post" : "send", each.name, each.code, each.argument);
+    }
+    return {text, [=](Life& life) {
+                for (const Message& each : list)
+                    life.tell(each.name, each.code, each.argument, each.posted);
+            }};
 }
 
 Step chatter(Random& random) {
     const std::uint32_t count = 100 + random.below(900);
     return {words("send", count, "messages"), [=](Life& life) {
                 for (std::uint32_t sent = 0; sent < count && life.panel.loopRuns(); ++sent)
-                    if (!life.panel.send("ORVATarvexMsg", 99, 0, Life::answerLimit))
+                    if (!life.panel.send("ORVATarvexMsg", 99, 0, answerLimit))
                         break;
             }};
 }
@@ -149,6 +163,35 @@ Step unplugs(Random& random) {
             }};
 }
 
+// The same again and again, which costs nothing that stays.
+Step rounds(Random& random) {
+    const std::uint32_t what = random.below(4);
+    return {words("rounds", what), [=](Life& life) {
+                life.panel.pass(3600000); // until all disks are done
+                if (!life.isUndisturbed())
+                    return;
+                const char* const saver = "ORVATarvexScreenSaverMsg";
+                life.repeat(what == 0 ? 20 : 200, [&] {
+                    if (what == 0) {
+                        const FreshFolder disk;
+                        writeText(disk.path / "Tarvex.xml", document(command("exit 3", true)));
+                        life.plug({{{disk.path, "Hard Disk9"}}});
+                        life.panel.pass(1000);
+                        life.unplugAll();
+                    } else if (what == 1) {
+                        panel::touch({panel::Touch::Kind::tap, false, -1, -1, answerLimit});
+                    } else if (what == 2) {
+                        life.tell(saver, 1, 0, false);
+                        life.tell("ORVATarvexBuzzerMsg", 2, 0, false);
+                    } else {
+                        for (const std::int64_t on : {0, 1})
+                            for (const std::uint32_t code : {2, 5, 4})
+                                life.tell(saver, code, on, false);
+                    }
+                });
+            }};
+}
+
 Step settings(Random& random) {
     constexpr int timeouts[] = {0, 1000, 60000, 300000, -1};
     constexpr int levels[] = {0, 1, 32, 255, 300};
@@ -203,6 +246,7 @@ Step stepOf(std::uint64_t seed, std::uint32_t number) {
                             {8, user},
                             {24, messages},
                             {2, chatter},
+                            {2, rounds},
                             {18, starts},
                             {12, faults},
                             {6, boots},
