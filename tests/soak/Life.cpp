@@ -67,7 +67,8 @@ void Life::rest() {
     repeat(1, [this] { panel.pass(halfADay); });
 }
 
-void Life::repeat(std::uint32_t rounds, const std::function<void()>& round) {
+std::optional<std::uint32_t> Life::repeat(std::uint32_t rounds, const std::function<void()>& round) {
+    std::optional<std::uint32_t> sum;
     Use before;
     std::size_t memoryBefore = 0;
     for (const bool second : {false, true}) {
@@ -79,6 +80,7 @@ void Life::repeat(std::uint32_t rounds, const std::function<void()>& round) {
         const std::size_t memory = conditions.helper() ? ownMemory(conditions.helper()->hostPid) : 0;
         const std::uint32_t programs = now.programs - before.programs;
         if (second && conditions.helper() && now.process == before.process && !conditions.disturbed) {
+            sum = programs;
             require(memory <= memoryBefore + memoryOfRounds + programs * memoryOfProgram / 1024,
                     "the same again costs memory: " + std::to_string(memory) + " KB after " +
                         std::to_string(memoryBefore));
@@ -89,6 +91,7 @@ void Life::repeat(std::uint32_t rounds, const std::function<void()>& round) {
         before = now;
         memoryBefore = memory;
     }
+    return sum;
 }
 
 void Life::tell(const std::string& message, std::uint64_t code, std::int64_t argument, bool posted) {
@@ -184,6 +187,11 @@ void Life::configure(const std::string& content, bool good) {
     conditions.tampered |= !good;
     panel.write(settingsPath, content);
     panel.write("\\MMCMemory\\_rm_old.exe", "left behind");
+}
+
+void Life::unregister(const char* key, const char* value) {
+    conditions.tampered = true;
+    panel.panel().changeRegistry([=](auto& tree) { tree.make(key)->removeValue(value); }, true);
 }
 
 void Life::add(panel::Fault fault, std::uint32_t draw, bool fresh, bool fromDisk) {

@@ -16,8 +16,9 @@ public:
 
     // What is impossible at the moment does nothing.
     void rest(); // half a day without events, twice
-    // Takes a round so many times, twice: the second half costs nothing but two handles of each program.
-    void repeat(std::uint32_t rounds, const std::function<void()>& round);
+    // Takes a round so many times, twice: the second half costs nothing but two handles of each program. Returns how
+    // many programs the second half has started; empty: the helper was disturbed.
+    std::optional<std::uint32_t> repeat(std::uint32_t rounds, const std::function<void()>& round);
     void tell(const std::string& message, std::uint64_t code, std::int64_t argument, bool posted);
     bool isIdle(); // no helper runs
     bool isUndisturbed(); // a helper runs, and each of its calls does what it should
@@ -28,6 +29,7 @@ public:
     void plug(const panel::Disk& disk);
     void unplugAll();
     void configure(const std::string& content, bool good);
+    void unregister(const char* key, const char* value);
     // Adds a fault. `draw` chooses its call: a call of an undisturbed start and end (`fromDisk`: of an installation) if
     // no helper runs or `fresh` says that it has just been started; else one of the next calls that the helper repeats.
     void add(panel::Fault fault, std::uint32_t draw, bool fresh, bool fromDisk = false);

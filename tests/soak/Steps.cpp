@@ -165,13 +165,14 @@ Step unplugs(Random& random) {
 
 // The same again and again, which costs nothing that stays.
 Step rounds(Random& random) {
+    constexpr std::uint32_t counts[] = {20, 200, 200, 50};
     const std::uint32_t what = random.below(4);
     return {words("rounds", what), [=](Life& life) {
                 life.panel.pass(3600000); // until all disks are done
                 if (!life.isUndisturbed())
                     return;
                 const char* const saver = "ORVATarvexScreenSaverMsg";
-                life.repeat(what == 0 ? 20 : 200, [&] {
+                const auto programs = life.repeat(counts[what], [&] {
                     if (what == 0) {
                         const FreshFolder disk;
                         writeText(disk.path / "Tarvex.xml", document(command("exit 3", true)));
@@ -189,6 +190,7 @@ Step rounds(Random& random) {
                                 life.tell(saver, code, on, false);
                     }
                 });
+                require(what != 0 || programs.value_or(counts[what]) == counts[what], "a disk starts no program");
             }};
 }
 
@@ -219,6 +221,15 @@ Step configuration(Random& random) {
             [=](Life& life) { life.configure(good ? content : content.substr(0, 99), good); }};
 }
 
+Step registration(Random& random) {
+    constexpr std::pair<const char*, const char*> values[] = {{"HKEY_LOCAL_MACHINE\\init", "Launch61"},
+                                                              {"HKEY_LOCAL_MACHINE\\init", "Depend61"},
+                                                              {"HKEY_CLASSES_ROOT\\.osr", ""},
+                                                              {"HKEY_CLASSES_ROOT\\osrfile\\shell\\open\\command", ""}};
+    const auto [key, value] = random.of(values);
+    return {words("remove", key, value), [key = key, value = value](Life& life) { life.unregister(key, value); }};
+}
+
 Step devices(Random& random) {
     constexpr const char* names[] = {"BKL1", "BZR1", "SHC1", "tags", "PowerManager"};
     constexpr Behaviour behaviours[] = {
@@ -246,7 +257,7 @@ Step stepOf(std::uint64_t seed, std::uint32_t number) {
                             {8, user},
                             {24, messages},
                             {2, chatter},
-                            {2, rounds},
+                            {1, rounds},
                             {18, starts},
                             {12, faults},
                             {6, boots},
@@ -256,6 +267,7 @@ Step stepOf(std::uint64_t seed, std::uint32_t number) {
                             {8, devices},
                             {5, counts},
                             {1, configuration},
+                            {2, registration},
                             plain(1, "rest for a day", &Life::rest),
                             plain(4, "end", &Life::end),
                             plain(1, "kill", &Life::kill),
