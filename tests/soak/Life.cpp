@@ -11,7 +11,6 @@ namespace {
 
 constexpr const char* onDisk = "\\Hard Disk\\Tarvex\\TarvexHelper.exe";
 constexpr std::uint64_t halfADay = 43200000; // ms
-constexpr std::size_t memoryOfRounds = 8; // KB
 constexpr std::size_t memoryOfProgram = 300; // bytes
 
 // The answers that a command may have, as digits.
@@ -64,32 +63,32 @@ void Life::check() {
 }
 
 void Life::rest() {
-    repeat(1, [this] { panel.pass(halfADay); });
+    repeat(1, 8, [this] { panel.pass(halfADay); });
 }
 
-std::optional<std::uint32_t> Life::repeat(std::uint32_t rounds, const std::function<void()>& round) {
+std::optional<std::uint32_t> Life::repeat(std::uint32_t rounds, std::size_t memory,
+                                          const std::function<void()>& round) {
     std::optional<std::uint32_t> sum;
     Use before;
-    std::size_t memoryBefore = 0;
+    std::size_t usedBefore = 0;
     for (const bool second : {false, true}) {
         for (std::uint32_t taken = 0; taken < rounds; ++taken)
             round();
         panel.driver().settle();
         conditions.look();
         const Use now = invariants.use();
-        const std::size_t memory = conditions.helper() ? ownMemory(conditions.helper()->hostPid) : 0;
+        const std::size_t used = conditions.helper() ? ownMemory(conditions.helper()->hostPid) : 0;
         const std::uint32_t programs = now.programs - before.programs;
         if (second && conditions.helper() && now.process == before.process && !conditions.disturbed) {
             sum = programs;
-            require(memory <= memoryBefore + memoryOfRounds + programs * memoryOfProgram / 1024,
-                    "the same again costs memory: " + std::to_string(memory) + " KB after " +
-                        std::to_string(memoryBefore));
+            require(used <= usedBefore + memory + programs * memoryOfProgram / 1024,
+                    "the same again costs memory: " + std::to_string(used) + " KB after " + std::to_string(usedBefore));
             require(conditions.hindered ||
                         (now.handles == before.handles + 2 * programs && now.threads == before.threads),
                     "the same again costs handles or threads");
         }
         before = now;
-        memoryBefore = memory;
+        usedBefore = used;
     }
     return sum;
 }

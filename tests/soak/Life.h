@@ -16,9 +16,9 @@ public:
 
     // What is impossible at the moment does nothing.
     void rest(); // half a day without events, twice
-    // Takes a round so many times, twice: the second half costs nothing but two handles of each program. Returns how
-    // many programs the second half has started; empty: the helper was disturbed.
-    std::optional<std::uint32_t> repeat(std::uint32_t rounds, const std::function<void()>& round);
+    // Takes a round so many times, twice: the second half costs nothing but so many KB and two handles of each program.
+    // Returns how many programs the second half has started; empty: the helper was disturbed.
+    std::optional<std::uint32_t> repeat(std::uint32_t rounds, std::size_t memory, const std::function<void()>& round);
     void tell(const std::string& message, std::uint64_t code, std::int64_t argument, bool posted);
     bool isIdle(); // no helper runs
     bool isUndisturbed(); // a helper runs, and each of its calls does what it should

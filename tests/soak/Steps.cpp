@@ -172,7 +172,8 @@ Step rounds(Random& random) {
                 if (!life.isUndisturbed())
                     return;
                 const char* const saver = "ORVATarvexScreenSaverMsg";
-                const auto programs = life.repeat(counts[what], [&] {
+                // Each screen saver has a thread, whose stack may touch further pages.
+                const auto programs = life.repeat(counts[what], what == 3 ? 24 : 8, [&] {
                     if (what == 0) {
                         const FreshFolder disk;
                         writeText(disk.path / "Tarvex.xml", document(command("exit 3", true)));
