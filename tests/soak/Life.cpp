@@ -198,10 +198,14 @@ void Life::add(panel::Fault fault, std::uint32_t draw, bool fresh, bool fromDisk
     std::set<Place> calls = fromDisk ? installed : started;
     if (conditions.helper() && !fresh && conditions.rested)
         calls = nextPlaces(panel, *conditions.helper(), conditions.rested);
+    if (!fault.function.empty())
+        std::erase_if(calls, [&](const Place& each) { return std::get<1>(each) != fault.function; });
     if (calls.empty() || panel.driver().faults().size() >= 8)
         return;
+    const std::uint32_t later = fault.call - 1;
     std::tie(fault.thread, fault.function, fault.call) =
         *std::next(calls.begin(), static_cast<std::ptrdiff_t>(draw % calls.size()));
+    fault.call += later;
     // These are repeated at once, so they would never come to rest.
     fault.ever &= !fault.function.starts_with("WaitFor") && fault.function != "ReadMsgQueue";
     if (fault.function == "CreateMsgQueue")

@@ -30,8 +30,9 @@ public:
     void unplugAll();
     void configure(const std::string& content, bool good);
     void unregister(const char* key, const char* value);
-    // Adds a fault. `draw` chooses its call: a call of an undisturbed start and end (`fromDisk`: of an installation) if
-    // no helper runs or `fresh` says that it has just been started; else one of the next calls that the helper repeats.
+    // Adds a fault, at any function or at that of the fault; its call counts from the next one. `draw` chooses that: a
+    // call of an undisturbed start and end (`fromDisk`: of an installation) if no helper runs or `fresh` says that it
+    // has just been started; else one of the next calls that the helper repeats.
     void add(panel::Fault fault, std::uint32_t draw, bool fresh, bool fromDisk = false);
     void calm(); // neither a fault nor a device that does not answer
     void bootCleanly(); // everything in order, and a clean boot: the panel comes to the state of the undisturbed start

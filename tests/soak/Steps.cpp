@@ -78,9 +78,19 @@ Step messages(Random& random) {
             }};
 }
 
+// Fills the log. Its calls may fail.
 Step chatter(Random& random) {
-    const std::uint32_t count = 100 + random.below(900);
-    return {words("send", count, "messages"), [=](Life& life) {
+    constexpr const char* functions[] = {"CreateFileW", "SetFilePointer", "WriteFile", "CloseHandle"};
+    const std::uint32_t count = 100 + random.below(1700);
+    panel::Fault fault;
+    fault.program = "TarvexHelper.exe";
+    fault.function = random.of(functions);
+    fault.call = 1 + random.below(500);
+    fault.ever = !random.once(3);
+    const bool fails = random.once(2);
+    return {words("send", count, "messages", fails ? fault.function : ""), [=](Life& life) {
+                if (fails && !life.isIdle())
+                    life.add(fault, 0, false);
                 for (std::uint32_t sent = 0; sent < count && life.panel.loopRuns(); ++sent)
                     if (!life.panel.send("ORVATarvexMsg", 99, 0, answerLimit))
                         break;
