@@ -6,6 +6,9 @@
 
 #include "platform/panel/Operator.h"
 
+#include <functional>
+#include <optional>
+
 class Life {
 public:
     // Lives through an undisturbed start; the panel's state after it is the measure. `ticks`: at each boot.
