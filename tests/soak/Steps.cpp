@@ -81,7 +81,7 @@ Step messages(Random& random) {
 // Fills the log. Its calls may fail.
 Step chatter(Random& random) {
     constexpr const char* functions[] = {"CreateFileW", "SetFilePointer", "WriteFile", "CloseHandle"};
-    const std::uint32_t count = 100 + random.below(1700);
+    const std::uint32_t count = 100 + random.below(1100);
     panel::Fault fault;
     fault.program = "TarvexHelper.exe";
     fault.function = random.of(functions);
@@ -92,7 +92,9 @@ Step chatter(Random& random) {
                 if (fails && !life.isIdle())
                     life.add(fault, 0, false);
                 for (std::uint32_t sent = 0; sent < count && life.panel.loopRuns(); ++sent)
-                    if (!life.panel.send("ORVATarvexMsg", 99, 0, answerLimit))
+                    if (sent % 16 != 0) // posted: without a switch of processes for each
+                        life.tell("ORVATarvexMsg", 99, 0, true);
+                    else if (!life.panel.send("ORVATarvexMsg", 99, 0, answerLimit))
                         break;
             }};
 }
@@ -193,12 +195,12 @@ Step rounds(Random& random) {
                     } else if (what == 1) {
                         panel::touch({panel::Touch::Kind::tap, false, -1, -1, answerLimit});
                     } else if (what == 2) {
-                        life.tell(saver, 1, 0, false);
+                        life.tell(saver, 1, 0, true);
                         life.tell("ORVATarvexBuzzerMsg", 2, 0, false);
                     } else {
                         for (const std::int64_t on : {0, 1})
                             for (const std::uint32_t code : {2, 5, 4})
-                                life.tell(saver, code, on, false);
+                                life.tell(saver, code, on, code != 4);
                     }
                 });
                 require(what != 0 || programs.value_or(counts[what]) == counts[what], "a disk starts no program");
