@@ -62,12 +62,13 @@ Step messages(Random& random) {
                                      "ORVATarvexMsg",
                                      "ORVAOtherMsg",
                                      "0x8123"};
+    constexpr std::uint32_t codes[] = {0, 1, 2, 2, 2, 3, 4, 5, 5, 5, 6};
     constexpr std::int64_t arguments[] = {-1, 0, 0, 0, 1, 1, 32, 255, 256, 60000, 0x7FFFFFFF};
     std::vector<Message> list(1 + random.below(8));
     std::string text;
     for (Message& each : list) {
         each.name = random.of(names);
-        each.code = (each.name == "ORVATarvexMsg" ? 2 : 0) + random.below(7);
+        each.code = each.name == "ORVATarvexMsg" ? 2 + random.below(7) : random.of(codes);
         each.argument = random.of(arguments);
         each.posted = random.once(4);
         text += words(each.posted ? "post" : "send", each.name, each.code, each.argument);
@@ -270,7 +271,7 @@ Step stepOf(std::uint64_t seed, std::uint32_t number) {
                             {8, user},
                             {24, messages},
                             {2, chatter},
-                            {1, rounds},
+                            {3, rounds},
                             {18, starts},
                             {12, faults},
                             {6, boots},
