@@ -10,8 +10,7 @@ namespace view {
 // The result of a command.
 struct Outcome {
     int code = 0; // exit code; 128 plus the signal's number if a signal ended the command
-    std::string output; // standard output
-    std::string errors; // standard error, or the reason why the command could not be started
+    std::string text; // standard output and standard error, or the reason why the command could not be started
 };
 
 class Commands {

@@ -8,6 +8,7 @@ import json
 import os
 import pathlib
 import re
+import select
 import shutil
 import signal
 import socket
@@ -90,8 +91,7 @@ def check_refusals(host, path, server):
         (404, "GET", path + "../../etc/passwd"), (404, "GET", path + "%2e%2e/page.js"),
         (400, "POST", run, json, ""), (400, "POST", run, json, '{"words": '), (400, "POST", run, json, "[" * 60000),
         (400, "POST", run, json, '{"words": "boot"}'), (400, "POST", run, json, '{"words": [{}]}'),
-        (400, "POST", run, json, '{"words": []}'), (400, "POST", run, json, '{"words": ["trace", "export", "x"]}'),
-        (400, "POST", run, json, '{"words": ["touch", "\\u0000"]}'), (400, "POST", run, json, b'{"words": ["\xff"]}'),
+        (400, "POST", run, json, '{"words": []}'), (400, "POST", run, json, b'{"words": ["\xff"]}'),
         (413, "POST", run, json, "x" * 10_000_000)]
     for expected, *request in refusals:
         assert status(*request) in (expected, 0 if expected in (403, 413, 415) else expected), request[:3]
@@ -102,7 +102,8 @@ def check_refusals(host, path, server):
             connection.sendall(noise)
     memory = re.search(r"VmHWM:\s*(\d+)", pathlib.Path(f"/proc/{server}/status").read_text())
     assert int(memory[1]) < 100_000, memory[0] # kB: it has kept what nobody should send
-    assert status("GET", path) == 200, "the page is gone"
+    idle = [socket.create_connection(host.split(":")) for _ in range(60)]
+    assert status("GET", path) == 200 and not select.select(idle, [], [], 0)[0], "idle connections delay the page"
     assert '"on": false' in panel("status", "--json"), "a refused request was obeyed"
 
 
@@ -123,7 +124,7 @@ class Page:
 
     def fill(self, form, submit=True, **values):
         for name, value in values.items():
-            field = self.find(f"#{form} [name={name}]")
+            field = self.find(f"#{form} [name='{name}']")
             field.clear()
             field.send_keys(str(value))
         if submit:
@@ -146,7 +147,7 @@ class Page:
         self.do(lambda: self.fill("advance", time=time), "panel advance " + time)
 
     def send(self, known, argument):
-        Select(self.find("#send [name=known]")).select_by_index(known)
+        Select(self.find("#known")).select_by_index(known)
         self.do(lambda: self.fill("send", lparam=argument), "panel send ORVATarvexHelper")
 
 
@@ -171,7 +172,7 @@ def drive(page, disk):
     page.wait_for("#light", "backlight 200")
     page.wait_for("#touches", "on nothing")
     place = re.search(r"press at (\d+), (\d+) ", page.find("#touches").text).groups()
-    assert abs(int(place[0]) - 400) < 4 and abs(int(place[1]) - 240) < 4, place # the middle, as clicked
+    assert abs(int(place[0]) - 400) < 8 and abs(int(place[1]) - 240) < 8, place # the middle, as clicked
     page.send(4, 0)
     page.do(lambda: page.click("[data-run=idle]"), "panel idle")
     page.advance("5s")
@@ -183,7 +184,7 @@ def drive(page, disk):
     page.wait("the click", lambda: "2500 50" in page.browser.execute_script("return heard"))
 
     page.click("#tab-disks")
-    page.do(lambda: page.fill("plug", folder=disk, **{"as": "USB Disk"}), "panel plug")
+    page.do(lambda: page.fill("plug", folder=f"{disk}\n{disk}", **{"--as": "USB Disk"}), "panel plug")
     page.advance("2s")
     page.click("#tab-programs")
     page.wait_for("#programs", "Tarvex.exe#1ended, exit code 0")
@@ -193,7 +194,7 @@ def drive(page, disk):
     viewed = (FOLDER / "trace.json").read_text(), panel("trace", "show", "--json")
     # The commands that take long block no other one.
     page.browser.execute_script("for (let i = 0; i < 9; ++i) run('advance', '9999d')")
-    page.do(lambda: page.click("#cutnow"), "panel cut")
+    page.do(lambda: page.click("#cutnow button"), "panel cut")
     page.wait_for("#notice", "The panel went off: panel cut")
     page.do(lambda: page.click("#boot button"), "panel boot")
     page.wait_for("#power", "on")
@@ -219,7 +220,7 @@ def drive(page, disk):
     page.do(lambda: field.send_keys(Keys.CONTROL, "a", Keys.NULL, "3.7", Keys.ENTER), "panel registry write")
     assert panel("registry", "read", r"HKLM\ORVA", "Version") == "3.7\n"
     page.click("#tab-disks")
-    Select(page.find("#storage")).select_by_index(2) # torn
+    Select(page.find("#policy")).select_by_index(2) # torn
     page.wait("the policy", lambda: page.find("#sectors").is_displayed())
     panel("off") # by somebody else
     page.wait_for("#notice", "The panel went off")
