@@ -3,8 +3,8 @@
 #include "platform/panel/Json.h"
 #include "platform/view/Page.h"
 
+#include <random>
 #include <stdexcept>
-#include <sys/random.h>
 #include <sys/socket.h>
 #include <thread>
 
@@ -25,13 +25,10 @@ constexpr int mostCommands = 12; // commands at the same time; switching the pan
 constexpr std::chrono::seconds heartbeat(15); // interval of empty events, which detect a closed page
 
 std::string newToken() {
-    unsigned char bytes[16];
-    if (getrandom(bytes, sizeof bytes, 0) != sizeof bytes)
-        throw std::runtime_error("this machine has no random numbers");
+    std::random_device random("/dev/urandom");
     std::string token;
-    for (const unsigned char byte : bytes)
-        for (const int digit : {byte >> 4, byte & 15})
-            token += "0123456789abcdef"[digit];
+    while (token.size() < 32)
+        token += "0123456789abcdef"[random() % 16];
     return token;
 }
 

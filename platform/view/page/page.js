@@ -59,7 +59,7 @@ function commandOf(form) {
   const words = form.dataset.run.split(" ");
   for (const [name, value] of new FormData(form))
     for (const line of value.split("\n").map(line => line.trim()).filter(Boolean))
-      if (name.startsWith("--")) words.push(name, ...value === "on" ? [] : [line]);
+      if (name.startsWith("--")) words.push(name, ...form.elements[name].type === "checkbox" ? [] : [line]);
       else if (name.endsWith("...")) words.push("--", ...line.match(/"[^"]*"|'[^']*'|\S+/g).map(word => word.replace(/^(["'])(.*)\1$/, "$2")));
       else words.push(line);
   return words;
@@ -97,35 +97,22 @@ glass.addEventListener("pointerdown", event => {
   if (!state.on || held) return;
   audio();
   glass.setPointerCapture(event.pointerId);
-  const finger = held = {right: event.button === 2, place: placeOf(event), pressed: false, moving: false};
-  finger.press = () => {
-    finger.pressed = true;
-    finger.timer = clearTimeout(finger.timer);
-    sendTouch(finger, "--press");
-  };
-  finger.timer = setTimeout(finger.press, 350); // an earlier release is a tap
+  held = {place: placeOf(event), button: event.button === 2 ? ["--right"] : []};
+  touch(held.place, "--press", ...held.button);
 });
 glass.addEventListener("pointermove", event => {
   const finger = held, place = finger && placeOf(event);
   if (!finger || finger.moving || Math.hypot(place[0] - finger.place[0], place[1] - finger.place[1]) < 6) return;
-  if (!finger.pressed) finger.press();
-  finger.place = place;
-  finger.moving = true;
-  sendTouch(finger, "--move").then(() => finger.moving = false);
+  Object.assign(finger, {place, moving: true});
+  touch(place, "--move").then(() => finger.moving = false);
 });
-glass.addEventListener("pointerup", event => {
-  const finger = held;
-  if (!finger) return;
-  held = null;
-  clearTimeout(finger.timer);
-  if (finger.pressed) finger.place = placeOf(event);
-  sendTouch(finger, ...finger.pressed ? ["--release"] : []);
-});
-glass.addEventListener("pointercancel", () => held = held && (clearTimeout(held.timer), null));
+for (const end of ["pointerup", "pointercancel"])
+  glass.addEventListener(end, event => {
+    if (held) touch(placeOf(event), "--release", ...held.button);
+    held = null;
+  });
 
-function sendTouch(finger, ...options) {
-  if (finger.right && options[0] !== "--move") options.push("--right");
-  const place = finger.place;
+function touch(place, ...options) {
   return touches = touches.then(() => run("touch", "--at", ...place, ...options));
 }
 
@@ -378,6 +365,9 @@ const timeline = makeTimeline(byId("track"), call => {
   const cannot = call && state.functions.get(call.name) === false;
   byId("fail").disabled = cannot;
   byId("fail").title = cannot ? `${call.name} cannot fail` : "";
+}, () => {
+  showFound();
+  showOpen();
 });
 
 // Adds a fault to the planned faults and boots the panel.
@@ -410,11 +400,7 @@ function showLog(lines) {
 
 const onLines = {
   log: {gone: () => byId("loglines").replaceChildren(), add: showLog},
-  trace: {gone: () => timeline.clear(), add(lines) {
-    timeline.add(lines);
-    showFound();
-    showOpen();
-  }},
+  trace: {gone: () => timeline.clear(), add: lines => timeline.add(lines)},
   touches: {gone: () => byId("touches").replaceChildren(), add: (lines, history) => lines.forEach(line => showTouch(line, history))},
   requests: {gone() {
     byId("requests").replaceChildren();
