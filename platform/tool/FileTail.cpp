@@ -37,9 +37,9 @@ std::vector<std::string> FileTail::newLines(const std::filesystem::path& path, s
 }
 
 bool FileTail::continues(const struct stat& now) const {
-    struct stat open {};
-    return fstat(fileno(file.get()), &open) == 0 && open.st_ino == now.st_ino && open.st_dev == now.st_dev &&
-           static_cast<std::uintmax_t>(open.st_size) >= offset && read(0, beginning.size()) == beginning;
+    struct stat held {};
+    return fstat(fileno(file.get()), &held) == 0 && held.st_ino == now.st_ino && held.st_dev == now.st_dev &&
+           static_cast<std::uintmax_t>(held.st_size) >= offset && read(0, beginning.size()) == beginning;
 }
 
 std::string FileTail::read(std::uintmax_t at, std::uintmax_t size) const {

@@ -74,16 +74,16 @@ void Watch::watchFiles() {
     const bool whole =
         stat((root / "run/kernel").c_str(), &status) == 0 && status.st_size == static_cast<off_t>(sizeof(panel::Image));
     const ino_t found = whole ? status.st_ino : 0;
-    if (found == kernel)
+    if (found == listened)
         return;
     // A thread that sleeps on a former file ends later: at the file's next change, or within an hour.
     lastDigest = 0;
-    kernel = found;
+    listened = found;
     try {
         if (found)
             std::thread([this, found] { listen(found); }).detach();
     } catch (const std::system_error&) {
-        kernel = 0; // the next call tries again
+        listened = 0; // the next call tries again
         throw;
     }
 }
@@ -105,7 +105,7 @@ void Watch::listen(ino_t own) {
     try {
         const panel::Mapping mapping(root);
         panel::Image* const image = mapping.image;
-        for (; image && image->on && kernel == own; std::this_thread::sleep_for(pause)) {
+        for (; image && image->on && listened == own; std::this_thread::sleep_for(pause)) {
             wasOn = true;
             image->watched = 1; // before the look, so that a later change wakes this thread
             if (const std::uint64_t digest = digestOf(*image); digest != lastDigest) {
@@ -117,7 +117,7 @@ void Watch::listen(ino_t own) {
         }
     } catch (const std::runtime_error&) { // `panel status` reports the reason
     }
-    if (!kernel.compare_exchange_strong(own, 0))
+    if (!listened.compare_exchange_strong(own, 0))
         return; // another thread listens to a newer file
     lastDigest = 0;
     if (wasOn)

@@ -31,7 +31,7 @@ private:
     const int files; // inotify descriptor
     const int bell; // eventfd that reports a change of the digest
     std::atomic<std::uint64_t> lastDigest = 0;
-    std::atomic<ino_t> kernel = 0; // inode of the kernel file that a thread listens to; 0: none
+    std::atomic<ino_t> listened = 0; // inode of the kernel file that a thread listens to; 0: none
 };
 
 } // namespace view

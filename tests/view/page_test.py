@@ -161,7 +161,6 @@ def drive(page, disk, view):
     page.click("#tab-programs")
     page.wait_for("#programs", "TarvexHelper.exe#1")
     page.wait_for("#log", "Module manager initialization")
-
     page.send(3, 1000) # the screen saver's time-out
     page.send(4, 128) # its level, of 256
     page.do(lambda: page.click("[data-run=idle]"), "panel idle")

@@ -188,37 +188,44 @@ function showStatus(status) {
   document.title = byId("name").textContent = "Panel " + status.directory.split("/").at(-1);
   byId("name").title = status.directory;
   byId("power").textContent = status.on ? "on" : "off";
-  const {width, height, cover, background} = status.screen;
+  const {width, height} = status.screen;
+  byId("desktop").textContent = `${width} × ${height}`;
   document.documentElement.style.setProperty("--w", width);
   document.documentElement.style.setProperty("--h", height);
-  const [level, , second] = status.backLight || [0, 0, 0];
-  byId("desktop").textContent = `${width} × ${height}`;
-  glass.style.filter = `brightness(${status.on ? Math.sqrt(Math.max(level, second) / 255).toFixed(3) : 0})`;
-  byId("cover").style.visibility = cover ? "visible" : "hidden";
-  byId("cover").style.background = background === "white" ? "#fff" : background === "black" ? "#000" : "#666";
-  byId("cursor").hidden = !(status.on && status.cursor.shown);
-  byId("light").textContent = !status.on ? "dark" : level === second ? `backlight ${level}` : `backlight ${level} and ${second}`;
-  byId("light").title = "record " + (status.backLight || []).join(" ");
-  byId("shows").textContent = cover ? `${background}: ${cover} of ${status.screen.process}` : status.on ? "nothing covers it" : "";
-  byId("pointer").textContent = status.on ? `cursor ${status.cursor.shown ? "shown" : "hidden"} (${status.cursor.count})` : "";
-  byId("hook").textContent = status.on ? `mouse hook ${status.hook ? "of " + status.hook : "none"}` : "";
-  byId("user").textContent = status.userActive === null ? "unknown" : status.userActive ? "active" : "inactive";
-  byId("tracing").textContent = status.trace ? "on" : "off";
   byId("policy").value = status.storage;
   byId("torn").hidden = byId("sectors").disabled = status.storage !== "torn";
-  clock.from = {...status.clock, date: Date.parse(status.date.replace(" UTC", "Z").replace(" ", "T")), at: performance.now()};
-  showClock();
+  if (status.on) showFace(status);
+  else showFaults([]);
   const disks = JSON.stringify(status.disks);
   if (state.disks !== disks) showDisks(status); // otherwise a click could miss its button
   state.disks = disks;
   showProcesses(state.processes);
-  if (!status.on) showFaults([]);
 }
 
-const clock = {from: null};
+function showFace({backLight, screen: {cover, background, process}, cursor, hook, userActive, trace, clock, date}) {
+  const [level, , second] = backLight;
+  const texts = {
+    light: level === second ? `backlight ${level}` : `backlight ${level} and ${second}`,
+    shows: cover ? `${background}: ${cover} of ${process}` : "nothing covers it",
+    pointer: `cursor ${cursor.shown ? "shown" : "hidden"} (${cursor.count})`,
+    hook: `mouse hook ${hook ? "of " + hook : "none"}`,
+    user: userActive === null ? "unknown" : userActive ? "active" : "inactive",
+    tracing: trace ? "on" : "off",
+  };
+  for (const [id, text] of Object.entries(texts)) byId(id).textContent = text;
+  byId("light").title = "record " + backLight.join(" ");
+  glass.style.setProperty("--light", Math.sqrt(Math.max(level, second) / 255));
+  byId("cover").style.visibility = cover ? "visible" : "hidden";
+  byId("cover").style.background = background === "white" ? "#fff" : background === "black" ? "#000" : "#666";
+  byId("cursor").hidden = !cursor.shown;
+  byId("boot").elements.clock.value = clock.mode === "stepped" ? "--stepped" : clock.factor === 1 ? "" : `--factor=${clock.factor}`;
+  state.clock = {...clock, date: Date.parse(date.replace(" UTC", "Z").replace(" ", "T")), at: performance.now()};
+  showClock();
+}
+
 function showClock() {
-  if (!state.on || !clock.from) return;
-  const {mode, factor, time, date, at} = clock.from;
+  if (!state.on) return;
+  const {mode, factor, time, date, at} = state.clock;
   const passed = mode === "flowing" ? (performance.now() - at) * factor : 0;
   byId("clock").textContent = new Date(date + passed).toISOString().slice(0, 19).replace("T", " ") + " UTC, " +
     `${((time + passed) / 1000).toFixed(mode === "flowing" ? 0 : 3)} s since boot, ` + (mode === "flowing" ? `flowing × ${factor}` : "stepped");
