@@ -180,7 +180,6 @@ def drive(page, disk, view):
     page.wait_for("#touches", "on ORVAScreenSaver")
     page.advance("1s")
     page.wait("the click", lambda: "2500 50" in heard())
-    before = heard()
 
     page.click("#tab-disks")
     page.do(lambda: page.fill("plug", folder=f"{disk}\n{disk}", **{"--as": "USB Disk"}), "panel plug")
@@ -190,6 +189,7 @@ def drive(page, disk, view):
 
     panel("trace", "export", FOLDER / "trace.json")
     viewed = (FOLDER / "trace.json").read_text(), panel("trace", "show", "--json")
+    before = heard()
     # The commands that take long block no other one.
     page.browser.execute_script("for (let i = 0; i < 9; ++i) run('advance', '9999d')")
     page.do(lambda: page.click("#cutnow button"), "panel cut")
@@ -197,6 +197,7 @@ def drive(page, disk, view):
     page.boot()
     assert heard() == before, "a click from before the boot was heard again"
     key = "TarvexHelper.exe#1 t1 CreateWindowExW[2]"
+    page.wait_for(f"#track [data-key='{key}']", "CreateWindowExW")
     page.find("#find").send_keys("CreateWindowExW", Keys.ENTER, Keys.ENTER)
     page.wait_for("#line", key + "(")
     page.do(lambda: page.click("#hold"), "panel boot")
@@ -257,9 +258,8 @@ def main():
     view = subprocess.Popen([PROGRAMS / "panel", "-C", PANEL, "view", "--no-open"], stdout=subprocess.PIPE, text=True)
     try:
         address = view.stdout.readline().split()[-1]
-        host, path = address.removeprefix("http://").split("/", 1)
-        assert host.startswith("127.0.0.1:"), address
-        check_refusals(host, "/" + path, view.pid)
+        host, path = re.fullmatch(r"http://(127\.0\.0\.1:\d+)(/.*)", address).groups()
+        check_refusals(host, path, view.pid)
         page = Page(address)
         try:
             drive(page, disk, view)
