@@ -71,8 +71,10 @@ void State::publish(const std::string& topic, const std::vector<std::string>& wo
     }
     std::string text = panel::jsonText(answer, -1);
     const std::lock_guard lock(mutex);
-    if (topics[topic].json != text)
-        topics[topic] = {++version, std::move(text)};
+    if (topics[topic].json == text)
+        return;
+    topics[topic] = {++version, std::move(text)};
+    changed.notify_all();
 }
 
 void State::refresh() {
@@ -97,8 +99,8 @@ void State::refresh() {
 void State::follow() {
     for (;;)
         try {
+            wake(); // a file may have new lines; a click of the buzzer must not wait for the commands
             refresh();
-            wake(); // a file may have new lines
             watch.wait();
         } catch (const std::exception&) { // this machine has no descriptor or thread left: the pages keep the old state
             stamps.clear();

@@ -91,7 +91,7 @@ void Watch::watchFiles() {
 void Watch::wait() {
     std::error_code unreadable;
     pollfd sources[] = {{files, POLLIN, 0}, {bell, POLLIN, 0}};
-    poll(sources, 2, std::filesystem::exists(root, unreadable) ? -1 : 1000);
+    poll(sources, 2, files >= 0 && std::filesystem::exists(root, unreadable) ? -1 : 1000);
     std::this_thread::sleep_for(pause);
     char events[16384]; // the content of the events does not matter
     for (const int source : {files, bell})

@@ -1,6 +1,6 @@
 // Notices changes of a panel, without polling: a futex reports each release of the kernel's lock, and inotify reports
-// changes of files. The panel may be off, be deleted and be created again meanwhile; only while its folder is missing,
-// one thread looks for it once a second. Objects live as long as the process.
+// changes of files. The panel may be off, be deleted and be created again meanwhile. While its folder is missing, and
+// if this machine has no inotify instance left, `wait` returns once a second. Objects live as long as the process.
 #pragma once
 
 #include <atomic>

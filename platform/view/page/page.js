@@ -10,7 +10,7 @@ function element(tag, properties = {}, ...children) {
   return made;
 }
 
-const state = {on: null, functions: new Map(), status: {}, processes: {}, trees: {}};
+const state = {on: null, functions: new Map(), status: {screen: {width: 800, height: 480}}, processes: {}, trees: {}};
 const helperMessages = [ // messages of the window ORVATarvexHelper: name, command, argument, description
   ["ORVATarvexMsg", 1, 0, "end the helper"],
   ["ORVATarvexScreenSaverMsg", 1, 0, "screen saver: read its file again"],
