@@ -35,8 +35,8 @@ constexpr int notRun = 127;
 
 } // namespace
 
-Commands::Commands(std::filesystem::path program, std::filesystem::path panel)
-    : executable(std::move(program)), directory(std::move(panel)) {}
+Commands::Commands(const std::filesystem::path& program, const std::filesystem::path& panel)
+    : executable(program), directory(panel) {}
 
 Outcome Commands::run(const std::vector<std::string>& words) const {
     std::vector<std::string> texts{executable, "-C", directory};

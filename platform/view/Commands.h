@@ -16,7 +16,7 @@ struct Outcome {
 class Commands {
 public:
     // `program` is the file of the panel command, `panel` the panel's directory.
-    Commands(std::filesystem::path program, std::filesystem::path panel);
+    Commands(const std::filesystem::path& program, const std::filesystem::path& panel);
 
     // Runs `panel -C DIRECTORY WORDS...`, without a shell, and waits for its end. Throws std::runtime_error if this
     // machine has no descriptor left.

@@ -2,14 +2,17 @@
 
 // VIEW_PAGE is the folder with the files.
 #define EMBED(name, file)                                                                                              \
-    asm(".section .rodata\n" #name ":\n.incbin \"" VIEW_PAGE "/" file "\"\n" #name "End:\n.previous");                 \
-    extern "C" const char name[];                                                                                      \
-    extern "C" const char name##End[]
+    asm(".section .rodata\n" #name ":\n.incbin \"" VIEW_PAGE "/" file "\"\n" #name "End:\n.previous")
 
 EMBED(viewIndex, "index.html");
 EMBED(viewStyle, "style.css");
 EMBED(viewScript, "page.js");
 EMBED(viewTimeline, "timeline.js");
+
+extern "C" {
+extern const char viewIndex[], viewIndexEnd[], viewStyle[], viewStyleEnd[];
+extern const char viewScript[], viewScriptEnd[], viewTimeline[], viewTimelineEnd[];
+}
 
 namespace view {
 

@@ -60,7 +60,7 @@ Server::Server(const Commands& panelCommands, panel::Panel shown, int port)
         {"Cross-Origin-Resource-Policy", "same-origin"},
         {"Cache-Control", "no-store"},
     });
-    server.set_exception_handler([](const Request&, Response& response, std::exception_ptr) {
+    server.set_exception_handler([](const Request&, Response& response, const std::exception_ptr&) {
         refuse(response, 400, "The request cannot be answered");
     });
     server.set_pre_routing_handler(
