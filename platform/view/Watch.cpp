@@ -67,9 +67,12 @@ Watch::Watch(std::filesystem::path panel)
 }
 
 void Watch::watchFiles() {
-    // The last folder holds the log.
-    for (const char* folder : {"", "run", "devices", "registry", "fs", "fs/MMCMemory", "fs/MMCMemory/Tarvex"})
-        inotify_add_watch(files, (root / folder).c_str(), anything | IN_ONLYDIR);
+    const auto add = [&](const char* folder) {
+        return inotify_add_watch(files, (root / folder).c_str(), anything | IN_ONLYDIR) >= 0;
+    };
+    hears = add("");
+    for (const char* folder : {"run", "devices", "registry", "fs", "fs/MMCMemory", "fs/MMCMemory/Tarvex"})
+        add(folder); // the last one holds the log
     struct stat status {};
     const bool whole =
         stat((root / "run/kernel").c_str(), &status) == 0 && status.st_size == static_cast<off_t>(sizeof(panel::Image));
@@ -89,9 +92,8 @@ void Watch::watchFiles() {
 }
 
 void Watch::wait() {
-    std::error_code unreadable;
     pollfd sources[] = {{files, POLLIN, 0}, {bell, POLLIN, 0}};
-    poll(sources, 2, files >= 0 && std::filesystem::exists(root, unreadable) ? -1 : 1000);
+    poll(sources, 2, hears ? -1 : 1000);
     std::this_thread::sleep_for(pause);
     char events[16384]; // the content of the events does not matter
     for (const int source : {files, bell})

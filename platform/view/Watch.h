@@ -29,6 +29,7 @@ private:
 
     const std::filesystem::path root;
     const int files; // inotify descriptor
+    bool hears = false; // whether `files` watches the panel's folder
     const int bell; // eventfd that reports a change of the digest
     std::atomic<std::uint64_t> lastDigest = 0;
     std::atomic<ino_t> listened = 0; // inode of the kernel file that a thread listens to; 0: none
