@@ -276,7 +276,6 @@ function behaviour(device, operation, does) {
   const choice = element("select", {title: does}, ...names.map(name => element("option", {selected: name === kind}, name)));
   const number = element("input", {size: 5, value: does.replace(/^\D*/, "").replace(" ", ""), title: "Error number or duration"});
   number.hidden = !number.value;
-  choice.dataset.operation = `${device} ${operation}`;
   const tell = () => run("device", device, choice.value, operation, ...number.hidden || !number.value ? []
     : [choice.value === "delay" ? "--time" : "--error", number.value]);
   choice.onchange = () => {
