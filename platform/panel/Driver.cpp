@@ -113,7 +113,7 @@ std::vector<InitStart> Driver::startInit() {
     const registry::Tree tree = panel.registry(registry::Copy::now);
     const registry::Key* init = tree.find("HKEY_LOCAL_MACHINE\\init");
     std::vector<InitStart> starts;
-    for (const registry::Value& value : init ? init->values : std::vector<registry::Value>()) {
+    for (const registry::Value& value : init ? init->values : NamedList<registry::Value>()) {
         constexpr std::string_view launch = "launch";
         const std::string name = fold(value.name);
         InitStart start;

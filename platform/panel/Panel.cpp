@@ -355,12 +355,10 @@ void Panel::changeRegistry(const std::function<void(registry::Tree&)>& change, b
         registry::Tree tree = registry::load(root, copy);
         change(tree);
         registry::store(root, copy, tree);
+        return tree;
     };
-    if (!on) {
-        apply(registry::Copy::flash);
-        registry::fallBack(root);
-        return;
-    }
+    if (!on)
+        return registry::store(root, registry::Copy::now, apply(registry::Copy::flash));
     const Lock lock(*kernel.image);
     apply(registry::Copy::now);
     if (flushed)
