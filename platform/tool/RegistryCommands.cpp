@@ -43,6 +43,18 @@ const registry::Key& keyOf(const registry::Tree& tree, const std::string& path) 
     return *key;
 }
 
+// Returns the path of an existing key in the spelling of the registry.
+std::string pathOf(const registry::Tree& tree, const std::string& path) {
+    keyOf(tree, path); // throws if the key does not exist
+    const std::string full = fullPath(path);
+    std::string spelled;
+    for (std::size_t end = 0; end != std::string::npos;) {
+        end = full.find('\\', end + 1);
+        spelled += (spelled.empty() ? "" : "\\") + tree.find(full.substr(0, end))->name;
+    }
+    return spelled;
+}
+
 std::string describe(const registry::Value& value) {
     std::string text;
     std::vector<std::string> texts;
@@ -92,7 +104,7 @@ void list(const panel::Panel& panel, const RegistryOptions& options) {
         for (const registry::Key& root : tree.roots())
             list(json, table, root.name, root);
     else
-        list(json, table, fullPath(options.key), keyOf(tree, options.key));
+        list(json, table, pathOf(tree, options.key), keyOf(tree, options.key));
     if (options.json)
         printJson(json);
     else
@@ -162,10 +174,11 @@ void remove(panel::Panel panel, const RegistryOptions& options, bool wholeKey) {
 
 void exportTo(const panel::Panel& panel, const RegistryOptions& options) {
     const registry::Tree tree = treeOf(panel, options);
-    if (!options.key.empty())
-        keyOf(tree, options.key); // throws if the key does not exist
-    const std::string path = options.key.empty() ? "" : fullPath(options.key);
-    writeForPeople(options.file, formatRegistryFile(tree, path, options.ansi), path.empty() ? "the registry" : path);
+    const std::string path = options.key.empty() ? "" : pathOf(tree, options.key);
+    const std::string content = formatRegistryFile(tree, path, options.ansi);
+    OutputFile output(options.file);
+    output.write(content);
+    output.finish(path.empty() ? "the registry" : path);
 }
 
 void import(panel::Panel panel, const std::string& file) {

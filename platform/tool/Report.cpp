@@ -295,9 +295,7 @@ void writeReport(const panel::Panel& panel, const fs::path& file) {
     packFiles(panel, archive, work.path, failure);
     pack({"gzip", "--stdout"}, {.errors = work.path / "gzip", .input = archive, .descriptor = output.descriptor()},
          failure);
-    output.finish();
-    if (output.isRegular())
-        std::printf("Wrote the panel to %s (panel create DIR --from %s)\n", file.c_str(), file.c_str());
+    output.finish("the panel");
 }
 
 panel::Panel panelFromReport(const fs::path& file, const fs::path& directory) {

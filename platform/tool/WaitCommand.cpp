@@ -2,6 +2,7 @@
 #include "platform/tool/Commands.h"
 #include "platform/tool/HelperLog.h"
 #include "platform/tool/ProcessName.h"
+#include "platform/tool/Progress.h"
 #include "platform/tool/RequestText.h"
 #include "platform/tool/Table.h"
 #include "platform/tool/Units.h"
@@ -211,7 +212,8 @@ void wait(Tool& tool, const WaitOptions& options) {
     panel::Driver driver(panel);
     const Awaited event = awaited(panel, driver, options);
     std::optional<Event> happened;
-    driver.waitUntil([&] { return !driver.isOn() || (happened = event.look()); }, limit);
+    waitWithProgress(
+        driver, [&] { return !driver.isOn() || (happened = event.look()); }, limit);
     if (!happened && !driver.isOn())
         throw std::runtime_error("the panel was switched off meanwhile");
     if (!happened) {
