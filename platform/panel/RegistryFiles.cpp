@@ -200,14 +200,7 @@ std::uint32_t typeNamed(std::string_view name) {
 }
 
 std::string hexOf(const Bytes& bytes) {
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::string text;
-    for (const std::uint8_t byte : bytes) {
-        text += text.empty() ? "" : " ";
-        text += digits[byte >> 4];
-        text += digits[byte & 15];
-    }
-    return text;
+    return hexLine({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
 }
 
 Bytes bytesOf(std::string_view hex) {

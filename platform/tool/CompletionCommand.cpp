@@ -42,7 +42,7 @@ std::vector<std::string> valuesOf(const CLI::Option& option) {
     const std::string type = option.get_type_name();
     const std::string what = option.get_positional() ? option.get_name() : type;
     std::vector<std::string> values;
-    if (what == "DEVICE")
+    if (what.starts_with("DEVICE"))
         for (const panel::DeviceFacts& device : panel::knownDevices())
             values.emplace_back(device.name);
     else if (what == "POLICY")

@@ -15,26 +15,36 @@ std::int64_t bootDate(const panel::Panel& panel) {
     throw std::runtime_error("the date of the last boot is not known: the panel was not booted since it was made");
 }
 
-bool isSinceBoot(const std::string& text) {
-    return text.starts_with('+');
+enum class Origin { epoch, now, boot };
+
+struct Moment {
+    std::int64_t milliseconds; // after the origin, or before now
+    Origin origin;
+};
+
+Moment parse(const std::string& text) {
+    try {
+        if (text.starts_with('+'))
+            return {static_cast<std::int64_t>(parseDuration(text.substr(1))), Origin::boot};
+        if (text.find('-') != std::string::npos)
+            return {parseDate(text), Origin::epoch};
+        return {static_cast<std::int64_t>(parseDuration(text)), Origin::now};
+    } catch (const Misuse&) {
+        throw Misuse("not a time: \"" + text + "\" (such as 2024-03-07T06:05:09, 5m before now, +5m after boot)");
+    }
 }
 
-std::int64_t durationIn(const std::string& text) {
-    return static_cast<std::int64_t>(parseDuration(text));
+std::int64_t dateOf(const panel::Panel& panel, const Moment& moment) {
+    if (moment.origin == Origin::epoch)
+        return moment.milliseconds;
+    if (moment.origin == Origin::boot)
+        return bootDate(panel) + moment.milliseconds;
+    return (panel.isOn() ? panel::Driver(panel).status().date : panel.options().date) - moment.milliseconds;
 }
 
-std::int64_t dateOf(const panel::Panel& panel, const std::string& text) {
-    if (isSinceBoot(text))
-        return durationIn(text.substr(1)) + bootDate(panel);
-    if (text.find('-') != std::string::npos)
-        return parseDate(text);
-    const std::int64_t span = durationIn(text);
-    return (panel.isOn() ? panel::Driver(panel).status().date : panel.options().date) - span;
-}
-
-// Works without the date of the boot if the text needs no date.
-std::int64_t sinceBootOf(const panel::Panel& panel, const std::string& text) {
-    return isSinceBoot(text) ? durationIn(text.substr(1)) : dateOf(panel, text) - bootDate(panel);
+// Needs the date of the boot only for a time that does not begin with it.
+std::int64_t sinceBootOf(const panel::Panel& panel, const Moment& moment) {
+    return moment.origin == Origin::boot ? moment.milliseconds : dateOf(panel, moment) - bootDate(panel);
 }
 
 } // namespace
@@ -53,18 +63,18 @@ void Period::addTo(CLI::App& command, const std::string& what) {
 Period::Span Period::dates(const panel::Panel& panel) const {
     Span span;
     if (!since.empty())
-        span.begin = dateOf(panel, since);
+        span.begin = dateOf(panel, parse(since));
     if (!before.empty())
-        span.end = dateOf(panel, before);
+        span.end = dateOf(panel, parse(before));
     return span;
 }
 
 Period::Span Period::sinceBoot(const panel::Panel& panel) const {
     Span span;
     if (!since.empty())
-        span.begin = sinceBootOf(panel, since);
+        span.begin = sinceBootOf(panel, parse(since));
     if (!before.empty())
-        span.end = sinceBootOf(panel, before);
+        span.end = sinceBootOf(panel, parse(before));
     return span;
 }
 

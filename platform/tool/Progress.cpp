@@ -16,7 +16,13 @@ constexpr const char* eraseLine = "\033[K";
 
 } // namespace
 
-Progress::Progress() : terminal(isatty(STDERR_FILENO)), next(panel::host::monotonicNanoseconds() + patience) {}
+Progress::Progress(const std::string& text)
+    : terminal(isatty(STDERR_FILENO)),
+      shown(terminal && !text.empty()),
+      next(panel::host::monotonicNanoseconds() + patience) {
+    if (shown)
+        std::fprintf(stderr, "%s\r", text.c_str());
+}
 
 Progress::~Progress() {
     if (shown)

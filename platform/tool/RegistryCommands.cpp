@@ -8,7 +8,9 @@
 #include "platform/tool/Units.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -183,8 +185,8 @@ void exportTo(const panel::Panel& panel, const RegistryOptions& options) {
 
 void import(panel::Panel panel, const std::string& file) {
     std::ifstream stream(file, std::ios::binary);
-    if (!stream || std::filesystem::is_directory(file))
-        throw std::runtime_error("cannot read " + file);
+    if (const int error = std::filesystem::is_directory(file) ? EISDIR : stream ? 0 : errno)
+        throw std::runtime_error("cannot read " + file + ": " + std::strerror(error));
     const std::string bytes(std::istreambuf_iterator<char>(stream), {});
     std::vector<RegistryChange> changes;
     try {

@@ -5,6 +5,7 @@
 #include "platform/panel/kernel/Host.h"
 #include "platform/tool/Interruption.h"
 #include "platform/tool/OutputFile.h"
+#include "platform/tool/Progress.h"
 #include "platform/tool/Tool.h"
 
 #include <algorithm>
@@ -84,7 +85,10 @@ int run(std::vector<std::string> words, const Streams& streams) {
 std::string pack(const std::vector<std::string>& words, const Streams& streams, const std::string& failure) {
     for (const char* name : {"TAR_OPTIONS", "GZIP", "POSIXLY_CORRECT"}) // options of the user's own
         unsetenv(name);
-    const int code = run(words, streams);
+    const int code = [&] {
+        const Progress progress(words.front() == "tar" ? "Copying ..." : "Compressing ...");
+        return run(words, streams);
+    }();
     std::string text = panel::host::readFile(streams.errors.string());
     const int warned = words.front() == "tar" ? 1 : 2;
     if (code == 0 || code == warned)

@@ -160,6 +160,10 @@ void print(const panel::Panel& panel, bool json) {
             answer["disks"].push_back(toJson(disk));
         answer["buzzer"] = {{"requests", beeps.size()},
                             {"last", beeps.empty() ? Json(nullptr) : Json(beeps.back().words)}};
+        if (!beeps.empty()) {
+            answer["buzzer"]["time"] = beeps.back().time;
+            answer["buzzer"]["error"] = beeps.back().error;
+        }
         for (const char* list : {"processes", "ended", "windows"})
             answer[list] = Json::array();
         if (on)

@@ -8,6 +8,7 @@
 #include "platform/tool/Units.h"
 
 #include "platform/panel/Client.h"
+#include "platform/panel/Hex.h"
 #include "platform/panel/Paths.h"
 #include "platform/panel/Text.h"
 
@@ -139,9 +140,27 @@ Awaited sight(panel::Driver& driver, const std::string& wanted) {
     return {look, "the screen does not show " + wanted};
 }
 
+// The bytes of a tag.
+Awaited tagOf(const panel::Panel& panel, std::span<const std::string> words) {
+    std::uint32_t id = 0;
+    std::string bytes;
+    if (words.size() < 2 || !panel::numberIn(words.front(), id))
+        throw Misuse("name a tag and its bytes in hexadecimal, such as tags 18 02 04 (panel tag list)");
+    for (const std::string& word : words.subspan(1))
+        bytes += orMisuse([&] { return panel::parseHex(word); });
+    const auto look = [&panel, id, bytes]() -> std::optional<Event> {
+        if (panel.devices().tag(id) != bytes)
+            return std::nullopt;
+        return Event{{{"device", "tags"}, {"tag", id}, {"bytes", panel::hexLine(bytes)}}, ""};
+    };
+    return {look, "the tag " + std::to_string(id) + " does not have the bytes " + panel::hexLine(bytes)};
+}
+
 // The backlight's values are the record that its driver holds now, not the record at boot.
 Awaited valuesOf(const panel::Panel& panel, panel::Driver& driver, const std::vector<std::string>& words) {
     const panel::DeviceFacts& device = *orMisuse([&] { return &panel::Devices::facts(words.front()); });
+    if (device.name == "tags")
+        return tagOf(panel, std::span(words).subspan(1));
     if (words.size() < 2 || words.size() - 1 > device.values.size())
         throw Misuse("name a device and its first values: " + std::string(device.name) + " has " +
                      std::to_string(device.values.size()) + " values");
@@ -248,9 +267,10 @@ void addWaitCommand(CLI::App& app, Tool& tool) {
         ->type_name("WHAT");
     command
         ->add_option("--values", options->values,
-                     "Wait until a device has these values, as far as they are named, such as BKL1 127")
+                     "Wait until a device has these values, as far as they are named, such as BKL1 127, or a tag these "
+                     "bytes: tags 18 02 04")
         ->type_name("DEVICE VALUE")
-        ->expected(2, 16);
+        ->expected(2, 64);
     command
         ->add_option("--request", options->request,
                      "Wait for the next request to a device, or for the next one of an operation, such as BZR1 beep, "
