@@ -4,12 +4,6 @@
 #include "modules/usbconfig/MountedVolumes.h"
 #include "modules/usbconfig/UsbDeviceException.h"
 
-namespace {
-
-constexpr DWORD REMOVAL_LIMIT = 20000; // ms
-
-} // namespace
-
 USBDeviceMonitor::USBDeviceMonitor()
     : MonitorThread([](MonitorThread& self) { return static_cast<USBDeviceMonitor&>(self).watch(); },
                     [](const wchar_t* message) { throw UsbDeviceException(message); }, Handles::LeaveOpen) {
@@ -22,6 +16,7 @@ void USBDeviceMonitor::addObserver(USBDeviceMonitorObserver* observer) {
 }
 
 void USBDeviceMonitor::removeObserver(USBDeviceMonitorObserver* observer) {
+    constexpr DWORD REMOVAL_LIMIT = 20000; // ms
     observers.remove(observer);
     observers.waitForVisits(observer, REMOVAL_LIMIT);
 }

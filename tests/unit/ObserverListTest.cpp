@@ -109,7 +109,7 @@ TEST(ObserverList, LosesObserversWhileTheyAreNotified) {
         std::unique_ptr<Observer> observers[3];
         for (auto& each : observers) {
             int alive = 1;
-            each = std::make_unique<Observer>([alive] { EXPECT_EQ(alive, 1); });
+            each = std::make_unique<Observer>(Observer{[alive] { EXPECT_EQ(alive, 1); }});
             list.add(each.get());
         }
         advance(1);
