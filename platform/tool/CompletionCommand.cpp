@@ -47,6 +47,9 @@ std::vector<std::string> valuesOf(const CLI::Option& option) {
             values.emplace_back(device.name);
     else if (what == "POLICY")
         values.assign(std::begin(panel::storageNames), std::end(panel::storageNames));
+    else if (what == "TYPE")
+        for (std::uint32_t number = 0; number <= panel::registry::typeTexts; ++number)
+            values.push_back(panel::registry::typeName(number));
     else if (what == "FUNCTION" || option.check_lname("function"))
         values = functionNames();
     const std::size_t open = type.find('{'); // the choices of CLI::IsMember: "TEXT:{show,refuse}"

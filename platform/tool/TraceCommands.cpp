@@ -103,7 +103,6 @@ void exportTo(const std::string& file, const panel::Panel& panel, const Selectio
     const TraceFilter filter = filterOf(panel, selection);
     TraceFile trace(panel);
     OutputFile output(file);
-    Progress progress;
     std::string text;
     const auto write = [&](std::string_view part) {
         text += part;
@@ -112,9 +111,12 @@ void exportTo(const std::string& file, const panel::Panel& panel, const Selectio
         output.write(text);
         text.clear();
     };
-    const std::size_t calls = writeTraceEvents(trace, filter, write, [&](double done) {
-        progress.show([&] { return std::to_string(static_cast<int>(done * 100)) + " % of the trace"; });
-    });
+    const std::size_t calls = [&] {
+        Progress progress;
+        return writeTraceEvents(trace, filter, write, [&](double done) {
+            progress.show([&] { return std::to_string(static_cast<int>(done * 100)) + " % of the trace"; });
+        });
+    }();
     output.write(text);
     checkEnd(trace.lastLine());
     output.finish(std::to_string(calls) + " calls");

@@ -4,10 +4,12 @@
 #include "platform/tool/ProcessName.h"
 #include "platform/tool/Progress.h"
 #include "platform/tool/RequestText.h"
+#include "platform/tool/StatusJson.h"
 #include "platform/tool/Table.h"
 #include "platform/tool/Units.h"
 
 #include "platform/panel/Client.h"
+#include "platform/panel/DidYouMean.h"
 #include "platform/panel/Hex.h"
 #include "platform/panel/Paths.h"
 #include "platform/panel/Text.h"
@@ -36,6 +38,7 @@ struct WaitOptions {
     std::string shown;
     std::vector<std::string> values; // device, words
     std::vector<std::string> request; // device, operation
+    std::vector<std::string> status; // field, value
     bool json = false;
     std::string limit = "1min";
 };
@@ -206,6 +209,41 @@ Awaited requestTo(const panel::Panel& panel, const std::vector<std::string>& wor
     return {look, "no program has sent a request"};
 }
 
+// Returns the field "screen.background" or "backLight.0" of a status, or null.
+const Json* fieldOf(const Json& status, const std::string& field) {
+    const std::size_t dot = std::min(field.find('.'), field.size());
+    const std::string name = field.substr(0, dot);
+    std::uint32_t index = 0;
+    const Json* found = nullptr;
+    if (status.is_object() && status.contains(name))
+        found = &status[name];
+    else if (status.is_array() && panel::numberIn(name, index) && index < status.size())
+        found = &status[index];
+    return found && dot < field.size() ? fieldOf(*found, field.substr(dot + 1)) : found;
+}
+
+Awaited statusFieldOf(const panel::Panel& panel, panel::Driver& driver, const std::string& field,
+                      const std::string& value) {
+    const Json now = statusJson(panel, &driver);
+    if (const std::string name = field.substr(0, field.find('.')); !now.contains(name)) {
+        std::vector<std::string> known;
+        for (const auto& [each, ignored] : now.items())
+            known.push_back(each);
+        throw Misuse("the status has no field \"" + name + '"' + panel::didYouMean(name, known) +
+                     " (panel status --json shows them)");
+    }
+    const auto look = [&panel, &driver, field, value]() -> std::optional<Event> {
+        if (!driver.isOn())
+            return std::nullopt;
+        const Json status = statusJson(panel, &driver);
+        const Json* found = fieldOf(status, field);
+        if (!found || (found->is_string() ? found->get<std::string>() : panel::jsonText(*found, -1)) != value)
+            return std::nullopt;
+        return Event{{{"status", field}, {"value", *found}}, ""};
+    };
+    return {look, "the status " + field + " is not " + value};
+}
+
 Awaited awaited(const panel::Panel& panel, panel::Driver& driver, const WaitOptions& options) {
     if (!options.window.empty())
         return windowOf(options.window);
@@ -217,15 +255,18 @@ Awaited awaited(const panel::Panel& panel, panel::Driver& driver, const WaitOpti
         return lineOf(panel, options.logged);
     if (!options.shown.empty())
         return sight(driver, options.shown);
+    if (!options.status.empty())
+        return statusFieldOf(panel, driver, options.status.front(), options.status.back());
     return options.values.empty() ? requestTo(panel, options.request) : valuesOf(panel, driver, options.values);
 }
 
 void wait(Tool& tool, const WaitOptions& options) {
-    const bool named[] = {!options.window.empty(), !options.process.empty(), !options.file.empty(),
-                          !options.logged.empty(), !options.shown.empty(),   !options.values.empty(),
-                          !options.request.empty()};
+    const bool named[] = {!options.window.empty(),  !options.process.empty(), !options.file.empty(),
+                          !options.logged.empty(),  !options.shown.empty(),   !options.values.empty(),
+                          !options.request.empty(), !options.status.empty()};
     if (std::count(std::begin(named), std::end(named), true) != 1)
-        throw Misuse("wait for what? Name one of --window, --exit, --file, --log, --shows, --values, --request");
+        throw Misuse(
+            "wait for what? Name one of --window, --exit, --file, --log, --shows, --values, --request, --status");
     const std::uint32_t limit = parseLimit(options.limit);
     const panel::Panel panel = tool.panel();
     panel::Driver driver(panel);
@@ -277,6 +318,13 @@ void addWaitCommand(CLI::App& app, Tool& tool) {
                      "and print it; any: of any device")
         ->type_name("DEVICE [OPERATION]")
         ->expected(1, 2);
+    command
+        ->add_option("--status", options->status,
+                     "Wait until a field of panel status --json has this value, such as userActive false or "
+                     "screen.background black")
+        ->type_name("FIELD VALUE")
+        ->expected(2)
+        ->allow_extra_args(false);
     command->add_option("--limit", options->limit, "Time-out; exit code 124 if it passes")
         ->type_name("DURATION")
         ->capture_default_str();

@@ -344,6 +344,8 @@ TEST_F(PanelCommand, WaitsForWhatScriptsAskFor) {
         {"--values bkl1 0 1", "values", {0, 1, 0, 1}, 60000},
         {"--shows ORVASCREENSAVER", "background", "black", 60000},
         {"--shows black", "process", "TarvexHelper.exe#1", 60000},
+        {"--status backLight.2 0", "value", 0, 60000},
+        {"--status screen.background black", "status", "screen.background", 60000},
         {"--request any", "device", "SHC1", 300000},
         {"--request SHC1 count", "time", 600000, 600000}, // the next one, not that one again
         {"--file '\\mmcmemory\\tarvex\\EMMC.xml'", "folder", false, 600000},
@@ -356,10 +358,12 @@ TEST_F(PanelCommand, WaitsForWhatScriptsAskFor) {
             succeed("idle");
     }
     for (const char* words :
-         {"--file '\\MMCMemory\\No'", "--request BZR1 beep", "--values SHC1 1", "--values tags 18 02", "--shows white"})
+         {"--file '\\MMCMemory\\No'", "--request BZR1 beep", "--values SHC1 1", "--values tags 18 02",
+          "--status windows.9.visible true", "--status cursor.count 1", "--shows white"})
         fails("wait --limit 1s " + std::string(words), "after 1 s", 124);
-    for (const char* words : {"", "--file a --log b", "--request BZR1 read", "--values SHC1 1 2", "--values BZR1 1",
-                              "--values BKL1 -1", "--values tags 18", "--values tags 18 2", "--values tags model 02",
-                              "--request any reed", "--exit TarvexHelper.exe#0", "--exit TarvexHelper.exe#first"})
+    for (const char* words :
+         {"", "--file a --log b", "--request BZR1 read", "--values SHC1 1 2", "--values BZR1 1", "--values BKL1 -1",
+          "--status usrActive true", "--status userActive", "--values tags 18", "--values tags 18 2",
+          "--values tags model 02", "--request any reed", "--exit TarvexHelper.exe#0", "--exit TarvexHelper.exe#first"})
         isMisused("wait " + std::string(words), "");
 }

@@ -313,6 +313,8 @@ TEST_F(PanelCommand, CompletesWordsForBash) {
         {"panel fault add CreateM", "CreateMsgQueue\nCreateMutexW\n"},
         {"panel trace show --failed --function ReleaseM", "ReleaseMutex\n"},
         {"panel create --storage t", "torn\n"},
+        {"panel wait --request SH", "SHC1\n"},
+        {"panel registry write --type REG_M", "REG_MULTI_SZ\n"},
         {"panel start \\\\MMC", ""}, // nothing: bash then offers files
     };
     for (const auto& [line, words] : rows) {
