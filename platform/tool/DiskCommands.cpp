@@ -58,7 +58,7 @@ void plug(panel::Panel panel, const PlugOptions& options) {
     if (name != options.names.end())
         throw Misuse("\"" + *name + "\" names no partition (each --as names one FOLDER, in order)");
     const std::string device = [&] {
-        const Progress progress("Copying ...");
+        const Progress progress(disk.inPlace ? "" : "Copying ...");
         return panel.plug(disk);
     }();
     for (const panel::Disk& plugged : panel.disks().list()) // read again: plugging has chosen the volumes' names

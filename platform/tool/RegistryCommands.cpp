@@ -61,11 +61,11 @@ std::string describe(const registry::Value& value) {
     std::string text;
     std::vector<std::string> texts;
     if (registry::textOf(value, text))
-        return '"' + text + '"';
+        return '"' + oneLine(text) + '"';
     if (!registry::textsOf(value, texts))
         return registry::hexOf(value.data);
     for (const std::string& each : texts)
-        text += (text.empty() ? "\"" : ", \"") + each + '"';
+        text += (text.empty() ? "\"" : ", \"") + oneLine(each) + '"';
     return text;
 }
 

@@ -97,6 +97,7 @@ TEST_F(PanelCommand, MergesRegistryFiles) {
               R"({"bytes":"25 00 78 00 25 00 00 00","name":"","text":"%x%","type":"REG_EXPAND_SZ"},)"
               R"({"bytes":"61 00 0d 00 0a 00 3b 00 0a 00 5d 00 22 00 00 00","name":"l","text":"a\r\n;\n]\"",)"
               R"("type":"REG_SZ"}]}])");
+    EXPECT_NE(call("registry list").text.find(R"("a\x0d\n;\n]"")"), std::string::npos);
     writeText(directory / "r.reg", "Windows Registry Editor Version 5.00" + file);
     succeed("registry import r.reg"); // bytes of this version are not ANSI
     EXPECT_EQ(json("registry read 'HKCU\\a' ''").at("bytes"), "25 78 25 00");
