@@ -150,7 +150,7 @@ registry::Value valueOf(const RegistryOptions& options) {
 
 void write(panel::Panel panel, const RegistryOptions& options) {
     checkName(options.value);
-    refuseLineEnds(options.key + options.value);
+    refuseInexpressible(options.key, options.value);
     const registry::Value value = valueOf(options);
     const std::string path = fullPath(options.key);
     panel.changeRegistry([&](registry::Tree& tree) { tree.make(path)->set(value); }, options.flushed);

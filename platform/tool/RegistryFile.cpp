@@ -27,16 +27,6 @@ bool isText(std::uint32_t type) {
            type == panel::registry::typeTexts;
 }
 
-// Returns the end of the key's name in a line such as "[NAME] ; comment". A name may contain brackets and semicolons.
-// Returns npos if the last bracket is not a name's.
-std::size_t endOfKey(std::string_view line) {
-    const std::size_t last = line.rfind(']');
-    for (std::size_t close = line.find(']'); close < last; close = line.find(']', close + 1))
-        if (const std::size_t next = line.find_first_not_of(blanks, close + 1); line[next] == ';')
-            return std::string_view::npos;
-    return last;
-}
-
 // Reads a file line by line. All functions throw std::runtime_error without the number of the line.
 class Reader {
 public:
@@ -131,8 +121,8 @@ private:
         RegistryChange change;
         change.removed = line.starts_with("[-");
         const std::size_t begin = change.removed ? 2 : 1;
-        refuseLineEnds(std::string(line));
         change.path = fullPath(std::string(line.substr(begin, close - begin)));
+        refuseInexpressible(change.path, {});
         if (change.removed && change.path.find('\\') == std::string::npos)
             throw std::runtime_error(change.path + " is a root and stays (name a key below it)");
         line.remove_prefix(close + 1);
@@ -167,7 +157,7 @@ private:
         if (!take("@"))
             change.value.name = line.front() == '"' ? quoted() : throw std::runtime_error("neither a key nor a value");
         checkName(change.value.name);
-        refuseLineEnds(change.value.name);
+        refuseInexpressible({}, change.value.name);
         atEnd(); // skips blanks
         if (!take("="))
             throw std::runtime_error("\"=\" is missing behind the value's name");

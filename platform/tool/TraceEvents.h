@@ -18,8 +18,9 @@
 namespace tool {
 
 // Reads the trace twice, and passes the document piece by piece to `write`, the calls in the order of their begins.
-// Keeps some bytes for each call that took panel time, and nothing for other calls. `progress` gets the part that is
-// done, from 0 to 1. Returns the number of calls. Throws std::runtime_error if the file was overwritten meanwhile.
+// Keeps some bytes for each call that took panel time and for each millisecond in which calls end. `progress` gets the
+// part that is done, from 0 to 1. Returns the number of calls. Throws std::runtime_error if the file was overwritten
+// meanwhile.
 std::size_t writeTraceEvents(TraceFile& trace, const TraceFilter& filter,
                              const std::function<void(std::string_view)>& write,
                              const std::function<void(double)>& progress);
