@@ -377,7 +377,7 @@ void Disks::unplug(const std::string& name, const fs::path& keep) const {
     std::vector<Disk> disks = list();
     const auto found = std::find_if(disks.begin(), disks.end(), [&](const Disk& disk) { return isCalled(disk, name); });
     if (found == disks.end())
-        throw std::runtime_error("no disk \"" + name + "\" is plugged");
+        throw std::runtime_error("no disk \"" + name + "\" is plugged (panel status lists the disks)");
     const Disk disk = *found;
     if (!keep.empty())
         copyFolders(disk, keep);

@@ -4,13 +4,10 @@
 #include "platform/panel/Functions.h"
 #include "platform/panel/Program.h"
 #include "platform/panel/Text.h"
-#include "platform/panel/api/Numbers.h"
-#include "platform/panel/kernel/Activity.h"
 #include "platform/panel/kernel/Clock.h"
 #include "platform/panel/kernel/Host.h"
 #include "platform/panel/kernel/Objects.h"
 #include "platform/panel/kernel/Processes.h"
-#include "platform/panel/kernel/Screen.h"
 #include "platform/panel/kernel/Storage.h"
 #include "platform/panel/kernel/Wait.h"
 
@@ -60,29 +57,6 @@ const char* errorText(std::uint32_t error) {
     }
 }
 
-std::string processOf(Image& image, const WindowRecord& window) {
-    return processes::name(image, processes::at(image, scheduler::at(image, window.thread).process));
-}
-
-std::string backgroundOf(const WindowRecord& window) {
-    const std::uint32_t brush = window.background - firstStockObject;
-    if (window.background == 0 || brush == NULL_BRUSH)
-        return "none";
-    return brush == BLACK_BRUSH ? "black" : brush == WHITE_BRUSH ? "white" : "other";
-}
-
-std::string hookOwner(Image& image) {
-    const Slot thread = image.mouseHook.thread;
-    return thread ? processes::name(image, processes::at(image, scheduler::at(image, thread).process)) : "";
-}
-
-ScreenStatus screenStatus(Image& image) {
-    const WindowRecord* window = screen::cover(image);
-    if (!window)
-        return {{}, {}, "none", image.cursorCount};
-    return {window->className, processOf(image, *window), backgroundOf(*window), image.cursorCount};
-}
-
 } // namespace
 
 Driver::Driver(const Panel& driven, const std::string& countsAs, Programs programs) : panel(driven) {
@@ -113,7 +87,7 @@ std::vector<InitStart> Driver::startInit() {
     const registry::Tree tree = panel.registry(registry::Copy::now);
     const registry::Key* init = tree.find("HKEY_LOCAL_MACHINE\\init");
     std::vector<InitStart> starts;
-    for (const registry::Value& value : init ? init->values : std::vector<registry::Value>()) {
+    for (const registry::Value& value : init ? init->values : NamedList<registry::Value>()) {
         constexpr std::string_view launch = "launch";
         const std::string name = fold(value.name);
         InitStart start;
@@ -223,62 +197,7 @@ bool Driver::isOn() {
 PanelStatus Driver::status() {
     Call call;
     processes::noticeDead(call.image);
-    const ClockRecord& clock = call.image.clock;
-    PanelStatus status{clock.mode,
-                       clock.factor / 1000.0,
-                       clock::now(call.image),
-                       clock::ticks(call.image),
-                       clock::date(call.image),
-                       call.image.tracing.load(std::memory_order_relaxed) != 0,
-                       {},
-                       {},
-                       {},
-                       activity::isActive(call.image),
-                       call.image.flashWritable != 0,
-                       {std::begin(call.image.backLight), std::end(call.image.backLight)},
-                       screenStatus(call.image),
-                       hookOwner(call.image),
-                       {}};
-    for (const SignalRecord& signal : call.image.signals)
-        if (signal.name[0])
-            status.signals.push_back({signal.name, signal.count});
-    for (Slot slot = 1; slot <= call.image.processesUsed; ++slot) {
-        const ProcessRecord& process = processes::at(call.image, slot);
-        if (process.state == ProcessState::free || slot == Runtime::instance().process())
-            continue;
-        ProcessStatus entry{processes::name(call.image, process),
-                            process.path,
-                            process.commandLine,
-                            process.hostPid,
-                            process.driver != 0,
-                            0,
-                            0,
-                            0,
-                            {}};
-        for (const HandleRecord& handle : process.handles)
-            entry.handles += handle.object != 0;
-        for (const ThreadRecord& thread : usedThreads(call.image))
-            if (thread.state != ThreadState::free && thread.process == slot) {
-                ++entry.threads;
-                entry.waiting += thread.state == ThreadState::waiting;
-                if (thread.state == ThreadState::waiting && thread.call[0])
-                    entry.calls.push_back({thread.number, thread.waitingSince, thread.call});
-            }
-        std::sort(entry.calls.begin(), entry.calls.end(),
-                  [](const CallStatus& first, const CallStatus& second) { return first.thread < second.thread; });
-        status.processes.push_back(std::move(entry));
-    }
-    for (std::uint32_t age = maxEnded; age > 0; --age) {
-        const EndedRecord& ended = call.image.ended[(call.image.endedCount - age) % maxEnded];
-        if (ended.start)
-            status.ended.push_back(
-                {std::string(call.image.programs[ended.program].name) + '#' + std::to_string(ended.start),
-                 ended.exitCode, ended.time});
-    }
-    for (const WindowRecord& window : call.image.windows)
-        if (window.used)
-            status.windows.push_back({window.className, processOf(call.image, window), window.visible != 0});
-    return status;
+    return statusOf(call.image, Runtime::instance().process());
 }
 
 void Driver::setTicks(std::uint32_t ticks) {

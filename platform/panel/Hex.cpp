@@ -6,15 +6,21 @@
 
 namespace panel {
 
+std::string hexLine(std::string_view bytes) {
+    std::string text;
+    char number[4];
+    for (const char byte : bytes) {
+        std::snprintf(number, sizeof number, text.empty() ? "%02x" : " %02x", static_cast<unsigned char>(byte));
+        text += number;
+    }
+    return text;
+}
+
 std::string formatHex(std::string_view bytes) {
     constexpr std::size_t inLine = 16;
     std::string text;
-    char number[4];
-    for (std::size_t index = 0; index < bytes.size(); ++index) {
-        const bool last = index + 1 == bytes.size() || (index + 1) % inLine == 0;
-        std::snprintf(number, sizeof number, last ? "%02x\n" : "%02x ", static_cast<unsigned char>(bytes[index]));
-        text += number;
-    }
+    for (std::size_t at = 0; at < bytes.size(); at += inLine)
+        text += hexLine(bytes.substr(at, inLine)) + '\n';
     return text;
 }
 

@@ -6,6 +6,7 @@
 
 namespace panel {
 
+std::string hexLine(std::string_view bytes);
 // Formats bytes, sixteen per line. Each line ends with a line end.
 std::string formatHex(std::string_view bytes);
 // Reads bytes. Blanks and line ends may separate them. Throws std::runtime_error with a text for people.

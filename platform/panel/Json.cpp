@@ -2,8 +2,8 @@
 
 namespace panel {
 
-Json parseJson(const std::string& text) {
-    return Json::parse(text);
+Json parseJson(const std::string& text, const Json::parser_callback_t& receive) {
+    return Json::parse(text, receive);
 }
 
 std::string jsonText(const Json& json, int indent) {

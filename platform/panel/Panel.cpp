@@ -189,6 +189,11 @@ std::string Panel::whyOff() const {
     return isOn() ? "" : host::readFile((root / "run/end").string());
 }
 
+std::optional<std::int64_t> Panel::bootDate() const {
+    const Mapping kernel(root); // a panel that was switched off keeps its kernel file
+    return kernel.image ? std::optional(kernel.image->clock.bootDate) : std::nullopt;
+}
+
 void Panel::initialise(Image& image, const BootOptions& options, std::int64_t date) const {
     const PanelOptions facts = this->options();
     struct stat status {};
@@ -351,12 +356,10 @@ void Panel::changeRegistry(const std::function<void(registry::Tree&)>& change, b
         registry::Tree tree = registry::load(root, copy);
         change(tree);
         registry::store(root, copy, tree);
+        return tree;
     };
-    if (!on) {
-        apply(registry::Copy::flash);
-        registry::fallBack(root);
-        return;
-    }
+    if (!on)
+        return registry::store(root, registry::Copy::now, apply(registry::Copy::flash));
     const Lock lock(*kernel.image);
     apply(registry::Copy::now);
     if (flushed)

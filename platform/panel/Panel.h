@@ -86,6 +86,9 @@ public:
     // Returns why the panel went off: "panel off", "panel cut", or "fault at TarvexHelper.exe#1 t1 WriteFile[3](...)".
     // Returns "" while the panel is on, and if the reason is not known.
     std::string whyOff() const;
+    // Returns the date of the last boot in ms since 1970 UTC. It is not known for a new panel, a copied one and one
+    // whose kernel file was damaged.
+    std::optional<std::int64_t> bootDate() const;
     // Switches the panel on. Driver::startInit then starts the programs of the registry.
     void boot(const BootOptions& options);
     // Shuts the panel down cleanly: ends all programs at once and flushes the registry. fs/ and devices/ stay; the next

@@ -21,51 +21,35 @@ std::string_view takeName(std::string_view& path) {
     return name;
 }
 
-template<class Items>
-auto named(Items& items, std::string_view name) {
-    return std::find_if(items.begin(), items.end(), [&](const auto& item) { return equalCaseBlind(item.name, name); });
-}
-
-Key* keyNamed(std::vector<Key>& keys, std::string_view name) {
-    const auto found = named(keys, name);
-    return found == keys.end() ? nullptr : &*found;
-}
-
 } // namespace
 
 const Value* Key::value(std::string_view valueName) const {
-    const auto found = named(values, valueName);
-    return found == values.end() ? nullptr : &*found;
+    return values.find(valueName);
 }
 
 void Key::set(Value made) {
-    const auto found = named(values, made.name);
     // An existing value keeps its place and the spelling of its name.
-    if (found == values.end()) {
-        values.push_back(std::move(made));
-    } else {
+    if (Value* found = values.find(made.name)) {
         found->type = made.type;
         found->data = std::move(made.data);
+    } else {
+        values.add(std::move(made));
     }
 }
 
 bool Key::removeValue(std::string_view valueName) {
-    const auto found = named(values, valueName);
-    if (found == values.end())
-        return false;
-    values.erase(found);
-    return true;
+    return values.remove(valueName);
 }
 
 Tree::Tree() {
     for (const auto& [name, shortName] : rootNames)
-        keys.push_back({std::string(name), {}, {}});
+        keys.add({std::string(name), {}, {}});
 }
 
 Key* Tree::find(std::string_view path) {
-    Key* key = keyNamed(keys, takeName(path));
+    Key* key = keys.find(takeName(path));
     while (key && !path.empty())
-        key = keyNamed(key->keys, takeName(path));
+        key = key->keys.find(takeName(path));
     return key;
 }
 
@@ -74,11 +58,11 @@ const Key* Tree::find(std::string_view path) const {
 }
 
 Key* Tree::make(std::string_view path) {
-    Key* key = keyNamed(keys, takeName(path));
+    Key* key = keys.find(takeName(path));
     while (key && !path.empty()) {
         const std::string_view name = takeName(path);
-        Key* below = keyNamed(key->keys, name);
-        key = below ? below : &key->keys.emplace_back(Key{std::string(name), {}, {}});
+        Key* below = key->keys.find(name);
+        key = below ? below : &key->keys.add({std::string(name), {}, {}});
     }
     return key;
 }
@@ -86,17 +70,11 @@ Key* Tree::make(std::string_view path) {
 bool Tree::remove(std::string_view path) {
     const auto separator = path.rfind('\\');
     Key* above = separator == std::string_view::npos ? nullptr : find(path.substr(0, separator));
-    if (!above)
-        return false;
-    const auto found = named(above->keys, path.substr(separator + 1));
-    if (found == above->keys.end())
-        return false;
-    above->keys.erase(found);
-    return true;
+    return above && above->keys.remove(path.substr(separator + 1));
 }
 
 void Tree::replaceRoot(const Key& root) {
-    if (Key* own = keyNamed(keys, root.name))
+    if (Key* own = keys.find(root.name))
         *own = root;
 }
 

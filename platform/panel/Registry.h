@@ -9,6 +9,8 @@
 // is off, edit flash.json. A clean shutdown flushes everything.
 #pragma once
 
+#include "platform/panel/NamedList.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -35,11 +37,11 @@ struct Value {
     Bytes data;
 };
 
-// A key with its values and subkeys. Names are found case-insensitively.
+// A key with its values and subkeys.
 struct Key {
     std::string name;
-    std::vector<Value> values; // in order of creation
-    std::vector<Key> keys; // subkeys, in order of creation
+    NamedList<Value> values;
+    NamedList<Key> keys;
 
     const Value* value(std::string_view valueName) const; // null if the value does not exist
     void set(Value made); // adds or replaces a value
@@ -51,7 +53,7 @@ class Tree {
 public:
     Tree(); // four empty roots
 
-    const std::vector<Key>& roots() const {
+    const NamedList<Key>& roots() const {
         return keys;
     }
     // Returns a key, or null if it does not exist.
@@ -65,7 +67,7 @@ public:
     void replaceRoot(const Key& root);
 
 private:
-    std::vector<Key> keys;
+    NamedList<Key> keys;
 };
 
 // Returns the full name of a root. Accepts full and short names ("HKLM"), case-insensitively. Returns "" for other

@@ -8,6 +8,7 @@
 
 #include <utf8.h>
 
+#include <array>
 #include <iterator>
 #include <stdexcept>
 
@@ -82,13 +83,7 @@ std::uint32_t numberFrom(const Json& json) {
     return json.get<std::uint32_t>();
 }
 
-void checkIsObject(const Json& json, const std::string& what) {
-    if (!json.is_object())
-        throw std::runtime_error(what + " is not a JSON object");
-}
-
 Value toValue(const std::string& name, const Json& json) {
-    checkIsObject(json, "the value \"" + name + '"');
     const std::uint32_t type = typeNamed(json.at("type").get<std::string>());
     if (json.contains("text"))
         return textValue(name, json["text"].get<std::string>(), type);
@@ -99,14 +94,47 @@ Value toValue(const std::string& name, const Json& json) {
     return {name, type, bytesOf(json.at("bytes").get<std::string>())};
 }
 
-void list(Json& json, const std::string& path, const Key& key) {
-    Json values = Json::object();
+// The names differ, so the members are appended: the library would compare a name with all before it.
+void list(Json::object_t& json, const std::string& path, const Key& key) {
+    Json::object_t values;
     for (const Value& value : key.values)
-        values[value.name] = toJson(value);
-    json[path] = std::move(values);
+        values.emplace_back(value.name, toJson(value));
+    json.emplace_back(path, std::move(values));
     for (const Key& below : key.keys)
         list(json, path + '\\' + below.name, below);
 }
+
+// Builds the tree of a registry from the pieces of its file. No object with thousands of members comes into being: the
+// library would search such an object from its beginning for each member.
+class Reader {
+public:
+    bool receive(std::size_t depth, Json::parse_event_t event, const Json& piece) {
+        using Event = Json::parse_event_t;
+        const bool named = event == Event::key;
+        if (depth < names.size() && (event == Event::value || event == Event::array_start))
+            throw std::runtime_error(names[depth] + " is not a JSON object");
+        if (named && depth == 1) {
+            const auto path = piece.get<std::string>();
+            names[1] = '"' + path + '"';
+            key = tree.make(path);
+            if (!key)
+                throw std::runtime_error(names[1] + " does not begin with a root");
+        } else if (named && depth == 2) {
+            name = piece.get<std::string>();
+            names[2] = "the value \"" + name + '"';
+        } else if (event == Event::object_end && depth == 2) {
+            key->set(toValue(name, piece));
+        }
+        return depth > 2 || event != Event::object_end;
+    }
+
+    Tree tree;
+
+private:
+    std::array<std::string, 3> names{"the file"}; // what is read at each depth
+    Key* key = nullptr;
+    std::string name;
+};
 
 fs::path fileOf(const fs::path& panel, Copy copy) {
     return panel / "registry" / (copy == Copy::now ? "now.json" : "flash.json");
@@ -172,14 +200,7 @@ std::uint32_t typeNamed(std::string_view name) {
 }
 
 std::string hexOf(const Bytes& bytes) {
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::string text;
-    for (const std::uint8_t byte : bytes) {
-        text += text.empty() ? "" : " ";
-        text += digits[byte >> 4];
-        text += digits[byte & 15];
-    }
-    return text;
+    return hexLine({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
 }
 
 Bytes bytesOf(std::string_view hex) {
@@ -189,26 +210,19 @@ Bytes bytesOf(std::string_view hex) {
 
 Tree load(const fs::path& panel, Copy copy) {
     const fs::path file = fileOf(panel, copy);
-    Tree tree;
+    Reader reader;
     try {
-        const Json json = parseJson(host::readFile(file.string()));
-        checkIsObject(json, "the file");
-        for (const auto& [path, values] : json.items()) {
-            checkIsObject(values, '"' + path + '"');
-            Key* key = tree.make(path);
-            if (!key)
-                throw std::runtime_error("\"" + path + "\" does not begin with a root");
-            for (const auto& [name, value] : values.items())
-                key->set(toValue(name, value));
-        }
+        parseJson(host::readFile(file.string()), [&](int depth, Json::parse_event_t event, const Json& piece) {
+            return reader.receive(static_cast<std::size_t>(depth), event, piece);
+        });
     } catch (const std::exception& error) {
         throw std::runtime_error("the registry cannot be read: " + file.string() + ": " + error.what());
     }
-    return tree;
+    return std::move(reader.tree);
 }
 
 void store(const fs::path& panel, Copy copy, const Tree& tree) {
-    Json json = Json::object();
+    Json::object_t json;
     for (const Key& root : tree.roots())
         list(json, root.name, root);
     host::writeFile(fileOf(panel, copy).string(), jsonText(json) + '\n');

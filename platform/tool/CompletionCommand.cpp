@@ -42,11 +42,14 @@ std::vector<std::string> valuesOf(const CLI::Option& option) {
     const std::string type = option.get_type_name();
     const std::string what = option.get_positional() ? option.get_name() : type;
     std::vector<std::string> values;
-    if (what == "DEVICE")
+    if (what.starts_with("DEVICE"))
         for (const panel::DeviceFacts& device : panel::knownDevices())
             values.emplace_back(device.name);
     else if (what == "POLICY")
         values.assign(std::begin(panel::storageNames), std::end(panel::storageNames));
+    else if (what == "TYPE")
+        for (std::uint32_t number = 0; number <= panel::registry::typeTexts; ++number)
+            values.push_back(panel::registry::typeName(number));
     else if (what == "FUNCTION" || option.check_lname("function"))
         values = functionNames();
     const std::size_t open = type.find('{'); // the choices of CLI::IsMember: "TEXT:{show,refuse}"

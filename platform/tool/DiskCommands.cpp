@@ -1,5 +1,6 @@
 #include "platform/panel/Json.h"
 #include "platform/tool/Commands.h"
+#include "platform/tool/Progress.h"
 #include "platform/tool/Units.h"
 
 #include <cstdio>
@@ -56,7 +57,10 @@ void plug(panel::Panel panel, const PlugOptions& options) {
         throw Misuse("there are more --attributes than partitions (one for each FOLDER, in order)");
     if (name != options.names.end())
         throw Misuse("\"" + *name + "\" names no partition (each --as names one FOLDER, in order)");
-    const std::string device = panel.plug(disk);
+    const std::string device = [&] {
+        const Progress progress(disk.inPlace ? "" : "Copying ...");
+        return panel.plug(disk);
+    }();
     for (const panel::Disk& plugged : panel.disks().list()) // read again: plugging has chosen the volumes' names
         for (std::size_t index = 0; plugged.device == device && index < disk.partitions.size(); ++index)
             disk.partitions[index].volume = plugged.partitions.at(index).volume;
@@ -139,7 +143,10 @@ void addDiskCommands(CLI::App& app, Tool& tool) {
     removal->callback([name, keep, keeping, json, &tool] {
         if (keeping->count() && keep->empty())
             throw Misuse("\"\" is not a folder for the disk's files");
-        tool.panel().disks().unplug(*name, *keep);
+        {
+            const Progress progress(keep->empty() ? "" : "Copying ...");
+            tool.panel().disks().unplug(*name, *keep);
+        }
         if (*json)
             return printJson({{"unplugged", *name}, {"files", keep->empty() ? panel::Json() : panel::Json(*keep)}});
         std::printf("Unplugged %s%s%s\n", name->c_str(), keep->empty() ? "" : "; its files are in ", keep->c_str());

@@ -1,6 +1,7 @@
 #include "platform/tool/Commands.h"
 #include "platform/tool/Follow.h"
 #include "platform/tool/HelperLog.h"
+#include "platform/tool/Period.h"
 #include "platform/tool/Table.h"
 #include "platform/tool/Units.h"
 
@@ -22,8 +23,7 @@ struct LogOptions {
     std::size_t skip = 0;
     std::string limit = "1min";
     std::string level;
-    std::string since;
-    std::string before;
+    Period period;
     bool json = false;
 };
 
@@ -47,34 +47,23 @@ struct LogLine {
     }
 };
 
-// Returns the date that the user names: a date, or a span of time before the panel's present date.
-std::int64_t dateOf(const panel::Panel& panel, const std::string& text) {
-    if (text.find('-') != std::string::npos)
-        return parseDate(text);
-    const auto span = static_cast<std::int64_t>(parseDuration(text));
-    return (panel.isOn() ? panel::Driver(panel).status().date : panel.options().date) - span;
-}
-
 // The lines that the user wants to see.
 class LogFilter {
 public:
     LogFilter(const panel::Panel& panel, const LogOptions& options)
-        : level(options.level),
-          since(options.since.empty() ? INT64_MIN : dateOf(panel, options.since)),
-          before(options.before.empty() ? INT64_MAX : dateOf(panel, options.before)) {}
+        : level(options.level), period(options.period.dates(panel)) {}
 
     // A line without a date and a level belongs to the line before it.
     bool admits(const LogLine& line) {
         if (line.level.empty())
             return admitted;
-        const std::int64_t date = since == INT64_MIN && before == INT64_MAX ? 0 : parseDate(line.date);
-        return admitted = (level.empty() || panel::equalCaseBlind(level, line.level)) && date >= since && date < before;
+        return admitted = (level.empty() || panel::equalCaseBlind(level, line.level)) &&
+                          (period.isUnlimited() || period.contains(parseDate(line.date)));
     }
 
 private:
     std::string level;
-    std::int64_t since; // ms since 1970 UTC
-    std::int64_t before;
+    Period::Span period; // ms since 1970 UTC
     bool admitted = true;
 };
 
@@ -161,12 +150,7 @@ void addLogCommand(CLI::App& app, Tool& tool) {
     command->add_option("--level", options->level, "Only lines of this level")
         ->type_name("LEVEL")
         ->check(CLI::IsMember({"INFO", "ERROR"}, CLI::ignore_case));
-    command
-        ->add_option("--since", options->since,
-                     "Only lines from this date on (UTC), or of this span up to the panel's present date, such as 5m")
-        ->type_name("DATE|DURATION");
-    command->add_option("--before", options->before, "Only lines before this date, or before the last such span")
-        ->type_name("DATE|DURATION");
+    options->period.addTo(*command, "lines");
     command->add_flag("--json", options->json, "Print each line as JSON");
     command->callback([options, &tool] { show(tool, *options); });
 }

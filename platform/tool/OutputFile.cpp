@@ -61,20 +61,14 @@ void OutputFile::write(std::string_view content) {
     }
 }
 
-void OutputFile::finish() {
+void OutputFile::finish(const std::string& what) {
     OrderlyEnd::check();
     const int closed = close(open);
     open = -1;
     if (closed != 0 || (isRegular() && rename(fresh.c_str(), target.c_str()) != 0))
         fail(errno);
-}
-
-void writeForPeople(const fs::path& file, std::string_view content, const std::string& what) {
-    OutputFile output(file);
-    output.write(content);
-    output.finish();
-    if (output.isRegular())
-        std::printf("Wrote %s to %s\n", what.c_str(), file.c_str());
+    if (isRegular())
+        std::printf("Wrote %s to %s\n", what.c_str(), name.c_str());
 }
 
 } // namespace tool

@@ -26,19 +26,18 @@ public:
     OutputFile& operator=(const OutputFile&) = delete;
 
     void write(std::string_view content);
-    void finish();
+    // Replaces the file. Then prints "Wrote WHAT to FILE", unless a program reads the content.
+    void finish(const std::string& what);
 
     int descriptor() const {
         return open;
     }
-    // Returns whether this is a regular file. Otherwise a program may read the content, perhaps through standard
-    // output.
-    bool isRegular() const {
-        return !fresh.empty();
-    }
 
 private:
     [[noreturn]] void fail(int error) const;
+    bool isRegular() const { // otherwise a program may read the content, perhaps through standard output
+        return !fresh.empty();
+    }
 
     std::optional<OrderlyEnd> orderly; // first: it may end the command after the destructor
     std::filesystem::path name;
@@ -46,8 +45,5 @@ private:
     std::string fresh; // the file that will replace it; empty for pipes and devices
     int open = -1;
 };
-
-// Writes a whole file, and prints "Wrote WHAT to FILE" unless a program reads the content.
-void writeForPeople(const std::filesystem::path& file, std::string_view content, const std::string& what);
 
 } // namespace tool

@@ -2,18 +2,17 @@
 #include "platform/panel/Json.h"
 #include "platform/tool/Commands.h"
 #include "platform/tool/FaultOptions.h"
+#include "platform/tool/Progress.h"
 #include "platform/tool/Report.h"
 #include "platform/tool/Table.h"
 #include "platform/tool/Units.h"
 
-#include "platform/panel/kernel/Host.h"
 #include "platform/panel/kernel/Storage.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <stdexcept>
-#include <unistd.h>
 
 namespace tool {
 
@@ -251,23 +250,8 @@ void addStorage(CLI::App& app, Tool& tool) {
 
 void advance(const panel::Panel& panel, std::uint64_t duration, bool json) {
     panel::Driver driver(panel);
-    // On a terminal a long wait shows how far it is. A message on standard error overwrites the line.
-    constexpr std::int64_t patience = 1000000000; // ns
-    constexpr std::int64_t pause = 200000000;
-    const bool terminal = isatty(STDERR_FILENO);
-    const std::uint64_t begun = terminal ? driver.status().time : 0;
-    std::int64_t next = panel::host::monotonicNanoseconds() + patience;
-    const auto isOff = [&] {
-        if (const std::int64_t now = panel::host::monotonicNanoseconds(); terminal && now >= next) {
-            next = now + pause;
-            std::fprintf(stderr, "\033[K%s of %s\r", formatDuration(driver.status().time - begun).c_str(),
-                         formatDuration(duration).c_str());
-        }
-        return !driver.isOn();
-    };
-    const bool off = driver.waitUntil(isOff, duration);
-    if (terminal)
-        std::fputs("\033[K", stderr);
+    const bool off = waitWithProgress(
+        driver, [&] { return !driver.isOn(); }, duration);
     if (off)
         throw std::runtime_error("the panel was switched off meanwhile");
     const panel::PanelStatus status = driver.status();

@@ -8,7 +8,9 @@
 #include "platform/tool/Units.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -43,15 +45,27 @@ const registry::Key& keyOf(const registry::Tree& tree, const std::string& path) 
     return *key;
 }
 
+// Returns the path of an existing key in the spelling of the registry.
+std::string pathOf(const registry::Tree& tree, const std::string& path) {
+    keyOf(tree, path); // throws if the key does not exist
+    const std::string full = fullPath(path);
+    std::string spelled;
+    for (std::size_t end = 0; end != std::string::npos;) {
+        end = full.find('\\', end + 1);
+        spelled += (spelled.empty() ? "" : "\\") + tree.find(full.substr(0, end))->name;
+    }
+    return spelled;
+}
+
 std::string describe(const registry::Value& value) {
     std::string text;
     std::vector<std::string> texts;
     if (registry::textOf(value, text))
-        return '"' + text + '"';
+        return '"' + oneLine(text) + '"';
     if (!registry::textsOf(value, texts))
         return registry::hexOf(value.data);
     for (const std::string& each : texts)
-        text += (text.empty() ? "\"" : ", \"") + each + '"';
+        text += (text.empty() ? "\"" : ", \"") + oneLine(each) + '"';
     return text;
 }
 
@@ -92,7 +106,7 @@ void list(const panel::Panel& panel, const RegistryOptions& options) {
         for (const registry::Key& root : tree.roots())
             list(json, table, root.name, root);
     else
-        list(json, table, fullPath(options.key), keyOf(tree, options.key));
+        list(json, table, pathOf(tree, options.key), keyOf(tree, options.key));
     if (options.json)
         printJson(json);
     else
@@ -136,7 +150,7 @@ registry::Value valueOf(const RegistryOptions& options) {
 
 void write(panel::Panel panel, const RegistryOptions& options) {
     checkName(options.value);
-    refuseLineEnds(options.key + options.value);
+    refuseInexpressible(options.key, options.value);
     const registry::Value value = valueOf(options);
     const std::string path = fullPath(options.key);
     panel.changeRegistry([&](registry::Tree& tree) { tree.make(path)->set(value); }, options.flushed);
@@ -162,16 +176,17 @@ void remove(panel::Panel panel, const RegistryOptions& options, bool wholeKey) {
 
 void exportTo(const panel::Panel& panel, const RegistryOptions& options) {
     const registry::Tree tree = treeOf(panel, options);
-    if (!options.key.empty())
-        keyOf(tree, options.key); // throws if the key does not exist
-    const std::string path = options.key.empty() ? "" : fullPath(options.key);
-    writeForPeople(options.file, formatRegistryFile(tree, path, options.ansi), path.empty() ? "the registry" : path);
+    const std::string path = options.key.empty() ? "" : pathOf(tree, options.key);
+    const std::string content = formatRegistryFile(tree, path, options.ansi);
+    OutputFile output(options.file);
+    output.write(content);
+    output.finish(path.empty() ? "the registry" : path);
 }
 
 void import(panel::Panel panel, const std::string& file) {
     std::ifstream stream(file, std::ios::binary);
-    if (!stream || std::filesystem::is_directory(file))
-        throw std::runtime_error("cannot read " + file);
+    if (const int error = std::filesystem::is_directory(file) ? EISDIR : stream ? 0 : errno)
+        throw std::runtime_error("cannot read " + file + ": " + std::strerror(error));
     const std::string bytes(std::istreambuf_iterator<char>(stream), {});
     std::vector<RegistryChange> changes;
     try {

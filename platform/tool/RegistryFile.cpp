@@ -1,11 +1,11 @@
 #include "platform/tool/RegistryFile.h"
 
+#include "platform/tool/Ansi.h"
 #include "platform/tool/RegistryPath.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
-#include <iterator>
 #include <stdexcept>
 
 namespace tool {
@@ -22,39 +22,9 @@ constexpr std::string_view ansiHead = "REGEDIT4";
 constexpr std::string_view byteOrderMark = "\xFF\xFE";
 constexpr std::string_view blanks = " \t";
 
-// The characters 0x80 to 0x9F of the code page 1252. All others have the numbers of Latin-1.
-constexpr char16_t windowsCharacters[] = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
-                                          0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
-                                          0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
-                                          0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
-
 bool isText(std::uint32_t type) {
     return type == panel::registry::typeText || type == panel::registry::typeExpandText ||
            type == panel::registry::typeTexts;
-}
-
-// Converts text from ANSI to the registry's 16 bits per character.
-Bytes widened(const Bytes& ansi) {
-    Bytes wide;
-    for (const std::uint8_t byte : ansi) {
-        const char16_t unit = byte >= 0x80 && byte <= 0x9F ? windowsCharacters[byte - 0x80] : byte;
-        wide.push_back(static_cast<std::uint8_t>(unit));
-        wide.push_back(static_cast<std::uint8_t>(unit >> 8));
-    }
-    return wide;
-}
-
-// Does the reverse. Returns false if ANSI lacks a character, or half a character stands at the end.
-bool narrow(const Bytes& wide, Bytes& ansi) {
-    for (std::size_t at = 0; at + 1 < wide.size(); at += 2) {
-        const auto unit = static_cast<char16_t>(wide[at] | wide[at + 1] << 8);
-        const auto* found = std::find(std::begin(windowsCharacters), std::end(windowsCharacters), unit);
-        const bool special = found != std::end(windowsCharacters);
-        if (!special && (unit > 0xFF || (unit >= 0x80 && unit <= 0x9F)))
-            return false;
-        ansi.push_back(static_cast<std::uint8_t>(special ? 0x80 + (found - windowsCharacters) : unit));
-    }
-    return wide.size() % 2 == 0;
 }
 
 // Reads a file line by line. All functions throw std::runtime_error without the number of the line.
@@ -72,11 +42,13 @@ public:
         line = line.substr(0, line.find_last_not_of(blanks) + 1);
         ansiData = line == ansiHead;
         if (!some || (!ansiData && line != unicodeHead))
-            throw std::runtime_error("a registry file begins with \"REGEDIT4\" or \"" + std::string(unicodeHead) + '"');
+            throw std::runtime_error("a registry file begins with \"REGEDIT4\" or \"" + std::string(unicodeHead) +
+                                     "\", in ANSI or UTF-16 LE");
         std::vector<RegistryChange> changes;
         while (nextLine()) {
             if (atEnd())
                 continue;
+            textBegin = 0;
             if (line.front() == '[')
                 changes.push_back(key());
             else if (changes.empty() || changes.back().removed)
@@ -105,9 +77,8 @@ private:
         decoded.data.insert(decoded.data.end(), 2, 0);
         if (!panel::registry::textOf(decoded, current))
             throw std::runtime_error(wide ? "not text in UTF-16" : "not text");
-        if (current.ends_with('\r'))
-            current.pop_back();
-        line = current;
+        lineBreak = current.ends_with('\r') ? "\r\n" : "\n";
+        line = std::string_view(current).substr(0, current.size() + 1 - lineBreak.size());
         return true;
     }
 
@@ -125,7 +96,9 @@ private:
 
     void expectEnd() {
         if (!atEnd())
-            throw std::runtime_error("not understood: " + std::string(line));
+            throw std::runtime_error(
+                "not understood: " + std::string(line) +
+                (textBegin ? ", behind a text that begins in line " + std::to_string(textBegin) : ""));
     }
 
     // Takes a hexadecimal number.
@@ -140,14 +113,16 @@ private:
     }
 
     RegistryChange key() {
-        const std::size_t close = line.rfind(']'); // a name may contain brackets
+        const std::size_t close = endOfKey(line);
         if (close == std::string_view::npos)
-            throw std::runtime_error("the key has no closing bracket");
+            throw std::runtime_error(line.find(']') == close ? "the key has no closing bracket"
+                                                             : "a comment behind a key has no bracket here (give it a "
+                                                               "line of its own)");
         RegistryChange change;
         change.removed = line.starts_with("[-");
         const std::size_t begin = change.removed ? 2 : 1;
-        refuseLineEnds(std::string(line));
         change.path = fullPath(std::string(line.substr(begin, close - begin)));
+        refuseInexpressible(change.path, {});
         if (change.removed && change.path.find('\\') == std::string::npos)
             throw std::runtime_error(change.path + " is a root and stays (name a key below it)");
         line.remove_prefix(close + 1);
@@ -155,20 +130,26 @@ private:
         return change;
     }
 
-    // Takes a text in quotation marks.
+    // Takes a text in quotation marks, which may go on in the next lines.
     std::string quoted() {
+        const std::size_t begin = number;
         std::string text;
-        for (std::size_t at = 1; at < line.size(); ++at) {
-            if (line[at] == '"') {
-                line.remove_prefix(at + 1);
-                return text;
+        line.remove_prefix(1);
+        while (!take("\"")) {
+            if (line.empty()) {
+                text += lineBreak;
+                textBegin = begin;
+                if (nextLine())
+                    continue;
+                number = begin;
+                throw std::runtime_error("the text has no closing quotation mark");
             }
-            if (line[at] == '\\' && ++at < line.size() && line[at] != '\\' && line[at] != '"')
+            if (take("\\") && !line.starts_with('\\') && !line.starts_with('"'))
                 throw std::runtime_error("in quotation marks a backslash is written as \\\\");
-            if (at < line.size())
-                text += line[at];
+            text += line.front();
+            line.remove_prefix(1);
         }
-        throw std::runtime_error("the text has no closing quotation mark");
+        return text;
     }
 
     RegistryChange::ValueChange value() {
@@ -176,7 +157,7 @@ private:
         if (!take("@"))
             change.value.name = line.front() == '"' ? quoted() : throw std::runtime_error("neither a key nor a value");
         checkName(change.value.name);
-        refuseLineEnds(change.value.name);
+        refuseInexpressible({}, change.value.name);
         atEnd(); // skips blanks
         if (!take("="))
             throw std::runtime_error("\"=\" is missing behind the value's name");
@@ -233,7 +214,9 @@ private:
     std::string_view rest; // the lines that are not read yet
     std::string current; // the line in UTF-8
     std::string_view line; // what is left of it
+    std::string_view lineBreak; // what ends the line
     std::size_t number = 0;
+    std::size_t textBegin = 0; // number of the line in which the text of several lines begins; 0: there is none
     bool ansiData = false;
 };
 
@@ -246,8 +229,11 @@ public:
 
     void add(const std::string& path, const Key& key) {
         checkIsLine(path);
+        const std::string line = '[' + path + ']';
+        if (endOfKey(line) == std::string::npos)
+            throw std::runtime_error("a registry file cannot express a name with \"];\": \"" + path + '"');
         add("");
-        add('[' + path + ']');
+        add(line);
         for (const Value& value : key.values)
             add(value);
         for (const Key& below : key.keys)

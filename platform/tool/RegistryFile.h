@@ -2,8 +2,8 @@
 //
 //     Windows Registry Editor Version 5.00
 //
-//     [HKEY_LOCAL_MACHINE\init]                  creates the key
-//     @="text"                                   the default value
+//     [HKEY_LOCAL_MACHINE\init] ; a comment      creates the key
+//     @="text"                                   the default value; a text may have several lines
 //     "Launch61"="\\Windows\\Helper.exe"         \\ stands for a backslash, \" for a quotation mark
 //     "Number"=dword:0000000a
 //     "Bytes"=hex:32,00,\                        bytes of REG_BINARY; a backslash at the end continues the line
@@ -15,7 +15,8 @@
 //
 // Such a file is UTF-16 LE with a byte order mark. A file that begins with "REGEDIT4" is ANSI (code page 1252), and the
 // bytes of text in it (types 1, 2 and 7) are ANSI, too. The reader takes both beginnings in both encodings, and lines
-// that end with LF or CR LF.
+// that end with LF or CR LF. A text of several lines keeps the file's line ends; the writer writes it as bytes. A
+// comment behind a key must not contain a bracket, since a name may contain brackets and semicolons.
 #pragma once
 
 #include "platform/panel/Registry.h"

@@ -5,6 +5,7 @@
 #include "platform/panel/kernel/Host.h"
 #include "platform/tool/Interruption.h"
 #include "platform/tool/OutputFile.h"
+#include "platform/tool/Progress.h"
 #include "platform/tool/Tool.h"
 
 #include <algorithm>
@@ -84,7 +85,10 @@ int run(std::vector<std::string> words, const Streams& streams) {
 std::string pack(const std::vector<std::string>& words, const Streams& streams, const std::string& failure) {
     for (const char* name : {"TAR_OPTIONS", "GZIP", "POSIXLY_CORRECT"}) // options of the user's own
         unsetenv(name);
-    const int code = run(words, streams);
+    const int code = [&] {
+        const Progress progress(words.front() == "tar" ? "Copying ..." : "Compressing ...");
+        return run(words, streams);
+    }();
     std::string text = panel::host::readFile(streams.errors.string());
     const int warned = words.front() == "tar" ? 1 : 2;
     if (code == 0 || code == warned)
@@ -295,9 +299,7 @@ void writeReport(const panel::Panel& panel, const fs::path& file) {
     packFiles(panel, archive, work.path, failure);
     pack({"gzip", "--stdout"}, {.errors = work.path / "gzip", .input = archive, .descriptor = output.descriptor()},
          failure);
-    output.finish();
-    if (output.isRegular())
-        std::printf("Wrote the panel to %s (panel create DIR --from %s)\n", file.c_str(), file.c_str());
+    output.finish("the panel");
 }
 
 panel::Panel panelFromReport(const fs::path& file, const fs::path& directory) {

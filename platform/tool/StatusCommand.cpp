@@ -1,46 +1,17 @@
-#include "platform/panel/Json.h"
 #include "platform/tool/Commands.h"
+#include "platform/tool/StatusJson.h"
 #include "platform/tool/Table.h"
 #include "platform/tool/Units.h"
 
 #include <cstdio>
 #include <memory>
+#include <optional>
 
 namespace tool {
 
 namespace {
 
 using panel::ClockMode;
-using panel::Json;
-
-void addRunning(Json& answer, const panel::PanelStatus& status, std::size_t faults) {
-    answer["date"] = formatDate(status.date);
-    answer["clock"] = {{"mode", status.mode == ClockMode::stepped ? "stepped" : "flowing"},
-                       {"factor", status.factor},
-                       {"time", status.time},
-                       {"ticks", status.ticks}};
-    answer["userActive"] = status.userActive ? Json(*status.userActive) : Json(nullptr);
-    answer["backLight"] = status.backLight;
-    answer["screen"]["cover"] = status.screen.cover.empty() ? Json(nullptr) : Json(status.screen.cover);
-    answer["screen"]["process"] = status.screen.process;
-    answer["screen"]["background"] = status.screen.background;
-    answer["cursor"] = {{"count", status.screen.cursorCount}, {"shown", status.screen.cursorCount >= 0}};
-    answer["hook"] = status.hook.empty() ? Json(nullptr) : Json(status.hook);
-    answer["signals"] = Json::object();
-    for (const auto& signal : status.signals)
-        answer["signals"][signal.event] = signal.count;
-    answer["flashWritable"] = status.flashWritable;
-    answer["trace"] = status.tracing;
-    answer["faults"] = faults;
-    for (const auto& process : status.processes)
-        if (!process.driver)
-            answer["processes"].push_back(process.name);
-    for (const auto& ended : status.ended)
-        answer["ended"].push_back({{"name", ended.name}, {"exitCode", ended.exitCode}, {"time", ended.time}});
-    for (const auto& window : status.windows)
-        answer["windows"].push_back(
-            {{"class", window.className}, {"process", window.process}, {"visible", window.visible}});
-}
 
 // Words 0 and 2 of the backlight's record are the brightness levels.
 std::string levels(const panel::PanelStatus& status) {
@@ -77,15 +48,6 @@ std::string describe(const panel::Disk& disk) {
                 partition.volume + attributes;
     }
     return text + (disk.partitions.empty() ? ", no partitions" : "");
-}
-
-Json toJson(const panel::Disk& disk) {
-    Json json{{"device", disk.device},
-              {"readyAfter", disk.readyAfter == panel::never ? Json(nullptr) : Json(disk.readyAfter)},
-              {"partitions", Json::array()}};
-    for (const panel::Partition& partition : disk.partitions)
-        json["partitions"].push_back({{"volume", partition.volume}, {"attributes", partition.attributes}});
-    return json;
 }
 
 std::string describe(const panel::Volume& volume) {
@@ -132,7 +94,7 @@ std::string describe(const std::vector<panel::Request>& beeps) {
            formatDuration(last.time) + " after boot" + (last.error ? ", refused" : "");
 }
 
-void print(const panel::Panel& panel, bool json) {
+void print(const panel::Panel& panel) {
     const panel::PanelOptions options = panel.options();
     const char* storage = panel::storageNames[static_cast<std::size_t>(options.storage)];
     const bool on = panel.isOn();
@@ -144,29 +106,6 @@ void print(const panel::Panel& panel, bool json) {
         status = driver.status();
         faults = driver.faults().size();
     }
-    const std::vector<panel::Request> beeps = panel.devices().requests("BZR1");
-    if (json) {
-        Json answer{{"directory", panel.directory().string()},
-                    {"on", on},
-                    {"whyOff", whyOff},
-                    {"screen", {{"width", options.screenWidth}, {"height", options.screenHeight}}},
-                    {"date", formatDate(options.date)},
-                    {"storage", storage}};
-        for (const auto& volume : panel.disks().volumes())
-            answer["volumes"].push_back(
-                {{"name", volume.name}, {"device", volume.device}, {"inPlace", volume.inPlace}});
-        answer["disks"] = Json::array();
-        for (const auto& disk : panel.disks().list())
-            answer["disks"].push_back(toJson(disk));
-        answer["buzzer"] = {{"requests", beeps.size()},
-                            {"last", beeps.empty() ? Json(nullptr) : Json(beeps.back().words)}};
-        for (const char* list : {"processes", "ended", "windows"})
-            answer[list] = Json::array();
-        if (on)
-            addRunning(answer, status, faults);
-        printJson(answer);
-        return;
-    }
     Table facts;
     facts.add({"panel", panel.directory().string()});
     facts.add({"power", on ? "on, booted " + formatDuration(status.time) + " ago"
@@ -177,7 +116,7 @@ void print(const panel::Panel& panel, bool json) {
     for (const auto& disk : panel.disks().list())
         facts.add({"disk", describe(disk)});
     facts.add({"storage policy", storage});
-    facts.add({"buzzer", describe(beeps)});
+    facts.add({"buzzer", describe(panel.devices().requests("BZR1"))});
     if (on)
         addRunning(facts, status, faults);
     else
@@ -191,7 +130,15 @@ void addStatusCommand(CLI::App& app, Tool& tool) {
     auto* command = app.add_subcommand("status", "Show the state of the panel, on or off");
     auto json = std::make_shared<bool>(false);
     command->add_flag("--json", *json, "Answer in JSON");
-    command->callback([json, &tool] { print(tool.panel(), *json); });
+    command->callback([json, &tool] {
+        const panel::Panel panel = tool.panel();
+        if (!*json)
+            return print(panel);
+        std::optional<panel::Driver> driver;
+        if (panel.isOn())
+            driver.emplace(panel);
+        printJson(statusJson(panel, driver ? &*driver : nullptr));
+    });
 }
 
 } // namespace tool

@@ -18,12 +18,10 @@ void listTags(const panel::Devices& devices, bool json) {
     Json answer = Json::array();
     Table table({"TAG", "SIZE", "BYTES"});
     for (const auto& [id, bytes] : devices.tags()) {
-        std::string text = panel::formatHex(bytes);
-        text.erase(text.find_last_not_of('\n') + 1);
-        answer.push_back({{"tag", id}, {"bytes", text}});
-        const std::size_t line = text.find('\n');
+        constexpr std::size_t most = 16; // bytes in the table
+        answer.push_back({{"tag", id}, {"bytes", panel::hexLine(bytes)}});
         table.add({std::to_string(id), std::to_string(bytes.size()),
-                   line == std::string::npos ? text : text.substr(0, line) + " ..."});
+                   panel::hexLine(bytes.substr(0, most)) + (bytes.size() > most ? " ..." : "")});
     }
     if (json)
         printJson(answer);

@@ -27,8 +27,7 @@ panel::Panel Tool::panel() const {
     return panel;
 }
 
-void complain(const std::string& text) {
-    std::fflush(stdout);
+std::string oneLine(const std::string& text) {
     std::string line;
     for (const char character : text) {
         const auto code = static_cast<unsigned char>(character);
@@ -36,7 +35,12 @@ void complain(const std::string& text) {
         std::snprintf(escaped, sizeof escaped, character == '\n' ? "\\n" : "\\x%02x", code);
         line += code < ' ' || code == 0x7F ? escaped : std::string(1, character);
     }
-    std::fprintf(stderr, "panel: %s\n", line.c_str());
+    return line;
+}
+
+void complain(const std::string& text) {
+    std::fflush(stdout);
+    std::fprintf(stderr, "panel: %s\n", oneLine(text).c_str());
 }
 
 void printJson(const panel::Json& answer) {

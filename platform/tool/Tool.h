@@ -40,7 +40,10 @@ private:
     std::string directory;
 };
 
-// Prints "panel: TEXT" as one line on standard error, even if the text holds line ends.
+// Returns the text with its control characters as \n or \x0d.
+std::string oneLine(const std::string& text);
+
+// Prints "panel: TEXT" as one line on standard error.
 void complain(const std::string& text);
 
 // Prints the output of a command with --json to standard output.

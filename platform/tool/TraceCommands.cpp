@@ -3,11 +3,13 @@
 #include "platform/tool/FileTail.h"
 #include "platform/tool/Follow.h"
 #include "platform/tool/OutputFile.h"
+#include "platform/tool/Period.h"
+#include "platform/tool/Progress.h"
 #include "platform/tool/TraceEvents.h"
+#include "platform/tool/TraceFile.h"
 #include "platform/tool/TraceFilter.h"
 #include "platform/tool/TraceLine.h"
 #include "platform/tool/Units.h"
-#include "platform/tool/Unreturned.h"
 
 #include "platform/panel/DidYouMean.h"
 #include "platform/panel/Json.h"
@@ -17,7 +19,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <memory>
-#include <optional>
 #include <stdexcept>
 
 namespace tool {
@@ -26,8 +27,7 @@ namespace {
 
 // What `trace show` and `trace export` have in common: which calls are meant.
 struct Selection {
-    std::string from;
-    std::string to;
+    Period period;
     TraceFilter filter;
 };
 
@@ -38,8 +38,8 @@ struct ShowOptions {
 };
 
 // Complains if the last line is the one that ends a trace at its limit.
-void checkEnd(const std::vector<std::string>& lines) {
-    if (const std::string line = lines.empty() ? "" : lines.back(); !line.empty() && !TraceLine::parse(line))
+void checkEnd(const std::string& line) {
+    if (!line.empty() && !TraceLine::parse(line))
         complain(line.substr(std::min(line.find_first_not_of(" 0123456789"), line.size())));
 }
 
@@ -71,12 +71,9 @@ void checkFunction(const std::string& name) {
                      " (panel fault functions lists them)");
 }
 
-TraceFilter filterOf(const Selection& selection) {
+TraceFilter filterOf(const panel::Panel& panel, const Selection& selection) {
     TraceFilter filter = selection.filter;
-    if (!selection.from.empty())
-        filter.from = parseDuration(selection.from);
-    if (!selection.to.empty())
-        filter.to = parseDuration(selection.to);
+    filter.ended = selection.period.sinceBoot(panel);
     for (const std::string& function : filter.functions)
         checkFunction(function);
     return filter;
@@ -86,61 +83,43 @@ std::filesystem::path traceFile(const panel::Panel& panel) {
     return panel.directory() / "run/trace";
 }
 
-// The lines of the trace, and the calls that have not returned.
-struct Trace {
-    explicit Trace(const panel::Panel& panel) {
-        std::optional<panel::PanelStatus> status; // first: a call that returns meanwhile is in the file then
-        if (panel.isOn())
-            status = panel::Driver(panel).status();
-        if (!std::filesystem::exists(traceFile(panel)) && !(status && status->tracing))
-            throw std::runtime_error("nothing is traced yet (panel trace on switches the trace on)");
-        lines = FileTail().newLines(traceFile(panel));
-        now = status ? status->time : 0;
-        if (!status)
-            return;
-        // The line of a call without its time and its end: "TarvexHelper.exe#1 t1 Sleep[1]".
-        const auto callOf = [](const std::string& line) {
-            const std::size_t begin = line.find(' ', 9);
-            return std::string_view(line).substr(std::min(begin, line.size()), line.find("](") - begin);
-        };
-        for (const std::string& open : unreturnedCalls(*status))
-            if (std::none_of(lines.rbegin(), lines.rend(),
-                             [&](const auto& line) { return callOf(line) == callOf(open); }))
-                unreturned.push_back(open);
-    }
-
-    std::vector<std::string> lines;
-    std::vector<std::string> unreturned;
-    std::uint64_t now = 0; // panel ms
-};
-
 void show(const panel::Panel& panel, ShowOptions options) {
-    options.selection.filter = filterOf(options.selection);
-    const auto print = [&](const std::vector<std::string>& lines) {
-        for (const std::string& line : lines)
-            printLine(line, options);
-        checkEnd(lines);
-        std::fflush(stdout);
-    };
+    options.selection.filter = filterOf(panel, options.selection);
     if (FileTail tail; options.follow)
-        return followWhileOn(panel, [&] { print(tail.newLines(traceFile(panel))); });
-    const Trace trace(panel);
-    print(trace.lines);
-    print(trace.unreturned);
+        return followWhileOn(panel, [&] {
+            std::string last;
+            for (const std::string& line : tail.newLines(traceFile(panel)))
+                printLine(last = line, options);
+            checkEnd(last);
+            std::fflush(stdout);
+        });
+    TraceFile trace(panel);
+    trace.read([&](const std::string& line, std::uint64_t) { printLine(line, options); });
+    checkEnd(trace.lastLine());
 }
 
 void exportTo(const std::string& file, const panel::Panel& panel, const Selection& selection) {
-    const TraceFilter filter = filterOf(selection);
-    TraceEvents events;
-    const Trace trace(panel);
-    for (const std::string& line : trace.lines)
-        if (filter.admits(line))
-            events.add(line);
-    for (const std::string& line : trace.unreturned)
-        if (filter.admits(line))
-            events.addUnreturned(line, trace.now);
-    checkEnd(trace.lines);
-    writeForPeople(file, events.document(), std::to_string(events.count()) + " calls");
+    constexpr std::size_t most = 1 << 16; // bytes in one write
+    const TraceFilter filter = filterOf(panel, selection);
+    TraceFile trace(panel);
+    OutputFile output(file);
+    std::string text;
+    const auto write = [&](std::string_view part) {
+        text += part;
+        if (text.size() < most)
+            return;
+        output.write(text);
+        text.clear();
+    };
+    const std::size_t calls = [&] {
+        Progress progress;
+        return writeTraceEvents(trace, filter, write, [&](double done) {
+            progress.show([&] { return std::to_string(static_cast<int>(done * 100)) + " % of the trace"; });
+        });
+    }();
+    output.write(text);
+    checkEnd(trace.lastLine());
+    output.finish(std::to_string(calls) + " calls");
 }
 
 void addSelection(CLI::App& command, Selection& selection) {
@@ -151,9 +130,7 @@ void addSelection(CLI::App& command, Selection& selection) {
         ->type_name("NAME");
     command.add_option("--thread", selection.filter.thread, "Only the thread of this number")->type_name("N");
     command.add_flag("--failed", selection.filter.failuresOnly, "Only calls that left an error");
-    command.add_option("--from", selection.from, "Only calls that ended from this panel time on, counted from boot")
-        ->type_name("DURATION");
-    command.add_option("--to", selection.to, "Only calls that ended until this panel time")->type_name("DURATION");
+    selection.period.addTo(command, "calls that ended");
 }
 
 void addShow(CLI::App& trace, Tool& tool) {

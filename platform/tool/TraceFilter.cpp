@@ -22,7 +22,7 @@ bool TraceFilter::admits(std::string_view line) const {
         return false;
     return (functions.empty() || isOneOf(functions, call->function)) &&
            (processes.empty() || isOneOf(processes, call->process) || isOneOf(processes, call->program)) &&
-           (thread == 0 || call->thread == thread) && call->time >= from && call->time <= to &&
+           (thread == 0 || call->thread == thread) && ended.contains(static_cast<std::int64_t>(call->time)) &&
            (!failuresOnly || call->failed);
 }
 

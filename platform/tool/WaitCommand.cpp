@@ -2,11 +2,15 @@
 #include "platform/tool/Commands.h"
 #include "platform/tool/HelperLog.h"
 #include "platform/tool/ProcessName.h"
+#include "platform/tool/Progress.h"
 #include "platform/tool/RequestText.h"
+#include "platform/tool/StatusJson.h"
 #include "platform/tool/Table.h"
 #include "platform/tool/Units.h"
 
 #include "platform/panel/Client.h"
+#include "platform/panel/DidYouMean.h"
+#include "platform/panel/Hex.h"
 #include "platform/panel/Paths.h"
 #include "platform/panel/Text.h"
 
@@ -34,6 +38,7 @@ struct WaitOptions {
     std::string shown;
     std::vector<std::string> values; // device, words
     std::vector<std::string> request; // device, operation
+    std::vector<std::string> status; // field, value
     bool json = false;
     std::string limit = "1min";
 };
@@ -138,9 +143,27 @@ Awaited sight(panel::Driver& driver, const std::string& wanted) {
     return {look, "the screen does not show " + wanted};
 }
 
+// The bytes of a tag.
+Awaited tagOf(const panel::Panel& panel, std::span<const std::string> words) {
+    std::uint32_t id = 0;
+    std::string bytes;
+    if (words.size() < 2 || !panel::numberIn(words.front(), id))
+        throw Misuse("name a tag and its bytes in hexadecimal, such as tags 18 02 04 (panel tag list)");
+    for (const std::string& word : words.subspan(1))
+        bytes += orMisuse([&] { return panel::parseHex(word); });
+    const auto look = [&panel, id, bytes]() -> std::optional<Event> {
+        if (panel.devices().tag(id) != bytes)
+            return std::nullopt;
+        return Event{{{"device", "tags"}, {"tag", id}, {"bytes", panel::hexLine(bytes)}}, ""};
+    };
+    return {look, "the tag " + std::to_string(id) + " does not have the bytes " + panel::hexLine(bytes)};
+}
+
 // The backlight's values are the record that its driver holds now, not the record at boot.
 Awaited valuesOf(const panel::Panel& panel, panel::Driver& driver, const std::vector<std::string>& words) {
     const panel::DeviceFacts& device = *orMisuse([&] { return &panel::Devices::facts(words.front()); });
+    if (device.name == "tags")
+        return tagOf(panel, std::span(words).subspan(1));
     if (words.size() < 2 || words.size() - 1 > device.values.size())
         throw Misuse("name a device and its first values: " + std::string(device.name) + " has " +
                      std::to_string(device.values.size()) + " values");
@@ -186,6 +209,41 @@ Awaited requestTo(const panel::Panel& panel, const std::vector<std::string>& wor
     return {look, "no program has sent a request"};
 }
 
+// Returns the field "screen.background" or "backLight.0" of a status, or null.
+const Json* fieldOf(const Json& status, const std::string& field) {
+    const std::size_t dot = std::min(field.find('.'), field.size());
+    const std::string name = field.substr(0, dot);
+    std::uint32_t index = 0;
+    const Json* found = nullptr;
+    if (status.is_object() && status.contains(name))
+        found = &status[name];
+    else if (status.is_array() && panel::numberIn(name, index) && index < status.size())
+        found = &status[index];
+    return found && dot < field.size() ? fieldOf(*found, field.substr(dot + 1)) : found;
+}
+
+Awaited statusFieldOf(const panel::Panel& panel, panel::Driver& driver, const std::string& field,
+                      const std::string& value) {
+    const Json now = statusJson(panel, &driver);
+    if (const std::string name = field.substr(0, field.find('.')); !now.contains(name)) {
+        std::vector<std::string> known;
+        for (const auto& [each, ignored] : now.items())
+            known.push_back(each);
+        throw Misuse("the status has no field \"" + name + '"' + panel::didYouMean(name, known) +
+                     " (panel status --json shows them)");
+    }
+    const auto look = [&panel, &driver, field, value]() -> std::optional<Event> {
+        if (!driver.isOn())
+            return std::nullopt;
+        const Json status = statusJson(panel, &driver);
+        const Json* found = fieldOf(status, field);
+        if (!found || (found->is_string() ? found->get<std::string>() : panel::jsonText(*found, -1)) != value)
+            return std::nullopt;
+        return Event{{{"status", field}, {"value", *found}}, ""};
+    };
+    return {look, "the status " + field + " is not " + value};
+}
+
 Awaited awaited(const panel::Panel& panel, panel::Driver& driver, const WaitOptions& options) {
     if (!options.window.empty())
         return windowOf(options.window);
@@ -197,21 +255,25 @@ Awaited awaited(const panel::Panel& panel, panel::Driver& driver, const WaitOpti
         return lineOf(panel, options.logged);
     if (!options.shown.empty())
         return sight(driver, options.shown);
+    if (!options.status.empty())
+        return statusFieldOf(panel, driver, options.status.front(), options.status.back());
     return options.values.empty() ? requestTo(panel, options.request) : valuesOf(panel, driver, options.values);
 }
 
 void wait(Tool& tool, const WaitOptions& options) {
-    const bool named[] = {!options.window.empty(), !options.process.empty(), !options.file.empty(),
-                          !options.logged.empty(), !options.shown.empty(),   !options.values.empty(),
-                          !options.request.empty()};
+    const bool named[] = {!options.window.empty(),  !options.process.empty(), !options.file.empty(),
+                          !options.logged.empty(),  !options.shown.empty(),   !options.values.empty(),
+                          !options.request.empty(), !options.status.empty()};
     if (std::count(std::begin(named), std::end(named), true) != 1)
-        throw Misuse("wait for what? Name one of --window, --exit, --file, --log, --shows, --values, --request");
+        throw Misuse(
+            "wait for what? Name one of --window, --exit, --file, --log, --shows, --values, --request, --status");
     const std::uint32_t limit = parseLimit(options.limit);
     const panel::Panel panel = tool.panel();
     panel::Driver driver(panel);
     const Awaited event = awaited(panel, driver, options);
     std::optional<Event> happened;
-    driver.waitUntil([&] { return !driver.isOn() || (happened = event.look()); }, limit);
+    waitWithProgress(
+        driver, [&] { return !driver.isOn() || (happened = event.look()); }, limit);
     if (!happened && !driver.isOn())
         throw std::runtime_error("the panel was switched off meanwhile");
     if (!happened) {
@@ -246,15 +308,23 @@ void addWaitCommand(CLI::App& app, Tool& tool) {
         ->type_name("WHAT");
     command
         ->add_option("--values", options->values,
-                     "Wait until a device has these values, as far as they are named, such as BKL1 127")
+                     "Wait until a device has these values, as far as they are named, such as BKL1 127, or a tag these "
+                     "bytes: tags 18 02 04")
         ->type_name("DEVICE VALUE")
-        ->expected(2, 16);
+        ->expected(2, 64);
     command
         ->add_option("--request", options->request,
                      "Wait for the next request to a device, or for the next one of an operation, such as BZR1 beep, "
                      "and print it; any: of any device")
         ->type_name("DEVICE [OPERATION]")
         ->expected(1, 2);
+    command
+        ->add_option("--status", options->status,
+                     "Wait until a field of panel status --json has this value, such as userActive false or "
+                     "screen.background black")
+        ->type_name("FIELD VALUE")
+        ->expected(2)
+        ->allow_extra_args(false);
     command->add_option("--limit", options->limit, "Time-out; exit code 124 if it passes")
         ->type_name("DURATION")
         ->capture_default_str();

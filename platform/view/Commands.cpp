@@ -1,5 +1,6 @@
 #include "platform/view/Commands.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
@@ -14,35 +15,10 @@ namespace view {
 namespace {
 
 constexpr int notRun = 127;
-constexpr std::size_t mostText = 16 << 20; // bytes of a command's output that are kept
-
-// Standard output or standard error of a child, in a memory file.
-class Capture {
-public:
-    Capture() : file(memfd_create("output", MFD_CLOEXEC)) {
-        if (file < 0)
-            throw std::runtime_error("this machine has no room for the output of a command");
-    }
-    ~Capture() {
-        close(file);
-    }
-    Capture(const Capture&) = delete;
-    Capture& operator=(const Capture&) = delete;
-
-    std::string text() const {
-        const off_t size = lseek(file, 0, SEEK_END);
-        std::string content(size < 0 ? 0 : std::min(static_cast<std::size_t>(size), mostText), '\0');
-        const ssize_t got = pread(file, content.data(), content.size(), 0);
-        content.resize(got < 0 ? 0 : static_cast<std::size_t>(got));
-        return content;
-    }
-
-    const int file;
-};
 
 // Runs in the child after the fork, so it uses system calls only. The child gets no other descriptors, an empty signal
 // mask and its own process group: Ctrl-C ends the server, not its commands. SIGTERM ends the child if this thread ends.
-[[noreturn]] void become(char* const* arguments, const Capture& output, const Capture& errors) {
+[[noreturn]] void become(char* const* arguments, int output) {
     sigset_t none;
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);
@@ -50,17 +26,17 @@ public:
     setpgid(0, 0);
     prctl(PR_SET_PDEATHSIG, SIGTERM);
     dup2(open("/dev/null", O_RDONLY), 0);
-    dup2(output.file, 1);
-    dup2(errors.file, 2);
+    dup2(output, 1);
+    dup2(output, 2);
     close_range(3, ~0U, 0);
     execv(arguments[0], arguments);
-    _exit(127);
+    _exit(notRun);
 }
 
 } // namespace
 
-Commands::Commands(std::filesystem::path program, std::filesystem::path panel)
-    : executable(std::move(program)), directory(std::move(panel)) {}
+Commands::Commands(const std::filesystem::path& program, const std::filesystem::path& panel)
+    : executable(program), directory(panel) {}
 
 Outcome Commands::run(const std::vector<std::string>& words) const {
     std::vector<std::string> texts{executable, "-C", directory};
@@ -70,16 +46,20 @@ Outcome Commands::run(const std::vector<std::string>& words) const {
         arguments.push_back(text.data());
     arguments.push_back(nullptr);
 
-    const Capture output;
-    const Capture errors;
+    const int output = memfd_create("output", MFD_CLOEXEC); // a program that the command starts may keep it open
+    if (output < 0)
+        throw std::runtime_error("this machine has no room for the output of a command");
     const pid_t pid = fork();
     if (pid == 0)
-        become(arguments.data(), output, errors);
+        become(arguments.data(), output);
     int status = notRun << 8;
     while (pid > 0 && waitpid(pid, &status, 0) < 0 && errno == EINTR) {
     }
     const int code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    return {code, output.text(), code == notRun ? "cannot run " + executable : errors.text()};
+    std::string text(static_cast<std::size_t>(lseek(output, 0, SEEK_END)), '\0');
+    text.resize(static_cast<std::size_t>(std::max<ssize_t>(0, pread(output, text.data(), text.size(), 0))));
+    close(output);
+    return {code, code == notRun ? "cannot run " + executable : text};
 }
 
 } // namespace view

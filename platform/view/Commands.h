@@ -10,14 +10,13 @@ namespace view {
 // The result of a command.
 struct Outcome {
     int code = 0; // exit code; 128 plus the signal's number if a signal ended the command
-    std::string output; // standard output
-    std::string errors; // standard error, or the reason why the command could not be started
+    std::string text; // standard output and standard error, or the reason why the command could not be started
 };
 
 class Commands {
 public:
     // `program` is the file of the panel command, `panel` the panel's directory.
-    Commands(std::filesystem::path program, std::filesystem::path panel);
+    Commands(const std::filesystem::path& program, const std::filesystem::path& panel);
 
     // Runs `panel -C DIRECTORY WORDS...`, without a shell, and waits for its end. Throws std::runtime_error if this
     // machine has no descriptor left.

@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t mostBytes = 128 << 10; // size of a request with its header
 constexpr std::chrono::seconds mostTime(10); // duration of a request
-constexpr timeval patience{5, 0}; // wait for the next byte in either direction
+constexpr timeval patience{10, 0}; // wait for the next byte in either direction
 
 class Connection : public httplib::Stream {
 public:
@@ -62,7 +62,22 @@ private:
     std::size_t total = 0;
 };
 
+class Threads : public httplib::TaskQueue {
+    void enqueue(std::function<void()> task) override {
+        try {
+            std::thread(task).detach();
+        } catch (const std::system_error&) { // this machine has no thread left: the other connections wait
+            task();
+        }
+    }
+    void shutdown() override {}
+};
+
 } // namespace
+
+Connections::Connections() {
+    new_task_queue = [] { return new Threads; };
+}
 
 bool Connections::process_and_close_socket(socket_t socket) {
     Connection connection(socket);

@@ -5,7 +5,6 @@
 #include "platform/tool/HelperLog.h"
 
 #include <filesystem>
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -15,24 +14,22 @@ class Lines {
 public:
     explicit Lines(const panel::Panel& panel);
 
-    // Receives the name of the file ("log", "trace", ...), whether its earlier lines are gone, whether the lines are
-    // older than this reader, and the lines, oldest first. Returns false to stop.
-    using Receiver = std::function<bool(const std::string&, bool, bool, const std::vector<std::string>&)>;
-
-    // Passes the new lines to `receive`. Returns false if `receive` did. `boot` differs after each boot: trace,
-    // requests and touches start anew then.
-    bool read(std::int64_t boot, const Receiver& receive);
+    struct Batch {
+        std::string file; // "trace", "requests", "touches" or "log"
+        bool gone; // the lines of earlier calls are no longer valid: the file is a new one
+        std::vector<std::string> lines; // oldest first
+    };
+    // Returns what is new since the last call. Drops the earlier lines of a file that has grown by more than 1 MiB.
+    std::vector<Batch> read();
 
 private:
     struct Source {
         std::string name;
         std::filesystem::path file;
         tool::FileTail tail = {};
-        bool some = false;
     };
-    std::vector<Source> sources;
+    Source sources[3];
     tool::HelperLog log;
-    std::int64_t lastBoot = -1;
 };
 
 } // namespace view

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string_view>
+#include <vector>
 
 namespace view {
 
@@ -11,7 +12,6 @@ struct PageFile {
     std::string_view content;
 };
 
-// Returns a file, or null for an unknown name.
-const PageFile* pageFile(std::string_view name);
+std::vector<PageFile> pageFiles();
 
 } // namespace view

@@ -3,9 +3,8 @@
 #include "platform/panel/Json.h"
 #include "platform/view/Page.h"
 
-#include <algorithm>
+#include <random>
 #include <stdexcept>
-#include <sys/random.h>
 #include <sys/socket.h>
 #include <thread>
 
@@ -15,6 +14,7 @@ namespace {
 
 using httplib::Request;
 using httplib::Response;
+using Admission = httplib::Server::HandlerResponse;
 using panel::Json;
 
 constexpr int oneLine = -1; // an indentation for jsonText that gives one line
@@ -22,48 +22,14 @@ constexpr int oneLine = -1; // an indentation for jsonText that gives one line
 constexpr std::size_t mostBody = 64 << 10; // bytes
 constexpr int mostStreams = 5; // pages at the same time; a browser opens six connections, and one is for commands
 constexpr int mostCommands = 12; // commands at the same time; switching the panel off is always possible
-constexpr int threads = mostStreams + 24;
 constexpr std::chrono::seconds heartbeat(15); // interval of empty events, which detect a closed page
 
-// The commands that a page may run: those that change this panel. Only `unplug --keep` writes files of the host.
-constexpr std::string_view admitted[] = {
-    "boot",      "off",         "cut",  "storage", "advance", "plug", "unplug",         "mount",           "device",
-    "tag",       "touch",       "idle", "active",  "start",   "send", "registry write", "registry delete", "trace on",
-    "trace off", "trace clear", "fault"};
-
-bool isAdmitted(const std::vector<std::string>& words) {
-    const std::string first = words.empty() ? "" : words[0];
-    const std::string both = words.size() > 1 ? first + ' ' + words[1] : first;
-    return std::any_of(std::begin(admitted), std::end(admitted),
-                       [&](std::string_view each) { return each == first || each == both; });
-}
-
 std::string newToken() {
-    unsigned char bytes[16];
-    if (getrandom(bytes, sizeof bytes, 0) != sizeof bytes)
-        throw std::runtime_error("this machine has no random numbers");
+    std::random_device random("/dev/urandom");
     std::string token;
-    for (const unsigned char byte : bytes)
-        for (const int digit : {byte >> 4, byte & 15})
-            token += "0123456789abcdef"[digit];
+    while (token.size() < 32)
+        token += "0123456789abcdef"[random() % 16];
     return token;
-}
-
-struct Order {
-    std::string id; // of the page's choice
-    std::vector<std::string> words;
-};
-
-Order orderOf(const std::string& body) {
-    const Json json = panel::parseJson(body);
-    const Order order{json.value("id", ""), json.at("words")};
-    const std::vector<std::string>& words = order.words;
-    const auto hasZero = [](const std::string& word) { return word.find('\0') != std::string::npos; };
-    if (!isAdmitted(words))
-        throw std::runtime_error("no command for the page");
-    if (std::any_of(words.begin(), words.end(), hasZero))
-        throw std::runtime_error("a word holds a zero");
-    return order;
 }
 
 bool send(httplib::DataSink& sink, const std::string& event, const std::string& json) {
@@ -80,7 +46,6 @@ void refuse(Response& response, int status, const std::string& why) {
 
 Server::Server(const Commands& panelCommands, panel::Panel shown, int port)
     : commands(panelCommands), panel(std::move(shown)), token(newToken()) {
-    server.new_task_queue = [] { return new httplib::ThreadPool(threads); };
     server.set_payload_max_length(mostBody);
     // The library's own options would let other programs bind the same port.
     server.set_socket_options([](socket_t socket) {
@@ -95,12 +60,18 @@ Server::Server(const Commands& panelCommands, panel::Panel shown, int port)
         {"Cross-Origin-Resource-Policy", "same-origin"},
         {"Cache-Control", "no-store"},
     });
-    server.set_exception_handler([](const Request&, Response& response, std::exception_ptr) {
+    server.set_exception_handler([](const Request&, Response& response, const std::exception_ptr&) {
         refuse(response, 400, "The request cannot be answered");
     });
     server.set_pre_routing_handler(
         [this](const Request& request, Response& response) { return admit(request, response); });
-    server.Post('/' + token + "/run", [this](const Request& request, Response& response) { run(request, response); });
+    const std::string start = '/' + token + '/';
+    for (const PageFile& file : pageFiles())
+        server.Get(start + std::string(file.name), [file](const Request&, Response& response) {
+            response.set_content(file.content.data(), file.content.size(), std::string(file.type));
+        });
+    server.Get(start + "events", [this](const Request&, Response& response) { stream(response); });
+    server.Post(start + "run", [this](const Request& request, Response& response) { run(request, response); });
     const bool bound =
         port ? server.bind_to_port("127.0.0.1", port) : (port = server.bind_to_any_port("127.0.0.1")) > 0;
     if (!bound)
@@ -115,49 +86,41 @@ std::string Server::address() const {
     return "http://" + host + '/' + token + '/';
 }
 
-// Handles all requests except the one with a body. Other pages do not know the token. The check of the host name keeps
-// out pages whose own host name resolves to this machine (DNS rebinding).
+// Refuses a request before its body is read. Other pages do not know the token. The check of the host name keeps out
+// pages whose own host name resolves to this machine (DNS rebinding).
 httplib::Server::HandlerResponse Server::admit(const Request& request, Response& response) {
-    constexpr auto handled = httplib::Server::HandlerResponse::Handled;
-    const std::string start = '/' + token + '/';
-    const bool known = request.path.starts_with(start);
-    const bool hostNamed = request.get_header_value_count("Host") == 1 && request.get_header_value("Host") == host;
+    const bool known = request.path.rfind('/' + token + '/', 0) == 0;
+    const bool hostNamed = request.get_header_value("Host") == host;
     const bool foreign = request.has_header("Origin") && request.get_header_value("Origin") != "http://" + host;
+    // A compressed body could expand to any size.
+    const bool plain =
+        request.get_header_value("Content-Type") == "application/json" && !request.has_header("Content-Encoding");
     if (!known || !hostNamed || foreign)
-        return refuse(response, 403, "Access denied"), handled;
-    const std::string name = request.path.substr(start.size());
-    const PageFile* file = pageFile(name);
-    if (name == "run" && request.method == "POST") {
-        const bool packed = request.has_header("Content-Encoding"); // a compressed body could expand to any size
-        if (request.get_header_value("Content-Type") == "application/json" && !packed)
-            return httplib::Server::HandlerResponse::Unhandled;
+        refuse(response, 403, "Access denied");
+    else if (request.method == "POST" && !plain)
         refuse(response, 415, "The request must be plain JSON");
-    } else if (request.method == "GET" && name == "events") {
-        stream(response);
-    } else if (request.method == "GET" && file) {
-        response.set_content(file->content.data(), file->content.size(), std::string(file->type));
-    } else {
-        refuse(response, 404, "Not found");
-    }
-    return handled;
+    else
+        return Admission::Unhandled;
+    return Admission::Handled;
 }
 
 void Server::run(const Request& request, Response& response) {
-    const Order order = orderOf(request.body); // an exception becomes the status 400
+    const Json order = panel::parseJson(request.body); // an exception becomes the status 400
+    const std::string id = order.value("id", "");
+    const std::vector<std::string> words = order.at("words");
+    const bool end = words.at(0) == "off" || words[0] == "cut";
     const std::shared_ptr<void> done(nullptr, [this](void*) { --atWork; });
-    if (++atWork > mostCommands && order.words[0] != "off" && order.words[0] != "cut")
+    if (++atWork > mostCommands && !end)
         return refuse(response, 503, "Too many commands at a time");
     // The request does not wait for the command: a browser has few connections.
-    std::thread([this, order, done] {
-        Outcome outcome{1, "", ""};
+    std::thread([this, id, words, done] {
+        Outcome outcome{1, ""};
         try {
-            outcome = commands.run(order.words);
+            outcome = commands.run(words);
         } catch (const std::exception& error) {
-            outcome.errors = error.what();
+            outcome.text = error.what();
         }
-        state->addOutcome(panel::jsonText(
-            {{"id", order.id}, {"code", outcome.code}, {"output", outcome.output}, {"errors", outcome.errors}},
-            oneLine));
+        state->addOutcome(panel::jsonText({{"id", id}, {"code", outcome.code}, {"text", outcome.text}}, oneLine));
     }).detach();
     response.status = 202;
 }
@@ -186,11 +149,12 @@ bool Server::sendNews(httplib::DataSink& sink, Lines& lines, std::uint64_t& vers
     for (const auto& [name, json] : news)
         if (!send(sink, name, json))
             return false;
-    const auto sendLines = [&](const std::string& file, bool gone, bool history, const std::vector<std::string>& some) {
-        return send(sink, "lines",
-                    panel::jsonText({{"file", file}, {"gone", gone}, {"history", history}, {"lines", some}}, oneLine));
-    };
-    return lines.read(state->boot(), sendLines) && (version != before || sink.write(":\n\n", 3));
+    for (const auto& [file, gone, some] : lines.read())
+        if (!send(
+                sink, "lines",
+                panel::jsonText({{"file", file}, {"gone", gone}, {"history", before == 0}, {"lines", some}}, oneLine)))
+            return false;
+    return version != before || sink.write(":\n\n", 3);
 } catch (const std::exception&) { // the library would let it end the process; the page connects again
     return false;
 }

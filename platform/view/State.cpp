@@ -63,16 +63,18 @@ void State::addOutcome(std::string json) {
 
 void State::publish(const std::string& topic, const std::vector<std::string>& words) {
     const Outcome outcome = commands.run(words);
-    Json answer{{"error", outcome.errors}};
+    Json answer{{"error", outcome.text}};
     try {
         if (outcome.code == 0)
-            answer = panel::parseJson(outcome.output);
+            answer = panel::parseJson(outcome.text);
     } catch (const std::exception&) { // a command that was killed: its answer is cut off
     }
     std::string text = panel::jsonText(answer, -1);
     const std::lock_guard lock(mutex);
-    if (topics[topic].json != text)
-        topics[topic] = {++version, std::move(text)};
+    if (topics[topic].json == text)
+        return;
+    topics[topic] = {++version, std::move(text)};
+    changed.notify_all();
 }
 
 void State::refresh() {
@@ -95,16 +97,15 @@ void State::refresh() {
 }
 
 void State::follow() {
-    for (;; watch.wait()) {
+    for (;;)
         try {
+            wake(); // a file may have new lines; a click of the buzzer must not wait for the commands
             refresh();
-        } catch (const std::exception&) { // this machine has no descriptor left: the pages keep the old state
+            watch.wait();
+        } catch (const std::exception&) { // this machine has no descriptor or thread left: the pages keep the old state
             stamps.clear();
             std::this_thread::sleep_for(std::chrono::seconds(1));
-            watch.ring();
         }
-        wake(); // a file may have new lines
-    }
 }
 
 } // namespace view

@@ -30,11 +30,6 @@ public:
     // Adds the event "outcome", of a command that has ended. Any thread.
     void addOutcome(std::string json);
 
-    // Differs after each boot of the panel.
-    std::int64_t boot() const {
-        return watch.boot();
-    }
-
 private:
     void follow();
     void refresh();

@@ -2,6 +2,7 @@
 
 #include "platform/panel/Mapping.h"
 #include "platform/panel/kernel/Host.h"
+#include "platform/panel/kernel/Image.h"
 
 #include <chrono>
 #include <poll.h>
@@ -10,7 +11,6 @@
 #include <sys/inotify.h>
 #include <sys/stat.h>
 #include <thread>
-#include <utility>
 
 namespace view {
 
@@ -63,90 +63,67 @@ Watch::Watch(std::filesystem::path panel)
     : root(std::move(panel)),
       files(inotify_init1(IN_CLOEXEC | IN_NONBLOCK)),
       bell(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
-    watchFolders();
-    std::thread([this] { listen(); }).detach();
+    watchFiles();
 }
 
-void Watch::watchFolders() {
-    const auto add = [&](const std::filesystem::path& folder) {
-        return inotify_add_watch(files, folder.c_str(), anything | IN_ONLYDIR);
+void Watch::watchFiles() {
+    const auto add = [&](const char* folder) {
+        return inotify_add_watch(files, (root / folder).c_str(), anything | IN_ONLYDIR) >= 0;
     };
-    int found = -1;
-    if (add(root) < 0) // the panel, and the folders above it, may be created again
-        for (std::filesystem::path above = root; found < 0 && above.has_relative_path();)
-            found = add(above = above.parent_path());
-    if (const int former = std::exchange(around, found); former >= 0 && former != found)
-        inotify_rm_watch(files, former);
-    // The last folder holds the log.
+    hears = add("");
     for (const char* folder : {"run", "devices", "registry", "fs", "fs/MMCMemory", "fs/MMCMemory/Tarvex"})
-        add(root / folder);
+        add(folder); // the last one holds the log
+    struct stat status {};
+    const bool whole =
+        stat((root / "run/kernel").c_str(), &status) == 0 && status.st_size == static_cast<off_t>(sizeof(panel::Image));
+    const ino_t found = whole ? status.st_ino : 0;
+    if (found == listened)
+        return;
+    // A thread that sleeps on a former file ends later: at the file's next change, or within an hour.
+    lastDigest = 0;
+    listened = found;
+    try {
+        if (found)
+            std::thread([this, found] { listen(found); }).detach();
+    } catch (const std::system_error&) {
+        listened = 0; // the next call tries again
+        throw;
+    }
 }
 
 void Watch::wait() {
     pollfd sources[] = {{files, POLLIN, 0}, {bell, POLLIN, 0}};
-    poll(sources, 2, -1);
+    poll(sources, 2, hears ? -1 : 1000);
     std::this_thread::sleep_for(pause);
     char events[16384]; // the content of the events does not matter
     for (const int source : {files, bell})
         while (read(source, events, sizeof events) > 0) {
         }
-    watchFolders();
-    wakeListener(); // the kernel file may be a new one
+    watchFiles();
 }
 
-void Watch::ring() {
-    const std::uint64_t one = 1;
-    [[maybe_unused]] const auto written = write(bell, &one, sizeof one);
-}
-
-void Watch::wakeListener() {
-    ++rounds;
-    rounds.notify_all();
-    const std::lock_guard lock(mutex);
-    if (listened && listened->watched.exchange(0))
-        panel::host::futexWake(listened->watched);
-}
-
-void Watch::listen() {
-    for (;;) {
-        const unsigned seen = rounds;
-        try {
-            const panel::Mapping kernel(root);
-            if (kernel.image && kernel.image->on) {
-                listenTo(*kernel.image);
-                continue;
+void Watch::listen(ino_t own) {
+    bool wasOn = false;
+    try {
+        const panel::Mapping mapping(root);
+        panel::Image* const image = mapping.image;
+        for (; image && image->on && listened == own; std::this_thread::sleep_for(pause)) {
+            wasOn = true;
+            image->watched = 1; // before the look, so that a later change wakes this thread
+            if (const std::uint64_t digest = digestOf(*image); digest != lastDigest) {
+                lastDigest = digest;
+                eventfd_write(bell, 1);
+            } else {
+                panel::host::futexWait(image->watched, 1, hour);
             }
-        } catch (const std::runtime_error&) { // `panel status` reports the reason
         }
-        rounds.wait(seen);
+    } catch (const std::runtime_error&) { // `panel status` reports the reason
     }
-}
-
-void Watch::listenTo(panel::Image& image) {
-    lastBoot = image.clock.realBase;
-    {
-        const std::lock_guard lock(mutex);
-        listened = &image;
-    }
-    const auto isCurrent = [&] {
-        struct stat status {};
-        return stat((root / "run/kernel").c_str(), &status) == 0 && status.st_ino == image.fileInode &&
-               status.st_size == static_cast<off_t>(sizeof image);
-    };
-    while (image.on && isCurrent()) {
-        image.watched = 1; // before the look, so that a later change wakes this thread
-        if (digestOf(image) == lastDigest) {
-            panel::host::futexWait(image.watched, 1, hour);
-        } else {
-            lastDigest = digestOf(image);
-            ring();
-        }
-        std::this_thread::sleep_for(pause);
-    }
-    const std::lock_guard lock(mutex);
-    listened = nullptr;
+    if (!listened.compare_exchange_strong(own, 0))
+        return; // another thread listens to a newer file
     lastDigest = 0;
-    ring();
+    if (wasOn)
+        eventfd_write(bell, 1);
 }
 
 } // namespace view

@@ -1,13 +1,12 @@
 // Notices changes of a panel, without polling: a futex reports each release of the kernel's lock, and inotify reports
-// changes of files. The panel may be off, be deleted and be created again meanwhile. Objects live as long as the
-// process.
+// changes of files. The panel may be off, be deleted and be created again meanwhile. While its folder is missing, and
+// if this machine has no inotify instance left, `wait` returns once a second. Objects live as long as the process.
 #pragma once
 
-#include "platform/panel/kernel/Image.h"
-
 #include <atomic>
+#include <cstdint>
 #include <filesystem>
-#include <mutex>
+#include <sys/types.h>
 
 namespace view {
 
@@ -19,33 +18,21 @@ public:
 
     // Blocks until the panel may have changed since the last call returned. One thread only.
     void wait();
-    // Ends the current or next `wait`. Any thread.
-    void ring();
-
     // A hash of the kernel's tables that `panel status`, `ps` and `fault list` show. 0 while the panel is off.
     std::uint64_t digest() const {
         return lastDigest;
     }
-    // Differs after each boot of the panel. 0 if the panel was not on yet.
-    std::int64_t boot() const {
-        return lastBoot;
-    }
 
 private:
-    void watchFolders();
-    void listen();
-    void listenTo(panel::Image& image);
-    void wakeListener();
+    void watchFiles();
+    void listen(ino_t own);
 
     const std::filesystem::path root;
     const int files; // inotify descriptor
+    bool hears = false; // whether `files` watches the panel's folder
     const int bell; // eventfd that reports a change of the digest
-    int around = -1; // watch of the nearest folder above a panel that does not exist; -1: no such watch
     std::atomic<std::uint64_t> lastDigest = 0;
-    std::atomic<std::int64_t> lastBoot = 0;
-    std::atomic<unsigned> rounds = 0; // calls of `wait`
-    std::mutex mutex;
-    panel::Image* listened = nullptr; // the image on which the thread sleeps
+    std::atomic<ino_t> listened = 0; // inode of the kernel file that a thread listens to; 0: none
 };
 
 } // namespace view

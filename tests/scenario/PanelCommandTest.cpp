@@ -33,20 +33,26 @@ TEST_F(PanelCommand, RunsTheHelperFromCreationToItsEnd) {
     const Answer log = call("log");
     EXPECT_EQ(log.text.find("2024-03-07 06:05:09,4294967040;INFO;Init of Helper\n"), 0U) << log.text;
     EXPECT_NE(log.text.find(";INFO;Helper terminated\n"), std::string::npos) << log.text;
-    for (const char* all : {"--since 2024-03-07", "--since 1m", "--before 2025-01-01T00:00:00"})
-        EXPECT_EQ(call(std::string("log ") + all).text, log.text) << all;
-    for (const char* none : {"--since 1s", "--before 5s", "--before 2024-03-07T06:05:09"})
-        EXPECT_EQ(call(std::string("log ") + none).text, "") << none;
+    for (const std::string command : {"log ", "trace show "}) {
+        for (const char* all : {"--since 2024-03-07", "--since 1m", "--before 2025-01-01T00:00:00", "--before +1s"})
+            EXPECT_EQ(call(command + all).text, call(command).text) << all;
+        for (const char* none : {"--since 1s", "--before 5s", "--before 2024-03-07T06:05:09", "--since +1ms"})
+            EXPECT_EQ(call(command + none).text, "") << none;
+        isMisused(command + "--since yesterday", "not a time");
+    }
     EXPECT_EQ(call("log --level error --json")
                   .text.find(R"({"date":"2024-03-07 06:05:09","ticks":4294967040,)"
                              R"("level":"ERROR","text":"ScreenSaverModule;)"),
               0U);
-    EXPECT_EQ(call("trace show --from 1ms").text, "");
-    EXPECT_EQ(json("trace show --to 0 --function ReleaseMutex --failed").at("result"), "0 error 288");
+    EXPECT_EQ(json("trace show --before +1ms --function ReleaseMutex --failed").at("result"), "0 error 288");
     EXPECT_NE(call("trace show --function ReleaseMutex").text.find("error 288"), std::string::npos);
     EXPECT_EQ(json("status").at("on"), true);
     EXPECT_EQ(json("off").at("on"), false);
     EXPECT_EQ(json("status").at("on"), false);
+    EXPECT_NE(call("trace show --since 6s").text, ""); // the last boot is still known
+    fs::remove(directory / "p/run/kernel");
+    fails("trace show --since 6s", "the date of the last boot is not known");
+    EXPECT_NE(call("trace show --since +0").text, "");
 }
 
 TEST_F(PanelCommand, SaysWhatIsWrongInOneLine) {
@@ -334,9 +340,12 @@ TEST_F(PanelCommand, WaitsForWhatScriptsAskFor) {
         {"--log 'Module manager init'", "line", nullptr, 0},
         {"--shows nothing", "background", "none", 0},
         {"--values SHC1 0", "values", {0}, 0},
+        {"--values tags 18 0204", "bytes", "02 04", 0},
         {"--values bkl1 0 1", "values", {0, 1, 0, 1}, 60000},
         {"--shows ORVASCREENSAVER", "background", "black", 60000},
         {"--shows black", "process", "TarvexHelper.exe#1", 60000},
+        {"--status backLight.2 0", "value", 0, 60000},
+        {"--status screen.background black", "status", "screen.background", 60000},
         {"--request any", "device", "SHC1", 300000},
         {"--request SHC1 count", "time", 600000, 600000}, // the next one, not that one again
         {"--file '\\mmcmemory\\tarvex\\EMMC.xml'", "folder", false, 600000},
@@ -348,10 +357,13 @@ TEST_F(PanelCommand, WaitsForWhatScriptsAskFor) {
         if (row.words == std::string("--values SHC1 0"))
             succeed("idle");
     }
-    for (const char* words : {"--file '\\MMCMemory\\No'", "--request BZR1 beep", "--values SHC1 1", "--shows white"})
+    for (const char* words :
+         {"--file '\\MMCMemory\\No'", "--request BZR1 beep", "--values SHC1 1", "--values tags 18 02",
+          "--status windows.9.visible true", "--status cursor.count 1", "--shows white"})
         fails("wait --limit 1s " + std::string(words), "after 1 s", 124);
     for (const char* words :
          {"", "--file a --log b", "--request BZR1 read", "--values SHC1 1 2", "--values BZR1 1", "--values BKL1 -1",
-          "--request any reed", "--exit TarvexHelper.exe#0", "--exit TarvexHelper.exe#first"})
+          "--status usrActive true", "--status userActive", "--values tags 18", "--values tags 18 2",
+          "--values tags model 02", "--request any reed", "--exit TarvexHelper.exe#0", "--exit TarvexHelper.exe#first"})
         isMisused("wait " + std::string(words), "");
 }

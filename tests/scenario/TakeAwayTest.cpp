@@ -67,6 +67,19 @@ TEST_F(PanelCommand, MovesTheRegistryAsAFile) {
     }
     succeed("registry write HKU Greek Ω");
     fails("registry export --ansi r.reg", "lacks a character of this line: \"Greek\"");
+    isMisused("registry write 'HKU\\a] ;' v x", "bracket before a semicolon"); // it would look like a comment
+    writeText(directory / "p/registry/flash.json", R"({"HKEY_USERS\\a] ;": {}})");
+    fails("registry export r.reg", "cannot express a name");
+    const struct {
+        const char *text, *reason;
+    } rows[] = {{"[]", "the file is not a JSON object"},
+                {R"({"HKEY_USERS": {}, "HKEY_USERS\\a": 1})", "\"HKEY_USERS\\a\" is not"},
+                {R"({"HKEY_USERS": {"a": {"type": "REG_SZ", "text": ""}, "b": []}})", "\"b\" is not"},
+                {R"({"HKEY_USER": {}})", "root"}};
+    for (const auto& row : rows) {
+        writeText(directory / "p/registry/flash.json", row.text);
+        fails("registry list", row.reason);
+    }
 }
 
 TEST_F(PanelCommand, MergesRegistryFiles) {
@@ -75,12 +88,17 @@ TEST_F(PanelCommand, MergesRegistryFiles) {
     succeed("boot --stepped --without-init");
     const std::string file =
         "\r\n; a comment\r\n[HKEY_CURRENT_USER\\A] ; another\r\n\"n\" = dword:1F\r\n\"gone\"=\"x\"\n"
-        "@=hex(2):25,78,\\\n  25,\\ ; continued\n\t00\n\"gone\"=-\n[-hkcu\\a\\B]\n[-HKCU\\none]\n\n";
+        "@=\"old\"\n\"gone\"=-\n@=hex(2):25,78,\\\n  25,\\ ; continued\n\t00\n\"l\"=\"a\r\n;\n]\\\"\" ; b\n"
+        "[-hkcu\\a\\B]\n[-HKCU\\none]\n\n";
     writeText(directory / "r.reg", "REGEDIT4" + file);
     succeed("registry import r.reg");
-    EXPECT_EQ(json("registry list 'HKCU\\a'").dump(),
+    EXPECT_EQ(call("registry export x.reg 'hkcu\\A'").text, "Wrote HKEY_CURRENT_USER\\a to x.reg\n");
+    EXPECT_EQ(json("registry list 'HKCU\\A'").dump(),
               R"([{"key":"HKEY_CURRENT_USER\\a","values":[{"bytes":"1f 00 00 00","name":"n","type":"REG_DWORD"},)"
-              R"({"bytes":"25 00 78 00 25 00 00 00","name":"","text":"%x%","type":"REG_EXPAND_SZ"}]}])");
+              R"({"bytes":"25 00 78 00 25 00 00 00","name":"","text":"%x%","type":"REG_EXPAND_SZ"},)"
+              R"({"bytes":"61 00 0d 00 0a 00 3b 00 0a 00 5d 00 22 00 00 00","name":"l","text":"a\r\n;\n]\"",)"
+              R"("type":"REG_SZ"}]}])");
+    EXPECT_NE(call("registry list").text.find(R"("a\x0d\n;\n]"")"), std::string::npos);
     writeText(directory / "r.reg", "Windows Registry Editor Version 5.00" + file);
     succeed("registry import r.reg"); // bytes of this version are not ANSI
     EXPECT_EQ(json("registry read 'HKCU\\a' ''").at("bytes"), "25 78 25 00");
@@ -97,7 +115,12 @@ TEST_F(PanelCommand, MergesRegistryFiles) {
         {"REGEDIT4\n[HKCU\\b]\n[HKCU\\b", "line 3: the key has no closing bracket"},
         {"REGEDIT4\n\"a\"=\"b\"\n", "line 2: a value without a key"},
         {"REGEDIT4\n[HKCU\\b]\n\"a\"=\"\\b\"\n", "line 3: in quotation marks"},
-        {"REGEDIT4\n[HKCU\\b]\n\"a\"=\"b\\", "line 3: the text has no closing"},
+        {"REGEDIT4\n[HKCU\\b]\n\"a\"=\"b\\\n\"", "line 3: in quotation marks"},
+        {"REGEDIT4\n[HKCU\\b]\n\"a\"=\"b\n\n", "line 3: the text has no closing"},
+        {"REGEDIT4\n[HKCU\\b]\n\"a\"=\"b\n\"c\"=\"d\"\n",
+         "line 4: not understood: c\"=\"d\", behind a text that begins in line 3"},
+        {"REGEDIT4\n[HKCU\\b] ; as [c]\n", "line 2: a comment behind a key"},
+        {"\xEF\xBB\xBFREGEDIT4\n", "line 1: a registry file begins with"},
         {"REGEDIT4\n[HKCU\\b]\n\"a\"=\"b\" c\n", "line 3: not understood: c"},
         {"REGEDIT4\n[HKCU\\b]\n\"a\"=dword:123456789\n", "line 3: not understood"},
         {"REGEDIT4\n[HKCU\\b]\n\"a\"=hex:1g\n", "line 3: a comma is missing"},
@@ -292,6 +315,8 @@ TEST_F(PanelCommand, CompletesWordsForBash) {
         {"panel fault add CreateM", "CreateMsgQueue\nCreateMutexW\n"},
         {"panel trace show --failed --function ReleaseM", "ReleaseMutex\n"},
         {"panel create --storage t", "torn\n"},
+        {"panel wait --request SH", "SHC1\n"},
+        {"panel registry write --type REG_M", "REG_MULTI_SZ\n"},
         {"panel start \\\\MMC", ""}, // nothing: bash then offers files
     };
     for (const auto& [line, words] : rows) {

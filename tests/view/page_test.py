@@ -8,6 +8,7 @@ import json
 import os
 import pathlib
 import re
+import select
 import shutil
 import signal
 import socket
@@ -15,8 +16,7 @@ import subprocess
 import sys
 
 from selenium import webdriver
-from selenium.common.exceptions import (ElementClickInterceptedException, NoSuchElementException,
-                                        StaleElementReferenceException)
+from selenium.common import exceptions
 from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
@@ -24,8 +24,8 @@ from selenium.webdriver.support.ui import Select, WebDriverWait
 
 PROGRAMS, FOLDER = (pathlib.Path(word).resolve() for word in sys.argv[1:])
 PANEL = FOLDER / "panel"
-MEANWHILE = (NoSuchElementException, StaleElementReferenceException, # the page is being renewed
-             ElementClickInterceptedException) # or scrolled
+MEANWHILE = (exceptions.NoSuchElementException, exceptions.StaleElementReferenceException, # the page is being renewed
+             exceptions.ElementClickInterceptedException) # or scrolled
 PATIENCE = 60 # seconds, for a slow machine; nothing waits that long
 FLAGS = ["--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run", "--disable-sync",
          "--disable-background-networking", "--disable-component-update", "--window-size=1280,800",
@@ -90,8 +90,7 @@ def check_refusals(host, path, server):
         (404, "GET", path + "../../etc/passwd"), (404, "GET", path + "%2e%2e/page.js"),
         (400, "POST", run, json, ""), (400, "POST", run, json, '{"words": '), (400, "POST", run, json, "[" * 60000),
         (400, "POST", run, json, '{"words": "boot"}'), (400, "POST", run, json, '{"words": [{}]}'),
-        (400, "POST", run, json, '{"words": []}'), (400, "POST", run, json, '{"words": ["trace", "export", "x"]}'),
-        (400, "POST", run, json, '{"words": ["touch", "\\u0000"]}'), (400, "POST", run, json, b'{"words": ["\xff"]}'),
+        (400, "POST", run, json, '{"words": []}'), (400, "POST", run, json, b'{"words": ["\xff"]}'),
         (413, "POST", run, json, "x" * 10_000_000)]
     for expected, *request in refusals:
         assert status(*request) in (expected, 0 if expected in (403, 413, 415) else expected), request[:3]
@@ -102,15 +101,15 @@ def check_refusals(host, path, server):
             connection.sendall(noise)
     memory = re.search(r"VmHWM:\s*(\d+)", pathlib.Path(f"/proc/{server}/status").read_text())
     assert int(memory[1]) < 100_000, memory[0] # kB: it has kept what nobody should send
-    assert status("GET", path) == 200, "the page is gone"
+    idle = [socket.create_connection(host.split(":")) for _ in range(60)]
+    assert status("GET", path) == 200 and not select.select(idle, [], [], 0)[0], "idle connections delay the page"
     assert '"on": false' in panel("status", "--json"), "a refused request was obeyed"
 
 
 class Page:
     def __init__(self, address):
         options = webdriver.ChromeOptions()
-        for flag in FLAGS:
-            options.add_argument(flag)
+        options.arguments.extend(FLAGS)
         self.browser = webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=options)
         self.browser.execute_cdp_cmd("Page.addScriptToEvaluateOnNewDocument", {"source": HEAR})
         self.browser.get(address)
@@ -121,13 +120,12 @@ class Page:
     def click(self, selector):
         self.find(selector).click()
 
-    def fill(self, form, submit=True, **values):
+    def fill(self, form, **values):
         for name, value in values.items():
-            field = self.find(f"#{form} [name={name}]")
+            field = self.find(f"#{form} [name='{name}']")
             field.clear()
             field.send_keys(str(value))
-        if submit:
-            self.click(f"#{form} button")
+        self.click(f"#{form} button")
 
     def wait(self, what, condition):
         WebDriverWait(self.browser, PATIENCE, ignored_exceptions=MEANWHILE).until(
@@ -142,26 +140,27 @@ class Page:
         self.wait_for("#command", command)
         self.wait("the end of " + command, lambda: self.find("#answer").text.startswith("→"))
 
+    def boot(self):
+        self.do(lambda: self.click("#boot button"), "panel boot")
+        self.wait_for("#power", "on")
+        self.advance("2s")
+
     def advance(self, time):
         self.do(lambda: self.fill("advance", time=time), "panel advance " + time)
 
     def send(self, known, argument):
-        Select(self.find("#send [name=known]")).select_by_index(known)
+        Select(self.find("#known")).select_by_index(known)
         self.do(lambda: self.fill("send", lparam=argument), "panel send ORVATarvexHelper")
 
 
-def drive(page, disk):
+def drive(page, disk, view):
+    heard = lambda: page.browser.execute_script("return heard")
     page.wait_for("#power", "off")
     Select(page.find("#boot [name=clock]")).select_by_index(1) # stepped
-    page.do(lambda: page.click("#boot button"), "panel boot")
-    page.wait_for("#power", "on")
-    page.advance("2s")
+    page.boot()
     page.click("#tab-programs")
     page.wait_for("#programs", "TarvexHelper.exe#1")
-    page.click("#tab-log")
     page.wait_for("#log", "Module manager initialization")
-    page.wait_for("#track .open[data-key^='TarvexHelper.exe#1 t1 GetMessageW']", "GetMessageW")
-
     page.send(3, 1000) # the screen saver's time-out
     page.send(4, 128) # its level, of 256
     page.do(lambda: page.click("[data-run=idle]"), "panel idle")
@@ -171,7 +170,7 @@ def drive(page, disk):
     page.wait_for("#light", "backlight 200")
     page.wait_for("#touches", "on nothing")
     place = re.search(r"press at (\d+), (\d+) ", page.find("#touches").text).groups()
-    assert abs(int(place[0]) - 400) < 4 and abs(int(place[1]) - 240) < 4, place # the middle, as clicked
+    assert abs(int(place[0]) - 400) < 8 and abs(int(place[1]) - 240) < 8, place # the middle, as clicked
     page.send(4, 0)
     page.do(lambda: page.click("[data-run=idle]"), "panel idle")
     page.advance("5s")
@@ -180,26 +179,25 @@ def drive(page, disk):
     page.wait_for("#shows", "nothing covers it")
     page.wait_for("#touches", "on ORVAScreenSaver")
     page.advance("1s")
-    page.wait("the click", lambda: "2500 50" in page.browser.execute_script("return heard"))
+    page.wait("the click", lambda: "2500 50" in heard())
 
     page.click("#tab-disks")
-    page.do(lambda: page.fill("plug", folder=disk, **{"as": "USB Disk"}), "panel plug")
+    page.do(lambda: page.fill("plug", folder=f"{disk}\n{disk}", **{"--as": "USB Disk"}), "panel plug")
     page.advance("2s")
-    page.click("#tab-programs")
     page.wait_for("#programs", "Tarvex.exe#1ended, exit code 0")
     assert "-from-disk" in (PANEL / "fs/MMCMemory/Tarvex/Tarvex.started").read_text()
 
     panel("trace", "export", FOLDER / "trace.json")
     viewed = (FOLDER / "trace.json").read_text(), panel("trace", "show", "--json")
+    before = heard()
     # The commands that take long block no other one.
     page.browser.execute_script("for (let i = 0; i < 9; ++i) run('advance', '9999d')")
-    page.do(lambda: page.click("#cutnow"), "panel cut")
+    page.do(lambda: page.click("#cutnow button"), "panel cut")
     page.wait_for("#notice", "The panel went off: panel cut")
-    page.do(lambda: page.click("#boot button"), "panel boot")
-    page.wait_for("#power", "on")
-    page.advance("2s")
-    page.click("#tab-timeline")
+    page.boot()
+    assert heard() == before, "a click from before the boot was heard again"
     key = "TarvexHelper.exe#1 t1 CreateWindowExW[2]"
+    page.wait_for(f"#track [data-key='{key}']", "CreateWindowExW")
     page.find("#find").send_keys("CreateWindowExW", Keys.ENTER, Keys.ENTER)
     page.wait_for("#line", key + "(")
     page.do(lambda: page.click("#hold"), "panel boot")
@@ -219,13 +217,20 @@ def drive(page, disk):
     page.do(lambda: field.send_keys(Keys.CONTROL, "a", Keys.NULL, "3.7", Keys.ENTER), "panel registry write")
     assert panel("registry", "read", r"HKLM\ORVA", "Version") == "3.7\n"
     page.click("#tab-disks")
-    Select(page.find("#storage")).select_by_index(2) # torn
+    Select(page.find("#policy")).select_by_index(2) # torn
     page.wait("the policy", lambda: page.find("#sectors").is_displayed())
-    panel("off") # by somebody else
+    panel("off")
     page.wait_for("#notice", "The panel went off")
-    assert not page.find("#advance").is_displayed()
     shutil.rmtree(PANEL)
     page.wait_for("#power", "gone")
+    panel("create", str(PANEL))
+    panel("boot") # by somebody else
+    page.wait_for("#clock", "flowing")
+    page.fill("advance", time="1h")
+    page.wait_for("#command", "panel advance 1h")
+    view.send_signal(signal.SIGINT)
+    page.wait_for("#answer", "the connection was lost before the command ended")
+    assert view.wait(PATIENCE) == 0
     check_trace_viewer(page, *viewed)
 
 
@@ -253,19 +258,14 @@ def main():
     view = subprocess.Popen([PROGRAMS / "panel", "-C", PANEL, "view", "--no-open"], stdout=subprocess.PIPE, text=True)
     try:
         address = view.stdout.readline().split()[-1]
-        host, path = address.removeprefix("http://").split("/", 1)
-        assert host.startswith("127.0.0.1:"), address
-        check_refusals(host, "/" + path, view.pid)
+        host, path = re.fullmatch(r"http://(127\.0\.0\.1:\d+)(/.*)", address).groups()
+        check_refusals(host, path, view.pid)
         page = Page(address)
         try:
-            drive(page, disk)
-        except BaseException:
-            page.browser.save_screenshot(str(FOLDER / "failure.png"))
-            raise
+            drive(page, disk, view)
         finally:
+            page.browser.save_screenshot(str(FOLDER / "last.png"))
             page.browser.quit()
-        view.send_signal(signal.SIGINT)
-        assert view.wait(PATIENCE) == 0
     finally:
         view.kill()
         subprocess.run([PROGRAMS / "panel", "-C", PANEL, "off"], stderr=subprocess.DEVNULL) # after a failure

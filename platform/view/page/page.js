@@ -10,7 +10,7 @@ function element(tag, properties = {}, ...children) {
   return made;
 }
 
-const state = {on: null, functions: new Map(), planned: JSON.parse(sessionStorage[location.pathname] || "[]"), status: {}, processes: {}, trees: {}};
+const state = {on: null, functions: new Map(), status: {screen: {width: 800, height: 480}}, processes: {}, trees: {}};
 const helperMessages = [ // messages of the window ORVATarvexHelper: name, command, argument, description
   ["ORVATarvexMsg", 1, 0, "end the helper"],
   ["ORVATarvexScreenSaverMsg", 1, 0, "screen saver: read its file again"],
@@ -36,8 +36,9 @@ async function run(...words) {
   byId("command").textContent = text;
   byId("answer").textContent = "…";
   const id = `${pageId} ${++asked}`, outcome = new Promise(end => outcomes.set(id, end));
-  const refused = errors => outcomes.get(id)({code: -1, output: "", errors});
-  try {
+  const refused = text => outcomes.get(id)({code: -1, text});
+  if (!byId("link").hidden) refused(byId("link").textContent);
+  else try {
     const response = await fetch("run", {method: "POST", headers: {"Content-Type": "application/json"}, body: JSON.stringify({id, words})});
     if (!response.ok) refused(await response.text());
   } catch {
@@ -45,62 +46,40 @@ async function run(...words) {
   }
   const answer = await outcome; // comes as an event: a request would keep one of the browser's few connections
   outcomes.delete(id);
-  const said = [answer.output.trim(), answer.errors.trim()].filter(Boolean).join("\n");
-  if (byId("command").textContent === text) {
-    byId("answer").textContent = said ? "→ " + said.split("\n").at(-1) : "→ done";
-    byId("answer").className = answer.code ? "bad" : "";
-  }
-  byId("history").prepend(element("li", {}, element("code", {}, text), element("pre", {className: answer.code ? "bad" : ""}, said)));
+  const said = answer.text.trim(), className = answer.code ? "bad" : "";
+  if (byId("command").textContent === text) Object.assign(byId("answer"), {className, textContent: "→ " + (said.split("\n").at(-1) || "done")});
+  byId("history").prepend(element("li", {}, element("code", {}, text), element("pre", {className}, said)));
   return answer;
 }
 
-function wordsOf(text) { // splits a text as a shell does: quotes hold words together
-  return (text.match(/"[^"]*"|'[^']*'|\S+/g) || []).map(word => word.replace(/^(["'])(.*)\1$/, "$2"));
+// Returns the command of a form. data-run has its first words. A field whose name is an option adds this option; each other
+// field adds its value. Empty fields add nothing. Each line of a field is a word of its own. The fields of a name that ends
+// with "..." are split into words as a shell does: quotes hold words together.
+function commandOf(form) {
+  const words = form.dataset.run.split(" ");
+  for (const [name, value] of new FormData(form))
+    for (const line of value.split("\n").map(line => line.trim()).filter(Boolean))
+      if (name.startsWith("--")) words.push(name, ...form.elements[name].type === "checkbox" ? [] : [line]);
+      else if (name.endsWith("...")) words.push("--", ...line.match(/"[^"]*"|'[^']*'|\S+/g).map(word => word.replace(/^(["'])(.*)\1$/, "$2")));
+      else words.push(line);
+  return words;
 }
 
-function onSubmit(id, action) {
-  byId(id).addEventListener("submit", event => {
-    event.preventDefault();
-    action(event.target.elements);
-  });
-}
-
-document.addEventListener("click", event => {
-  const command = event.target.dataset && event.target.dataset.run;
-  if (command) run(...command.split(" "));
+document.addEventListener("submit", event => {
+  event.preventDefault();
+  if (event.target.dataset.run) run(...commandOf(event.target));
 });
-
-// Boots the panel with the planned faults.
-onSubmit("boot", fields => {
-  const words = ["boot"];
-  if (fields.clock.value) words.push(fields.clock.value);
-  else if (fields.factor.value !== "1") words.push("--factor", fields.factor.value);
-  if (fields.trace.checked) words.push("--trace");
-  if (!fields.init.checked) words.push("--without-init");
-  run(...words, ...state.planned.flatMap(fault => ["--fault", fault]));
+document.addEventListener("click", ({target}) => {
+  if (target.matches("button[data-run]")) run(...target.dataset.run.split(" "));
 });
-onSubmit("advance", fields => run("advance", fields.time.value));
-onSubmit("start", fields => run("start", fields.path.value, "--", ...wordsOf(fields.arguments.value)));
-onSubmit("send", fields => run("send", fields.window.value, fields.message.value, fields.wparam.value, fields.lparam.value));
-onSubmit("write", fields => writeValue(fields.key.value, fields.value.value, fields.type.value, fields.data.value));
-byId("storage").form.addEventListener("submit", event => event.preventDefault());
-byId("storage").addEventListener("change", event => run("storage", event.target.value));
-byId("cutnow").addEventListener("click", () => run("cut", ...sectors()));
-onSubmit("plug", fields => {
-  const words = fields.bare.checked ? ["--without-partitions"] : [fields.folder.value];
-  for (const [name, option] of [["as", "--as"], ["after", "--ready-after"], ["attributes", "--attributes"]])
-    if (fields[name].value) words.push(option, fields[name].value);
-  if (fields.never.checked) words.push("--never-ready");
-  if (fields.place.checked) words.push("--in-place");
-  run("plug", ...words);
-});
-byId("send").elements.known.append(...helperMessages.map(([name, command, , what], index) =>
-  element("option", {value: index}, `${name} ${command}: ${what}`)));
-byId("send").elements.known.addEventListener("change", event => {
-  const [message, wparam, lparam] = helperMessages[event.target.value];
+byId("policy").addEventListener("change", () => byId("storage").requestSubmit());
+byId("write").addEventListener("submit", ({target: {elements: {key, value, type, data}}}) => writeValue(key.value, value.value, type.value, data.value));
+byId("known").append(...helperMessages.map(([name, command, , what], index) => element("option", {value: index}, `${name} ${command}: ${what}`)));
+byId("known").addEventListener("change", ({target}) => {
+  const [message, wparam, lparam] = helperMessages[target.value];
   for (const [name, value] of Object.entries({window: "ORVATarvexHelper", message, wparam, lparam})) byId("send").elements[name].value = value;
 });
-byId("send").elements.known.dispatchEvent(new Event("change"));
+byId("known").dispatchEvent(new Event("change"));
 
 // The face
 
@@ -118,35 +97,22 @@ glass.addEventListener("pointerdown", event => {
   if (!state.on || held) return;
   audio();
   glass.setPointerCapture(event.pointerId);
-  const finger = held = {right: event.button === 2, place: placeOf(event), pressed: false, moving: false};
-  finger.press = () => {
-    finger.pressed = true;
-    finger.timer = clearTimeout(finger.timer);
-    sendTouch(finger, "--press");
-  };
-  finger.timer = setTimeout(finger.press, 350); // an earlier release is a tap
+  held = {place: placeOf(event), button: event.button === 2 ? ["--right"] : []};
+  touch(held.place, "--press", ...held.button);
 });
 glass.addEventListener("pointermove", event => {
   const finger = held, place = finger && placeOf(event);
   if (!finger || finger.moving || Math.hypot(place[0] - finger.place[0], place[1] - finger.place[1]) < 6) return;
-  if (!finger.pressed) finger.press();
-  finger.place = place;
-  finger.moving = true;
-  sendTouch(finger, "--move").then(() => finger.moving = false);
+  Object.assign(finger, {place, moving: true});
+  touch(place, "--move").then(() => finger.moving = false);
 });
-glass.addEventListener("pointerup", event => {
-  const finger = held;
-  if (!finger) return;
-  held = null;
-  clearTimeout(finger.timer);
-  if (finger.pressed) finger.place = placeOf(event);
-  sendTouch(finger, ...finger.pressed ? ["--release"] : []);
-});
-glass.addEventListener("pointercancel", () => held = held && (clearTimeout(held.timer), null));
+for (const end of ["pointerup", "pointercancel"])
+  glass.addEventListener(end, event => {
+    if (held) touch(placeOf(event), "--release", ...held.button);
+    held = null;
+  });
 
-function sendTouch(finger, ...options) {
-  if (finger.right && options[0] !== "--move") options.push("--right");
-  const place = finger.place;
+function touch(place, ...options) {
   return touches = touches.then(() => run("touch", "--at", ...place, ...options));
 }
 
@@ -222,35 +188,44 @@ function showStatus(status) {
   document.title = byId("name").textContent = "Panel " + status.directory.split("/").at(-1);
   byId("name").title = status.directory;
   byId("power").textContent = status.on ? "on" : "off";
-  const {width, height, cover, background} = status.screen;
+  const {width, height} = status.screen;
+  byId("desktop").textContent = `${width} × ${height}`;
   document.documentElement.style.setProperty("--w", width);
   document.documentElement.style.setProperty("--h", height);
-  const [level, , second] = status.backLight || [0, 0, 0];
-  byId("desktop").textContent = `${width} × ${height}`;
-  glass.style.filter = `brightness(${status.on ? Math.sqrt(Math.max(level, second) / 255).toFixed(3) : 0})`;
-  byId("cover").style.visibility = cover ? "visible" : "hidden";
-  byId("cover").style.background = background === "white" ? "#fff" : background === "black" ? "#000" : "#666";
-  byId("cursor").hidden = !(status.on && status.cursor.shown);
-  byId("light").textContent = !status.on ? "no light" : level === second ? `backlight ${level}` : `backlight ${level} and ${second}`;
-  byId("light").title = "record " + (status.backLight || []).join(" ");
-  byId("shows").textContent = cover ? `${background}: ${cover} of ${status.screen.process}` : "nothing covers it";
-  byId("pointer").textContent = status.on ? `cursor ${status.cursor.shown ? "shown" : "hidden"} (${status.cursor.count})` : "";
-  byId("hook").textContent = status.on ? `mouse hook ${status.hook ? "of " + status.hook : "none"}` : "";
-  byId("user").textContent = status.userActive === null ? "unknown" : status.userActive ? "active" : "inactive";
-  byId("tracing").textContent = status.trace ? "on" : "off";
-  byId("storage").value = status.storage;
-  byId("torn").hidden = status.storage !== "torn";
-  clock.from = {...status.clock, date: Date.parse(status.date.replace(" UTC", "Z").replace(" ", "T")), at: performance.now()};
-  showClock();
-  showDisks(status);
+  byId("policy").value = status.storage;
+  byId("torn").hidden = byId("sectors").disabled = status.storage !== "torn";
+  if (status.on) showFace(status);
+  else showFaults([]);
+  const disks = JSON.stringify(status.disks);
+  if (state.disks !== disks) showDisks(status); // otherwise a click could miss its button
+  state.disks = disks;
   showProcesses(state.processes);
-  if (!status.on) showFaults([]);
 }
 
-const clock = {from: null};
+function showFace({backLight, screen: {cover, background, process}, cursor, hook, userActive, trace, clock, date}) {
+  const [level, , second] = backLight;
+  const texts = {
+    light: level === second ? `backlight ${level}` : `backlight ${level} and ${second}`,
+    shows: cover ? `${background}: ${cover} of ${process}` : "nothing covers it",
+    pointer: `cursor ${cursor.shown ? "shown" : "hidden"} (${cursor.count})`,
+    hook: `mouse hook ${hook ? "of " + hook : "none"}`,
+    user: userActive === null ? "unknown" : userActive ? "active" : "inactive",
+    tracing: trace ? "on" : "off",
+  };
+  for (const [id, text] of Object.entries(texts)) byId(id).textContent = text;
+  byId("light").title = "record " + backLight.join(" ");
+  glass.style.setProperty("--light", Math.sqrt(Math.max(level, second) / 255));
+  byId("cover").style.visibility = cover ? "visible" : "hidden";
+  byId("cover").style.background = background === "white" ? "#fff" : background === "black" ? "#000" : "#666";
+  byId("cursor").hidden = !cursor.shown;
+  byId("boot").elements.clock.value = clock.mode === "stepped" ? "--stepped" : clock.factor === 1 ? "" : `--factor=${clock.factor}`;
+  state.clock = {...clock, date: Date.parse(date.replace(" UTC", "Z").replace(" ", "T")), at: performance.now()};
+  showClock();
+}
+
 function showClock() {
-  if (!state.on || !clock.from) return;
-  const {mode, factor, time, date, at} = clock.from;
+  if (!state.on) return;
+  const {mode, factor, time, date, at} = state.clock;
   const passed = mode === "flowing" ? (performance.now() - at) * factor : 0;
   byId("clock").textContent = new Date(date + passed).toISOString().slice(0, 19).replace("T", " ") + " UTC, " +
     `${((time + passed) / 1000).toFixed(mode === "flowing" ? 0 : 3)} s since boot, ` + (mode === "flowing" ? `flowing × ${factor}` : "stepped");
@@ -301,7 +276,6 @@ function behaviour(device, operation, does) {
   const choice = element("select", {title: does}, ...names.map(name => element("option", {selected: name === kind}, name)));
   const number = element("input", {size: 5, value: does.replace(/^\D*/, "").replace(" ", ""), title: "Error number or duration"});
   number.hidden = !number.value;
-  choice.dataset.operation = `${device} ${operation}`;
   const tell = () => run("device", device, choice.value, operation, ...number.hidden || !number.value ? []
     : [choice.value === "delay" ? "--time" : "--error", number.value]);
   choice.onchange = () => {
@@ -315,9 +289,9 @@ function behaviour(device, operation, does) {
 
 function showDevices(devices) {
   if (devices.error) return;
-  fill("devices", ["Device", "There", "Values", "Does"], devices.map(({name, what, present, values, does}) => {
+  fill("devices", ["Device", "Present", "Values", "Behaviour"], devices.map(({name, what, present, values, does}) => {
     const there = element("input", {type: "checkbox", checked: present, onchange: () => run("device", name, there.checked ? "add" : "remove")});
-    const value = element("input", {size: 11, value: values.join(" "), onchange: () => run("device", name, "set", ...wordsOf(value.value))});
+    const value = element("input", {size: 11, value: values.join(" "), onchange: () => run("device", name, "set", ...value.value.trim().split(/\s+/))});
     there.setAttribute("aria-label", "the panel has " + name);
     value.setAttribute("aria-label", "values of " + name);
     const operations = Object.keys(does);
@@ -376,13 +350,15 @@ function showFaults(faults) {
       : "answers" in fault ? `answers ${fault.answers}` : "fails", fault.hits]), "There are no faults.");
 }
 
-function showPlanned() {
-  sessionStorage[location.pathname] = JSON.stringify(state.planned);
-  byId("planned").replaceChildren(...state.planned.map(fault => element("li", {}, element("code", {}, fault), " ",
-    element("button", {onclick: () => {
-      state.planned = state.planned.filter(each => each !== fault);
-      showPlanned();
-    }}, "Forget"))));
+// The faults for the next boot are hidden fields of the form "boot".
+function showPlanned(faults) {
+  sessionStorage[location.pathname] = JSON.stringify(faults);
+  byId("planned").replaceChildren(...faults.map(fault => {
+    const field = element("input", {type: "hidden", name: "--fault", value: fault});
+    field.setAttribute("form", "boot");
+    return element("li", {}, field, element("code", {}, fault), " ",
+      element("button", {onclick: () => showPlanned(faults.filter(each => each !== fault))}, "Forget"));
+  }));
 }
 
 // The timeline
@@ -395,25 +371,22 @@ const timeline = makeTimeline(byId("track"), call => {
   const cannot = call && state.functions.get(call.name) === false;
   byId("fail").disabled = cannot;
   byId("fail").title = cannot ? `${call.name} cannot fail` : "";
+}, () => {
+  showFound();
+  showOpen();
 });
 
-function sectors() { // the options of a power cut
-  return state.status.storage === "torn" && +byId("sectors").value ? ["--sectors", byId("sectors").value] : [];
-}
-
 // Adds a fault to the planned faults and boots the panel.
-async function plan(options) {
-  const fault = chosenCall.key + options; // the key is the beginning of the call's line in the trace
-  if (!state.planned.includes(fault)) state.planned.push(fault);
-  showPlanned();
-  byId("boot").elements.init.checked = true;
+async function plan(...options) {
+  const fault = [chosenCall.key, ...options].join(" "); // the key is the beginning of the call's line in the trace
+  showPlanned([...new Set(new FormData(byId("boot")).getAll("--fault")).add(fault)]);
+  byId("boot").elements["--without-init"].checked = false;
   if (state.on && (await run("off")).code) return;
   byId("boot").requestSubmit();
 }
-byId("fail").addEventListener("click", () => plan(""));
-byId("hold").addEventListener("click", () => plan(" --hold"));
-byId("cut").addEventListener("click", () => plan([" --cut", ...sectors()].join(" ")));
-byId("forget").addEventListener("click", () => timeline.clear());
+byId("fail").addEventListener("click", () => plan());
+byId("hold").addEventListener("click", () => plan("--hold"));
+byId("cut").addEventListener("click", () => plan("--cut", ...commandOf(byId("cutnow")).slice(1)));
 function showFound() {
   const calls = timeline.find(byId("find").value);
   byId("found").textContent = byId("find").value && calls.length + " calls";
@@ -432,12 +405,8 @@ function showLog(lines) {
 }
 
 const onLines = {
-  log: {gone() {}, add: showLog},
-  trace: {gone: () => timeline.clear(), add(lines) {
-    timeline.add(lines);
-    showFound();
-    showOpen();
-  }},
+  log: {gone: () => byId("loglines").replaceChildren(), add: showLog},
+  trace: {gone: () => timeline.clear(), add: lines => timeline.add(lines)},
   touches: {gone: () => byId("touches").replaceChildren(), add: (lines, history) => lines.forEach(line => showTouch(line, history))},
   requests: {gone() {
     byId("requests").replaceChildren();
@@ -462,12 +431,13 @@ function follow() {
   events.onopen = () => {
     byId("link").hidden = true;
     Object.values(onLines).forEach(each => each.gone()); // the server sends all lines again
-    byId("loglines").replaceChildren();
   };
   events.onerror = () => {
     const refused = events.readyState === EventSource.CLOSED;
     byId("link").hidden = false;
-    byId("link").textContent = refused ? "too many pages show this panel" : "no connection";
+    byId("link").textContent = refused ? "no connection: five pages show this panel, or panel view has another address now"
+      : "no connection: panel view has ended";
+    for (const end of outcomes.values()) end({code: -1, text: "the connection was lost before the command ended"});
     if (refused) setTimeout(follow, 3000);
   };
 }
@@ -476,21 +446,13 @@ function follow() {
 
 for (const list of document.querySelectorAll("nav")) {
   const panes = [...list.parentElement.querySelectorAll(".pane")];
-  const choose = chosen => {
-    panes.forEach(pane => pane.hidden = pane !== chosen);
-    [...list.children].forEach((tab, index) => tab.setAttribute("aria-selected", panes[index] === chosen));
-  };
-  list.append(...panes.map(pane => {
-    const tab = element("button", {onclick: () => choose(pane)}, pane.title);
-    tab.setAttribute("role", "tab");
-    tab.setAttribute("aria-controls", pane.id);
-    pane.setAttribute("role", "tabpanel");
-    pane.setAttribute("aria-label", pane.title);
-    pane.removeAttribute("title");
-    tab.id = "tab-" + pane.id;
-    return tab;
-  }));
+  const tabs = panes.map(pane => element("button", {id: "tab-" + pane.id, role: "tab", onclick: () => choose(pane)}, pane.ariaLabel));
+  const choose = chosen => panes.forEach((pane, index) => {
+    pane.hidden = pane !== chosen;
+    tabs[index].ariaSelected = pane === chosen;
+  });
+  list.append(...tabs);
   choose(panes[0]);
 }
-showPlanned();
+showPlanned(JSON.parse(sessionStorage[location.pathname] || "[]"));
 follow();

@@ -2,14 +2,15 @@
 // order of the trace, so that calls of the same millisecond keep their order. A gap means that panel time has passed.
 "use strict";
 
-function makeTimeline(track, onChoose) {
-  const most = 4000, kept = 3000; // calls
+// Calls onChoose with the selected call or null, and onDraw after new calls were drawn.
+function makeTimeline(track, onChoose, onDraw) {
+  const most = 4000, kept = 3000, pause = 100; // calls, calls, ms
   const hues = [[/Window|Message|Cursor|Class|Hook/, 280], [/File|Find|Directory|Volume|Store|Partition|DeviceIo/, 145], [/^Reg/, 35],
     [/Event|Mutex|Semaphore|CriticalSection|Thread|Process/, 205]];
-  let calls, rows, steps, edge, labelled, head, unreturned = [], chosen = null;
+  let calls, rows, steps, edge, labelled, head, waiting, timer = null, unreturned = [], chosen = null;
 
   function clear() {
-    [calls, rows, steps, edge, labelled] = [[], new Map(), [], 0, -9];
+    [calls, rows, steps, edge, labelled, waiting] = [[], new Map(), [], 0, -9, []];
     track.replaceChildren();
     head = addRow("panel time", "head");
     choose(null);
@@ -78,9 +79,15 @@ function makeTimeline(track, onChoose) {
     for (const call of unreturned) draw(call, rowOf(call), Math.max(rowOf(call).end, slotOf(call.time)));
   }
 
-  function add(lines) {
+  function add(lines) { // draws them together with the lines that come soon: programs can be faster than the browser
+    waiting = waiting.concat(lines).slice(-kept);
+    timer = timer || setTimeout(drawWaiting, pause);
+  }
+
+  function drawWaiting() {
     const following = track.scrollLeft + track.clientWidth > track.scrollWidth - 40;
-    const fresh = lines.map(parse).filter(Boolean);
+    const fresh = waiting.map(parse).filter(Boolean);
+    [waiting, timer] = [[], null];
     if (calls.length + fresh.length > most) {
       const old = calls.concat(fresh).slice(-kept);
       clear();
@@ -88,6 +95,7 @@ function makeTimeline(track, onChoose) {
     } else fresh.forEach(place);
     track.style.setProperty("--edge", edge);
     if (following) track.scrollLeft = track.scrollWidth;
+    onDraw();
   }
 
   function choose(call) {
