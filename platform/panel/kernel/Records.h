@@ -11,7 +11,8 @@
 
 namespace panel {
 
-// Sizes of the tables. maxProcesses is the platform's own limit; the other tables are larger than the helper needs.
+// Sizes of the tables. maxProcesses is the platform's own limit; the other tables are larger than the helper normally
+// needs.
 inline constexpr std::uint32_t maxProcesses = 32;
 inline constexpr std::uint32_t maxThreads = 512;
 inline constexpr std::uint32_t maxObjects = 1024;
