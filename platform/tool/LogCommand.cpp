@@ -51,7 +51,7 @@ struct LogLine {
 class LogFilter {
 public:
     LogFilter(const panel::Panel& panel, const LogOptions& options)
-        : level(options.level), period(options.period.dates(panel)) {}
+        : level(options.level), period(options.period.logDates(panel)) {}
 
     // A line without a date and a level belongs to the line before it.
     bool admits(const LogLine& line) {

@@ -58,7 +58,7 @@ Json statusJson(const panel::Panel& panel, panel::Driver* driver) {
                 {"on", driver != nullptr},
                 {"whyOff", driver ? "" : panel.whyOff()},
                 {"screen", {{"width", options.screenWidth}, {"height", options.screenHeight}}},
-                {"date", formatDate(options.date)},
+                {"date", formatDate(panel.date())},
                 {"storage", panel::storageNames[static_cast<std::size_t>(options.storage)]}};
     for (const auto& volume : panel.disks().volumes())
         answer["volumes"].push_back({{"name", volume.name}, {"device", volume.device}, {"inPlace", volume.inPlace}});

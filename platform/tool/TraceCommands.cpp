@@ -130,7 +130,7 @@ void addSelection(CLI::App& command, Selection& selection) {
         ->type_name("NAME");
     command.add_option("--thread", selection.filter.thread, "Only the thread of this number")->type_name("N");
     command.add_flag("--failed", selection.filter.failuresOnly, "Only calls that left an error");
-    selection.period.addTo(command, "calls that ended");
+    selection.period.addTo(command, "calls that ended (or began, if they have not returned)");
 }
 
 void addShow(CLI::App& trace, Tool& tool) {
