@@ -222,16 +222,32 @@ const Json* fieldOf(const Json& status, const std::string& field) {
     return found && dot < field.size() ? fieldOf(*found, field.substr(dot + 1)) : found;
 }
 
+// Throws Misuse if the status can never have this field. Items of lists, events below "signals" and parts of a field
+// that is null may come later.
+void checkField(const Json& status, const std::string& field, const std::string& value) {
+    std::size_t begin = 0;
+    const Json* part = &status;
+    for (; begin <= field.size() && !part->is_null() && !part->is_array() && part != &status["signals"];) {
+        const std::size_t end = std::min(field.find('.', begin), field.size());
+        const std::string name = field.substr(begin, end - begin);
+        begin = end + 1;
+        if (!part->is_object() || !part->contains(name)) {
+            std::vector<std::string> known;
+            if (part->is_object())
+                for (const auto& [each, ignored] : part->items())
+                    known.push_back(each);
+            throw Misuse("the status has no field \"" + field.substr(0, end) + '"' + panel::didYouMean(name, known) +
+                         " (panel status --json shows them)");
+        }
+        part = &(*part)[name];
+    }
+    if (begin > field.size() && part->is_structured() && value.find_first_of("[{") != 0)
+        throw Misuse("the field \"" + field + "\" has parts: name one, such as backLight.0");
+}
+
 Awaited statusFieldOf(const panel::Panel& panel, panel::Driver& driver, const std::string& field,
                       const std::string& value) {
-    const Json now = statusJson(panel, &driver);
-    if (const std::string name = field.substr(0, field.find('.')); !now.contains(name)) {
-        std::vector<std::string> known;
-        for (const auto& [each, ignored] : now.items())
-            known.push_back(each);
-        throw Misuse("the status has no field \"" + name + '"' + panel::didYouMean(name, known) +
-                     " (panel status --json shows them)");
-    }
+    checkField(statusJson(panel, &driver), field, value);
     const auto look = [&panel, &driver, field, value]() -> std::optional<Event> {
         if (!driver.isOn())
             return std::nullopt;
@@ -310,8 +326,8 @@ void addWaitCommand(CLI::App& app, Tool& tool) {
         ->add_option("--values", options->values,
                      "Wait until a device has these values, as far as they are named, such as BKL1 127, or a tag these "
                      "bytes: tags 18 02 04")
-        ->type_name("DEVICE VALUE")
-        ->expected(2, 64);
+        ->type_name("DEVICE VALUE ...")
+        ->expected(1, 64);
     command
         ->add_option("--request", options->request,
                      "Wait for the next request to a device, or for the next one of an operation, such as BZR1 beep, "
@@ -323,7 +339,8 @@ void addWaitCommand(CLI::App& app, Tool& tool) {
                      "Wait until a field of panel status --json has this value, such as userActive false or "
                      "screen.background black")
         ->type_name("FIELD VALUE")
-        ->expected(2)
+        ->type_size(2)
+        ->expected(1)
         ->allow_extra_args(false);
     command->add_option("--limit", options->limit, "Time-out; exit code 124 if it passes")
         ->type_name("DURATION")

@@ -268,7 +268,7 @@ TEST_F(PanelCommand, LetsTheUserComeAndGo) {
     EXPECT_EQ(call("touch --move --press").code, 2);
     const Json status = json("status");
     EXPECT_EQ(Json({status.at("flashWritable"), status.at("cursor"), status.at("hook"), status.at("buzzer")}).dump(),
-              R"([false,{"count":0,"shown":true},null,{"last":null,"requests":0}])");
+              R"([false,{"count":0,"shown":true},null,{"error":null,"last":null,"requests":0,"time":null}])");
 }
 
 TEST_F(PanelCommand, NamesTheProgramThatKeepsTimeFromMoving) {
@@ -366,11 +366,13 @@ TEST_F(PanelCommand, WaitsForWhatScriptsAskFor) {
     }
     for (const char* words :
          {"--file '\\MMCMemory\\No'", "--request BZR1 beep", "--values SHC1 1", "--values tags 18 02",
-          "--status windows.9.visible true", "--status cursor.count 1", "--shows white"})
+          "--status windows.9.visible true", "--status signals.None 1", "--status cursor.count 1", "--shows white"})
         fails("wait --limit 1s " + std::string(words), "after 1 s", 124);
     for (const char* words :
          {"", "--file a --log b", "--request BZR1 read", "--values SHC1 1 2", "--values BZR1 1", "--values BKL1 -1",
-          "--status usrActive true", "--status userActive", "--values tags 18", "--values tags 18 2",
-          "--values tags model 02", "--request any reed", "--exit TarvexHelper.exe#0", "--exit TarvexHelper.exe#first"})
+          "--status usrActive true", "--status userActive", "--status screen.backgroundd none",
+          "--status screen.width.x 8", "--status backLight 200", "--status", "--values BKL1", "--values tags 18",
+          "--values tags 18 2", "--values tags model 02", "--request any reed", "--exit TarvexHelper.exe#0",
+          "--exit TarvexHelper.exe#first"})
         isMisused("wait " + std::string(words), "");
 }
