@@ -1,5 +1,5 @@
-// A list of items with names, in order of creation. Names are found case-insensitively, and as fast in a long list as
-// in a short one.
+// A list of items with names, in order of creation. Names are case-insensitive. Finding an item is as fast in a long list as
+// in a short one; removing one is not.
 #pragma once
 
 #include "platform/panel/Text.h"

@@ -67,9 +67,9 @@ TEST_F(PanelCommand, MovesTheRegistryAsAFile) {
     }
     succeed("registry write HKU Greek Ω");
     fails("registry export --ansi r.reg", "lacks a character of this line: \"Greek\"");
-    isMisused("registry write 'HKU\\a] ;' v x", "bracket before a semicolon"); // it would look like a comment
+    isMisused("registry write 'HKU\\a] ;' v x", "cannot express a key's name"); // it would look like a comment
     writeText(directory / "p/registry/flash.json", R"({"HKEY_USERS\\a] ;": {}})");
-    fails("registry export r.reg", "cannot express a name");
+    fails("registry export r.reg", "cannot express a key's name");
     const struct {
         const char *text, *reason;
     } rows[] = {{"[]", "the file is not a JSON object"},
