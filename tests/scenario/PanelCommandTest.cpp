@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <sys/stat.h>
 
+constexpr const char* onTerminal = "on() { script -qec \"$*\" /dev/null; }; on"; // begins a command
+
 TEST_F(PanelCommand, RunsTheHelperFromCreationToItsEnd) {
     succeed("create p --screen 640x480 --date 2024-03-07T06:05:09");
     install();
@@ -47,18 +49,18 @@ TEST_F(PanelCommand, RunsTheHelperFromCreationToItsEnd) {
     EXPECT_EQ(json("trace show --before +1ms --function ReleaseMutex --failed").at("result"), "0 error 288");
     EXPECT_NE(call("trace show --function ReleaseMutex").text.find("error 288"), std::string::npos);
     EXPECT_EQ(json("status").at("on"), true);
+    succeed("advance 500ms");
     EXPECT_EQ(json("off").at("on"), false);
     EXPECT_EQ(json("status").at("on"), false);
-    succeed("advance 500ms");
     EXPECT_NE(call("trace show --since 6s").text, ""); // the last boot is still known
-    fs::remove(directory / "p/run/kernel");
-    fails("trace show --since 6s", "the date of the last boot is not known");
     succeed("boot --stepped --trace --fault 'Sleep --program Actor.exe --call 2 --cut'");
     succeed("start '\\MMCMemory\\Actor.exe' sleep 600000 sleep 1");
     fails("advance 20min", "switched off");
     EXPECT_EQ(json("status").at("date"), "2024-03-07 06:15:14 UTC"); // not 20 minutes after the boot
     EXPECT_EQ(call("log --since 1m").text, "");
     EXPECT_NE(call("log --since +0").text, ""); // its dates have whole seconds
+    fs::remove(directory / "p/run/kernel");
+    fails("trace show --since 6s", "the date of the last boot is not known");
     EXPECT_NE(call("trace show --since +0").text, "");
 }
 
@@ -242,7 +244,11 @@ TEST_F(PanelCommand, PlugsDisksWithPartitions) {
     fails("unplug 'USB Disk' --keep two/deeper", "lies in the panel or in the disk"); // plugged in place
     EXPECT_EQ(json("unplug Third").at("unplugged"), "Third");
     succeed("plug one --as 'hard disk3'");
-    EXPECT_NE(call("plug one").text.find("\\Hard Disk4"), std::string::npos); // free whatever the case
+    before = onTerminal;
+    EXPECT_NE(
+        call("plug one").text.find("Copying ...\r\033[KPlugged a copy of one as \\Hard Disk4"), // whatever the case
+        std::string::npos);
+    before.clear();
     succeed("unplug 'Hard Disk4'");
     succeed("unplug 'hard disk3'");
     succeed("unplug 'hard disk'");
@@ -329,6 +335,10 @@ TEST_F(PanelCommand, StartsAndWaitsWithTheProgramsExitCode) {
     succeed("off");
     succeed("boot --flowing --factor 1000");
     EXPECT_EQ(call("start --wait '\\MMCMemory\\Actor.exe' sleep 1000 exit 3").code, 3);
+    before = onTerminal;
+    const std::string progress = call("advance 25min").text; // takes more than a second
+    EXPECT_NE(progress.find(" of 25 min\r\033[K"), std::string::npos) << progress;
+    before.clear();
 }
 
 TEST_F(PanelCommand, WaitsForWhatScriptsAskFor) {
