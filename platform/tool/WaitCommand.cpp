@@ -224,13 +224,21 @@ const Json* fieldOf(const Json& status, const std::string& field) {
 
 // Throws Misuse if the status can never have this field. Items of lists, events below "signals" and parts of a field
 // that is null may come later.
-void checkField(const Json& status, const std::string& field, const std::string& value) {
-    std::size_t begin = 0;
+void checkField(const Json& status, const std::string& field, const Json& value) {
     const Json* part = &status;
-    for (; begin <= field.size() && !part->is_null() && !part->is_array() && part != &status["signals"];) {
+    for (std::size_t begin = 0; begin <= field.size();) {
         const std::size_t end = std::min(field.find('.', begin), field.size());
         const std::string name = field.substr(begin, end - begin);
         begin = end + 1;
+        std::uint32_t index = 0;
+        if (part->is_null() || part == &status["signals"])
+            return;
+        if (part->is_array() && panel::numberIn(name, index)) {
+            if (index >= part->size())
+                return;
+            part = &(*part)[index];
+            continue;
+        }
         if (!part->is_object() || !part->contains(name)) {
             std::vector<std::string> known;
             if (part->is_object())
@@ -241,19 +249,24 @@ void checkField(const Json& status, const std::string& field, const std::string&
         }
         part = &(*part)[name];
     }
-    if (begin > field.size() && part->is_structured() && value.find_first_of("[{") != 0)
+    if (part->is_structured() && !value.is_structured())
         throw Misuse("the field \"" + field + "\" has parts: name one, such as backLight.0");
 }
 
 Awaited statusFieldOf(const panel::Panel& panel, panel::Driver& driver, const std::string& field,
                       const std::string& value) {
-    checkField(statusJson(panel, &driver), field, value);
-    const auto look = [&panel, &driver, field, value]() -> std::optional<Event> {
+    Json wanted = value;
+    try {
+        wanted = panel::parseJson(value); // so that 1 is 1.0
+    } catch (const std::exception&) { // a text
+    }
+    checkField(statusJson(panel, &driver), field, wanted);
+    const auto look = [&panel, &driver, field, value, wanted]() -> std::optional<Event> {
         if (!driver.isOn())
             return std::nullopt;
         const Json status = statusJson(panel, &driver);
         const Json* found = fieldOf(status, field);
-        if (!found || (found->is_string() ? found->get<std::string>() : panel::jsonText(*found, -1)) != value)
+        if (!found || (found->is_string() ? found->get<std::string>() != value : *found != wanted))
             return std::nullopt;
         return Event{{{"status", field}, {"value", *found}}, ""};
     };

@@ -364,6 +364,7 @@ TEST_F(PanelCommand, WaitsForWhatScriptsAskFor) {
         {"--status backLight.2 0", "value", 0, 60000},
         {"--status screen.background black", "status", "screen.background", 60000},
         {"--request any", "device", "SHC1", 300000},
+        {"--status clock.factor 1", "value", 1, 60000},
         {"--request SHC1 count", "time", 600000, 600000}, // the next one, not that one again
         {"--file '\\mmcmemory\\tarvex\\EMMC.xml'", "folder", false, 600000},
     };
@@ -381,7 +382,7 @@ TEST_F(PanelCommand, WaitsForWhatScriptsAskFor) {
     for (const char* words :
          {"", "--file a --log b", "--request BZR1 read", "--values SHC1 1 2", "--values BZR1 1", "--values BKL1 -1",
           "--status usrActive true", "--status userActive", "--status screen.backgroundd none",
-          "--status screen.width.x 8", "--status backLight 200", "--status", "--values BKL1", "--values tags 18",
+          "--status backLight 200", "--status backLight.x 200", "--status", "--values BKL1", "--values tags 18",
           "--values tags 18 2", "--values tags model 02", "--request any reed", "--exit TarvexHelper.exe#0",
           "--exit TarvexHelper.exe#first"})
         isMisused("wait " + std::string(words), "");
