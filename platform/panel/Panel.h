@@ -89,7 +89,7 @@ public:
     // Returns the panel's date in ms since 1970 UTC. It stands still while the panel is off.
     std::int64_t date() const;
     // Returns the date of the last boot in ms since 1970 UTC. It is not known for a new panel, a copied one and one
-    // whose kernel file was damaged.
+    // whose kernel file is gone.
     std::optional<std::int64_t> bootDate() const;
     // Switches the panel on. Driver::startInit then starts the programs of the registry.
     void boot(const BootOptions& options);

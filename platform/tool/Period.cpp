@@ -50,13 +50,16 @@ std::int64_t sinceBootOf(const panel::Panel& panel, const Moment& moment) {
 } // namespace
 
 void Period::addTo(CLI::App& command, const std::string& what) {
+    const auto given = [](const std::string& time) { return time.empty() ? "not a time: \"\"" : std::string(); };
     command
         .add_option("--since", since,
                     "Only " + what +
                         " from this time on: a date such as 2024-03-07T06:05:09 (UTC); 5m: five minutes before now; "
                         "+5m: five minutes after the last boot")
+        ->check(given)
         ->type_name("TIME");
     command.add_option("--before", before, "Only " + what + " before this time, written as for --since")
+        ->check(given)
         ->type_name("TIME");
 }
 

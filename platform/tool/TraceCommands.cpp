@@ -39,8 +39,9 @@ struct ShowOptions {
 
 // Complains if the last line is the one that ends a trace at its limit.
 void checkEnd(const std::string& line) {
-    if (!line.empty() && !TraceLine::parse(line))
-        complain(line.substr(std::min(line.find_first_not_of(" 0123456789"), line.size())));
+    const std::size_t note = line.find("the trace ends here: ");
+    if (note != std::string::npos && !TraceLine::parse(line))
+        complain(line.substr(note));
 }
 
 void printLine(const std::string& line, const ShowOptions& options) {
