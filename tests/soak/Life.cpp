@@ -183,7 +183,8 @@ void Life::unplugAll() {
 }
 
 void Life::configure(const std::string& content, bool good) {
-    conditions.tampered |= !good;
+    // A helper that is held in its start has read the former file, and writes it back when it goes on.
+    conditions.tampered |= !good || conditions.holds;
     panel.write(settingsPath, content);
     panel.write("\\MMCMemory\\_rm_old.exe", "left behind");
 }
