@@ -202,7 +202,7 @@ void Life::configure(const std::string& content, bool good) {
 
 void Life::unregister(const char* key, const char* value) {
     conditions.tampered = true;
-    panel.panel().changeRegistry([=](auto& tree) { tree.make(key)->removeValue(value); }, true);
+    panel.panel().changeRegistry([=](auto& tree) { tree.make(key)->values.remove(value); }, true);
 }
 
 void Life::add(panel::Fault fault, std::uint32_t draw, bool fresh, bool fromDisk) {
