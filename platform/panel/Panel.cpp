@@ -289,9 +289,11 @@ void Panel::stop(std::optional<std::uint32_t> sectors) {
     if (sound) {
         Lock lock(*image, lockPatience);
         sound = lock.isHeld() && isSound(*image);
+        if (sound && !image->on) // a fault has cut the power meanwhile
+            throw std::runtime_error("the panel is off already");
         if (sound) {
-            date = clock::date(*image); // afterwards time may go on
             power::off(*image, root, why, settleFiles);
+            date = image->clock.endDate;
         } else {
             processes::killOnHost(*image);
         }
