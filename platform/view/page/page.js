@@ -4,8 +4,12 @@
 
 const byId = id => document.getElementById(id);
 
+// Makes an element. Properties whose name has a dash become attributes.
 function element(tag, properties = {}, ...children) {
-  const made = Object.assign(document.createElement(tag), properties);
+  const made = document.createElement(tag);
+  for (const [name, value] of Object.entries(properties))
+    if (name.includes("-")) made.setAttribute(name, value);
+    else made[name] = value;
   made.append(...children);
   return made;
 }
@@ -30,21 +34,25 @@ function shown(word) {
 const pageId = Math.random().toString(36).slice(2), outcomes = new Map(); // what to do at the end of each running command
 let asked = 0;
 
+// Sends a command to the server. Returns why it does not run, or an empty text.
+async function refusal(id, words) {
+  if (!byId("link").hidden) return byId("link").textContent;
+  try {
+    const response = await fetch("run", {method: "POST", headers: {"Content-Type": "application/json"}, body: JSON.stringify({id, words})});
+    return response.ok ? "" : await response.text();
+  } catch {
+    return "no connection to panel view";
+  }
+}
+
 async function run(...words) {
   words = words.map(String);
   const text = "panel " + words.map(shown).join(" ");
   byId("command").textContent = text;
   byId("answer").textContent = "…";
   const id = `${pageId} ${++asked}`, outcome = new Promise(end => outcomes.set(id, end));
-  const refused = text => outcomes.get(id)({code: -1, text});
-  if (!byId("link").hidden) refused(byId("link").textContent);
-  else try {
-    const response = await fetch("run", {method: "POST", headers: {"Content-Type": "application/json"}, body: JSON.stringify({id, words})});
-    if (!response.ok) refused(await response.text());
-  } catch {
-    refused("panel view has ended");
-  }
-  const answer = await outcome; // comes as an event: a request would keep one of the browser's few connections
+  const why = await refusal(id, words);
+  const answer = why ? {code: -1, text: why} : await outcome; // an event: a request would keep one of the browser's few connections
   outcomes.delete(id);
   const said = answer.text.trim(), className = answer.code ? "bad" : "";
   if (byId("command").textContent === text) Object.assign(byId("answer"), {className, textContent: "→ " + (said.split("\n").at(-1) || "done")});
@@ -72,7 +80,6 @@ document.addEventListener("submit", event => {
 document.addEventListener("click", ({target}) => {
   if (target.matches("button[data-run]")) run(...target.dataset.run.split(" "));
 });
-byId("policy").addEventListener("change", () => byId("storage").requestSubmit());
 byId("write").addEventListener("submit", ({target: {elements: {key, value, type, data}}}) => writeValue(key.value, value.value, type.value, data.value));
 byId("known").append(...helperMessages.map(([name, command, , what], index) => element("option", {value: index}, `${name} ${command}: ${what}`)));
 byId("known").addEventListener("change", ({target}) => {
@@ -97,20 +104,27 @@ glass.addEventListener("pointerdown", event => {
   if (!state.on || held) return;
   audio();
   glass.setPointerCapture(event.pointerId);
-  held = {place: placeOf(event), button: event.button === 2 ? ["--right"] : []};
-  touch(held.place, "--press", ...held.button);
+  const finger = held = {place: placeOf(event), button: event.button === 2 ? ["--right"] : []};
+  setTimeout(() => held === finger && press(), 500);
 });
 glass.addEventListener("pointermove", event => {
   const finger = held, place = finger && placeOf(event);
   if (!finger || finger.moving || Math.hypot(place[0] - finger.place[0], place[1] - finger.place[1]) < 6) return;
+  press();
   Object.assign(finger, {place, moving: true});
   touch(place, "--move").then(() => finger.moving = false);
 });
 for (const end of ["pointerup", "pointercancel"])
   glass.addEventListener(end, event => {
-    if (held) touch(placeOf(event), "--release", ...held.button);
+    if (held) touch(held.pressed ? placeOf(event) : held.place, ...held.pressed ? ["--release"] : [], ...held.button);
     held = null;
   });
+
+// A drag or a long touch is a press, moves and a release. A click is one command: the screen saver stays until its end.
+function press() {
+  if (!held.pressed) touch(held.place, "--press", ...held.button);
+  held.pressed = true;
+}
 
 function touch(place, ...options) {
   return touches = touches.then(() => run("touch", "--at", ...place, ...options));
@@ -192,8 +206,6 @@ function showStatus(status) {
   byId("desktop").textContent = `${width} × ${height}`;
   document.documentElement.style.setProperty("--w", width);
   document.documentElement.style.setProperty("--h", height);
-  byId("policy").value = status.storage;
-  byId("torn").hidden = byId("sectors").disabled = status.storage !== "torn";
   if (status.on) showFace(status);
   else showFaults([]);
   const disks = JSON.stringify(status.disks);
@@ -218,7 +230,8 @@ function showFace({backLight, screen: {cover, background, process}, cursor, hook
   byId("cover").style.visibility = cover ? "visible" : "hidden";
   byId("cover").style.background = background === "white" ? "#fff" : background === "black" ? "#000" : "#666";
   byId("cursor").hidden = !cursor.shown;
-  byId("boot").elements.clock.value = clock.mode === "stepped" ? "--stepped" : clock.factor === 1 ? "" : `--factor=${clock.factor}`;
+  byId("boot").elements["--stepped"].checked = clock.mode === "stepped";
+  byId("boot").elements["--factor"].value = clock.mode === "stepped" || clock.factor === 1 ? "" : clock.factor;
   state.clock = {...clock, date: Date.parse(date.replace(" UTC", "Z").replace(" ", "T")), at: performance.now()};
   showClock();
 }
@@ -290,10 +303,10 @@ function behaviour(device, operation, does) {
 function showDevices(devices) {
   if (devices.error) return;
   fill("devices", ["Device", "Present", "Values", "Behaviour"], devices.map(({name, what, present, values, does}) => {
-    const there = element("input", {type: "checkbox", checked: present, onchange: () => run("device", name, there.checked ? "add" : "remove")});
-    const value = element("input", {size: 11, value: values.join(" "), onchange: () => run("device", name, "set", ...value.value.trim().split(/\s+/))});
-    there.setAttribute("aria-label", "the panel has " + name);
-    value.setAttribute("aria-label", "values of " + name);
+    const there = element("input", {type: "checkbox", checked: present, "aria-label": "the panel has " + name,
+      onchange: () => run("device", name, there.checked ? "add" : "remove")});
+    const value = element("input", {size: 11, value: values.join(" "), "aria-label": "values of " + name,
+      onchange: () => run("device", name, "set", ...value.value.trim().split(/\s+/))});
     const operations = Object.keys(does);
     if (operations.length && name !== "tags" && !operations.includes("open")) operations.unshift("open");
     const all = operations.map(operation => behaviour(name, operation, does[operation] || "answers"));
@@ -336,9 +349,8 @@ function valueLine(key, {name, type, text, texts, bytes}, flushed) {
   const data = text ?? (texts ? texts.join(" | ") : number ? parseInt(bytes.split(" ").reverse().join(""), 16) : bytes);
   // Only bytes could express a text that is not well-formed, and the command takes a text here.
   const odd = text === undefined && !texts && !number && /^REG_(SZ|EXPAND_SZ|MULTI_SZ|DWORD.*)$/.test(type);
-  const field = element("input", {value: data, disabled: odd, onchange: () => writeValue(key, name, type, field.value)});
-  field.setAttribute("aria-label", `data of ${name || "the default value"} of ${key}`);
-  field.size = Math.min(60, Math.max(4, String(data).length));
+  const field = element("input", {value: data, disabled: odd, size: Math.min(60, Math.max(4, String(data).length)),
+    "aria-label": `data of ${name || "the default value"} of ${key}`, onchange: () => writeValue(key, name, type, field.value)});
   return element("div", {className: "value" + (flushed ? "" : " unflushed")}, `${name || "(default)"} = `, field,
     element("small", {}, ` ${type} `), element("button", {title: "Delete this value", onclick: () => run("registry", "delete", "--", key, name)}, "×"));
 }
@@ -386,7 +398,7 @@ async function plan(...options) {
 }
 byId("fail").addEventListener("click", () => plan());
 byId("hold").addEventListener("click", () => plan("--hold"));
-byId("cut").addEventListener("click", () => plan("--cut", ...commandOf(byId("cutnow")).slice(1)));
+byId("cut").addEventListener("click", () => plan("--cut"));
 function showFound() {
   const calls = timeline.find(byId("find").value);
   byId("found").textContent = byId("find").value && calls.length + " calls";
@@ -436,7 +448,7 @@ function follow() {
     const refused = events.readyState === EventSource.CLOSED;
     byId("link").hidden = false;
     byId("link").textContent = refused ? "no connection: five pages show this panel, or panel view has another address now"
-      : "no connection: panel view has ended";
+      : "no connection to panel view (trying again)";
     for (const end of outcomes.values()) end({code: -1, text: "the connection was lost before the command ended"});
     if (refused) setTimeout(follow, 3000);
   };
@@ -446,10 +458,11 @@ function follow() {
 
 for (const list of document.querySelectorAll("nav")) {
   const panes = [...list.parentElement.querySelectorAll(".pane")];
-  const tabs = panes.map(pane => element("button", {id: "tab-" + pane.id, role: "tab", onclick: () => choose(pane)}, pane.ariaLabel));
+  const tabs = panes.map(pane => element("button", {id: "tab-" + pane.id, role: "tab", "aria-controls": pane.id, onclick: () => choose(pane)},
+    pane.getAttribute("aria-label")));
   const choose = chosen => panes.forEach((pane, index) => {
     pane.hidden = pane !== chosen;
-    tabs[index].ariaSelected = pane === chosen;
+    tabs[index].setAttribute("aria-selected", pane === chosen);
   });
   list.append(...tabs);
   choose(panes[0]);
