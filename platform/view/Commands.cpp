@@ -15,7 +15,6 @@ namespace view {
 namespace {
 
 constexpr int notRun = 127;
-constexpr off_t mostText = 16 << 20; // bytes
 
 // Runs in the child after the fork, so it uses system calls only. The child gets no other descriptors, an empty signal
 // mask and its own process group: Ctrl-C ends the server, not its commands. SIGTERM ends the child if this thread ends.
@@ -58,7 +57,7 @@ Outcome Commands::run(const std::vector<std::string>& words) const {
     while (pid > 0 && waitpid(pid, &status, 0) < 0 && errno == EINTR) {
     }
     const int code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    std::string text(static_cast<std::size_t>(std::min(mostText, lseek(output, 0, SEEK_END))), '\0');
+    std::string text(static_cast<std::size_t>(lseek(output, 0, SEEK_END)), '\0');
     text.resize(static_cast<std::size_t>(std::max<ssize_t>(0, pread(output, text.data(), text.size(), 0))));
     close(output);
     return {code, code == notRun ? "cannot run " + executable : text};

@@ -10,7 +10,7 @@ namespace view {
 // The result of a command.
 struct Outcome {
     int code = 0; // exit code; 128 plus the signal's number if a signal ended the command
-    std::string text; // the first 16 MiB of standard output and standard error, or why the command could not be started
+    std::string text; // standard output and standard error, or the reason why the command could not be started
 };
 
 class Commands {

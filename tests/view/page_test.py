@@ -77,8 +77,7 @@ def check_refusals(host, path, server):
             return connection.getresponse().status
         except OSError: # the server has closed while the body was still being sent
             return 0
-    json = {"Content-Type": "application/json"}
-    run, boot = path + "run", '{"words": ["boot"]}'
+    run, json, boot = path + "run", {"Content-Type": "application/json"}, '{"words": ["boot"]}'
     refusals = [
         (403, "GET", "/"), (403, "GET", "/events"), (403, "POST", "/run", json, boot),
         (403, "GET", path[:-2] + "0/" if path[-2] != "0" else path[:-2] + "1/"),
@@ -90,7 +89,7 @@ def check_refusals(host, path, server):
         (400, "POST", run, json, ""), (400, "POST", run, json, '{"words": '), (400, "POST", run, json, "[" * 60000),
         (400, "POST", run, json, '{"words": "boot"}'), (400, "POST", run, json, '{"words": [{}]}'),
         (400, "POST", run, json, '{"words": []}'), (400, "POST", run, json, b'{"words": ["\xff"]}'),
-        (413, "POST", run, json, "x" * 10_000_000)]
+        (400, "POST", run, json, r'{"words": ["boot\u0000"]}'), (413, "POST", run, json, "x" * 10_000_000)]
     for expected, *request in refusals:
         assert status(*request) in (expected, 0 if expected in (403, 413, 415) else expected), request[:3]
     for noise in (b"\r\n\r\n", b"\0" * 100000, b"POST / HTTP/1.1\r\nContent-Length: -1\r\n\r\n",
@@ -179,7 +178,6 @@ def drive(page, disk, view):
     page.do(lambda: page.click("#screen"), "panel touch --at {} {}".format(*place))
     page.wait_for("#shows", "nothing covers it")
     page.wait_for("#touches", "release at {}, {} on ORVAScreenSaver".format(*place))
-    page.advance("1s")
     page.wait("two clicks", lambda: heard() == 2 * ["2500 50"])
 
     page.click("#tab-disks")
@@ -215,12 +213,15 @@ def drive(page, disk, view):
     assert heard() == 2 * ["2500 50"], "a click from before a boot was heard again"
     page.click("#tab-registry")
     field = page.find("[aria-label='data of Version of HKEY_LOCAL_MACHINE\\\\ORVA']")
-    page.do(lambda: field.send_keys(Keys.CONTROL, "a", Keys.NULL, "3.7", Keys.ENTER), "panel registry write")
+    field.send_keys(Keys.CONTROL, "a", Keys.NULL, "3.7")
+    panel("registry", "write", r"HKLM\Ident", "Name", "Renamed") # while somebody types
+    page.wait("the name", lambda: "Renamed" in page.browser.execute_script("return JSON.stringify(state.trees)"))
+    page.do(lambda: field.send_keys(Keys.ENTER), "panel registry write --type REG_SZ")
     assert panel("registry", "read", r"HKLM\ORVA", "Version") == "3.7\n"
     panel("off")
     page.wait_for("#notice", "The panel went off")
     shutil.rmtree(PANEL)
-    page.wait_for("#power", "gone")
+    page.wait("no panel and no log", lambda: page.find("#power").text == "gone" and not page.find("#loglines").get_property("children"))
     panel("create", str(PANEL))
     panel("boot", "--factor", "2") # by somebody else
     page.wait_for("#clock", "flowing × 2")
@@ -257,10 +258,9 @@ def main():
     disk = make_panel()
     view = subprocess.Popen([PROGRAMS / "panel", "-C", PANEL, "view", "--no-open"], stdout=subprocess.PIPE, text=True)
     try:
-        address = view.stdout.readline().split()[-1]
-        host, path = re.fullmatch(r"http://(127\.0\.0\.1:\d+)(/.*)", address).groups()
+        host, path = re.search(r"http://(127\.0\.0\.1:\d+)(/.*)", view.stdout.readline()).groups()
         check_refusals(host, path, view.pid)
-        page = Page(address)
+        page = Page("http://" + host + path)
         try:
             drive(page, disk, view)
         finally:

@@ -31,28 +31,22 @@ function shown(word) {
   return /^[\w.\/:=-]+$/.test(word) ? word : /[$`"!]|\\\\|\\$/.test(word) ? `'${word.replaceAll("'", "'\\''")}'` : `"${word}"`;
 }
 
-const pageId = Math.random().toString(36).slice(2), outcomes = new Map(); // what to do at the end of each running command
-let asked = 0;
-
-// Sends a command to the server. Returns why it does not run, or an empty text.
-async function refusal(id, words) {
-  if (!byId("link").hidden) return byId("link").textContent;
-  try {
-    const response = await fetch("run", {method: "POST", headers: {"Content-Type": "application/json"}, body: JSON.stringify({id, words})});
-    return response.ok ? "" : await response.text();
-  } catch {
-    return "no connection to panel view";
-  }
-}
+const outcomes = new Map(); // what to do at the end of each running command
 
 async function run(...words) {
   words = words.map(String);
   const text = "panel " + words.map(shown).join(" ");
   byId("command").textContent = text;
   byId("answer").textContent = "…";
-  const id = `${pageId} ${++asked}`, outcome = new Promise(end => outcomes.set(id, end));
-  const why = await refusal(id, words);
-  const answer = why ? {code: -1, text: why} : await outcome; // an event: a request would keep one of the browser's few connections
+  const id = crypto.randomUUID(), outcome = new Promise(end => outcomes.set(id, end));
+  let answer = {code: -1, text: "no connection to panel view"};
+  if (byId("link").hidden)
+    try {
+      const response = await fetch("run", {method: "POST", headers: {"Content-Type": "application/json"}, body: JSON.stringify({id, words})});
+      answer = response.ok ? await outcome // an event: a request would keep one of the browser's few connections
+        : {code: -1, text: await response.text()};
+    } catch { // panel view has ended
+    }
   outcomes.delete(id);
   const said = answer.text.trim(), className = answer.code ? "bad" : "";
   if (byId("command").textContent === text) Object.assign(byId("answer"), {className, textContent: "→ " + (said.split("\n").at(-1) || "done")});
@@ -61,14 +55,14 @@ async function run(...words) {
 }
 
 // Returns the command of a form. data-run has its first words. A field whose name is an option adds this option; each other
-// field adds its value. Empty fields add nothing. Each line of a field is a word of its own. The fields of a name that ends
-// with "..." are split into words as a shell does: quotes hold words together.
+// field adds its value. Empty fields add nothing. Each line of a field is a word of its own, also an empty line before another
+// one. The fields of a name that ends with "..." are split into words as a shell does: quotes hold words together.
 function commandOf(form) {
   const words = form.dataset.run.split(" ");
   for (const [name, value] of new FormData(form))
-    for (const line of value.split("\n").map(line => line.trim()).filter(Boolean))
+    for (const line of value && value.trimEnd().split("\n").map(line => line.trim()))
       if (name.startsWith("--")) words.push(name, ...form.elements[name].type === "checkbox" ? [] : [line]);
-      else if (name.endsWith("...")) words.push("--", ...line.match(/"[^"]*"|'[^']*'|\S+/g).map(word => word.replace(/^(["'])(.*)\1$/, "$2")));
+      else if (name.endsWith("...")) words.push("--", ...(line.match(/"[^"]*"|'[^']*'|\S+/g) || []).map(word => word.replace(/^(["'])(.*)\1$/, "$2")));
       else words.push(line);
   return words;
 }
@@ -80,7 +74,6 @@ document.addEventListener("submit", event => {
 document.addEventListener("click", ({target}) => {
   if (target.matches("button[data-run]")) run(...target.dataset.run.split(" "));
 });
-byId("write").addEventListener("submit", ({target: {elements: {key, value, type, data}}}) => writeValue(key.value, value.value, type.value, data.value));
 byId("known").append(...helperMessages.map(([name, command, , what], index) => element("option", {value: index}, `${name} ${command}: ${what}`)));
 byId("known").addEventListener("change", ({target}) => {
   const [message, wparam, lparam] = helperMessages[target.value];
@@ -193,7 +186,7 @@ function showStatus(status) {
     byId("power").textContent = "gone";
     return say("The panel cannot be read. It may have been deleted: " + status.error);
   }
-  const before = state.wasOn || state.on;
+  const before = state.wasOn && status.whyOff ? true : state.on; // without a reason it is a new panel
   state.wasOn = false;
   if (before !== null && before !== status.on) say(status.on ? "" : "The panel went off: " + (status.whyOff || "for an unknown reason"));
   else if (byId("power").textContent === "gone") say("");
@@ -251,6 +244,14 @@ function fill(table, heads, rows, empty) {
     : [row([element("span", {className: "empty"}, empty)], "td")]);
 }
 
+// Returns whether the user types in a field here, and draws again later: the browser takes a removed field as changed.
+function typing(place, draw) {
+  const field = document.activeElement;
+  const typed = field.type === "text" && byId(place).contains(field) && field.value !== field.defaultValue;
+  if (typed) field.onblur = draw;
+  return typed;
+}
+
 function button(text, ...words) {
   return element("button", {onclick: () => run(...words)}, text);
 }
@@ -287,7 +288,7 @@ function behaviour(device, operation, does) {
   const kind = Object.keys(kinds).find(name => kinds[name].test(does));
   const names = Object.keys(kinds).filter(name => name !== "code" || device === "tags");
   const choice = element("select", {title: does}, ...names.map(name => element("option", {selected: name === kind}, name)));
-  const number = element("input", {size: 5, value: does.replace(/^\D*/, "").replace(" ", ""), title: "Error number or duration"});
+  const number = element("input", {size: 5, defaultValue: does.replace(/^\D*/, "").replace(" ", ""), title: "Error number or duration"});
   number.hidden = !number.value;
   const tell = () => run("device", device, choice.value, operation, ...number.hidden || !number.value ? []
     : [choice.value === "delay" ? "--time" : "--error", number.value]);
@@ -301,11 +302,11 @@ function behaviour(device, operation, does) {
 }
 
 function showDevices(devices) {
-  if (devices.error) return;
+  if (devices.error || typing("devices", () => showDevices(devices))) return;
   fill("devices", ["Device", "Present", "Values", "Behaviour"], devices.map(({name, what, present, values, does}) => {
     const there = element("input", {type: "checkbox", checked: present, "aria-label": "the panel has " + name,
       onchange: () => run("device", name, there.checked ? "add" : "remove")});
-    const value = element("input", {size: 11, value: values.join(" "), "aria-label": "values of " + name,
+    const value = element("input", {size: 11, defaultValue: values.join(" "), "aria-label": "values of " + name,
       onchange: () => run("device", name, "set", ...value.value.trim().split(/\s+/))});
     const operations = Object.keys(does);
     if (operations.length && name !== "tags" && !operations.includes("open")) operations.unshift("open");
@@ -318,7 +319,7 @@ function showDevices(devices) {
 const closed = new Set();
 function showRegistry() {
   const {registry, flash} = state.trees;
-  if (!Array.isArray(registry) || !Array.isArray(flash)) return;
+  if (!Array.isArray(registry) || !Array.isArray(flash) || typing("tree", showRegistry)) return;
   const index = tree => new Map(tree.map(({key, values}) => [key, new Map(values.map(value => [value.name, value]))]));
   const now = index(registry), kept = index(flash), places = new Map();
   for (const key of new Set([...now.keys(), ...kept.keys()])) {
@@ -338,19 +339,18 @@ function showRegistry() {
   byId("tree").replaceChildren(...[...places].filter(([key]) => !key.includes("\\")).map(([, folder]) => folder));
 }
 
-// Sets a value. The texts of a REG_MULTI_SZ are separated by " | ".
-function writeValue(key, name, type, data) {
-  const words = [key, name, ...type === "REG_MULTI_SZ" ? data.split(" | ").filter(Boolean) : data === "" ? [] : [data]];
-  run("registry", "write", "--type", type, ...words.some(word => word.startsWith("-")) ? ["--"] : [], ...words);
-}
-
+// Makes a line with a field. The texts of a REG_MULTI_SZ are separated by " | ".
 function valueLine(key, {name, type, text, texts, bytes}, flushed) {
   const number = type === "REG_DWORD" && bytes.split(" ").length === 4;
   const data = text ?? (texts ? texts.join(" | ") : number ? parseInt(bytes.split(" ").reverse().join(""), 16) : bytes);
-  // Only bytes could express a text that is not well-formed, and the command takes a text here.
-  const odd = text === undefined && !texts && !number && /^REG_(SZ|EXPAND_SZ|MULTI_SZ|DWORD.*)$/.test(type);
-  const field = element("input", {value: data, disabled: odd, size: Math.min(60, Math.max(4, String(data).length)),
-    "aria-label": `data of ${name || "the default value"} of ${key}`, onchange: () => writeValue(key, name, type, field.value)});
+  // Only bytes could express a text that is not well-formed, and the command takes a text here. A field has one line.
+  const odd = /[\r\n]/.test(data) || text === undefined && !texts && !number && /^REG_(SZ|EXPAND_SZ|MULTI_SZ|DWORD.*)$/.test(type);
+  const field = element("input", {defaultValue: data, disabled: odd, size: Math.min(60, Math.max(4, String(data).length)),
+    "aria-label": `data of ${name || "the default value"} of ${key}`, onchange: () => write(field.defaultValue = field.value)});
+  const write = text => {
+    const words = [key, name, ...texts ? text.split(" | ").filter(Boolean) : text === "" ? [] : [text]];
+    run("registry", "write", "--type", type, ...words.some(word => word.startsWith("-")) ? ["--"] : [], ...words);
+  };
   return element("div", {className: "value" + (flushed ? "" : " unflushed")}, `${name || "(default)"} = `, field,
     element("small", {}, ` ${type} `), element("button", {title: "Delete this value", onclick: () => run("registry", "delete", "--", key, name)}, "×"));
 }
