@@ -291,7 +291,7 @@ function behaviour(device, operation, does) {
   const number = element("input", {size: 5, defaultValue: does.replace(/^\D*/, "").replace(" ", ""), title: "Error number or duration"});
   number.hidden = !number.value;
   const tell = () => run("device", device, choice.value, operation, ...number.hidden || !number.value ? []
-    : [choice.value === "delay" ? "--time" : "--error", number.value]);
+    : [choice.value === "delay" ? "--time" : "--error", number.defaultValue = number.value]);
   choice.onchange = () => {
     number.value = {refuse: 31, code: 31, delay: "1s"}[choice.value] || "";
     number.hidden = !number.value;
@@ -307,7 +307,7 @@ function showDevices(devices) {
     const there = element("input", {type: "checkbox", checked: present, "aria-label": "the panel has " + name,
       onchange: () => run("device", name, there.checked ? "add" : "remove")});
     const value = element("input", {size: 11, defaultValue: values.join(" "), "aria-label": "values of " + name,
-      onchange: () => run("device", name, "set", ...value.value.trim().split(/\s+/))});
+      onchange: () => run("device", name, "set", ...(value.defaultValue = value.value).trim().split(/\s+/))});
     const operations = Object.keys(does);
     if (operations.length && name !== "tags" && !operations.includes("open")) operations.unshift("open");
     const all = operations.map(operation => behaviour(name, operation, does[operation] || "answers"));
