@@ -6,6 +6,7 @@
 
 namespace panel {
 
+// Formats bytes in one line, separated by blanks.
 std::string hexLine(std::string_view bytes);
 // Formats bytes, sixteen per line. Each line ends with a line end.
 std::string formatHex(std::string_view bytes);

@@ -1,15 +1,18 @@
-// A list of items with names, in order of creation. Names are found case-insensitively, and as fast in a long list as
-// in a short one.
+// A list of items with names, in order of creation. Names are case-insensitive. Finding, adding and removing items by
+// name is fast in a long list, too; an index counts from the beginning.
 #pragma once
 
 #include "platform/panel/Text.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <map>
+#include <ranges>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
-#include <vector>
 
 namespace panel {
 
@@ -19,27 +22,24 @@ class NamedList {
 public:
     // Returns the item of this name, or null.
     const Item* find(std::string_view name) const {
-        const auto found = places.find(fold(name));
-        return found == places.end() ? nullptr : &items[found->second];
+        const auto found = serials.find(fold(name));
+        return found == serials.end() ? nullptr : &items.at(found->second);
     }
     Item* find(std::string_view name) {
         return const_cast<Item*>(std::as_const(*this).find(name));
     }
     // Appends an item. The list must not have an item of this name.
     Item& add(Item made) {
-        places.emplace(fold(made.name), items.size());
-        return items.emplace_back(std::move(made));
+        serials.emplace(fold(made.name), ++last);
+        return items.emplace_hint(items.end(), last, std::move(made))->second;
     }
     // Returns false if the list has no item of this name.
     bool remove(std::string_view name) {
-        const auto found = places.find(fold(name));
-        if (found == places.end())
+        const auto found = serials.find(fold(name));
+        if (found == serials.end())
             return false;
-        const std::size_t gone = found->second;
-        items.erase(items.begin() + static_cast<std::ptrdiff_t>(gone));
-        places.erase(found);
-        for (auto& [other, place] : places)
-            place -= place > gone;
+        items.erase(found->second);
+        serials.erase(found);
         return true;
     }
 
@@ -47,18 +47,19 @@ public:
         return items.size();
     }
     const Item& operator[](std::size_t index) const {
-        return items[index];
+        return std::next(items.begin(), static_cast<std::ptrdiff_t>(index))->second;
     }
     auto begin() const {
-        return items.begin();
+        return std::views::values(items).begin();
     }
     auto end() const {
-        return items.end();
+        return std::views::values(items).end();
     }
 
 private:
-    std::vector<Item> items;
-    std::unordered_map<std::string, std::size_t> places; // index by folded name
+    std::map<std::uint64_t, Item> items; // by serial number
+    std::unordered_map<std::string, std::uint64_t> serials; // by folded name
+    std::uint64_t last = 0; // the latest serial number
 };
 
 } // namespace panel

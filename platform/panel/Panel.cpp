@@ -223,16 +223,14 @@ void Panel::initialise(Image& image, const BootOptions& options, std::int64_t da
 
 void Panel::boot(const BootOptions& options) {
     const Change change(root);
-    std::int64_t date = this->options().date;
     {
-        const Mapping former(root); // after a power cut by a fault the date is only in the kernel file
+        const Mapping former(root);
         if (former.image && former.image->on)
             throw std::runtime_error("the panel is on already (panel off switches it off)");
-        if (former.image) {
-            date = std::max(date, clock::date(*former.image));
+        if (former.image)
             processes::killOnHost(*former.image); // programs remain if `panel off` was killed
-        }
     }
+    const std::int64_t atBoot = date();
     registry::fallBack(root);
     storage::cutPower(root, 0, true); // for a copy of a panel that was on
     fs::remove_all(root / "run");
@@ -251,7 +249,7 @@ void Panel::boot(const BootOptions& options) {
                                  " KiB: " + std::strerror(error ? error : errno));
     }
     auto* image = static_cast<Image*>(address);
-    initialise(*image, options, date);
+    initialise(*image, options, atBoot);
     unmapImage(image);
     // The rename comes last: other processes see either no kernel file or a complete one.
     fs::rename(fresh, root / "run/kernel");
@@ -366,10 +364,13 @@ void Panel::changeRegistry(const std::function<void(registry::Tree&)>& change, b
         apply(registry::Copy::flash);
 }
 
-std::int64_t Panel::currentDate() const {
+std::int64_t Panel::date() const {
+    const std::int64_t stored = options().date;
     const Mapping kernel(root);
-    if (!kernel.image || !kernel.image->on)
-        return options().date;
+    if (!kernel.image)
+        return stored;
+    if (!kernel.image->on) // after a power cut by a fault the date is only in the kernel file
+        return std::max(stored, kernel.image->clock.endDate);
     const Lock lock(*kernel.image);
     return clock::date(*kernel.image);
 }
@@ -381,7 +382,7 @@ void Panel::saveDate(std::int64_t date) const {
 }
 
 std::string Panel::plug(Disk disk) {
-    return disks().plug(std::move(disk), currentDate());
+    return disks().plug(std::move(disk), date());
 }
 
 } // namespace panel

@@ -79,15 +79,17 @@ public:
     // Throws if another user has booted the panel. The text names that user.
     void checkOwner() const;
 
-    // Returns screen size, storage policy and the date of the last shutdown. The other fields keep their defaults.
+    // Returns screen size, storage policy and the stored date (see `date`). The other fields keep their defaults.
     PanelOptions options() const;
     // Returns whether the panel has power.
     bool isOn() const;
     // Returns why the panel went off: "panel off", "panel cut", or "fault at TarvexHelper.exe#1 t1 WriteFile[3](...)".
     // Returns "" while the panel is on, and if the reason is not known.
     std::string whyOff() const;
+    // Returns the panel's date in ms since 1970 UTC. It stands still while the panel is off.
+    std::int64_t date() const;
     // Returns the date of the last boot in ms since 1970 UTC. It is not known for a new panel, a copied one and one
-    // whose kernel file was damaged.
+    // whose kernel file is gone.
     std::optional<std::int64_t> bootDate() const;
     // Switches the panel on. Driver::startInit then starts the programs of the registry.
     void boot(const BootOptions& options);
@@ -120,7 +122,6 @@ private:
     void fill(const PanelOptions& options) const; // writes the files of a new panel
     // `sectors`: empty for a clean shutdown
     void stop(std::optional<std::uint32_t> sectors);
-    std::int64_t currentDate() const; // the panel's date in ms since 1970 UTC
     void saveDate(std::int64_t date) const;
     void initialise(Image& image, const BootOptions& options, std::int64_t date) const;
 

@@ -79,7 +79,7 @@ struct PanelStatus {
     std::vector<SignalStatus> signals; // at most maxSignals events, in the order of their first signal
 };
 
-// Reads the state. The caller holds the kernel's lock. The process `self` is left out; 0: none is.
+// Reads the state. The caller holds the kernel's lock. The process `self` is left out; 0 leaves out none.
 PanelStatus statusOf(Image& image, Slot self);
 
 } // namespace panel

@@ -23,10 +23,6 @@ std::string_view takeName(std::string_view& path) {
 
 } // namespace
 
-const Value* Key::value(std::string_view valueName) const {
-    return values.find(valueName);
-}
-
 void Key::set(Value made) {
     // An existing value keeps its place and the spelling of its name.
     if (Value* found = values.find(made.name)) {
@@ -35,10 +31,6 @@ void Key::set(Value made) {
     } else {
         values.add(std::move(made));
     }
-}
-
-bool Key::removeValue(std::string_view valueName) {
-    return values.remove(valueName);
 }
 
 Tree::Tree() {

@@ -43,9 +43,7 @@ struct Key {
     NamedList<Value> values;
     NamedList<Key> keys;
 
-    const Value* value(std::string_view valueName) const; // null if the value does not exist
     void set(Value made); // adds or replaces a value
-    bool removeValue(std::string_view valueName); // false if the value does not exist
 };
 
 // All keys. A path begins with the full name of a root: "HKEY_LOCAL_MACHINE\init".

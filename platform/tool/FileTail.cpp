@@ -20,13 +20,15 @@ std::vector<std::string> FileTail::newLines(const std::filesystem::path& path, s
         file.reset(std::fopen(path.c_str(), "re"));
     if (!file || fstat(fileno(file.get()), &now) != 0)
         return {};
-    const auto size = static_cast<std::uintmax_t>(now.st_size);
+    const auto size = std::max(offset, static_cast<std::uintmax_t>(now.st_size)); // it may have shrunk meanwhile
     const bool skips = size - offset > most;
     const std::uintmax_t at = skips ? size - most : offset;
     const std::string text = read(at, size - at);
 
     std::vector<std::string> lines;
     std::size_t start = skips ? text.find('\n') + 1 : 0; // the rest of a line is no line
+    if (skips && start == 0)
+        return {}; // not yet the end of that line
     for (std::size_t end; (end = text.find('\n', start)) != std::string::npos; start = end + 1)
         lines.push_back(text.substr(start, end - start));
     // The first line identifies the content, so that a rewritten file is noticed even if it is longer than before.

@@ -15,7 +15,7 @@ class FileTail {
 public:
     // Returns the complete lines since the last call, without their line ends. If the file was truncated or replaced,
     // starts again at its beginning. A missing file has no lines. If more than `most` bytes are new, returns only the
-    // lines within the last `most` bytes. All calls name the same file.
+    // lines within the last `most` bytes. Another `path` than before counts as a replacement if it is another file.
     std::vector<std::string> newLines(const std::filesystem::path& path, std::uintmax_t most = INTPTR_MAX);
 
     // Returns whether the last call found that the earlier lines are gone: the file was truncated, replaced or removed.

@@ -46,6 +46,9 @@ void throwIfReceived() {
 
 [[noreturn]] void end(int signal) {
     panel::Runtime::endProcess(0);
+    if (isatty(STDERR_FILENO)) // the other thread may hold the lock of `stderr`
+        [[maybe_unused]]
+        const auto erased = write(STDERR_FILENO, "\033[K", 3); // a Progress
     _exit(128 + signal);
 }
 

@@ -27,8 +27,10 @@ struct LogOptions {
     bool json = false;
 };
 
-// The parts of a line: "2024-03-07 06:05:09,8532110;INFO;Init of Helper". A line without these parts has text only.
+// The parts of a line: "2024-03-07 06:05:09,8532110;INFO;Init of Helper". A line without these parts, such as one that
+// a power cut has torn, has text only.
 struct LogLine {
+    std::int64_t time = 0; // ms since 1970 UTC
     std::string date;
     std::string ticks;
     std::string level;
@@ -40,6 +42,11 @@ struct LogLine {
         const std::size_t second = line.find(';', std::min(first, line.size() - 1) + 1);
         if (second == std::string::npos || first <= dateLength || line[dateLength] != ',')
             return;
+        try {
+            time = parseDate(line.substr(0, dateLength));
+        } catch (const Misuse&) {
+            return;
+        }
         date = line.substr(0, dateLength);
         ticks = line.substr(dateLength + 1, first - dateLength - 1);
         level = line.substr(first + 1, second - first - 1);
@@ -51,14 +58,14 @@ struct LogLine {
 class LogFilter {
 public:
     LogFilter(const panel::Panel& panel, const LogOptions& options)
-        : level(options.level), period(options.period.dates(panel)) {}
+        : level(options.level), period(options.period.logDates(panel)) {}
 
     // A line without a date and a level belongs to the line before it.
     bool admits(const LogLine& line) {
         if (line.level.empty())
             return admitted;
         return admitted = (level.empty() || panel::equalCaseBlind(level, line.level)) &&
-                          (period.isUnlimited() || period.contains(parseDate(line.date)));
+                          (period.isUnlimited() || period.contains(line.time));
     }
 
 private:

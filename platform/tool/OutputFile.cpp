@@ -61,14 +61,14 @@ void OutputFile::write(std::string_view content) {
     }
 }
 
-void OutputFile::finish(const std::string& what) {
+void OutputFile::finish(const std::string& what, const std::string& hint) {
     OrderlyEnd::check();
     const int closed = close(open);
     open = -1;
     if (closed != 0 || (isRegular() && rename(fresh.c_str(), target.c_str()) != 0))
         fail(errno);
     if (isRegular())
-        std::printf("Wrote %s to %s\n", what.c_str(), name.c_str());
+        std::printf("Wrote %s to %s%s\n", what.c_str(), name.c_str(), hint.c_str());
 }
 
 } // namespace tool

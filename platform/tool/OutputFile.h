@@ -26,8 +26,8 @@ public:
     OutputFile& operator=(const OutputFile&) = delete;
 
     void write(std::string_view content);
-    // Replaces the file. Then prints "Wrote WHAT to FILE", unless a program reads the content.
-    void finish(const std::string& what);
+    // Replaces the file. Then prints "Wrote WHAT to FILE" and the hint, unless a program reads the content.
+    void finish(const std::string& what, const std::string& hint = {});
 
     int descriptor() const {
         return open;

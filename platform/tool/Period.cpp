@@ -1,6 +1,5 @@
 #include "platform/tool/Period.h"
 
-#include "platform/panel/Driver.h"
 #include "platform/tool/Units.h"
 
 #include <stdexcept>
@@ -12,7 +11,8 @@ namespace {
 std::int64_t bootDate(const panel::Panel& panel) {
     if (const auto date = panel.bootDate())
         return *date;
-    throw std::runtime_error("the date of the last boot is not known: the panel was not booted since it was made");
+    throw std::runtime_error(
+        "the date of the last boot is not known (a new or copied panel, or its kernel file is gone)");
 }
 
 enum class Origin { epoch, now, boot };
@@ -39,7 +39,7 @@ std::int64_t dateOf(const panel::Panel& panel, const Moment& moment) {
         return moment.milliseconds;
     if (moment.origin == Origin::boot)
         return bootDate(panel) + moment.milliseconds;
-    return (panel.isOn() ? panel::Driver(panel).status().date : panel.options().date) - moment.milliseconds;
+    return panel.date() - moment.milliseconds;
 }
 
 // Needs the date of the boot only for a time that does not begin with it.
@@ -50,22 +50,26 @@ std::int64_t sinceBootOf(const panel::Panel& panel, const Moment& moment) {
 } // namespace
 
 void Period::addTo(CLI::App& command, const std::string& what) {
+    const auto given = [](const std::string& time) { return time.empty() ? "not a time: \"\"" : std::string(); };
     command
         .add_option("--since", since,
                     "Only " + what +
                         " from this time on: a date such as 2024-03-07T06:05:09 (UTC); 5m: five minutes before now; "
-                        "+5m: five minutes after boot")
+                        "+5m: five minutes after the last boot")
+        ->check(given)
         ->type_name("TIME");
-    command.add_option("--before", before, "Only " + what + " before this time, which is written like that of --since")
+    command.add_option("--before", before, "Only " + what + " before this time, written as for --since")
+        ->check(given)
         ->type_name("TIME");
 }
 
-Period::Span Period::dates(const panel::Panel& panel) const {
+Period::Span Period::logDates(const panel::Panel& panel) const {
+    const auto dateIn = [&](const std::string& text) { return dateOf(panel, parse(text)) / 1000 * 1000; };
     Span span;
     if (!since.empty())
-        span.begin = dateOf(panel, parse(since));
+        span.begin = dateIn(since);
     if (!before.empty())
-        span.end = dateOf(panel, parse(before));
+        span.end = dateIn(before);
     return span;
 }
 

@@ -1,7 +1,7 @@
 // Points in panel time, as a user writes them:
 //
 //     2024-03-07T06:05:09    a date (UTC); 2024-03-07 is its first moment
-//     5m                     five minutes before the present, or before the last shutdown of a panel that is off
+//     5m                     five minutes before the panel's date, which stands still while the panel is off
 //     +5m                    five minutes after the last boot
 #pragma once
 
@@ -31,9 +31,10 @@ public:
             return time >= begin && time < end;
         }
     };
-    // Return the times in ms since 1970 UTC, or in ms since the last boot. Throw Misuse for a malformed time, and
-    // std::runtime_error if the date of the last boot is needed but not known.
-    Span dates(const panel::Panel& panel) const;
+    // Both functions throw Misuse for a malformed time, and std::runtime_error if the date of the last boot is needed
+    // but not known. `logDates` returns the times in ms since 1970 UTC, rounded down to whole seconds as the dates of
+    // the log are. `sinceBoot` returns them in ms since the last boot.
+    Span logDates(const panel::Panel& panel) const;
     Span sinceBoot(const panel::Panel& panel) const;
 
 private:

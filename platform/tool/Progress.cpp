@@ -44,7 +44,9 @@ bool waitWithProgress(panel::Driver& driver, const std::function<bool()>& condit
     Progress progress;
     const std::uint64_t begun = driver.status().time;
     const auto look = [&] {
-        progress.show([&] { return formatDuration(driver.status().time - begun) + " of " + formatDuration(limit); });
+        progress.show([&] {
+            return formatDuration((driver.status().time - begun) / 1000 * 1000) + " of " + formatDuration(limit);
+        });
         return condition();
     };
     return driver.waitUntil(look, limit);

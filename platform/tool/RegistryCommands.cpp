@@ -115,7 +115,7 @@ void list(const panel::Panel& panel, const RegistryOptions& options) {
 
 void read(const panel::Panel& panel, const RegistryOptions& options) {
     const registry::Tree tree = treeOf(panel, options);
-    const registry::Value* value = keyOf(tree, options.key).value(options.value);
+    const registry::Value* value = keyOf(tree, options.key).values.find(options.value);
     if (!value)
         throw std::runtime_error("the key " + options.key + " has no value \"" + options.value + '"');
     std::string text;
@@ -150,7 +150,7 @@ registry::Value valueOf(const RegistryOptions& options) {
 
 void write(panel::Panel panel, const RegistryOptions& options) {
     checkName(options.value);
-    refuseInexpressible(options.key, options.value);
+    orMisuse([&] { checkExpressible(options.key, options.value); });
     const registry::Value value = valueOf(options);
     const std::string path = fullPath(options.key);
     panel.changeRegistry([&](registry::Tree& tree) { tree.make(path)->set(value); }, options.flushed);
@@ -161,13 +161,13 @@ void remove(panel::Panel panel, const RegistryOptions& options, bool wholeKey) {
     const registry::Tree tree = panel.registry(registry::Copy::now);
     if (wholeKey && registry::rootNamed(path) == path)
         throw Misuse(path + " is a root and stays (name a key below it)");
-    if (!wholeKey && !keyOf(tree, options.key).value(options.value))
+    if (!wholeKey && !keyOf(tree, options.key).values.find(options.value))
         throw std::runtime_error("the key " + options.key + " has no value \"" + options.value + '"');
     keyOf(tree, options.key); // throws if the key does not exist
     panel.changeRegistry(
         [&](registry::Tree& changed) {
             registry::Key* key = changed.find(path);
-            const bool removed = wholeKey ? changed.remove(path) : key && key->removeValue(options.value);
+            const bool removed = wholeKey ? changed.remove(path) : key && key->values.remove(options.value);
             if (!removed)
                 throw std::runtime_error("somebody else deleted it at the same time: " + path);
         },

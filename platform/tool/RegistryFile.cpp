@@ -27,6 +27,16 @@ bool isText(std::uint32_t type) {
            type == panel::registry::typeTexts;
 }
 
+// Returns the place of the bracket that ends a key in a line such as "[KEY] ; comment". Returns npos if the line has
+// none, or if it is not clear: a key may contain brackets and semicolons, and so may a comment.
+std::size_t endOfKey(std::string_view line) {
+    const std::size_t last = line.rfind(']');
+    for (std::size_t close = line.find(']'); close < last; close = line.find(']', close + 1))
+        if (line[line.find_first_not_of(blanks, close + 1)] == ';')
+            return std::string_view::npos;
+    return last;
+}
+
 // Reads a file line by line. All functions throw std::runtime_error without the number of the line.
 class Reader {
 public:
@@ -116,13 +126,13 @@ private:
         const std::size_t close = endOfKey(line);
         if (close == std::string_view::npos)
             throw std::runtime_error(line.find(']') == close ? "the key has no closing bracket"
-                                                             : "a comment behind a key has no bracket here (give it a "
-                                                               "line of its own)");
+                                                             : "a comment behind a key must not contain a "
+                                                               "closing bracket (give it a line of its own)");
         RegistryChange change;
         change.removed = line.starts_with("[-");
         const std::size_t begin = change.removed ? 2 : 1;
         change.path = fullPath(std::string(line.substr(begin, close - begin)));
-        refuseInexpressible(change.path, {});
+        checkExpressible(change.path, {});
         if (change.removed && change.path.find('\\') == std::string::npos)
             throw std::runtime_error(change.path + " is a root and stays (name a key below it)");
         line.remove_prefix(close + 1);
@@ -157,7 +167,7 @@ private:
         if (!take("@"))
             change.value.name = line.front() == '"' ? quoted() : throw std::runtime_error("neither a key nor a value");
         checkName(change.value.name);
-        refuseInexpressible({}, change.value.name);
+        checkExpressible({}, change.value.name);
         atEnd(); // skips blanks
         if (!take("="))
             throw std::runtime_error("\"=\" is missing behind the value's name");
@@ -228,12 +238,9 @@ public:
     }
 
     void add(const std::string& path, const Key& key) {
-        checkIsLine(path);
-        const std::string line = '[' + path + ']';
-        if (endOfKey(line) == std::string::npos)
-            throw std::runtime_error("a registry file cannot express a name with \"];\": \"" + path + '"');
+        checkExpressible(path, {});
         add("");
-        add(line);
+        add('[' + path + ']');
         for (const Value& value : key.values)
             add(value);
         for (const Key& below : key.keys)
@@ -245,11 +252,6 @@ public:
     }
 
 private:
-    static void checkIsLine(const std::string& name) {
-        if (name.find_first_of("\r\n") != std::string::npos)
-            throw std::runtime_error("a registry file cannot express a name with a line end: \"" + name + '"');
-    }
-
     // Adds a line.
     void add(const std::string& line) {
         Bytes encoded = panel::registry::textValue({}, line + "\r\n").data;
@@ -262,7 +264,7 @@ private:
     }
 
     void add(const Value& value) {
-        checkIsLine(value.name);
+        checkExpressible({}, value.name);
         const std::string name = value.name.empty() ? "@=" : quoted(value.name) + '=';
         std::string text;
         if (value.type == panel::registry::typeText && panel::registry::textOf(value, text) &&
@@ -316,6 +318,13 @@ private:
 
 } // namespace
 
+void checkExpressible(const std::string& key, const std::string& value) {
+    if ((key + value).find_first_of("\r\n") != std::string::npos)
+        throw std::runtime_error("a registry file cannot express a name with a line end: \"" + key + value + '"');
+    if (endOfKey('[' + key + ']') == std::string::npos)
+        throw std::runtime_error("a registry file cannot express a key's name with \"];\": \"" + key + '"');
+}
+
 std::vector<RegistryChange> parseRegistryFile(std::string_view bytes) {
     Reader reader(bytes);
     try {
@@ -334,7 +343,7 @@ void merge(Tree& tree, const std::vector<RegistryChange>& changes) {
         Key* key = tree.make(change.path);
         for (const auto& [value, removed] : change.values) {
             if (removed)
-                key->removeValue(value.name);
+                key->values.remove(value.name);
             else
                 key->set(value);
         }

@@ -16,7 +16,7 @@
 // Such a file is UTF-16 LE with a byte order mark. A file that begins with "REGEDIT4" is ANSI (code page 1252), and the
 // bytes of text in it (types 1, 2 and 7) are ANSI, too. The reader takes both beginnings in both encodings, and lines
 // that end with LF or CR LF. A text of several lines keeps the file's line ends; the writer writes it as bytes. A
-// comment behind a key must not contain a bracket, since a name may contain brackets and semicolons.
+// comment behind a key must not contain a closing bracket, since a key's name may contain brackets and semicolons.
 #pragma once
 
 #include "platform/panel/Registry.h"
@@ -37,6 +37,9 @@ struct RegistryChange {
     bool removed = false;
     std::vector<ValueChange> values = {};
 };
+
+// Throws std::runtime_error if a registry file cannot express the name of a key or value. A program may still make it.
+void checkExpressible(const std::string& key, const std::string& value);
 
 // Reads the bytes of a file. Throws std::runtime_error with "line N: " and the reason if the file is malformed.
 std::vector<RegistryChange> parseRegistryFile(std::string_view bytes);

@@ -16,21 +16,6 @@ void checkName(const std::string& name) {
                      " characters at most: \"" + name + '"');
 }
 
-std::size_t endOfKey(std::string_view line) {
-    const std::size_t last = line.rfind(']');
-    for (std::size_t close = line.find(']'); close < last; close = line.find(']', close + 1))
-        if (line[line.find_first_not_of(" \t", close + 1)] == ';')
-            return std::string_view::npos;
-    return last;
-}
-
-void refuseInexpressible(const std::string& key, const std::string& value) {
-    if ((key + value).find_first_of("\r\n") != std::string::npos)
-        throw Misuse("a name in the registry has no line end here: \"" + key + value + '"');
-    if (endOfKey('[' + key + ']') == std::string::npos)
-        throw Misuse("the name of a key has no bracket before a semicolon here: \"" + key + '"');
-}
-
 std::string fullPath(std::string path) {
     if (path.ends_with('\\'))
         path.pop_back();

@@ -299,7 +299,7 @@ void writeReport(const panel::Panel& panel, const fs::path& file) {
     packFiles(panel, archive, work.path, failure);
     pack({"gzip", "--stdout"}, {.errors = work.path / "gzip", .input = archive, .descriptor = output.descriptor()},
          failure);
-    output.finish("the panel");
+    output.finish("the panel", " (panel create DIR --from FILE makes a panel of it)");
 }
 
 panel::Panel panelFromReport(const fs::path& file, const fs::path& directory) {

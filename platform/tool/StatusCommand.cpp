@@ -120,7 +120,7 @@ void print(const panel::Panel& panel) {
     if (on)
         addRunning(facts, status, faults);
     else
-        facts.add({"date", formatDate(options.date) + " (stored at the last shutdown)"});
+        facts.add({"date", formatDate(panel.date()) + " (stands still while the panel is off)"});
     facts.print();
 }
 

@@ -58,7 +58,7 @@ Json statusJson(const panel::Panel& panel, panel::Driver* driver) {
                 {"on", driver != nullptr},
                 {"whyOff", driver ? "" : panel.whyOff()},
                 {"screen", {{"width", options.screenWidth}, {"height", options.screenHeight}}},
-                {"date", formatDate(options.date)},
+                {"date", formatDate(panel.date())},
                 {"storage", panel::storageNames[static_cast<std::size_t>(options.storage)]}};
     for (const auto& volume : panel.disks().volumes())
         answer["volumes"].push_back({{"name", volume.name}, {"device", volume.device}, {"inPlace", volume.inPlace}});
@@ -66,11 +66,10 @@ Json statusJson(const panel::Panel& panel, panel::Driver* driver) {
     for (const auto& disk : panel.disks().list())
         answer["disks"].push_back(toJson(disk));
     const std::vector<panel::Request> beeps = panel.devices().requests("BZR1");
-    answer["buzzer"] = {{"requests", beeps.size()}, {"last", beeps.empty() ? Json(nullptr) : Json(beeps.back().words)}};
-    if (!beeps.empty()) {
-        answer["buzzer"]["time"] = beeps.back().time;
-        answer["buzzer"]["error"] = beeps.back().error;
-    }
+    answer["buzzer"] = {{"requests", beeps.size()}, {"last", nullptr}, {"time", nullptr}, {"error", nullptr}};
+    if (!beeps.empty())
+        answer["buzzer"].update(
+            {{"last", beeps.back().words}, {"time", beeps.back().time}, {"error", beeps.back().error}});
     for (const char* list : {"processes", "ended", "windows"})
         answer[list] = Json::array();
     if (driver)

@@ -40,7 +40,7 @@ private:
     std::string directory;
 };
 
-// Returns the text with its control characters as \n or \x0d.
+// Returns the text with its control characters escaped, such as \n and \x0d.
 std::string oneLine(const std::string& text);
 
 // Prints "panel: TEXT" as one line on standard error.

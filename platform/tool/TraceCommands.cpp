@@ -39,8 +39,9 @@ struct ShowOptions {
 
 // Complains if the last line is the one that ends a trace at its limit.
 void checkEnd(const std::string& line) {
-    if (!line.empty() && !TraceLine::parse(line))
-        complain(line.substr(std::min(line.find_first_not_of(" 0123456789"), line.size())));
+    const std::size_t note = line.find("the trace ends here: ");
+    if (note != std::string::npos && !TraceLine::parse(line))
+        complain(line.substr(note));
 }
 
 void printLine(const std::string& line, const ShowOptions& options) {
@@ -130,7 +131,7 @@ void addSelection(CLI::App& command, Selection& selection) {
         ->type_name("NAME");
     command.add_option("--thread", selection.filter.thread, "Only the thread of this number")->type_name("N");
     command.add_flag("--failed", selection.filter.failuresOnly, "Only calls that left an error");
-    selection.period.addTo(command, "calls that ended");
+    selection.period.addTo(command, "calls that ended (or began, if they have not returned)");
 }
 
 void addShow(CLI::App& trace, Tool& tool) {

@@ -12,6 +12,7 @@ namespace tool {
 
 namespace {
 
+constexpr const char* overwritten = "the trace was overwritten meanwhile";
 constexpr std::uint64_t millisecond = 1000000; // times are in ns here
 constexpr std::uint64_t microsecond = 1000;
 
@@ -35,7 +36,7 @@ public:
         if (previous.run < runs.size() && runs[previous.run].milliseconds != milliseconds)
             previous = {previous.run + 1, 0};
         if (previous.run >= runs.size() || runs[previous.run].milliseconds != milliseconds)
-            throw std::runtime_error("the trace was overwritten meanwhile");
+            throw std::runtime_error(overwritten);
         return {previous.run, previous.order + 1};
     }
     std::uint64_t milliseconds(End end) const {
@@ -121,6 +122,8 @@ public:
             add(call, begin, end);
         });
         writeWaits(UINT64_MAX, 0);
+        if (written != calls)
+            throw std::runtime_error(overwritten);
         write("\n]}\n");
         return calls;
     }
@@ -174,15 +177,18 @@ private:
     }
 
     void add(const TraceLine& call, std::uint64_t begin, std::uint64_t end) {
+        const auto process = processes.find(call.process);
+        if (process == processes.end())
+            throw std::runtime_error(overwritten);
+        ++written;
         const bool waited = call.took || !call.returned;
         addEvent("{\"name\":" + jsonString(call.function) + ",\"cat\":\"" +
                  (call.failed ? "failed"
                   : waited    ? "wait"
                               : "call") +
                  R"(","ph":"X","ts":)" + inMicroseconds(begin) + ",\"dur\":" + inMicroseconds(end - begin) +
-                 ",\"pid\":" + std::to_string(processes.find(call.process)->second.number) +
-                 ",\"tid\":" + std::to_string(call.thread) + ",\"args\":{\"call\":" + std::to_string(call.call) +
-                 ",\"arguments\":" + jsonString(call.arguments) +
+                 ",\"pid\":" + std::to_string(process->second.number) + ",\"tid\":" + std::to_string(call.thread) +
+                 ",\"args\":{\"call\":" + std::to_string(call.call) + ",\"arguments\":" + jsonString(call.arguments) +
                  ",\"result\":" + jsonString(call.returned ? call.result : "has not returned") + "}}");
     }
 
@@ -198,7 +204,8 @@ private:
     std::map<std::string, ProcessRow, std::less<>> processes;
     Ends ends;
     std::vector<Wait> waits;
-    std::size_t calls = 0;
+    std::size_t calls = 0; // in the first pass
+    std::size_t written = 0; // in the second one
     std::string separator = "\n";
 };
 

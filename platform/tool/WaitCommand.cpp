@@ -222,22 +222,51 @@ const Json* fieldOf(const Json& status, const std::string& field) {
     return found && dot < field.size() ? fieldOf(*found, field.substr(dot + 1)) : found;
 }
 
+// Throws Misuse if the status can never have this field. Items of lists, events below "signals" and parts of a field
+// that is null may come later.
+void checkField(const Json& status, const std::string& field, const Json& value) {
+    const Json* part = &status;
+    for (std::size_t begin = 0; begin <= field.size();) {
+        const std::size_t end = std::min(field.find('.', begin), field.size());
+        const std::string name = field.substr(begin, end - begin);
+        begin = end + 1;
+        std::uint32_t index = 0;
+        if (part->is_null() || part == &status["signals"])
+            return;
+        if (part->is_array() && panel::numberIn(name, index)) {
+            if (index >= part->size())
+                return;
+            part = &(*part)[index];
+            continue;
+        }
+        if (!part->is_object() || !part->contains(name)) {
+            std::vector<std::string> known;
+            if (part->is_object())
+                for (const auto& [each, ignored] : part->items())
+                    known.push_back(each);
+            throw Misuse("the status has no field \"" + field.substr(0, end) + '"' + panel::didYouMean(name, known) +
+                         " (panel status --json shows them)");
+        }
+        part = &(*part)[name];
+    }
+    if (part->is_structured() && !value.is_structured())
+        throw Misuse("the field \"" + field + "\" has parts: name one, such as backLight.0");
+}
+
 Awaited statusFieldOf(const panel::Panel& panel, panel::Driver& driver, const std::string& field,
                       const std::string& value) {
-    const Json now = statusJson(panel, &driver);
-    if (const std::string name = field.substr(0, field.find('.')); !now.contains(name)) {
-        std::vector<std::string> known;
-        for (const auto& [each, ignored] : now.items())
-            known.push_back(each);
-        throw Misuse("the status has no field \"" + name + '"' + panel::didYouMean(name, known) +
-                     " (panel status --json shows them)");
+    Json wanted = value;
+    try {
+        wanted = panel::parseJson(value); // so that 1 is 1.0
+    } catch (const std::exception&) { // a text
     }
-    const auto look = [&panel, &driver, field, value]() -> std::optional<Event> {
+    checkField(statusJson(panel, &driver), field, wanted);
+    const auto look = [&panel, &driver, field, value, wanted]() -> std::optional<Event> {
         if (!driver.isOn())
             return std::nullopt;
         const Json status = statusJson(panel, &driver);
         const Json* found = fieldOf(status, field);
-        if (!found || (found->is_string() ? found->get<std::string>() : panel::jsonText(*found, -1)) != value)
+        if (!found || (found->is_string() ? found->get<std::string>() != value : *found != wanted))
             return std::nullopt;
         return Event{{{"status", field}, {"value", *found}}, ""};
     };
@@ -310,8 +339,8 @@ void addWaitCommand(CLI::App& app, Tool& tool) {
         ->add_option("--values", options->values,
                      "Wait until a device has these values, as far as they are named, such as BKL1 127, or a tag these "
                      "bytes: tags 18 02 04")
-        ->type_name("DEVICE VALUE")
-        ->expected(2, 64);
+        ->type_name("DEVICE VALUE ...")
+        ->expected(1, 64);
     command
         ->add_option("--request", options->request,
                      "Wait for the next request to a device, or for the next one of an operation, such as BZR1 beep, "
@@ -323,7 +352,8 @@ void addWaitCommand(CLI::App& app, Tool& tool) {
                      "Wait until a field of panel status --json has this value, such as userActive false or "
                      "screen.background black")
         ->type_name("FIELD VALUE")
-        ->expected(2)
+        ->type_size(2)
+        ->expected(1)
         ->allow_extra_args(false);
     command->add_option("--limit", options->limit, "Time-out; exit code 124 if it passes")
         ->type_name("DURATION")

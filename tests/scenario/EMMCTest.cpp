@@ -150,7 +150,7 @@ TEST(EMMC, IsRecordedFromVersion15On) {
 TEST(EMMC, AMissingVersionOrOneThatIsNoTextEndsTheHelper) {
     ScenarioPanel panel;
     panel.install();
-    panel.panel().changeRegistry([](auto& tree) { tree.make(key)->removeValue("Version"); }, true);
+    panel.panel().changeRegistry([](auto& tree) { tree.make(key)->values.remove("Version"); }, true);
     EXPECT_EQ(panel.run(ScenarioPanel::helper), 1U);
     EXPECT_EQ(panel.log(), firstStartLines({"INFO;Module manager initialization",
                                             "ERROR;Exception OrvaUtils::Registry::RegistryException: "

@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <sys/stat.h>
 
+constexpr const char* onTerminal = "on() { script -qec \"$*\" /dev/null; }; on"; // begins a command
+
 TEST_F(PanelCommand, RunsTheHelperFromCreationToItsEnd) {
     succeed("create p --screen 640x480 --date 2024-03-07T06:05:09");
     install();
@@ -36,9 +38,10 @@ TEST_F(PanelCommand, RunsTheHelperFromCreationToItsEnd) {
     for (const std::string command : {"log ", "trace show "}) {
         for (const char* all : {"--since 2024-03-07", "--since 1m", "--before 2025-01-01T00:00:00", "--before +1s"})
             EXPECT_EQ(call(command + all).text, call(command).text) << all;
-        for (const char* none : {"--since 1s", "--before 5s", "--before 2024-03-07T06:05:09", "--since +1ms"})
+        for (const char* none : {"--since 1s", "--before 5s", "--before 2024-03-07T06:05:09", "--since +1s"})
             EXPECT_EQ(call(command + none).text, "") << none;
-        isMisused(command + "--since yesterday", "not a time");
+        for (const char* bad : {"yesterday", "''"})
+            isMisused(command + "--since " + bad, "not a time");
     }
     EXPECT_EQ(call("log --level error --json")
                   .text.find(R"({"date":"2024-03-07 06:05:09","ticks":4294967040,)"
@@ -47,9 +50,17 @@ TEST_F(PanelCommand, RunsTheHelperFromCreationToItsEnd) {
     EXPECT_EQ(json("trace show --before +1ms --function ReleaseMutex --failed").at("result"), "0 error 288");
     EXPECT_NE(call("trace show --function ReleaseMutex").text.find("error 288"), std::string::npos);
     EXPECT_EQ(json("status").at("on"), true);
+    succeed("advance 500ms");
     EXPECT_EQ(json("off").at("on"), false);
     EXPECT_EQ(json("status").at("on"), false);
     EXPECT_NE(call("trace show --since 6s").text, ""); // the last boot is still known
+    succeed("boot --stepped --trace --fault 'Sleep --program Actor.exe --call 2 --cut'");
+    succeed("start '\\MMCMemory\\Actor.exe' sleep 600000 sleep 1");
+    fails("advance 20min", "switched off");
+    EXPECT_EQ(json("status").at("date"), "2024-03-07 06:15:14 UTC"); // not 20 minutes after the boot
+    EXPECT_EQ(call("log --since 1m").text, "");
+    writeText(directory / "p/fs/MMCMemory/Tarvex/helper_log1.txt", "torn-07 06:05:0 000,1;INFO;\n");
+    EXPECT_NE(call("log --since +0").text.find("Init"), std::string::npos); // its dates have whole seconds
     fs::remove(directory / "p/run/kernel");
     fails("trace show --since 6s", "the date of the last boot is not known");
     EXPECT_NE(call("trace show --since +0").text, "");
@@ -235,7 +246,11 @@ TEST_F(PanelCommand, PlugsDisksWithPartitions) {
     fails("unplug 'USB Disk' --keep two/deeper", "lies in the panel or in the disk"); // plugged in place
     EXPECT_EQ(json("unplug Third").at("unplugged"), "Third");
     succeed("plug one --as 'hard disk3'");
-    EXPECT_NE(call("plug one").text.find("\\Hard Disk4"), std::string::npos); // free whatever the case
+    before = onTerminal;
+    EXPECT_NE(
+        call("plug one").text.find("Copying ...\r\033[KPlugged a copy of one as \\Hard Disk4"), // whatever the case
+        std::string::npos);
+    before.clear();
     succeed("unplug 'Hard Disk4'");
     succeed("unplug 'hard disk3'");
     succeed("unplug 'hard disk'");
@@ -261,7 +276,7 @@ TEST_F(PanelCommand, LetsTheUserComeAndGo) {
     EXPECT_EQ(call("touch --move --press").code, 2);
     const Json status = json("status");
     EXPECT_EQ(Json({status.at("flashWritable"), status.at("cursor"), status.at("hook"), status.at("buzzer")}).dump(),
-              R"([false,{"count":0,"shown":true},null,{"last":null,"requests":0}])");
+              R"([false,{"count":0,"shown":true},null,{"error":null,"last":null,"requests":0,"time":null}])");
 }
 
 TEST_F(PanelCommand, NamesTheProgramThatKeepsTimeFromMoving) {
@@ -322,6 +337,10 @@ TEST_F(PanelCommand, StartsAndWaitsWithTheProgramsExitCode) {
     succeed("off");
     succeed("boot --flowing --factor 1000");
     EXPECT_EQ(call("start --wait '\\MMCMemory\\Actor.exe' sleep 1000 exit 3").code, 3);
+    before = onTerminal;
+    const std::string progress = call("advance 25min").text; // takes more than a second
+    EXPECT_NE(progress.find(" of 25 min\r\033[K"), std::string::npos) << progress;
+    before.clear();
 }
 
 TEST_F(PanelCommand, WaitsForWhatScriptsAskFor) {
@@ -345,6 +364,7 @@ TEST_F(PanelCommand, WaitsForWhatScriptsAskFor) {
         {"--shows ORVASCREENSAVER", "background", "black", 60000},
         {"--shows black", "process", "TarvexHelper.exe#1", 60000},
         {"--status backLight.2 0", "value", 0, 60000},
+        {"--status clock.factor 1", "value", 1, 60000},
         {"--status screen.background black", "status", "screen.background", 60000},
         {"--request any", "device", "SHC1", 300000},
         {"--request SHC1 count", "time", 600000, 600000}, // the next one, not that one again
@@ -359,11 +379,13 @@ TEST_F(PanelCommand, WaitsForWhatScriptsAskFor) {
     }
     for (const char* words :
          {"--file '\\MMCMemory\\No'", "--request BZR1 beep", "--values SHC1 1", "--values tags 18 02",
-          "--status windows.9.visible true", "--status cursor.count 1", "--shows white"})
+          "--status windows.9.visible true", "--status signals.None 1", "--status cursor.count 1", "--shows white"})
         fails("wait --limit 1s " + std::string(words), "after 1 s", 124);
     for (const char* words :
          {"", "--file a --log b", "--request BZR1 read", "--values SHC1 1 2", "--values BZR1 1", "--values BKL1 -1",
-          "--status usrActive true", "--status userActive", "--values tags 18", "--values tags 18 2",
-          "--values tags model 02", "--request any reed", "--exit TarvexHelper.exe#0", "--exit TarvexHelper.exe#first"})
+          "--status usrActive true", "--status userActive", "--status screen.backgroundd none",
+          "--status backLight 200", "--status backLight.x 200", "--status", "--values BKL1", "--values tags 18",
+          "--values tags 18 2", "--values tags model 02", "--request any reed", "--exit TarvexHelper.exe#0",
+          "--exit TarvexHelper.exe#first"})
         isMisused("wait " + std::string(words), "");
 }

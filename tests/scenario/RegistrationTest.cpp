@@ -99,7 +99,7 @@ TEST(Registration, IsRenewedWhereTheCheckMissesSomethingAndOnlyThere) {
         return [=](RegistryTree& tree) { tree.make(key)->set(panel::registry::textValue(name, text)); };
     };
     const auto remove = [](const char* key, const char* name) {
-        return [=](RegistryTree& tree) { tree.make(key)->removeValue(name); };
+        return [=](RegistryTree& tree) { tree.make(key)->values.remove(name); };
     };
     const auto removeKey = [](const char* key) { return [=](RegistryTree& tree) { tree.remove(key); }; };
     const struct {

@@ -67,9 +67,9 @@ TEST_F(PanelCommand, MovesTheRegistryAsAFile) {
     }
     succeed("registry write HKU Greek Ω");
     fails("registry export --ansi r.reg", "lacks a character of this line: \"Greek\"");
-    isMisused("registry write 'HKU\\a] ;' v x", "bracket before a semicolon"); // it would look like a comment
+    isMisused("registry write 'HKU\\a] ;' v x", "cannot express a key's name"); // it would look like a comment
     writeText(directory / "p/registry/flash.json", R"({"HKEY_USERS\\a] ;": {}})");
-    fails("registry export r.reg", "cannot express a name");
+    fails("registry export r.reg", "cannot express a key's name");
     const struct {
         const char *text, *reason;
     } rows[] = {{"[]", "the file is not a JSON object"},
@@ -199,6 +199,15 @@ TEST_F(PanelCommand, EndsTheTraceAtItsLimit) {
     succeed("trace export t.json"); // tests/view opens such a file in a trace viewer
     EXPECT_EQ(Json::parse(readText(directory / "t.json")).at("traceEvents").back().at("ph"), "X");
     EXPECT_NE(call("trace export none/t.json").text.find("cannot write none/t.json"), std::string::npos);
+
+    succeed("boot --stepped"); // a file that replaces the trace may begin with the same line
+    const std::string line = "         0 Actor.exe#1 t1 Sleep[1](1) = void\n";
+    writeText(directory / "p/run/trace", line);
+    writeText(directory / "next", line + line);
+    before = "mkfifo f; ('" + programFile("panel").string() +
+             "' -C p trace show --follow >f &); { read first; mv next p/run/trace;";
+    EXPECT_EQ(call("off; cat; } <f #").text, "The panel is off\n" + line + line);
+    before.clear();
 }
 
 TEST_F(PanelCommand, MakesAPanelOfAReport) {

@@ -80,7 +80,8 @@ std::optional<std::uint32_t> Life::repeat(std::uint32_t rounds, std::size_t memo
         const std::size_t used = conditions.helper() ? ownMemory(conditions.helper()->hostPid) : 0;
         const std::uint32_t programs = now.programs - before.programs;
         if (second && conditions.helper() && now.process == before.process && !conditions.disturbed) {
-            sum = programs;
+            if (!conditions.hindered)
+                sum = programs;
             require(used <= usedBefore + memory + programs * memoryOfProgram / 1024,
                     "the same again costs memory: " + std::to_string(used) + " KB after " + std::to_string(usedBefore));
             require(conditions.hindered ||
@@ -113,7 +114,9 @@ bool Life::isIdle() {
 
 bool Life::isUndisturbed() {
     conditions.look();
-    return conditions.helper() && conditions.isAsModelled() && panel.loopRuns();
+    // With a slow backlight, sent commands would overtake the posted ones before them.
+    return conditions.helper() && conditions.isAsModelled() && panel.loopRuns() &&
+           conditions.kindOf("BKL1") == panel::Behaviour::Kind::answer;
 }
 
 void Life::start(bool fromDisk) {
@@ -143,15 +146,23 @@ void Life::end() {
     panel.send("ORVATarvexMsg", 1, 0, answerLimit);
 }
 
+// A helper that is held between opening a file for writing and writing it leaves the file empty.
+void Life::loseHeldFiles() {
+    if (conditions.holds)
+        conditions.loseFiles();
+}
+
 void Life::kill() {
     if (!conditions.helper())
         return;
     conditions.killed.insert(conditions.helper()->name);
     conditions.mayStayDim = conditions.mayForget = true;
+    loseHeldFiles();
     panel.driver().kill(conditions.helper()->name);
 }
 
 void Life::boot(bool cut, std::uint32_t sectors) {
+    loseHeldFiles();
     if (cut) {
         conditions.tampered = conditions.mayForget = true;
         panel.panel().cut(panel.panel().options().storage == panel::StoragePolicy::torn ? sectors : 0);
@@ -183,14 +194,15 @@ void Life::unplugAll() {
 }
 
 void Life::configure(const std::string& content, bool good) {
-    conditions.tampered |= !good;
+    // A helper that is held in its start has read the former file, and writes it back when it goes on.
+    conditions.tampered |= !good || conditions.holds;
     panel.write(settingsPath, content);
     panel.write("\\MMCMemory\\_rm_old.exe", "left behind");
 }
 
 void Life::unregister(const char* key, const char* value) {
     conditions.tampered = true;
-    panel.panel().changeRegistry([=](auto& tree) { tree.make(key)->removeValue(value); }, true);
+    panel.panel().changeRegistry([=](auto& tree) { tree.make(key)->values.remove(value); }, true);
 }
 
 void Life::add(panel::Fault fault, std::uint32_t draw, bool fresh, bool fromDisk) {

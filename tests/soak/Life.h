@@ -43,6 +43,7 @@ public:
     ScenarioPanel panel;
 
 private:
+    void loseHeldFiles();
     void startListed();
     void check();
     std::map<std::string, std::string> state() const;

@@ -189,7 +189,7 @@ LONG RegQueryValueExW(HKEY key, LPCWSTR name, DWORD* reserved, DWORD* type, BYTE
     if (gate.faulted())
         return gate.fault<LONG>();
     return gate.done(withKey(gate, key, false, [&](const Key& found) -> LONG {
-        const Value* value = found.value(toUtf8(name));
+        const Value* value = found.values.find(toUtf8(name));
         if (reserved)
             return ERROR_INVALID_PARAMETER;
         return value ? giveData(*value, type, data, size) : ERROR_FILE_NOT_FOUND;
@@ -231,7 +231,7 @@ LONG RegDeleteValueW(HKEY key, LPCWSTR name) noexcept {
     if (gate.faulted())
         return gate.fault<LONG>();
     return gate.done(withKey(gate, key, true, [&](Key& found) -> LONG {
-        return found.removeValue(toUtf8(name)) ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
+        return found.values.remove(toUtf8(name)) ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
     }));
 }
 

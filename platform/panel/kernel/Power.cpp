@@ -1,5 +1,6 @@
 #include "platform/panel/kernel/Power.h"
 
+#include "platform/panel/kernel/Clock.h"
 #include "platform/panel/kernel/Host.h"
 #include "platform/panel/kernel/Processes.h"
 #include "platform/panel/kernel/Scheduler.h"
@@ -18,6 +19,7 @@ void off(Image& image, const std::string& directory, const std::string& why, con
     processes::noticeDead(image);
     settleFiles();
     note(directory, why);
+    image.clock.endDate = clock::date(image); // afterwards time may go on
     image.on = 0;
     processes::killAll(image);
     scheduler::step(image);

@@ -11,7 +11,8 @@
 
 namespace panel {
 
-// Sizes of the tables. maxProcesses is the platform's own limit; the other tables are larger than the helper needs.
+// Sizes of the tables. maxProcesses is the platform's own limit; the other tables are larger than the helper normally
+// needs.
 inline constexpr std::uint32_t maxProcesses = 32;
 inline constexpr std::uint32_t maxThreads = 512;
 inline constexpr std::uint32_t maxObjects = 1024;
@@ -224,6 +225,7 @@ struct ClockRecord {
     std::uint64_t now; // panel ms since boot; in flowing mode: at realBase
     std::int64_t realBase; // flowing mode: the host's monotonic time in ns
     std::int64_t bootDate; // date at boot in ms since 1970 UTC
+    std::int64_t endDate; // date when the power went off
     std::uint32_t bootTicks; // tick count at boot
     std::uint32_t unused;
 };
@@ -282,7 +284,7 @@ struct SignalRecord {
 };
 
 static_assert(std::atomic<std::uint32_t>::is_always_lock_free && sizeof(std::atomic<std::uint32_t>) == 4);
-static_assert(sizeof(MessageRecord) == 48 && sizeof(ObjectRecord) == 864 && sizeof(ClockRecord) == 40 &&
+static_assert(sizeof(MessageRecord) == 48 && sizeof(ObjectRecord) == 864 && sizeof(ClockRecord) == 48 &&
               sizeof(BlockDeviceRecord) == 616 && sizeof(QueueMessageRecord) == 268);
 
 } // namespace panel
