@@ -46,7 +46,8 @@ Outcome Commands::run(const std::vector<std::string>& words) const {
         arguments.push_back(text.data());
     arguments.push_back(nullptr);
 
-    const int output = memfd_create("output", MFD_CLOEXEC); // a program that the command starts may keep it open
+    const int output = memfd_create(
+        "output", MFD_CLOEXEC); // a program that the command starts may keep it open: a pipe would then have no end
     if (output < 0)
         throw std::runtime_error("this machine has no room for the output of a command");
     const pid_t pid = fork();

@@ -64,11 +64,12 @@ private:
 
 class Threads : public httplib::TaskQueue {
     void enqueue(std::function<void()> task) override {
-        try {
-            std::thread(task).detach();
-        } catch (const std::system_error&) { // this machine has no thread left: the other connections wait
-            task();
-        }
+        for (;;)
+            try {
+                return std::thread(task).detach();
+            } catch (const std::system_error&) { // this machine has no thread left: new connections wait
+                std::this_thread::sleep_for(std::chrono::milliseconds(100));
+            }
     }
     void shutdown() override {}
 };

@@ -19,7 +19,8 @@ std::vector<Lines::Batch> Lines::read() {
         std::vector<std::string> lines = tail.newLines(file, most);
         add({name, tail.startedAgain(), std::move(lines)});
     }
-    add({"log", false, log.newLines()}); // the helper's log survives a boot
+    const bool deleted = !std::filesystem::exists(sources[1].file.parent_path()); // the helper's log survives a boot
+    add({"log", deleted, log.newLines()});
     return batches;
 }
 

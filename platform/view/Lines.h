@@ -19,7 +19,7 @@ public:
         bool gone; // the lines of earlier calls are no longer valid: the file is a new one
         std::vector<std::string> lines; // oldest first
     };
-    // Returns what is new since the last call: of a file that has grown by more than 1 MiB only the last lines.
+    // Returns what is new since the last call: the log, and at most the last 1 MiB of each other file.
     std::vector<Batch> read();
 
 private:

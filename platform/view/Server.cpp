@@ -20,6 +20,7 @@ using panel::Json;
 constexpr int oneLine = -1; // an indentation for jsonText that gives one line
 
 constexpr std::size_t mostBody = 64 << 10; // bytes
+constexpr std::size_t mostText = 64 << 10; // bytes of a command's output that are kept: the last ones
 constexpr int mostStreams = 5; // pages at the same time; a browser opens six connections, and one is for commands
 constexpr int mostCommands = 12; // commands at the same time; switching the panel off is always possible
 constexpr std::chrono::seconds heartbeat(15); // interval of empty events, which detect a closed page
@@ -108,6 +109,8 @@ void Server::run(const Request& request, Response& response) {
     const Json order = panel::parseJson(request.body); // an exception becomes the status 400
     const std::string id = order.value("id", "");
     const std::vector<std::string> words = order.at("words");
+    if (std::any_of(words.begin(), words.end(), [](const auto& word) { return word.find('\0') != word.npos; }))
+        return refuse(response, 400, "A word has a zero");
     const bool end = words.at(0) == "off" || words[0] == "cut";
     const std::shared_ptr<void> done(nullptr, [this](void*) { --atWork; });
     if (++atWork > mostCommands && !end)
@@ -120,25 +123,22 @@ void Server::run(const Request& request, Response& response) {
         } catch (const std::exception& error) {
             outcome.text = error.what();
         }
+        outcome.text.erase(0, outcome.text.size() - std::min(outcome.text.size(), mostText));
         state->addOutcome(panel::jsonText({{"id", id}, {"code", outcome.code}, {"text", outcome.text}}, oneLine));
     }).detach();
     response.status = 202;
 }
 
 void Server::stream(Response& response) {
-    struct Reader {
-        Lines lines;
-        std::uint64_t version = 0;
-    };
-    const auto reader = std::make_shared<Reader>(Reader{Lines(panel)});
+    const auto lines = std::make_shared<Lines>(panel);
     state->wake(); // ends the streams of pages that were closed
     const std::shared_ptr<void> done(nullptr, [this](void*) { --streams; });
     if (++streams > mostStreams)
         return refuse(response, 503, "Too many pages show this panel");
-    response.set_chunked_content_provider("text/event-stream",
-                                          [this, reader, done](std::size_t, httplib::DataSink& sink) {
-                                              return sendNews(sink, reader->lines, reader->version);
-                                          });
+    response.set_chunked_content_provider("text/event-stream", [this, lines, version = std::uint64_t{},
+                                                                done](std::size_t, httplib::DataSink& sink) mutable {
+        return sendNews(sink, *lines, version);
+    });
 }
 
 bool Server::sendNews(httplib::DataSink& sink, Lines& lines, std::uint64_t& version) try {

@@ -3,7 +3,8 @@
 //     GET  /TOKEN/            the page; /TOKEN/page.js and others: its files
 //     GET  /TOKEN/events      server-sent events; an event's name is a topic of State, or "lines"
 //     POST /TOKEN/run         {"id": "1", "words": ["touch", "--at", "10", "20"]}: starts this panel command. When it
-//                             ends, all pages get the event "outcome" with id, code and text
+//                             ends, all pages get the event "outcome" with id, code and text. No command is refused,
+//                             since "start" can run any program. Too many at a time are, but not "off" and "cut"
 //
 // A request without the token, for another host name or from another origin gets the status 403.
 #pragma once

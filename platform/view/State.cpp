@@ -10,7 +10,7 @@ namespace {
 
 using panel::Json;
 
-constexpr std::size_t mostOutcomes = 64; // kept for pages whose connection was lost
+constexpr std::size_t mostOutcomes = 64; // kept until every page has received them
 
 // Returns a text that changes when a JSON file of the folder is written.
 std::string stampOf(const std::filesystem::path& folder) {
@@ -52,13 +52,11 @@ void State::wake() {
 }
 
 void State::addOutcome(std::string json) {
-    {
-        const std::lock_guard lock(mutex);
-        outcomes.push_back({version + 1, std::move(json)});
-        if (outcomes.size() > mostOutcomes)
-            outcomes.pop_front();
-    }
-    wake();
+    const std::lock_guard lock(mutex);
+    outcomes.push_back({++version, std::move(json)});
+    if (outcomes.size() > mostOutcomes)
+        outcomes.pop_front();
+    changed.notify_all();
 }
 
 void State::publish(const std::string& topic, const std::vector<std::string>& words) {

@@ -4,8 +4,12 @@
 
 const byId = id => document.getElementById(id);
 
+// Makes an element. Properties whose name has a dash become attributes.
 function element(tag, properties = {}, ...children) {
-  const made = Object.assign(document.createElement(tag), properties);
+  const made = document.createElement(tag);
+  for (const [name, value] of Object.entries(properties))
+    if (name.includes("-")) made.setAttribute(name, value);
+    else made[name] = value;
   made.append(...children);
   return made;
 }
@@ -27,24 +31,22 @@ function shown(word) {
   return /^[\w.\/:=-]+$/.test(word) ? word : /[$`"!]|\\\\|\\$/.test(word) ? `'${word.replaceAll("'", "'\\''")}'` : `"${word}"`;
 }
 
-const pageId = Math.random().toString(36).slice(2), outcomes = new Map(); // what to do at the end of each running command
-let asked = 0;
+const outcomes = new Map(); // what to do at the end of each running command
 
 async function run(...words) {
   words = words.map(String);
   const text = "panel " + words.map(shown).join(" ");
   byId("command").textContent = text;
   byId("answer").textContent = "…";
-  const id = `${pageId} ${++asked}`, outcome = new Promise(end => outcomes.set(id, end));
-  const refused = text => outcomes.get(id)({code: -1, text});
-  if (!byId("link").hidden) refused(byId("link").textContent);
-  else try {
-    const response = await fetch("run", {method: "POST", headers: {"Content-Type": "application/json"}, body: JSON.stringify({id, words})});
-    if (!response.ok) refused(await response.text());
-  } catch {
-    refused("panel view has ended");
-  }
-  const answer = await outcome; // comes as an event: a request would keep one of the browser's few connections
+  const id = crypto.randomUUID(), outcome = new Promise(end => outcomes.set(id, end));
+  let answer = {code: -1, text: "no connection to panel view"};
+  if (byId("link").hidden)
+    try {
+      const response = await fetch("run", {method: "POST", headers: {"Content-Type": "application/json"}, body: JSON.stringify({id, words})});
+      answer = response.ok ? await outcome // an event: a request would keep one of the browser's few connections
+        : {code: -1, text: await response.text()};
+    } catch { // panel view has ended
+    }
   outcomes.delete(id);
   const said = answer.text.trim(), className = answer.code ? "bad" : "";
   if (byId("command").textContent === text) Object.assign(byId("answer"), {className, textContent: "→ " + (said.split("\n").at(-1) || "done")});
@@ -53,14 +55,14 @@ async function run(...words) {
 }
 
 // Returns the command of a form. data-run has its first words. A field whose name is an option adds this option; each other
-// field adds its value. Empty fields add nothing. Each line of a field is a word of its own. The fields of a name that ends
-// with "..." are split into words as a shell does: quotes hold words together.
+// field adds its value. Empty fields add nothing. Each line of a field is a word of its own, also an empty line before another
+// one. The fields of a name that ends with "..." are split into words as a shell does: quotes hold words together.
 function commandOf(form) {
   const words = form.dataset.run.split(" ");
   for (const [name, value] of new FormData(form))
-    for (const line of value.split("\n").map(line => line.trim()).filter(Boolean))
+    for (const line of value && value.trimEnd().split("\n").map(line => line.trim()))
       if (name.startsWith("--")) words.push(name, ...form.elements[name].type === "checkbox" ? [] : [line]);
-      else if (name.endsWith("...")) words.push("--", ...line.match(/"[^"]*"|'[^']*'|\S+/g).map(word => word.replace(/^(["'])(.*)\1$/, "$2")));
+      else if (name.endsWith("...")) words.push("--", ...(line.match(/"[^"]*"|'[^']*'|\S+/g) || []).map(word => word.replace(/^(["'])(.*)\1$/, "$2")));
       else words.push(line);
   return words;
 }
@@ -72,8 +74,6 @@ document.addEventListener("submit", event => {
 document.addEventListener("click", ({target}) => {
   if (target.matches("button[data-run]")) run(...target.dataset.run.split(" "));
 });
-byId("policy").addEventListener("change", () => byId("storage").requestSubmit());
-byId("write").addEventListener("submit", ({target: {elements: {key, value, type, data}}}) => writeValue(key.value, value.value, type.value, data.value));
 byId("known").append(...helperMessages.map(([name, command, , what], index) => element("option", {value: index}, `${name} ${command}: ${what}`)));
 byId("known").addEventListener("change", ({target}) => {
   const [message, wparam, lparam] = helperMessages[target.value];
@@ -97,20 +97,27 @@ glass.addEventListener("pointerdown", event => {
   if (!state.on || held) return;
   audio();
   glass.setPointerCapture(event.pointerId);
-  held = {place: placeOf(event), button: event.button === 2 ? ["--right"] : []};
-  touch(held.place, "--press", ...held.button);
+  const finger = held = {place: placeOf(event), button: event.button === 2 ? ["--right"] : []};
+  setTimeout(() => held === finger && press(), 500);
 });
 glass.addEventListener("pointermove", event => {
   const finger = held, place = finger && placeOf(event);
   if (!finger || finger.moving || Math.hypot(place[0] - finger.place[0], place[1] - finger.place[1]) < 6) return;
+  press();
   Object.assign(finger, {place, moving: true});
   touch(place, "--move").then(() => finger.moving = false);
 });
 for (const end of ["pointerup", "pointercancel"])
   glass.addEventListener(end, event => {
-    if (held) touch(placeOf(event), "--release", ...held.button);
+    if (held) touch(held.pressed ? placeOf(event) : held.place, ...held.pressed ? ["--release"] : [], ...held.button);
     held = null;
   });
+
+// A drag or a long touch is a press, moves and a release. A click is one command: the screen saver stays until its end.
+function press() {
+  if (!held.pressed) touch(held.place, "--press", ...held.button);
+  held.pressed = true;
+}
 
 function touch(place, ...options) {
   return touches = touches.then(() => run("touch", "--at", ...place, ...options));
@@ -179,7 +186,7 @@ function showStatus(status) {
     byId("power").textContent = "gone";
     return say("The panel cannot be read. It may have been deleted: " + status.error);
   }
-  const before = state.wasOn || state.on;
+  const before = state.wasOn && status.whyOff ? true : state.on; // without a reason it is a new panel
   state.wasOn = false;
   if (before !== null && before !== status.on) say(status.on ? "" : "The panel went off: " + (status.whyOff || "for an unknown reason"));
   else if (byId("power").textContent === "gone") say("");
@@ -192,8 +199,6 @@ function showStatus(status) {
   byId("desktop").textContent = `${width} × ${height}`;
   document.documentElement.style.setProperty("--w", width);
   document.documentElement.style.setProperty("--h", height);
-  byId("policy").value = status.storage;
-  byId("torn").hidden = byId("sectors").disabled = status.storage !== "torn";
   if (status.on) showFace(status);
   else showFaults([]);
   const disks = JSON.stringify(status.disks);
@@ -218,7 +223,8 @@ function showFace({backLight, screen: {cover, background, process}, cursor, hook
   byId("cover").style.visibility = cover ? "visible" : "hidden";
   byId("cover").style.background = background === "white" ? "#fff" : background === "black" ? "#000" : "#666";
   byId("cursor").hidden = !cursor.shown;
-  byId("boot").elements.clock.value = clock.mode === "stepped" ? "--stepped" : clock.factor === 1 ? "" : `--factor=${clock.factor}`;
+  byId("boot").elements["--stepped"].checked = clock.mode === "stepped";
+  byId("boot").elements["--factor"].value = clock.mode === "stepped" || clock.factor === 1 ? "" : clock.factor;
   state.clock = {...clock, date: Date.parse(date.replace(" UTC", "Z").replace(" ", "T")), at: performance.now()};
   showClock();
 }
@@ -236,6 +242,14 @@ function fill(table, heads, rows, empty) {
   const row = (cells, tag) => element("tr", {}, ...cells.map(cell => element(tag, {}, ...[cell].flat())));
   byId(table).querySelector("table").replaceChildren(...rows.length ? [row(heads, "th"), ...rows.map(cells => row(cells, "td"))]
     : [row([element("span", {className: "empty"}, empty)], "td")]);
+}
+
+// Returns whether the user types in a field here, and draws again later: the browser takes a removed field as changed.
+function typing(place, draw) {
+  const field = document.activeElement;
+  const typed = field.type === "text" && byId(place).contains(field) && field.value !== field.defaultValue;
+  if (typed) field.onblur = draw;
+  return typed;
 }
 
 function button(text, ...words) {
@@ -274,10 +288,10 @@ function behaviour(device, operation, does) {
   const kind = Object.keys(kinds).find(name => kinds[name].test(does));
   const names = Object.keys(kinds).filter(name => name !== "code" || device === "tags");
   const choice = element("select", {title: does}, ...names.map(name => element("option", {selected: name === kind}, name)));
-  const number = element("input", {size: 5, value: does.replace(/^\D*/, "").replace(" ", ""), title: "Error number or duration"});
+  const number = element("input", {size: 5, defaultValue: does.replace(/^\D*/, "").replace(" ", ""), title: "Error number or duration"});
   number.hidden = !number.value;
   const tell = () => run("device", device, choice.value, operation, ...number.hidden || !number.value ? []
-    : [choice.value === "delay" ? "--time" : "--error", number.value]);
+    : [choice.value === "delay" ? "--time" : "--error", number.defaultValue = number.value]);
   choice.onchange = () => {
     number.value = {refuse: 31, code: 31, delay: "1s"}[choice.value] || "";
     number.hidden = !number.value;
@@ -288,12 +302,12 @@ function behaviour(device, operation, does) {
 }
 
 function showDevices(devices) {
-  if (devices.error) return;
+  if (devices.error || typing("devices", () => showDevices(devices))) return;
   fill("devices", ["Device", "Present", "Values", "Behaviour"], devices.map(({name, what, present, values, does}) => {
-    const there = element("input", {type: "checkbox", checked: present, onchange: () => run("device", name, there.checked ? "add" : "remove")});
-    const value = element("input", {size: 11, value: values.join(" "), onchange: () => run("device", name, "set", ...value.value.trim().split(/\s+/))});
-    there.setAttribute("aria-label", "the panel has " + name);
-    value.setAttribute("aria-label", "values of " + name);
+    const there = element("input", {type: "checkbox", checked: present, "aria-label": "the panel has " + name,
+      onchange: () => run("device", name, there.checked ? "add" : "remove")});
+    const value = element("input", {size: 11, defaultValue: values.join(" "), "aria-label": "values of " + name,
+      onchange: () => run("device", name, "set", ...(value.defaultValue = value.value).trim().split(/\s+/))});
     const operations = Object.keys(does);
     if (operations.length && name !== "tags" && !operations.includes("open")) operations.unshift("open");
     const all = operations.map(operation => behaviour(name, operation, does[operation] || "answers"));
@@ -305,7 +319,7 @@ function showDevices(devices) {
 const closed = new Set();
 function showRegistry() {
   const {registry, flash} = state.trees;
-  if (!Array.isArray(registry) || !Array.isArray(flash)) return;
+  if (!Array.isArray(registry) || !Array.isArray(flash) || typing("tree", showRegistry)) return;
   const index = tree => new Map(tree.map(({key, values}) => [key, new Map(values.map(value => [value.name, value]))]));
   const now = index(registry), kept = index(flash), places = new Map();
   for (const key of new Set([...now.keys(), ...kept.keys()])) {
@@ -325,20 +339,18 @@ function showRegistry() {
   byId("tree").replaceChildren(...[...places].filter(([key]) => !key.includes("\\")).map(([, folder]) => folder));
 }
 
-// Sets a value. The texts of a REG_MULTI_SZ are separated by " | ".
-function writeValue(key, name, type, data) {
-  const words = [key, name, ...type === "REG_MULTI_SZ" ? data.split(" | ").filter(Boolean) : data === "" ? [] : [data]];
-  run("registry", "write", "--type", type, ...words.some(word => word.startsWith("-")) ? ["--"] : [], ...words);
-}
-
+// Makes a line with a field. The texts of a REG_MULTI_SZ are separated by " | ".
 function valueLine(key, {name, type, text, texts, bytes}, flushed) {
   const number = type === "REG_DWORD" && bytes.split(" ").length === 4;
   const data = text ?? (texts ? texts.join(" | ") : number ? parseInt(bytes.split(" ").reverse().join(""), 16) : bytes);
-  // Only bytes could express a text that is not well-formed, and the command takes a text here.
-  const odd = text === undefined && !texts && !number && /^REG_(SZ|EXPAND_SZ|MULTI_SZ|DWORD.*)$/.test(type);
-  const field = element("input", {value: data, disabled: odd, onchange: () => writeValue(key, name, type, field.value)});
-  field.setAttribute("aria-label", `data of ${name || "the default value"} of ${key}`);
-  field.size = Math.min(60, Math.max(4, String(data).length));
+  // Only bytes could express a text that is not well-formed, and the command takes a text here. A field has one line.
+  const odd = /[\r\n]/.test(data) || text === undefined && !texts && !number && /^REG_(SZ|EXPAND_SZ|MULTI_SZ|DWORD.*)$/.test(type);
+  const field = element("input", {defaultValue: data, disabled: odd, size: Math.min(60, Math.max(4, String(data).length)),
+    "aria-label": `data of ${name || "the default value"} of ${key}`, onchange: () => write(field.defaultValue = field.value)});
+  const write = text => {
+    const words = [key, name, ...texts ? text.split(" | ").filter(Boolean) : text === "" ? [] : [text]];
+    run("registry", "write", "--type", type, ...words.some(word => word.startsWith("-")) ? ["--"] : [], ...words);
+  };
   return element("div", {className: "value" + (flushed ? "" : " unflushed")}, `${name || "(default)"} = `, field,
     element("small", {}, ` ${type} `), element("button", {title: "Delete this value", onclick: () => run("registry", "delete", "--", key, name)}, "×"));
 }
@@ -386,7 +398,7 @@ async function plan(...options) {
 }
 byId("fail").addEventListener("click", () => plan());
 byId("hold").addEventListener("click", () => plan("--hold"));
-byId("cut").addEventListener("click", () => plan("--cut", ...commandOf(byId("cutnow")).slice(1)));
+byId("cut").addEventListener("click", () => plan("--cut"));
 function showFound() {
   const calls = timeline.find(byId("find").value);
   byId("found").textContent = byId("find").value && calls.length + " calls";
@@ -436,7 +448,7 @@ function follow() {
     const refused = events.readyState === EventSource.CLOSED;
     byId("link").hidden = false;
     byId("link").textContent = refused ? "no connection: five pages show this panel, or panel view has another address now"
-      : "no connection: panel view has ended";
+      : "no connection to panel view (trying again)";
     for (const end of outcomes.values()) end({code: -1, text: "the connection was lost before the command ended"});
     if (refused) setTimeout(follow, 3000);
   };
@@ -446,10 +458,11 @@ function follow() {
 
 for (const list of document.querySelectorAll("nav")) {
   const panes = [...list.parentElement.querySelectorAll(".pane")];
-  const tabs = panes.map(pane => element("button", {id: "tab-" + pane.id, role: "tab", onclick: () => choose(pane)}, pane.ariaLabel));
+  const tabs = panes.map(pane => element("button", {id: "tab-" + pane.id, role: "tab", "aria-controls": pane.id, onclick: () => choose(pane)},
+    pane.getAttribute("aria-label")));
   const choose = chosen => panes.forEach((pane, index) => {
     pane.hidden = pane !== chosen;
-    tabs[index].ariaSelected = pane === chosen;
+    tabs[index].setAttribute("aria-selected", pane === chosen);
   });
   list.append(...tabs);
   choose(panes[0]);

@@ -26,31 +26,26 @@ function makeTimeline(track, onChoose, onDraw) {
 
   // "  1000 TarvexHelper.exe#1 t1 Sleep[1](1000) = void after 1000 ms"; without " = " the call has not returned.
   function parse(line) {
-    const parts = /^\s*(\d+) (.+#(\d+)) t(\d+) (\w+)\[(\d+)\](.*)$/s.exec(line);
+    const parts = /^\s*(\d+) (.+#\d+ t\d+) ((\w+)\[\d+\])(.*)$/s.exec(line);
     if (!parts) return null;
-    const [, time, process, start, thread, name, call, rest] = parts;
+    const [, time, thread, call, name, rest] = parts;
     const at = rest.lastIndexOf(") = "), result = at < 0 ? "" : rest.slice(at + 4);
-    return {line: line.trim(), time: +time, process, program: process.slice(0, process.lastIndexOf("#")), start, thread, name, call,
-      key: `${process} t${thread} ${name}[${call}]`, open: at < 0, failed: / error \d+/.test(result), fault: / fault\b/.test(result),
-      took: +(/ after (\d+) ms/.exec(result) || [0, 0])[1]};
+    return {line: line.trim(), time: +time, thread, name, key: `${thread} ${call}`, open: at < 0,
+      failed: / error \d+/.test(result), fault: / fault\b/.test(result), took: +(/ after (\d+) ms/.exec(result) || [0, 0])[1]};
   }
 
   function slotOf(time) { // the first slot of a millisecond
-    for (let index = steps.length - 1; index >= 0; --index)
-      if (steps[index].time <= time) return steps[index].slot;
-    return 0;
+    return steps.findLast(step => step.time <= time)?.slot ?? 0;
   }
 
-  function rowOf({process, thread}) {
-    const name = `${process} t${thread}`;
-    if (!rows.has(name)) rows.set(name, addRow(name, ""));
-    return rows.get(name);
+  function rowOf({thread}) {
+    if (!rows.has(thread)) rows.set(thread, addRow(thread, ""));
+    return rows.get(thread);
   }
 
   function draw(call, row, begin) {
     const kind = [(call.took || call.open) && "wait", call.failed && "failed", call.fault && "fault", call.open && "open"];
-    call.bar = element("i", {className: kind.filter(Boolean).join(" "), title: call.line, call}, call.name);
-    call.bar.dataset.key = call.key;
+    call.bar = element("i", {className: kind.filter(Boolean).join(" "), title: call.line, "data-key": call.key, call}, call.name);
     call.bar.style.setProperty("--x", begin);
     call.bar.style.setProperty("--n", edge + 1 - begin);
     call.bar.style.setProperty("--hue", (hues.find(([names]) => names.test(call.name)) || [0, 180])[1]);
@@ -129,7 +124,7 @@ function makeTimeline(track, onChoose, onDraw) {
     const step = {ArrowRight: 1, ArrowLeft: -1}[event.key];
     if (!step) return;
     event.preventDefault();
-    next(step, chosen ? calls.filter(call => call.process === chosen.process && call.thread === chosen.thread) : calls);
+    next(step, chosen ? calls.filter(call => call.thread === chosen.thread) : calls);
   });
   clear();
   return {add, clear, showOpen, find, next};
