@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <iterator>
 #include <map>
-#include <ranges>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -19,7 +18,25 @@ namespace panel {
 // `Item` has a field `name`, which does not change while the item is in the list.
 template<class Item>
 class NamedList {
+    using Items = std::map<std::uint64_t, Item>; // by serial number
+
 public:
+    // Visits the items in order of creation.
+    struct Iterator {
+        typename Items::const_iterator at;
+
+        const Item& operator*() const {
+            return at->second;
+        }
+        Iterator& operator++() {
+            ++at;
+            return *this;
+        }
+        bool operator==(const Iterator& other) const {
+            return at == other.at;
+        }
+    };
+
     // Returns the item of this name, or null.
     const Item* find(std::string_view name) const {
         const auto found = serials.find(fold(name));
@@ -49,15 +66,15 @@ public:
     const Item& operator[](std::size_t index) const {
         return std::next(items.begin(), static_cast<std::ptrdiff_t>(index))->second;
     }
-    auto begin() const {
-        return std::views::values(items).begin();
+    Iterator begin() const {
+        return {items.begin()};
     }
-    auto end() const {
-        return std::views::values(items).end();
+    Iterator end() const {
+        return {items.end()};
     }
 
 private:
-    std::map<std::uint64_t, Item> items; // by serial number
+    Items items;
     std::unordered_map<std::string, std::uint64_t> serials; // by folded name
     std::uint64_t last = 0; // the latest serial number
 };
