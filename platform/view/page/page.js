@@ -98,7 +98,7 @@ glass.addEventListener("pointerdown", event => {
   audio();
   glass.setPointerCapture(event.pointerId);
   const finger = held = {place: placeOf(event), button: event.button === 2 ? ["--right"] : []};
-  setTimeout(() => held === finger && press(), 500);
+  setTimeout(() => held === finger && press(), 1000);
 });
 glass.addEventListener("pointermove", event => {
   const finger = held, place = finger && placeOf(event);
