@@ -51,10 +51,13 @@ void Conditions::look() {
     std::vector<panel::Fault> holding;
     for (const panel::Fault& fault : panel.driver().faults()) {
         std::uint32_t& known = hits[textOf(fault)];
-        if (fault.hits > 0 && fault.action == panel::FaultAction::hold)
+        if (fault.hits > 0 && fault.action == panel::FaultAction::hold) {
             holding.push_back(fault);
-        else if (fault.hits > known)
-            disturbed = true, mayForget |= isOfFiles(fault.function);
+            hindered |= fault.hits > known; // the helper may have ended meanwhile
+        } else if (fault.hits > known) {
+            disturbed = true;
+            mayForget |= isOfFiles(fault.function);
+        }
         if (fault.hits > 0 && known == 0)
             std::printf("  hit %s\n", textOf(fault).c_str());
         known = fault.hits;
