@@ -66,7 +66,7 @@ ConfigurationApplier::~ConfigurationApplier() {
 }
 
 void ConfigurationApplier::onDeviceEvent(const USBDeviceEvent& event) {
-    // From here on nothing of the object is used, so the helper's end can delete it while a command runs.
+    // This is the last use of the object: the helper's end can delete it while a command runs.
     observed->leaveObserver();
     logEvent(event);
     if (!isDisk(event.volumeName)) {

@@ -36,7 +36,7 @@ public:
     // Removes all registrations of an observer. If the thread is calling the observer, waits until the call has ended
     // or has left the observer, at most about 20000 ms. Then the observer can be deleted.
     void removeObserver(USBDeviceMonitorObserver* observer);
-    // An observer calls this during its notification, after the last use of itself.
+    // Called by an observer, and only during its notification: the rest of the notification does not use the observer.
     void leaveObserver();
 
 private:
